@@ -1,0 +1,21 @@
+#pragma once
+
+#include <span>
+#include <string>
+
+namespace voxtrel {
+
+/// What the command line asks for.
+struct CommandLine {
+  enum class Request { run, printAndExit, usageError };
+  Request request = Request::run;
+  std::string text;  ///< what to print: on standard output, or for a usage error on standard error
+};
+
+/// The version of this build, such as "0.1.0".
+std::string applicationVersion();
+
+/// Reads the arguments after the program's name.
+CommandLine parseCommandLine(std::span<const char* const> arguments);
+
+}  // namespace voxtrel

@@ -1,0 +1,26 @@
+#include <cstdio>
+#include <span>
+
+#include "app/CommandLine.h"
+#include "platform/Desktop.h"
+
+namespace {
+
+int print(const std::string& text, std::FILE* stream, int status) {
+  std::fputs(text.c_str(), stream);
+  return status;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  using voxtrel::CommandLine;
+  const std::span<const char* const> arguments(argv + 1, argv + argc);
+  const CommandLine commandLine = voxtrel::parseCommandLine(arguments);
+  switch (commandLine.request) {
+    case CommandLine::Request::printAndExit: return print(commandLine.text, stdout, 0);
+    case CommandLine::Request::usageError: return print(commandLine.text, stderr, 2);
+    case CommandLine::Request::run: break;
+  }
+  return 0;
+}
