@@ -6,18 +6,18 @@ namespace voxtrel {
 
 class Notifications;
 
-/// The notifications about crashes; each carries the Restart button.
+/// Posts the notifications about crashes, each of which carries the Restart button.
 /// Thread: any.
-namespace CrashNotificationHelper {
+struct CrashNotificationHelper {
+  static constexpr const char* kCategory = "CRASH_CATEGORY";
+  static constexpr const char* kRestartAction = "RESTART_ACTION";
 
-inline constexpr const char* kCategory = "CRASH_CATEGORY";
-inline constexpr const char* kRestartAction = "RESTART_ACTION";
+  /// Tells that the engine will be started again.
+  static void postRestart(Notifications& notifications, std::int64_t attempt,
+                          std::int64_t maxCrashes);
 
-/// Tells that the engine will be started again.
-void postRestart(Notifications& notifications, std::int64_t attempt, std::int64_t maxCrashes);
+  /// Tells that the engine was given up on.
+  static void postFinal(Notifications& notifications, std::int64_t maxCrashes);
+};
 
-/// Tells that the engine was given up on.
-void postFinal(Notifications& notifications, std::int64_t maxCrashes);
-
-}  // namespace CrashNotificationHelper
 }  // namespace voxtrel
