@@ -71,13 +71,18 @@ constexpr std::size_t kLongestGap = std::ranges::max_element(kAnchors, {}, &Anch
 constexpr std::size_t kBlockBytes = 64;
 using Flags = std::array<unsigned char, kBlockBytes>;
 
+inline unsigned int isEqual(char left, char right) {
+  return left == right ? 1 : 0;
+}
+
 /// Whether the two bytes of any anchor stand at `at`. No branches, so that compilers turn the loop
 /// over a block into vector code.
 template <std::size_t... kIndex>
 inline unsigned char isAnchor(const char* at, std::index_sequence<kIndex...>) {
-  return static_cast<unsigned char>((((at[0] == kAnchors[kIndex].first()) &
-                                      (at[kAnchors[kIndex].gap] == kAnchors[kIndex].second())) |
-                                     ...));
+  return static_cast<unsigned char>(
+      ((isEqual(at[0], kAnchors[kIndex].first()) &
+        isEqual(at[kAnchors[kIndex].gap], kAnchors[kIndex].second())) |
+       ...));
 }
 
 /// Flags the anchors that begin in the block; reads kLongestGap bytes beyond it.
