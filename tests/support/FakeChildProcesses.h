@@ -54,7 +54,7 @@ struct FakeLauncher : ChildProcessLauncher {
   FakeChild& last() const { return *children.back(); }
   std::size_t running() const {
     std::size_t count = 0;
-    for (const auto& child : children) count += child->running ? 1 : 0;
+    for (const auto& child : children) count += child->running ? 1U : 0U;
     return count;
   }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <chrono>
 #include <cstddef>
 #include <functional>
@@ -18,6 +19,7 @@ namespace voxtrel::testing {
 class ManualTime : public Clock, public MainLoop, public BackgroundQueue {
  public:
   using Milliseconds = std::chrono::milliseconds;
+  using Task = std::function<void()>;
 
   TimePoint now() const override { return now_; }
 
