@@ -89,7 +89,21 @@ inline constexpr std::array kEngineWords = {
     "a line of some length without anything in it, longer than one block of the search is"sv};
 
 /// What configuration files hold, whole and in pieces.
-inline constexpr std::array kConfigWords = {"\n[model]\n"sv,
+inline constexpr std::array kConfigWords = {"language = "sv,
+                                            "translate=true"sv,
+                                            "translate = "sv,
+                                            "whisper_model = \""sv,
+                                            "hotkey = '"sv,
+                                            "hotkey_code = "sv,
+                                            "language="sv,
+                                            "whisper_model ="sv,
+                                            "hotkey="sv,
+                                            "hotkey_code = 96\n"sv,
+                                            "\n[model]\n"sv,
+                                            "\n[audio]\n"sv,
+                                            "\n[model]\nlanguage"sv,
+                                            "\n[audio]\nhotkey"sv,
+                                            "\n[model]\n"sv,
                                             "\n[model]\n"sv,
                                             "\n[audio]\n"sv,
                                             "\n[audio]\n"sv,
