@@ -32,6 +32,6 @@ build() {
 }
 
 # The desktop harness needs Debian's own interpreter: another one first in PATH lacks its D-Bus.
-PYTHON=/usr/bin/python3
+export PYTHON=/usr/bin/python3
 
 has_display() { [[ -n "${DISPLAY:-}" || -n "${WAYLAND_DISPLAY:-}" ]]; }
