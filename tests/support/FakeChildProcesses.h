@@ -44,11 +44,15 @@ struct FakeLauncher : ChildProcessLauncher {
 
   Result start(ChildOptions options) override {
     startedAt.push_back(time.now());
-    if (failure) return LaunchFailure{*failure};
-    children.push_back(std::make_shared<FakeChild>(std::move(options), time));
-    children.back()->endsAfterTerminate = endsAfterTerminate;
-    if (onStarted) onStarted(*children.back());
-    return children.back();
+    if (const auto why = failure) {
+      if (onFailing) onFailing();
+      return LaunchFailure{*why};
+    }
+    const auto child = std::make_shared<FakeChild>(std::move(options), time);
+    child->endsAfterTerminate = endsAfterTerminate;
+    children.push_back(child);
+    if (onStarted) onStarted(*child);
+    return child;
   }
 
   FakeChild& last() const { return *children.back(); }
@@ -64,6 +68,7 @@ struct FakeLauncher : ChildProcessLauncher {
   std::optional<std::string> failure;                // what the next starts answer
   std::optional<std::chrono::milliseconds> endsAfterTerminate = std::chrono::milliseconds(0);
   std::function<void(FakeChild&)> onStarted;  // before start() returns
+  std::function<void()> onFailing;            // the same, for a start that fails
 };
 
 }  // namespace voxtrel::testing

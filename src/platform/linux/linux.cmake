@@ -4,6 +4,9 @@ find_package(PkgConfig REQUIRED)
 pkg_check_modules(SYSTEMD REQUIRED IMPORTED_TARGET libsystemd)
 
 add_room(platform/posix KNOWS platform LINKS Threads::Threads)
+# What posix/ leaves to each system; the two need each other's code, not each other's headers.
+add_room(platform/linux/process KNOWS platform/posix)
+target_link_libraries(voxtrel_platform_posix PUBLIC $<LINK_ONLY:voxtrel_platform_linux_process>)
 set(CMAKE_AUTOMOC ON)
 add_room(platform/linux KNOWS platform platform/posix
          LINKS Qt6::Widgets Qt6::DBus Qt6::Svg PkgConfig::SYSTEMD)
