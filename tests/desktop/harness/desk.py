@@ -9,6 +9,7 @@ import tempfile
 
 from . import panel as panel_module
 from .buses import Bus
+from .login_manager import NAME as LOGIN_MANAGER
 from .login_manager import LoginManager
 from .monitor import BusMonitor
 from .notifications import NAME as NOTIFICATIONS
@@ -193,6 +194,14 @@ class Desk:
         """Puts a login manager on the system bus."""
         self.login_manager = LoginManager(
             self.system_bus, self.path("logs"), self.environment, options)
+
+        return self.login_manager
+
+    def stop_login_manager(self):
+        """Takes the login manager away."""
+        self.login_manager.stop()
+        self.login_manager = None
+        eventually(lambda: not self.system_bus.owner(LOGIN_MANAGER), "the login manager's end")
 
     def start_notification_daemon(self):
         """Starts the real daemon and waits for it."""

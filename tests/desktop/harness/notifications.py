@@ -2,6 +2,8 @@
 
 import dataclasses
 
+import dbus
+
 from .polling import eventually
 
 NAME = "org.freedesktop.Notifications"
@@ -50,9 +52,21 @@ class NotificationWatch:
 
         return eventually(complete, f"{count} notifications; so far {self.bodies()}", limit_s)
 
-    def close_calls(self):
-        """The identifiers of the notifications that applications asked to close."""
-        return [int(call.arguments[0]) for call in self._monitor.calls("CloseNotification")]
+    def close(self, identifier):
+        """Dismisses one notification."""
+        self._bus.interface(NAME, PATH, NAME).CloseNotification(dbus.UInt32(identifier))
+
+    def closed(self):
+        """The identifiers of the notifications that are no longer shown."""
+        return [int(m.arguments[0]) for m in self._monitor.signals("NotificationClosed")]
+
+    def wait_until_closed(self, identifier):
+        """Waits until the daemon says that the notification is gone."""
+        eventually(lambda: identifier in self.closed(), f"notification {identifier} to be closed")
+
+    def wait_until_displayed(self, count):
+        """Waits until exactly that many are on the screen."""
+        eventually(lambda: self.displayed() == count, f"{count} notifications on the screen")
 
     def displayed(self):
         """How many are on the screen now."""
