@@ -67,6 +67,7 @@ class Demonstration:
         """A right click at the icon, as the user opens the menu."""
         closed = self._desk.screenshot()
         self._desk.click(self._desk.panel.icon_place().centre, button=3)
+        self._desk.park_pointer()
         box = eventually(lambda: self._opened_since(closed), "the menu to open")
         self._save(name, self._desk.screenshot().crop(self._with_margin(box)))
         self._desk.xdotool("key", "Escape")

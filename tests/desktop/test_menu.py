@@ -19,10 +19,10 @@ class TheMenu(DesktopCase):
             (READY, (), False, False),
             ("Last: —", (), False, False),
             ("", (), True, True),
-            ("Settings...", ("Control", ","), True, False),
+            ("Settings...", ("control", ","), True, False),
             ("Check for Updates...", (), True, False),
-            ("Restart", ("Control", "r"), True, False),
-            ("Quit Voxtrel", ("Control", "q"), True, False),
+            ("Restart", ("control", "r"), True, False),
+            ("Quit Voxtrel", ("control", "q"), True, False),
         ])
 
     def test_ampersands_and_underscores_of_a_transcription_show_as_they_are(self):

@@ -67,7 +67,7 @@ class Sleep(DesktopCase):
                      WAKE_DELAY_S + LATENESS_S, "the delay after wake")
         app.item.wait_for_status("Loading model...")
         self.assertEqual(self.desk.notifications.bodies(), [])
-        app.wait_for_output("System sleeping, wasRunning=1")
+        app.wait_for_output("System sleeping, wasRunning=true")
         app.wait_for_output("System woke, restarting process after delay")
 
     def test_the_second_of_two_wakes_does_nothing(self):

@@ -92,6 +92,7 @@ class Desk:
         else:
             self.spawn("xfwm4", "--compositor=off")
         eventually(self._has_window_manager, "the window manager", 20)
+        self.park_pointer()
 
     def _start_session(self):
         self.messages = BusMonitor(self.session_bus)
@@ -163,7 +164,7 @@ class Desk:
         ours, theirs = os.pipe()
         self._x_server = Process(
             ["Xvfb", "-displayfd", str(theirs), "-screen", "0", f"{WIDTH}x{HEIGHT}x24",
-             "-fbdir", self.path("screen"), "-nolisten", "tcp", "-noreset"],
+             "-fbdir", self.path("screen"), "-wr", "-nolisten", "tcp", "-noreset"],
             self.environment, self.path("logs/x-server.log"), pass_fds=(theirs,))
         os.close(theirs)
         return ours
@@ -225,6 +226,10 @@ class Desk:
         """Moves the pointer to a place and clicks."""
         x, y = (str(value) for value in place)
         self.xdotool("mousemove", x, y, "click", str(button))
+
+    def park_pointer(self):
+        """Moves the pointer to a corner where it is in no picture."""
+        self.xdotool("mousemove", str(WIDTH), str(HEIGHT))
 
     def xdotool(self, *arguments):
         """Acts as the user's hands."""

@@ -75,7 +75,7 @@ class NotificationWatch:
 
     def press_button(self):
         """Presses the button of the topmost notification."""
-        self._bus.interface(NAME, PATH, DUNST).NotificationAction(0)
+        self._bus.interface(NAME, PATH, DUNST).NotificationAction(dbus.UInt32(0))
 
     def close_all(self):
         """Dismisses every notification, as the user does."""

@@ -31,11 +31,12 @@ class Row:
 
 
 def _row(node):
+    # A key is named by its cap, so "R" without "Shift" is the lower-case letter.
     identifier, properties, _children = node
     shortcut = properties.get("shortcut", [])
     return Row(int(identifier), str(properties.get("label", "")),
                bool(properties.get("enabled", True)), properties.get("type") == "separator",
-               tuple(str(key) for key in shortcut[0]) if shortcut else ())
+               tuple(str(key).lower() for key in shortcut[0]) if shortcut else ())
 
 
 class TrayItem:
