@@ -3,6 +3,9 @@ find_package(Qt6 6.4 REQUIRED COMPONENTS Core Gui Widgets DBus Svg)
 find_package(PkgConfig REQUIRED)
 pkg_check_modules(SYSTEMD REQUIRED IMPORTED_TARGET libsystemd)
 
+pkg_check_modules(KISSFFT REQUIRED IMPORTED_TARGET kissfft-float)
+
+add_room(platform/kissfft KNOWS platform LINKS PkgConfig::KISSFFT)
 add_room(platform/posix KNOWS platform LINKS Threads::Threads)
 set(CMAKE_AUTOMOC ON)
 add_room(platform/linux KNOWS platform platform/posix
