@@ -1,7 +1,10 @@
 #include <cstdio>
+#include <memory>
 #include <span>
+#include <string>
 
 #include "app/CommandLine.h"
+#include "app/QuillbackApp.h"
 #include "platform/Desktop.h"
 
 namespace {
@@ -18,9 +21,15 @@ int main(int argc, char** argv) {
   const std::span<const char* const> arguments(argv + 1, argv + argc);
   const CommandLine commandLine = voxtrel::parseCommandLine(arguments);
   switch (commandLine.request) {
-    case CommandLine::Request::printAndExit: return print(commandLine.text, stdout, 0);
-    case CommandLine::Request::usageError: return print(commandLine.text, stderr, 2);
-    case CommandLine::Request::run: break;
+    case CommandLine::Request::printAndExit:
+      return print(commandLine.text, stdout, 0);
+    case CommandLine::Request::usageError:
+      return print(commandLine.text, stderr, 2);
+    case CommandLine::Request::run:
+      break;
   }
-  return 0;
+
+  const auto desktop = voxtrel::connectToDesktop(argc, argv, voxtrel::applicationVersion());
+  if (!desktop) return 1;
+  return voxtrel::QuillbackApp(*desktop).run();
 }

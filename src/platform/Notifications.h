@@ -35,6 +35,10 @@ struct NotificationResponse {
 /// How a notification is shown while the application is in front; a set of flags.
 enum class PresentationOptions : unsigned { none = 0, sound = 2, banner = 16 };
 
+constexpr PresentationOptions operator|(PresentationOptions a, PresentationOptions b) {
+  return static_cast<PresentationOptions>(static_cast<unsigned>(a) | static_cast<unsigned>(b));
+}
+
 /// Hears what happens to notifications.
 /// Thread: the main thread.
 class NotificationDelegate {

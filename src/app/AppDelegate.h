@@ -1,0 +1,47 @@
+#pragma once
+
+#include <memory>
+
+#include "engine/CheckedCounter.h"
+#include "engine/CrashNotificationDelegate.h"
+#include "platform/Application.h"
+#include "platform/Log.h"
+#include "platform/Subscription.h"
+
+namespace voxtrel {
+
+class Desktop;
+class RecordingOverlay;
+class StatusBarController;
+
+/// Gets the machine into a state in which the engine can work, then creates the menu-bar
+/// controller, which starts the engine; at the end makes sure that no engine is left. Thread: the
+/// main thread.  Owns: the controller, the crash-notification delegate. Borrows: the desktop and
+/// the overlay (must outlive this). Fails by: ending the application when a permission is missing.
+class AppDelegate : public ApplicationDelegate, public std::enable_shared_from_this<AppDelegate> {
+ public:
+  /// Starts nothing. The delegate must be held by a shared_ptr.
+  AppDelegate(Desktop& desktop, RecordingOverlay& overlay);
+
+  void applicationDidFinishLaunching() override;
+  void applicationWillTerminate() override;
+  void quitRequested() override;
+
+ private:
+  bool checkWeightsExist() const;
+  void requestPermissionsThenLaunch();
+  void continueWith(bool microphoneGranted, bool trusted);
+  void waitForAccessibility();
+  void pollAccessibility();
+  void openGate();
+
+  Desktop& desktop_;
+  RecordingOverlay& overlay_;
+  const Logger logger_;
+  std::shared_ptr<StatusBarController> statusBar_;
+  Subscription accessibilityTimer_;
+  CheckedCounter accessibilityPollCount_;
+  const std::shared_ptr<CrashNotificationDelegate> crashNotificationDelegate_;
+};
+
+}  // namespace voxtrel

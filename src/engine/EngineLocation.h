@@ -1,0 +1,13 @@
+#pragma once
+
+#include <string>
+
+namespace voxtrel {
+
+class ApplicationBundle;
+
+/// Path of the engine: "quillback" beside the application's executable, otherwise
+/// "/usr/local/bin/quillback", whether or not anything is there.
+std::string binaryPath(const ApplicationBundle& bundle);
+
+}  // namespace voxtrel

@@ -1,0 +1,149 @@
+#include "engine/LineProtocol.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <utility>
+
+#include "text/Lines.h"
+
+namespace voxtrel {
+namespace {
+
+constexpr std::string_view kRecording = "Recording...";
+constexpr std::string_view kProcessing = "Processing";
+constexpr std::string_view kProcessed = "audio";
+constexpr std::string_view kReady = "Ready.";
+constexpr std::string_view kEncoded = "encode=";
+constexpr std::array<std::string_view, 5> kErrors = {"[quillback] ERROR", "[quillback] Failed",
+                                                     "Audio capture failed", "Accessibility",
+                                                     "Microphone permission"};
+constexpr std::string_view kTranscription = "[gpu-decode] text: \"";
+
+bool contains(std::string_view line, std::string_view text) {
+  return line.find(text) != std::string_view::npos;
+}
+
+std::optional<AppState> stateOf(std::string_view line) {
+  if (contains(line, kRecording)) return AppState::recording;
+  if (contains(line, kProcessing) && contains(line, kProcessed)) return AppState::processing;
+  if (contains(line, kReady) || contains(line, kEncoded)) return AppState::idle;
+  return std::nullopt;
+}
+
+/// The text runs from the first opening of the marker to the last quote of the line. Where the
+/// first opening has no quote after it, no later one has: an opening ends in a quote itself.
+std::optional<std::string_view> transcriptionOf(std::string_view line) {
+  const std::size_t opening = line.find(kTranscription);
+  if (opening == std::string_view::npos) return std::nullopt;
+  const std::string_view text = line.substr(opening + kTranscription.size());
+  const std::size_t closing = text.rfind('"');
+  if (closing == std::string_view::npos) return std::nullopt;
+  return text.substr(0, closing);
+}
+
+/// Two bytes of a marker, `gap` apart, that seldom stand so in other lines.
+struct Anchor {
+  std::string_view marker;
+  std::size_t offset;  ///< of the first of the two bytes
+  std::size_t gap;
+
+  constexpr char first() const { return marker[offset]; }
+  constexpr char second() const { return marker[offset + gap]; }
+};
+
+/// Every line with an effect holds one of these markers. ("audio" matters only beside
+/// "Processing".)
+constexpr std::array<Anchor, 10> kAnchors = {{{kRecording, 0, 1},
+                                              {kReady, 0, 1},
+                                              {kProcessing, 0, 3},
+                                              {kEncoded, 2, 4},
+                                              {kErrors[0], 9, 3},
+                                              {kErrors[1], 9, 3},
+                                              {kErrors[2], 0, 6},
+                                              {kErrors[3], 0, 1},
+                                              {kErrors[4], 0, 5},
+                                              {kTranscription, 17, 2}}};
+constexpr std::size_t kLongestGap = std::ranges::max_element(kAnchors, {}, &Anchor::gap)->gap;
+
+constexpr std::size_t kBlockBytes = 64;
+using Flags = std::array<unsigned char, kBlockBytes>;
+
+inline unsigned int isEqual(char left, char right) {
+  return left == right ? 1 : 0;
+}
+
+/// Whether the two bytes of any anchor stand at `at`. No branches, so that compilers turn the loop
+/// over a block into vector code.
+template <std::size_t... kIndex>
+inline unsigned char isAnchor(const char* at, std::index_sequence<kIndex...>) {
+  return static_cast<unsigned char>(
+      ((isEqual(at[0], kAnchors[kIndex].first()) &
+        isEqual(at[kAnchors[kIndex].gap], kAnchors[kIndex].second())) |
+       ...));
+}
+
+/// Flags the anchors that begin in the block; reads kLongestGap bytes beyond it.
+inline bool flagAnchors(const char* block, Flags& flags) {
+  for (std::size_t i = 0; i < kBlockBytes; ++i) {
+    flags[i] = isAnchor(block + i, std::make_index_sequence<kAnchors.size()>());
+  }
+  std::uint64_t any = 0;
+  for (std::size_t i = 0; i < kBlockBytes; i += sizeof any) {
+    std::uint64_t word = 0;
+    std::memcpy(&word, flags.data() + i, sizeof word);
+    any |= word;
+  }
+  return any != 0;
+}
+
+bool isMarkerAround(std::string_view chunk, std::size_t position) {
+  return std::ranges::any_of(kAnchors, [=](const Anchor& anchor) {
+    return position >= anchor.offset &&
+           chunk.substr(position - anchor.offset).starts_with(anchor.marker);
+  });
+}
+
+/// The first byte at or after `from` that lies in a marker which begins there or later, as its
+/// anchor; npos if there is none.
+std::size_t findMarker(std::string_view chunk, std::size_t from) {
+  Flags flags;
+  std::array<char, kBlockBytes + kLongestGap> tail{};
+  for (; from < chunk.size(); from += kBlockBytes) {
+    const std::size_t left = chunk.size() - from;
+    const char* block = chunk.data() + from;
+    if (left < tail.size()) {  // zeros follow the last bytes, and no anchor holds a zero
+      tail.fill('\0');
+      block = std::copy_n(block, left, tail.data()) - left;
+    }
+    if (!flagAnchors(block, flags)) continue;
+    for (std::size_t i = 0; i < kBlockBytes; ++i) {
+      if (flags[i] != 0 && isMarkerAround(chunk, from + i)) return from + i;
+    }
+  }
+  return std::string_view::npos;
+}
+
+}  // namespace
+
+LineEffects interpretLine(std::string_view line) {
+  return {stateOf(line),
+          std::ranges::any_of(kErrors, [line](auto error) { return contains(line, error); }),
+          transcriptionOf(line)};
+}
+
+void interpretChunk(std::string_view chunk,
+                    const std::function<void(std::string_view line, const LineEffects&)>& apply) {
+  std::size_t position = findMarker(chunk, 0);
+  while (position != std::string_view::npos) {
+    const std::string_view line = lineAround(chunk, position);
+    const LineEffects effects = interpretLine(line);
+    if (effects.state || effects.isError || effects.transcription) apply(line, effects);
+    position =
+        findMarker(chunk, static_cast<std::size_t>(line.data() - chunk.data()) + line.size());
+  }
+}
+
+}  // namespace voxtrel

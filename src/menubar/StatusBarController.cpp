@@ -1,0 +1,180 @@
+#include "menubar/StatusBarController.h"
+
+#include <chrono>
+#include <cstddef>
+#include <utility>
+
+#include "overlay/RecordingOverlay.h"
+#include "platform/Application.h"
+#include "platform/MainLoop.h"
+#include "platform/SettingsPresenter.h"
+#include "platform/SleepWatch.h"
+#include "platform/Updater.h"
+
+namespace voxtrel {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr std::chrono::milliseconds kRefreshInterval = 50ms;
+constexpr std::chrono::milliseconds kRestartStopTimeout = 3s;
+constexpr std::chrono::milliseconds kQuitStopTimeout = 2s;
+constexpr std::chrono::milliseconds kLaunchAfterWake = 1500ms;
+
+constexpr std::size_t kStatusRow = 0;
+constexpr std::size_t kLastTextRow = 1;
+
+const std::map<AppState, std::string>& symbolTable() {
+  static const std::map<AppState, std::string> kSymbols = {
+      {AppState::loading, "mic.badge.xmark"}, {AppState::idle, "mic"},
+      {AppState::recording, "mic.fill"},      {AppState::processing, "waveform"},
+      {AppState::stopped, "mic.slash"},
+  };
+  return kSymbols;
+}
+
+const std::map<AppState, std::string>& labelTable() {
+  static const std::map<AppState, std::string> kLabels = {
+      {AppState::loading, "Loading model..."},
+      {AppState::idle, "Ready \u2014 hold Right Cmd"},
+      {AppState::recording, "Recording..."},
+      {AppState::processing, "Transcribing..."},
+      {AppState::stopped, "Voxtrel stopped \u2014 click Restart"},
+  };
+  return kLabels;
+}
+
+std::string statusTitle(AppState state, const std::string& lastError) {
+  if (state == AppState::stopped && !lastError.empty()) return "Error: " + lastError;
+  return labelTable().at(state);
+}
+
+std::string lastTextTitle(const std::string& lastText) {
+  return "Last: " + (lastText.empty() ? "\u2014" : lastText);
+}
+
+}  // namespace
+
+StatusBarController::StatusBarController(const StatusBarPorts& ports)
+    : ports_(ports),
+      logger_(ports.process.log, "ui"),
+      processManager_(std::make_shared<ProcessManager>(ports.process)) {}
+
+std::shared_ptr<StatusBarController> StatusBarController::create(const StatusBarPorts& ports) {
+  const std::shared_ptr<StatusBarController> controller(new StatusBarController(ports));
+  controller->begin();
+  return controller;
+}
+
+void StatusBarController::begin() {
+  logger_.info("StatusBarController initialized");
+  buildMenu();
+  applyIcon(AppState::loading);
+  processManager_->setOnStateChange([weak = weak_from_this()](AppState newState) {
+    if (const auto self = weak.lock()) self->handleStateChange(newState);
+  });
+  processManager_->launch();
+  observeSleep();
+  refreshTimer_ = ports_.process.mainLoop.every(kRefreshInterval, [this] { refreshUI(); });
+}
+
+// The menu
+
+void StatusBarController::buildMenu() {
+  const auto information = [](std::string title) {
+    return MenuItem{.title = std::move(title), .enabled = false};
+  };
+  ports_.statusItem.setMenu({
+      information(labelTable().at(AppState::idle)),
+      information(lastTextTitle("")),
+      {.separator = true},
+      {.title = "Settings...",
+       .keyEquivalent = ",",
+       .action = menuAction(&StatusBarController::openSettings)},
+      {.title = "Check for Updates...",
+       .action = [&updater = ports_.updater] { updater.checkForUpdates(); }},
+      {.title = "Restart",
+       .keyEquivalent = "r",
+       .action = menuAction(&StatusBarController::restart)},
+      {.title = "Quit Voxtrel",
+       .keyEquivalent = "q",
+       .action = menuAction(&StatusBarController::quit)},
+  });
+}
+
+std::function<void()> StatusBarController::menuAction(void (StatusBarController::*command)()) {
+  return [weak = weak_from_this(), command] {
+    if (const auto self = weak.lock()) (self.get()->*command)();
+  };
+}
+
+void StatusBarController::applyIcon(AppState state) {
+  ports_.statusItem.setSymbol(symbolTable().at(state));
+}
+
+void StatusBarController::refreshUI() {
+  const AppState state = processManager_->state();
+  applyIcon(state);
+  ports_.statusItem.setTitle(kStatusRow, statusTitle(state, processManager_->lastError()));
+  ports_.statusItem.setTitle(kLastTextRow, lastTextTitle(processManager_->lastText()));
+}
+
+void StatusBarController::handleStateChange(AppState newState) {
+  if (newState == AppState::recording) {
+    ports_.overlay.show();
+  } else if (lastOverlayState_ == AppState::recording) {
+    ports_.overlay.hide();
+  }
+  lastOverlayState_ = newState;
+}
+
+// Commands
+
+void StatusBarController::openSettings() {
+  ports_.settings.showSettings();
+}
+
+void StatusBarController::restart() {
+  processManager_->resetCrashCount();
+  processManager_->stopAndWait(kRestartStopTimeout);
+  processManager_->launch();
+}
+
+void StatusBarController::quit() {
+  shutdown();
+  ports_.application.terminate();
+}
+
+void StatusBarController::shutdown() {
+  sleepObserver_.reset();
+  wakeObserver_.reset();
+  refreshTimer_.reset();
+  processManager_->stopAndWait(kQuitStopTimeout);
+}
+
+// Sleep
+
+void StatusBarController::observeSleep() {
+  sleepObserver_ = ports_.sleepWatch.onWillSleep([this] { handleSleep(); });
+  wakeObserver_ = ports_.sleepWatch.onDidWake([this] { handleWake(); });
+}
+
+void StatusBarController::handleSleep() {
+  wasRunningBeforeSleep_ = processManager_->state() != AppState::stopped;
+  logger_.info(std::string("System sleeping, wasRunning=") +
+               (wasRunningBeforeSleep_ ? "true" : "false"));
+  processManager_->stopAndWait(kRestartStopTimeout);
+  ports_.overlay.hide();
+}
+
+void StatusBarController::handleWake() {
+  if (!wasRunningBeforeSleep_) return;
+  logger_.info("System woke, restarting process after delay");
+  wasRunningBeforeSleep_ = false;
+  applyIcon(AppState::loading);
+  ports_.process.mainLoop.postAfter(kLaunchAfterWake, [weak = weak_from_this()] {
+    if (const auto self = weak.lock()) self->processManager_->launch();
+  });
+}
+
+}  // namespace voxtrel

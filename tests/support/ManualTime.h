@@ -1,0 +1,92 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <functional>
+#include <map>
+#include <optional>
+#include <utility>
+
+#include "platform/BackgroundQueue.h"
+#include "platform/Clock.h"
+#include "platform/MainLoop.h"
+
+namespace voxtrel::testing {
+
+/// Time that moves only when a test says so: clock, main loop and background queue in one. What is
+/// due runs in order of its time, on the test's own thread.
+class ManualTime : public Clock, public MainLoop, public BackgroundQueue {
+ public:
+  using Milliseconds = std::chrono::milliseconds;
+
+  TimePoint now() const override { return now_; }
+
+  /// A blocked thread: time passes for the world and for background threads, not for the main loop.
+  void sleepFor(Milliseconds duration) override { moveTo(now_ + duration, false); }
+
+  void post(Task task) override { add(Kind::main, Milliseconds(0), std::move(task)); }
+  void postAfter(Milliseconds delay, Task task) override { add(Kind::main, delay, std::move(task)); }
+  void runAfter(Milliseconds delay, Task task) override {
+    add(Kind::background, delay, std::move(task));
+  }
+  [[nodiscard]] Subscription every(Milliseconds interval, Task task) override {
+    const Id id = add(Kind::main, interval, std::move(task), interval);
+    ++timersRunning;
+    return Subscription([this, id] {
+      --timersRunning;
+      std::erase_if(entries_, [id](const auto& entry) { return entry.second.id == id; });
+    });
+  }
+
+  /// Something that happens in the world outside at that time, whoever is blocked.
+  void happensAfter(Milliseconds delay, Task event) {
+    add(Kind::background, delay, std::move(event));
+  }
+
+  /// Lets `duration` pass with the main loop running.
+  void advance(Milliseconds duration) { moveTo(now_ + duration, true); }
+  /// Runs what is already due.
+  void runPosted() { advance(Milliseconds(0)); }
+
+  int timersRunning = 0;
+
+ private:
+  using Id = std::size_t;
+  enum class Kind { main, background };
+  struct Entry {
+    Id id;
+    Kind kind;
+    Task task;
+    std::optional<Milliseconds> interval;
+  };
+  using Entries = std::multimap<TimePoint, Entry>;  // equal times keep the order of insertion
+
+  Id add(Kind kind, Milliseconds delay, Task task, std::optional<Milliseconds> interval = {}) {
+    entries_.emplace(now_ + delay, Entry{++lastId_, kind, std::move(task), interval});
+    return lastId_;
+  }
+
+  void moveTo(TimePoint end, bool mainRuns) {
+    for (auto next = nextDue(end, mainRuns); next != entries_.end(); next = nextDue(end, mainRuns)) {
+      now_ = std::max(now_, next->first);
+      Entry entry = next->second;
+      entries_.erase(next);
+      if (entry.interval) entries_.emplace(now_ + *entry.interval, entry);
+      entry.task();
+    }
+    now_ = std::max(now_, end);
+  }
+
+  Entries::iterator nextDue(TimePoint end, bool mainRuns) {
+    for (auto entry = entries_.begin(); entry != entries_.end() && entry->first <= end; ++entry) {
+      if (mainRuns || entry->second.kind == Kind::background) return entry;
+    }
+    return entries_.end();
+  }
+
+  TimePoint now_{std::chrono::hours(1)};
+  Id lastId_ = 0;
+  Entries entries_;
+};
+
+}  // namespace voxtrel::testing
