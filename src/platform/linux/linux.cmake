@@ -6,6 +6,7 @@ pkg_check_modules(SYSTEMD REQUIRED IMPORTED_TARGET libsystemd)
 pkg_check_modules(KISSFFT REQUIRED IMPORTED_TARGET kissfft-float)
 
 add_room(platform/kissfft KNOWS platform LINKS PkgConfig::KISSFFT)
+add_library(voxtrel_fft ALIAS voxtrel_platform_kissfft)
 add_room(platform/posix KNOWS platform LINKS Threads::Threads)
 set(CMAKE_AUTOMOC ON)
 add_room(platform/linux KNOWS platform platform/posix
