@@ -18,7 +18,9 @@ constexpr std::string_view kHelp =
 
 }  // namespace
 
-std::string applicationVersion() { return VOXTREL_VERSION; }
+std::string applicationVersion() {
+  return VOXTREL_VERSION;
+}
 
 CommandLine parseCommandLine(std::span<const char* const> arguments) {
   using Request = CommandLine::Request;

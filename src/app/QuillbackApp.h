@@ -6,9 +6,10 @@ namespace voxtrel {
 
 class AppDelegate;
 class Desktop;
+class RecordingOverlay;
 
 /// The program: the rooms, put together on a desktop.
-/// Thread: the main thread.  Owns: the delegate.  Borrows: the desktop.
+/// Thread: the main thread.  Owns: the delegate, the overlay.  Borrows: the desktop.
 class QuillbackApp {
  public:
   explicit QuillbackApp(Desktop& desktop);
@@ -19,6 +20,7 @@ class QuillbackApp {
 
  private:
   Desktop& desktop_;
+  std::unique_ptr<RecordingOverlay> overlay_;
   std::shared_ptr<AppDelegate> appDelegate_;
 };
 

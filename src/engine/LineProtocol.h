@@ -18,8 +18,8 @@ struct LineEffects {
 /// Reads one line, which holds no newline character. Any bytes will do.
 LineEffects interpretLine(std::string_view line);
 
-/// Splits `chunk`, UTF-8 text, into lines at every newline character and calls `apply` for each line
-/// that has any effect, in order. Lines without effect are passed over at memory speed.
+/// Splits `chunk`, UTF-8 text, into lines at every newline character and calls `apply` for each
+/// line that has any effect, in order. Lines without effect are passed over at memory speed.
 void interpretChunk(std::string_view chunk,
                     const std::function<void(std::string_view line, const LineEffects&)>& apply);
 

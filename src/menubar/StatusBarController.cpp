@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <utility>
 
+#include "menubar/StatusContent.h"
 #include "overlay/RecordingOverlay.h"
 #include "platform/Application.h"
 #include "platform/MainLoop.h"
@@ -23,35 +24,6 @@ constexpr std::chrono::milliseconds kLaunchAfterWake = 1500ms;
 
 constexpr std::size_t kStatusRow = 0;
 constexpr std::size_t kLastTextRow = 1;
-
-const std::map<AppState, std::string>& symbolTable() {
-  static const std::map<AppState, std::string> kSymbols = {
-      {AppState::loading, "mic.badge.xmark"}, {AppState::idle, "mic"},
-      {AppState::recording, "mic.fill"},      {AppState::processing, "waveform"},
-      {AppState::stopped, "mic.slash"},
-  };
-  return kSymbols;
-}
-
-const std::map<AppState, std::string>& labelTable() {
-  static const std::map<AppState, std::string> kLabels = {
-      {AppState::loading, "Loading model..."},
-      {AppState::idle, "Ready \u2014 hold Right Cmd"},
-      {AppState::recording, "Recording..."},
-      {AppState::processing, "Transcribing..."},
-      {AppState::stopped, "Voxtrel stopped \u2014 click Restart"},
-  };
-  return kLabels;
-}
-
-std::string statusTitle(AppState state, const std::string& lastError) {
-  if (state == AppState::stopped && !lastError.empty()) return "Error: " + lastError;
-  return labelTable().at(state);
-}
-
-std::string lastTextTitle(const std::string& lastText) {
-  return "Last: " + (lastText.empty() ? "\u2014" : lastText);
-}
 
 }  // namespace
 
@@ -85,7 +57,7 @@ void StatusBarController::buildMenu() {
     return MenuItem{.title = std::move(title), .enabled = false};
   };
   ports_.statusItem.setMenu({
-      information(labelTable().at(AppState::idle)),
+      information(labelFor(AppState::idle)),
       information(lastTextTitle("")),
       {.separator = true},
       {.title = "Settings...",
@@ -109,7 +81,7 @@ std::function<void()> StatusBarController::menuAction(void (StatusBarController:
 }
 
 void StatusBarController::applyIcon(AppState state) {
-  ports_.statusItem.setSymbol(symbolTable().at(state));
+  ports_.statusItem.setSymbol(symbolFor(state));
 }
 
 void StatusBarController::refreshUI() {

@@ -9,8 +9,8 @@
 
 namespace voxtrel {
 
-/// How to start a child process. Environment and signal state are not chosen: the child inherits the
-/// environment, gets default signal dispositions and an empty mask, and no descriptor but the
+/// How to start a child process. Environment and signal state are not chosen: the child inherits
+/// the environment, gets default signal dispositions and an empty mask, and no descriptor but the
 /// standard three.
 struct ChildOptions {
   std::string executable;              ///< path of the program file

@@ -10,11 +10,12 @@ namespace voxtrel {
 
 /// One row of the status item's menu.
 struct MenuItem {
-  std::string title;          ///< shown as it is, `&` and `_` included
-  std::string keyEquivalent;  ///< one lower-case character with the platform's command key; or none
+  std::string title{};  ///< shown as it is, `&` and `_` included
+  /// One lower-case character, pressed with the platform's command key; empty: none.
+  std::string keyEquivalent{};
   bool enabled = true;
-  bool separator = false;        ///< a line; the other fields are then unused
-  std::function<void()> action;  ///< called on the main thread when the row is chosen
+  bool separator = false;          ///< a line; the other fields are then unused
+  std::function<void()> action{};  ///< called on the main thread when the row is chosen
 };
 
 /// The icon in the menu bar or tray, with its menu.

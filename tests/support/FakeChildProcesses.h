@@ -45,16 +45,17 @@ struct FakeLauncher : ChildProcessLauncher {
   Result start(ChildOptions options) override {
     startedAt.push_back(time.now());
     if (failure) return LaunchFailure{*failure};
-    children.push_back(std::make_shared<FakeChild>(std::move(options), time));
-    children.back()->endsAfterTerminate = endsAfterTerminate;
-    if (onStarted) onStarted(*children.back());
-    return children.back();
+    const auto child = std::make_shared<FakeChild>(std::move(options), time);
+    child->endsAfterTerminate = endsAfterTerminate;
+    children.push_back(child);
+    if (onStarted) onStarted(*child);
+    return child;
   }
 
   FakeChild& last() const { return *children.back(); }
   std::size_t running() const {
     std::size_t count = 0;
-    for (const auto& child : children) count += child->running ? 1 : 0;
+    for (const auto& child : children) count += child->running ? 1U : 0U;
     return count;
   }
 

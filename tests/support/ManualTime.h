@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <chrono>
 #include <cstddef>
 #include <functional>
@@ -18,6 +19,7 @@ namespace voxtrel::testing {
 class ManualTime : public Clock, public MainLoop, public BackgroundQueue {
  public:
   using Milliseconds = std::chrono::milliseconds;
+  using Task = std::function<void()>;
 
   TimePoint now() const override { return now_; }
 
@@ -25,7 +27,9 @@ class ManualTime : public Clock, public MainLoop, public BackgroundQueue {
   void sleepFor(Milliseconds duration) override { moveTo(now_ + duration, false); }
 
   void post(Task task) override { add(Kind::main, Milliseconds(0), std::move(task)); }
-  void postAfter(Milliseconds delay, Task task) override { add(Kind::main, delay, std::move(task)); }
+  void postAfter(Milliseconds delay, Task task) override {
+    add(Kind::main, delay, std::move(task));
+  }
   void runAfter(Milliseconds delay, Task task) override {
     add(Kind::background, delay, std::move(task));
   }
@@ -67,7 +71,8 @@ class ManualTime : public Clock, public MainLoop, public BackgroundQueue {
   }
 
   void moveTo(TimePoint end, bool mainRuns) {
-    for (auto next = nextDue(end, mainRuns); next != entries_.end(); next = nextDue(end, mainRuns)) {
+    for (auto next = nextDue(end, mainRuns); next != entries_.end();
+         next = nextDue(end, mainRuns)) {
       now_ = std::max(now_, next->first);
       Entry entry = next->second;
       entries_.erase(next);

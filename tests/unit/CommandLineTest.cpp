@@ -1,15 +1,17 @@
-#include "app/CommandLine.h"
-
 #include <gtest/gtest.h>
 
 #include <vector>
+
+#include "app/CommandLine.h"
 
 namespace voxtrel {
 namespace {
 
 using Request = CommandLine::Request;
 
-CommandLine parse(const std::vector<const char*>& arguments) { return parseCommandLine(arguments); }
+CommandLine parse(const std::vector<const char*>& arguments) {
+  return parseCommandLine(arguments);
+}
 
 TEST(CommandLine, RunsTheApplicationWithoutArguments) {
   EXPECT_EQ(parse({}).request, Request::run);

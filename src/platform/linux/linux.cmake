@@ -8,6 +8,9 @@ pkg_check_modules(KISSFFT REQUIRED IMPORTED_TARGET kissfft-float)
 add_room(platform/kissfft KNOWS platform LINKS PkgConfig::KISSFFT)
 add_library(voxtrel_fft ALIAS voxtrel_platform_kissfft)
 add_room(platform/posix KNOWS platform LINKS Threads::Threads)
+# What posix/ leaves to each system; the two need each other's code, not each other's headers.
+add_room(platform/linux/process KNOWS platform/posix)
+target_link_libraries(voxtrel_platform_posix PUBLIC $<LINK_ONLY:voxtrel_platform_linux_process>)
 set(CMAKE_AUTOMOC ON)
 add_room(platform/linux KNOWS platform platform/posix
          LINKS Qt6::Widgets Qt6::DBus Qt6::Svg PkgConfig::SYSTEMD)

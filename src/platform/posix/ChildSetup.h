@@ -1,0 +1,23 @@
+#pragma once
+
+#include <sys/types.h>
+
+namespace voxtrel {
+
+// What each system does in its own way when a child is made; defined in the system's folder.
+// `dieWithParentThread` and `closeDescriptorsOnExec` run between fork and exec, where the memory
+// may still be the parent's: they allocate nothing and take no lock.
+
+/// The calling process is ended (SIGKILL) when the thread that created it ends, and so whenever the
+/// process of that thread does. `parent`: that process. False: refused, or it has already ended;
+/// errno says which.
+bool dieWithParentThread(pid_t parent) noexcept;
+
+/// Every descriptor above the standard three will be closed by the next exec.
+void closeDescriptorsOnExec() noexcept;
+
+/// A pipe that no child inherits, even one that another thread makes at this very moment.
+/// `ends`: to read from, to write to. False: errno says why.
+bool openPipe(int (&ends)[2]) noexcept;
+
+}  // namespace voxtrel

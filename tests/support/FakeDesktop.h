@@ -1,0 +1,66 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "overlay/RecordingOverlay.h"
+#include "platform/Application.h"
+#include "platform/Desktop.h"
+#include "support/FakeChildProcesses.h"
+#include "support/FakePorts.h"
+#include "support/ManualTime.h"
+
+namespace voxtrel::testing {
+
+struct FakeOverlay : RecordingOverlay {
+  void show() override { calls += 's'; }
+  void hide() override { calls += 'h'; }
+  std::string calls;  // in order: s for show, h for hide
+};
+
+struct FakeApplication : Application {
+  int run(ApplicationDelegate& delegate) override {
+    delegate.applicationDidFinishLaunching();
+    return 0;
+  }
+  void terminate() override {
+    ++terminations;
+    if (onTerminate) onTerminate();
+  }
+  int terminations = 0;
+  std::function<void()> onTerminate;
+};
+
+/// A desktop on which nothing happens but what the test does.
+struct FakeDesktop : Desktop {
+  AccessibilityTrust& accessibilityTrust() override { return trust; }
+  Application& application() override { return app; }
+  ApplicationBundle& bundle() override { return applicationBundle; }
+  BackgroundQueue& backgroundQueue() override { return time; }
+  ChildProcessLauncher& childProcesses() override { return launcher; }
+  Clock& clock() override { return time; }
+  Log& log() override { return fakeLog; }
+  MainLoop& mainLoop() override { return time; }
+  MicrophoneAccess& microphoneAccess() override { return microphone; }
+  Notifications& notifications() override { return fakeNotifications; }
+  SettingsPresenter& settingsPresenter() override { return settings; }
+  SleepWatch& sleepWatch() override { return sleep; }
+  StatusItem& statusItem() override { return item; }
+  Updater& updater() override { return fakeUpdater; }
+  std::string homeDirectory() const override { return "/nonexistent"; }
+
+  ManualTime time;
+  FakeTrust trust;
+  FakeApplication app;
+  FakeBundle applicationBundle;
+  FakeLauncher launcher{time};
+  FakeLog fakeLog;
+  FakeMicrophoneAccess microphone;
+  FakeNotifications fakeNotifications;
+  FakeSettingsPresenter settings;
+  FakeSleepWatch sleep;
+  FakeStatusItem item;
+  FakeUpdater fakeUpdater;
+};
+
+}  // namespace voxtrel::testing
