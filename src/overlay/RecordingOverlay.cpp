@@ -22,7 +22,7 @@ RecordingOverlay::RecordingOverlay(OverlayPorts ports)
     : ports_(std::move(ports)), logger_(ports_.log, "audio") {}
 
 RecordingOverlay::~RecordingOverlay() {
-  hide();
+  RecordingOverlay::hide();
 }
 
 void RecordingOverlay::show() {

@@ -35,12 +35,12 @@ class RecordingOverlay {
   explicit RecordingOverlay(OverlayPorts ports);
   RecordingOverlay(const RecordingOverlay&) = delete;
   RecordingOverlay& operator=(const RecordingOverlay&) = delete;
-  ~RecordingOverlay();
+  virtual ~RecordingOverlay();
 
   /// Nothing happens when it is shown already. Does not wait for the microphone.
-  void show();
+  virtual void show();
   /// Nothing happens when it is hidden already. Afterwards the microphone is closed.
-  void hide();
+  virtual void hide();
 
  private:
   Rect contentRect();

@@ -123,8 +123,8 @@ struct FakeFrameTimer : FrameTimer {
   int running = 0, started = 0;
 };
 
-/// A recording overlay with everything around it under the test's control.
-struct OverlayBench {
+/// Everything around a recording overlay, under the test's control.
+struct OverlayWorld {
   ManualTime time;
   FakeLog log;
   Diary diary;
@@ -132,7 +132,6 @@ struct OverlayBench {
   FakeMicrophone microphone{diary};
   FakeFrameTimer frameTimer{diary};
   std::function<std::unique_ptr<RealFft>()> makeFft = [] { return nullptr; };
-  std::unique_ptr<RecordingOverlay> overlay = std::make_unique<RecordingOverlay>(ports());
 
   OverlayPorts ports() {
     return {.stage = stage,
@@ -142,6 +141,10 @@ struct OverlayBench {
             .log = log,
             .makeFft = [this] { return makeFft(); }};
   }
+};
+
+struct OverlayBench : OverlayWorld {
+  std::unique_ptr<RecordingOverlay> overlay = std::make_unique<RecordingOverlay>(ports());
 
   /// What is on the screen after one tick of the timer.
   RecordingCanvas nextFrame() {
