@@ -44,7 +44,10 @@ struct FakeLauncher : ChildProcessLauncher {
 
   Result start(ChildOptions options) override {
     startedAt.push_back(time.now());
-    if (failure) return LaunchFailure{*failure};
+    if (const auto why = failure) {
+      if (onFailing) onFailing();
+      return LaunchFailure{*why};
+    }
     const auto child = std::make_shared<FakeChild>(std::move(options), time);
     child->endsAfterTerminate = endsAfterTerminate;
     children.push_back(child);
@@ -65,6 +68,7 @@ struct FakeLauncher : ChildProcessLauncher {
   std::optional<std::string> failure;                // what the next starts answer
   std::optional<std::chrono::milliseconds> endsAfterTerminate = std::chrono::milliseconds(0);
   std::function<void(FakeChild&)> onStarted;  // before start() returns
+  std::function<void()> onFailing;            // the same, for a start that fails
 };
 
 }  // namespace voxtrel::testing

@@ -168,13 +168,14 @@ TEST(Launch, LeavesNoEngineWhenAStopOvertakesIt) {
 TEST(Launch, ThatWasOvertakenAndFailsLeavesTheLaterOneItsState) {
   EngineBench bench;
   bench.launcher.failure = "Cannot start quillback: Exec format error";
-  bench.manager->setOnStateChange(nullptr);
-  bench.manager->launch();
-  EXPECT_EQ(bench.manager->state(), AppState::stopped);
-  bench.launcher.failure.reset();
+  bench.launcher.onFailing = [&] {
+    bench.launcher.failure.reset();
+    bench.manager->launch();
+  };
   bench.manager->launch();
   EXPECT_EQ(bench.manager->state(), AppState::loading);
   EXPECT_EQ(bench.manager->lastError(), "");
+  EXPECT_EQ(bench.launcher.running(), 1U);
 }
 
 TEST(StopAndWait, EndsThePollingAsSoonAsTheEngineHasEndedAndSendsNoKill) {
