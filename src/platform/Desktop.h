@@ -55,8 +55,16 @@ class Desktop {
 /// The identifier under which the desktop knows the application.
 inline constexpr const char* kBundleIdentifier = "org.voxtrel.Voxtrel";
 
-/// Connects to the desktop of the calling user; each desktop's folder defines its own.
-/// Fails by: null, after telling the user why on standard error.
-std::unique_ptr<Desktop> connectToDesktop(int& argc, char** argv, const std::string& version);
+/// What came of connecting.
+struct DesktopConnection {
+  std::unique_ptr<Desktop> desktop;  ///< null: the process has nothing left to do
+  int exitStatus = 0;                ///< what it then ends with
+};
+
+/// Connects to the desktop of the calling user; each desktop's folder defines its own. `argc` and
+/// `argv` must outlive the result.
+/// Fails by: no desktop and status 1, after telling the user why on standard error. Where the
+/// application runs already, that one comes forward, and this one ends with status 0.
+DesktopConnection connectToDesktop(int& argc, char** argv, const std::string& version);
 
 }  // namespace voxtrel
