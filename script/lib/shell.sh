@@ -1,0 +1,37 @@
+# shellcheck shell=bash
+# Sourced by every script of this folder: the checkout's folder, messages, and one way to build.
+set -euo pipefail
+
+ROOT="$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd -P)"
+cd "$ROOT"
+
+say() { printf '==> %s\n' "$*"; }
+
+die() {
+  printf '%s: %s\n' "$(basename "$0")" "$*" >&2
+  exit 1
+}
+
+# configure PRESET: fast when nothing has changed; the compiler cache is used where there is one.
+configure() {
+  local launcher=()
+  if command -v ccache >/dev/null; then
+    launcher=(-DCMAKE_C_COMPILER_LAUNCHER=ccache -DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
+  fi
+  cmake --preset "$1" --log-level=WARNING "${launcher[@]}" >/dev/null
+}
+
+# build PRESET [TARGET...]
+build() {
+  local preset="$1"
+  shift
+  configure "$preset"
+  local targets=()
+  if (($#)); then targets=(--target "$@"); fi
+  cmake --build --preset "$preset" --parallel "$(nproc)" "${targets[@]}"
+}
+
+# The desktop harness needs Debian's own interpreter: another one first in PATH lacks its D-Bus.
+export PYTHON=/usr/bin/python3
+
+has_display() { [[ -n "${DISPLAY:-}" || -n "${WAYLAND_DISPLAY:-}" ]]; }

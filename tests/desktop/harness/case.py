@@ -1,0 +1,46 @@
+"""The base of all desktop tests: one desk a class, one installation of the program a test."""
+
+import os
+import unittest
+
+from .application import Application
+from .desk import Desk
+
+# The folder of the built programs; the runner sets it.
+PROGRAMS = os.environ.get("VOXTREL_PROGRAMS", "")
+
+
+class DesktopCase(unittest.TestCase):
+    """Tests that watch the program from outside, on a desk that they share."""
+
+    desk_parts = {}
+    desk = None
+    installations = 0
+
+    @classmethod
+    def setUpClass(cls):
+        cls.desk = Desk(**cls.desk_parts)
+        cls.enterClassContext(cls.desk)
+
+    def run(self, result=None):
+        """A failed test keeps the logs of its desk."""
+        before = len(result.failures) + len(result.errors)
+        super().run(result)
+        if self.desk and len(result.failures) + len(result.errors) > before:
+            self.desk.keep_logs(self._testMethodName)
+
+    def install(self, with_engine=True):
+        """A fresh installation; its program is ended after the test, and must have been sane."""
+        type(self).installations += 1
+        # A short name: the path of a local socket has a limit.
+        app = Application(self.desk, PROGRAMS, f"app{self.installations}", with_engine)
+        self.addCleanup(self._check_reports, app)
+        self.addCleanup(app.stop)
+        return app
+
+    def _check_reports(self, app):
+        self.assertEqual(app.reports(), [], "a sanitizer has complained")
+
+    def between(self, value, least, most, what):
+        """Asserts that a measured value lies within its limits, both included."""
+        self.assertTrue(least <= value <= most, f"{what}: {value:.3f}, not {least} to {most}")

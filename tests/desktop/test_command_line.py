@@ -1,0 +1,81 @@
+"""What can be asked for on the command line, and a second start."""
+
+import os
+import subprocess
+
+from harness import case
+from harness.case import DesktopCase
+from harness.polling import eventually, stays
+
+READY = "Ready — hold Right Cmd"
+
+
+class CommandLine(DesktopCase):
+    """Questions are answered without touching the desktop."""
+
+    @staticmethod
+    def ask(*arguments):
+        """Runs the program without any display."""
+        environment = {k: v for k, v in os.environ.items()
+                       if k not in ("DISPLAY", "WAYLAND_DISPLAY", "DBUS_SESSION_BUS_ADDRESS")}
+        return subprocess.run([os.path.join(case.PROGRAMS, "voxtrel"), *arguments], check=False,
+                              env=environment, capture_output=True, text=True, timeout=20)
+
+    def test_version(self):
+        answer = self.ask("--version")
+        self.assertEqual((answer.returncode, answer.stderr), (0, ""))
+        self.assertRegex(answer.stdout, r"^voxtrel \d+\.\d+\.\d+\n$")
+
+    def test_help(self):
+        answer = self.ask("--help")
+        self.assertEqual((answer.returncode, answer.stderr), (0, ""))
+        for word in ("Usage:", "--help", "--version", "VOXTREL_LOG"):
+            self.assertIn(word, answer.stdout)
+
+    def test_an_unknown_argument_is_named_on_standard_error_with_status_2(self):
+        for argument in ("--frobnicate", "run", "-h", ""):
+            answer = self.ask(argument)
+            self.assertEqual((answer.returncode, answer.stdout), (2, ""))
+            self.assertIn(f'"{argument}"', answer.stderr)
+
+    def test_a_second_start_hands_over_and_exits_with_0(self):
+        app = self.install().start_ready()
+        second = self.install()
+        second.start()
+        self.assertEqual(second.process.exit_status(), 0)
+        self.assertEqual(second.output(), "")
+        self.assertEqual(second.engine.starts(), [])
+        app.item.wait_for_status(READY)
+        self.assertEqual(len(app.engine.running()), 1)
+
+    def test_of_two_simultaneous_starts_one_stays(self):
+        apps = [self.install() for number in range(2)]
+        for app in apps:
+            app.start()
+        eventually(lambda: sum(app.process.running() for app in apps) == 1, "one to hand over")
+        stays(lambda: sum(app.process.running() for app in apps) == 1, "the other", for_s=1.0)
+        first = next(app for app in apps if app.process.running())
+        first.engine.wait_for_starts(1)
+        self.assertEqual(sum(len(app.engine.starts()) for app in apps), 1)
+
+
+class Logging(DesktopCase):
+    """One line a message on standard error; the engine's own lines only on demand."""
+
+    def test_engine_lines_are_logged_only_when_asked_for(self):
+        for level, expected in ((None, 0), ("debug", 1)):
+            app = self.install().start_ready(VOXTREL_LOG=level)
+            app.engine.say("a line that means nothing")
+            app.engine.say("Recording...")
+            app.item.wait_for_status("Recording...")
+            app.item.click("Quit Voxtrel")
+            self.assertEqual(app.process.exit_status(), 0)
+            self.assertEqual(app.output().count("a line that means nothing"), expected)
+
+    def test_the_life_cycle_is_logged_in_order(self):
+        app = self.install().start_ready()
+        app.item.click("Quit Voxtrel")
+        self.assertEqual(app.process.exit_status(), 0)
+        places = [app.output().index(text) for text in (
+            "Voxtrel launching", "StatusBarController initialized", "Voxtrel terminating")]
+        self.assertEqual(places, sorted(places))

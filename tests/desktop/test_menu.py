@@ -1,0 +1,91 @@
+"""The menu under the tray item."""
+
+from harness.case import DesktopCase
+from harness.polling import eventually
+
+READY = "Ready — hold Right Cmd"
+
+
+class TheMenu(DesktopCase):
+    """Rows, titles, keys; and what a right click in the panel opens."""
+
+    def setUp(self):
+        self.empty = self.desk.panel.icon()
+
+    def test_its_rows_are_exactly_these(self):
+        app = self.install().start_ready()
+        rows = [(row.text, row.shortcut, row.enabled, row.separator) for row in app.item.rows()]
+        self.assertEqual(rows, [
+            (READY, (), False, False),
+            ("Last: —", (), False, False),
+            ("", (), True, True),
+            ("Settings...", ("control", ","), True, False),
+            ("Check for Updates...", (), True, False),
+            ("Restart", ("control", "r"), True, False),
+            ("Quit Voxtrel", ("control", "q"), True, False),
+        ])
+
+    def test_ampersands_and_underscores_of_a_transcription_show_as_they_are(self):
+        app = self.install().start_ready()
+        for text in ("salt & pepper", "R&D", "a && b", "snake_case_name", "__init__", "_ & _",
+                     "&", "_", "Tom &Jerry & _Spike_", "&&&", "tab\tand <b>bold</b> 100 %s"):
+            app.engine.say(f'[gpu-decode] text: "{text}"')
+            app.item.wait_for_last_text(f"Last: {text}")
+
+    def test_a_long_transcription_is_shown_in_full(self):
+        app = self.install().start_ready()
+        text = "every word of it counts, down to the very last one; " * 40 + "end"
+        app.engine.say(f'[gpu-decode] text: "{text}"')
+        app.item.wait_for_last_text(f"Last: {text}")
+
+    def test_an_error_is_shown_in_full_and_as_it_is(self):
+        app = self.install().start_ready()
+        line = "[quillback] ERROR model_file & cache_dir: " + "x" * 500
+        app.engine.say(line)
+        app.engine.exit(0)
+        app.item.wait_for_status(f"Error: {line}")
+
+    def test_a_right_click_in_the_panel_opens_it_and_its_rows_stay_current(self):
+        app = self.install().start_ready()
+        self.desk.panel.settled_icon(unlike=self.empty)
+        closed = self.desk.screenshot()
+        self.desk.click(self.desk.panel.icon_place().centre, button=3)
+        opened = eventually(lambda: self.opened_menu(closed), "the opened menu")
+        app.engine.say('[gpu-decode] text: "seen while open"')
+        app.item.wait_for_last_text("Last: seen while open")
+        eventually(lambda: self.desk.screenshot().crop(opened[0]).rgb != opened[1].rgb,
+                   "the open menu to show the new text")
+        self.desk.xdotool("key", "Escape")
+
+    def opened_menu(self, closed):
+        """(place, picture) of what has appeared below the panel, once it is of a menu's size."""
+        screen = self.desk.screenshot()
+        box = screen.difference_box(closed)
+        if box and box.height > 100 and box.width > 100:
+            return box, screen.crop(box)
+        return None
+
+    def test_check_for_updates_opens_one_box_that_names_the_version(self):
+        self.opens_one_box("Check for Updates...", "update")
+
+    def test_settings_opens_one_box(self):
+        self.opens_one_box("Settings...", "Voxtrel")
+
+    def opens_one_box(self, row, title):
+        """Choosing `row` twice gives one window, beside which the program goes on."""
+        app = self.install().start_ready()
+        app.item.click(row)
+        eventually(lambda: self.windows(app), f"a window for {row}")
+        app.item.click(row)
+        app.engine.say("Recording...")
+        app.item.wait_for_status("Recording...")
+        self.assertEqual(len(self.windows(app)), 1)
+        self.desk.screenshot().save_png(self.desk.path(f"logs/{title}.png"))
+
+    def windows(self, app):
+        """The identifiers of the program's visible windows."""
+        try:
+            found = self.desk.xdotool("search", "--onlyvisible", "--pid", str(app.process.pid))
+        except Exception:  # xdotool's way to say that there is none
+            return []
+        return found.split()
