@@ -11,10 +11,14 @@ class ApplicationBundle;
 class BackgroundQueue;
 class ChildProcessLauncher;
 class Clock;
+class FrameTimer;
 class Log;
 class MainLoop;
+class Microphone;
 class MicrophoneAccess;
 class Notifications;
+class OverlayStage;
+class RealFft;
 class SettingsPresenter;
 class SleepWatch;
 class StatusItem;
@@ -33,14 +37,18 @@ class Desktop {
   virtual BackgroundQueue& backgroundQueue() = 0;
   virtual ChildProcessLauncher& childProcesses() = 0;
   virtual Clock& clock() = 0;
+  virtual FrameTimer& frameTimer() = 0;
   virtual Log& log() = 0;
   virtual MainLoop& mainLoop() = 0;
+  virtual Microphone& microphone() = 0;
   virtual MicrophoneAccess& microphoneAccess() = 0;
   virtual Notifications& notifications() = 0;
+  virtual OverlayStage& overlayStage() = 0;
   virtual SettingsPresenter& settingsPresenter() = 0;
   virtual SleepWatch& sleepWatch() = 0;
   virtual StatusItem& statusItem() = 0;
   virtual Updater& updater() = 0;
+  virtual std::unique_ptr<RealFft> makeRealFft() = 0;  ///< null if there is no memory for it
   virtual std::string homeDirectory() const = 0;  ///< without trailing separator
 };
 

@@ -4,12 +4,16 @@
 #include <string>
 
 #include "platform/Desktop.h"
+#include "platform/kissfft/KissRealFft.h"
 #include "platform/linux/FreedesktopNotifications.h"
 #include "platform/linux/GrantedPermissions.h"
 #include "platform/linux/LogindSleepWatch.h"
+#include "platform/linux/PulseMicrophone.h"
 #include "platform/linux/QtApplication.h"
 #include "platform/linux/QtMainLoop.h"
+#include "platform/linux/QtOverlayStage.h"
 #include "platform/linux/SettingsNotice.h"
+#include "platform/linux/TimerFdFrameTimer.h"
 #include "platform/linux/TrayStatusItem.h"
 #include "platform/linux/UpdateNotice.h"
 #include "platform/posix/ExecutableFolder.h"
@@ -42,14 +46,18 @@ class LinuxDesktop final : public Desktop {
   BackgroundQueue& backgroundQueue() override { return backgroundQueue_; }
   ChildProcessLauncher& childProcesses() override { return childProcesses_; }
   Clock& clock() override { return clock_; }
+  FrameTimer& frameTimer() override { return frameTimer_; }
   Log& log() override { return *parts_.log; }
   MainLoop& mainLoop() override { return mainLoop_; }
+  Microphone& microphone() override { return microphone_; }
   MicrophoneAccess& microphoneAccess() override { return microphoneAccess_; }
   Notifications& notifications() override { return notifications_; }
+  OverlayStage& overlayStage() override { return overlayStage_; }
   SettingsPresenter& settingsPresenter() override { return settingsPresenter_; }
   SleepWatch& sleepWatch() override { return sleepWatch_; }
   StatusItem& statusItem() override { return statusItem_; }
   Updater& updater() override { return updater_; }
+  std::unique_ptr<RealFft> makeRealFft() override { return KissRealFft::make(); }
   std::string homeDirectory() const override { return home_; }
 
  private:
@@ -60,6 +68,9 @@ class LinuxDesktop final : public Desktop {
   SteadyClock clock_;
   ExecutableFolder bundle_;
   GrantedAccessibilityTrust accessibilityTrust_;
+  PulseMicrophone microphone_;
+  QtOverlayStage overlayStage_;
+  TimerFdFrameTimer frameTimer_;
   GrantedMicrophoneAccess microphoneAccess_;
   FreedesktopNotifications notifications_;
   LogindSleepWatch sleepWatch_;
