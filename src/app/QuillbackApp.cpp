@@ -8,14 +8,21 @@
 namespace voxtrel {
 
 namespace {
-struct NoOverlay : RecordingOverlay {
-  void show() override {}
-  void hide() override {}
-};
+
+OverlayPorts overlayPorts(Desktop& desktop) {
+  return {.stage = desktop.overlayStage(),
+          .microphone = desktop.microphone(),
+          .frameTimer = desktop.frameTimer(),
+          .mainLoop = desktop.mainLoop(),
+          .log = desktop.log(),
+          .makeFft = [&desktop] { return desktop.makeRealFft(); }};
+}
+
 }  // namespace
+
 QuillbackApp::QuillbackApp(Desktop& desktop)
     : desktop_(desktop),
-      overlay_(std::make_unique<NoOverlay>()),
+      overlay_(std::make_unique<RecordingOverlay>(overlayPorts(desktop))),
       appDelegate_(std::make_shared<AppDelegate>(desktop, *overlay_)) {}
 
 QuillbackApp::~QuillbackApp() = default;

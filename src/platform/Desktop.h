@@ -11,10 +11,14 @@ class ApplicationBundle;
 class BackgroundQueue;
 class ChildProcessLauncher;
 class Clock;
+class FrameTimer;
 class Log;
 class MainLoop;
+class Microphone;
 class MicrophoneAccess;
 class Notifications;
+class OverlayStage;
+class RealFft;
 class SettingsPresenter;
 class SleepWatch;
 class StatusItem;
@@ -33,22 +37,34 @@ class Desktop {
   virtual BackgroundQueue& backgroundQueue() = 0;
   virtual ChildProcessLauncher& childProcesses() = 0;
   virtual Clock& clock() = 0;
+  virtual FrameTimer& frameTimer() = 0;
   virtual Log& log() = 0;
   virtual MainLoop& mainLoop() = 0;
+  virtual Microphone& microphone() = 0;
   virtual MicrophoneAccess& microphoneAccess() = 0;
   virtual Notifications& notifications() = 0;
+  virtual OverlayStage& overlayStage() = 0;
   virtual SettingsPresenter& settingsPresenter() = 0;
   virtual SleepWatch& sleepWatch() = 0;
   virtual StatusItem& statusItem() = 0;
   virtual Updater& updater() = 0;
+  virtual std::unique_ptr<RealFft> makeRealFft() = 0;  ///< null if there is no memory for it
   virtual std::string homeDirectory() const = 0;  ///< without trailing separator
 };
 
 /// The identifier under which the desktop knows the application.
 inline constexpr const char* kBundleIdentifier = "org.voxtrel.Voxtrel";
 
-/// Connects to the desktop of the calling user; each desktop's folder defines its own.
-/// Fails by: null, after telling the user why on standard error.
-std::unique_ptr<Desktop> connectToDesktop(int& argc, char** argv, const std::string& version);
+/// What came of connecting.
+struct DesktopConnection {
+  std::unique_ptr<Desktop> desktop;  ///< null: the process has nothing left to do
+  int exitStatus = 0;                ///< what it then ends with
+};
+
+/// Connects to the desktop of the calling user; each desktop's folder defines its own. `argc` and
+/// `argv` must outlive the result.
+/// Fails by: no desktop and status 1, after telling the user why on standard error. Where the
+/// application runs already, that one comes forward, and this one ends with status 0.
+DesktopConnection connectToDesktop(int& argc, char** argv, const std::string& version);
 
 }  // namespace voxtrel

@@ -7,12 +7,14 @@
 #include "platform/Application.h"
 #include "platform/Desktop.h"
 #include "support/FakeChildProcesses.h"
+#include "support/FakeOverlayPorts.h"
 #include "support/FakePorts.h"
 #include "support/ManualTime.h"
 
 namespace voxtrel::testing {
 
-struct FakeOverlay : RecordingOverlay {
+struct FakeOverlay : private OverlayWorld, RecordingOverlay {
+  FakeOverlay() : RecordingOverlay(ports()) {}
   void show() override { calls += 's'; }
   void hide() override { calls += 'h'; }
   std::string calls;  // in order: s for show, h for hide
@@ -39,14 +41,18 @@ struct FakeDesktop : Desktop {
   BackgroundQueue& backgroundQueue() override { return time; }
   ChildProcessLauncher& childProcesses() override { return launcher; }
   Clock& clock() override { return time; }
+  FrameTimer& frameTimer() override { return overlayWorld.frameTimer; }
   Log& log() override { return fakeLog; }
   MainLoop& mainLoop() override { return time; }
-  MicrophoneAccess& microphoneAccess() override { return microphone; }
+  Microphone& microphone() override { return overlayWorld.microphone; }
+  MicrophoneAccess& microphoneAccess() override { return access; }
   Notifications& notifications() override { return fakeNotifications; }
+  OverlayStage& overlayStage() override { return overlayWorld.stage; }
   SettingsPresenter& settingsPresenter() override { return settings; }
   SleepWatch& sleepWatch() override { return sleep; }
   StatusItem& statusItem() override { return item; }
   Updater& updater() override { return fakeUpdater; }
+  std::unique_ptr<RealFft> makeRealFft() override { return nullptr; }
   std::string homeDirectory() const override { return "/nonexistent"; }
 
   ManualTime time;
@@ -55,7 +61,8 @@ struct FakeDesktop : Desktop {
   FakeBundle applicationBundle;
   FakeLauncher launcher{time};
   FakeLog fakeLog;
-  FakeMicrophoneAccess microphone;
+  FakeMicrophoneAccess access;
+  OverlayWorld overlayWorld;
   FakeNotifications fakeNotifications;
   FakeSettingsPresenter settings;
   FakeSleepWatch sleep;

@@ -18,7 +18,7 @@ struct StartUp : ::testing::Test {
 
   void finishLaunching() { delegate->applicationDidFinishLaunching(); }
   void answerMicrophone(bool granted) {
-    desktop.microphone.answer(granted);
+    desktop.access.answer(granted);
     desktop.time.runPosted();
   }
   std::size_t starts() const { return desktop.launcher.startedAt.size(); }
@@ -51,7 +51,7 @@ TEST_F(StartUp, SetsUpTheNotifications) {
 TEST_F(StartUp, StartsTheEngineOnceRightAfterTheMicrophoneAnswer) {
   finishLaunching();
   EXPECT_EQ(starts(), 0U);
-  desktop.microphone.answer(true);
+  desktop.access.answer(true);
   EXPECT_EQ(starts(), 0U);  // the answer may come on any thread
   desktop.time.runPosted();
   EXPECT_EQ(starts(), 1U);

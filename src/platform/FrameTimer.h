@@ -1,0 +1,21 @@
+#pragma once
+
+#include <chrono>
+#include <functional>
+
+#include "platform/Subscription.h"
+
+namespace voxtrel {
+
+/// A repeating timer for animation: its ticks keep to a timeline, so that their mean rate is exact.
+/// Thread: the main thread.
+class FrameTimer {
+ public:
+  virtual ~FrameTimer() = default;
+
+  /// Runs `task` every `interval` until the handle is gone; ticks that come too late are left out.
+  [[nodiscard]] virtual Subscription everyFrame(std::chrono::duration<double> interval,
+                                                std::function<void()> task) = 0;
+};
+
+}  // namespace voxtrel

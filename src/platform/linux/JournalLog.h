@@ -1,0 +1,21 @@
+#pragma once
+
+#include "platform/Log.h"
+
+namespace voxtrel {
+
+/// The log in the system's journal, with the fields SUBSYSTEM (the application's identifier) and
+/// CATEGORY.
+/// Thread: any.  Fails by: losing the message.
+class JournalLog final : public Log {
+ public:
+  explicit JournalLog(LogLevel lowest) : lowest_(lowest) {}
+
+  bool isEnabled(LogLevel level) const override { return level >= lowest_; }
+  void write(LogLevel level, std::string_view category, std::string_view message) override;
+
+ private:
+  const LogLevel lowest_;
+};
+
+}  // namespace voxtrel

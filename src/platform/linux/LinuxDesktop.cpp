@@ -1,0 +1,39 @@
+#include "platform/linux/LinuxDesktop.h"
+
+#include <QApplication>
+#include <csignal>
+
+#include "platform/linux/DisplayConnection.h"
+#include "platform/linux/OpenLog.h"
+#include "platform/linux/SingleInstance.h"
+#include "platform/posix/ExecutablePath.h"
+#include "platform/posix/HomeDirectory.h"
+
+namespace voxtrel {
+
+LinuxDesktop::LinuxDesktop(Parts parts, const std::string& version)
+    : home_(voxtrel::homeDirectory()),
+      parts_(std::move(parts)),
+      bundle_(executablePath()),
+      microphoneAccess_(mainLoop_),
+      sleepWatch_(*parts_.log),
+      settingsPresenter_(home_ + "/.config/quillback/config.toml"),
+      updater_(version) {}
+
+LinuxDesktop::~LinuxDesktop() = default;
+
+DesktopConnection connectToDesktop(int& argc, char** argv, const std::string& version) {
+  // Whoever reads our standard error may go away; that is no reason to end.
+  std::signal(SIGPIPE, SIG_IGN);
+  LinuxDesktop::Parts parts;
+  parts.log = openLog();
+  parts.qtApplication = connectToDisplay(argc, argv, version);
+  if (!parts.qtApplication) return {nullptr, EXIT_FAILURE};
+  parts.instance = std::make_unique<SingleInstance>(*parts.log);
+  SingleInstance& instance = *parts.instance;
+  auto desktop = std::make_unique<LinuxDesktop>(std::move(parts), version);
+  if (!instance.isFirst()) return {nullptr, EXIT_SUCCESS};
+  return {std::move(desktop), EXIT_SUCCESS};
+}
+
+}  // namespace voxtrel

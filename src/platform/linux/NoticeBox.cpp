@@ -1,0 +1,26 @@
+#include "platform/linux/NoticeBox.h"
+
+#include "platform/linux/SymbolIcons.h"
+
+namespace voxtrel {
+
+NoticeBox::~NoticeBox() {
+  delete box_.data();
+}
+
+void NoticeBox::show(const QString& title, const QString& text, const QString& details) {
+  if (!box_) {
+    box_ = new QMessageBox(QMessageBox::NoIcon, title, text, QMessageBox::Ok);
+    box_->setTextFormat(Qt::PlainText);
+    box_->setInformativeText(details);
+    box_->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    box_->setWindowIcon(applicationIcon());
+    box_->setAttribute(Qt::WA_DeleteOnClose);
+    box_->setModal(false);
+    box_->show();
+  }
+  box_->raise();
+  box_->activateWindow();
+}
+
+}  // namespace voxtrel

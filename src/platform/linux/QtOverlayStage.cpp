@@ -1,0 +1,71 @@
+#include "platform/linux/QtOverlayStage.h"
+
+#include <QGuiApplication>
+#include <QScreen>
+#include <cmath>
+
+#include "platform/linux/FloatingWindow.h"
+#include "platform/linux/XcbConnection.h"
+
+namespace voxtrel {
+namespace {
+
+// Ours counts upwards from Qt's zero, Qt downwards.
+Rect fromQt(const QRect& rect) {
+  return {static_cast<double>(rect.x()), static_cast<double>(-(rect.y() + rect.height())),
+          static_cast<double>(rect.width()), static_cast<double>(rect.height())};
+}
+
+QRect toQt(const Rect& rect) {
+  const auto whole = [](double points) { return static_cast<int>(std::floor(points)); };
+  return {whole(rect.x), whole(-(rect.y + rect.height)), whole(rect.width), whole(rect.height)};
+}
+
+// Qt keeps a screen's place in the server's pixels and scales only its size.
+QRect nativeGeometry(const QScreen& screen) {
+  const QRect geometry = screen.geometry();
+  return {geometry.topLeft(), (QSizeF(geometry.size()) * screen.devicePixelRatio()).toSize()};
+}
+
+std::int64_t area(const QRect& rect) {
+  return rect.isEmpty() ? 0 : std::int64_t{rect.width()} * rect.height();
+}
+
+// The screen that shows most of the active window.
+QScreen* activeScreen() {
+  const std::optional<QRect> window = XcbConnection().activeWindow();
+  QScreen* best = nullptr;
+  std::int64_t bestArea = 0;
+  for (QScreen* screen : QGuiApplication::screens()) {
+    const std::int64_t shown = window ? area(nativeGeometry(*screen) & *window) : 0;
+    if (shown > bestArea) {
+      best = screen;
+      bestArea = shown;
+    }
+  }
+  return best != nullptr ? best : QGuiApplication::primaryScreen();
+}
+
+}  // namespace
+
+std::optional<Rect> QtOverlayStage::mainScreenFrame() {
+  const QScreen* screen = activeScreen();
+  if (screen == nullptr) return {};
+  return fromQt(screen->geometry());
+}
+
+std::vector<Rect> QtOverlayStage::screenFrames() {
+  std::vector<Rect> frames;
+  for (const QScreen* screen : QGuiApplication::screens()) {
+    frames.push_back(fromQt(screen->geometry()));
+  }
+  return frames;
+}
+
+std::unique_ptr<OverlayWindow> QtOverlayStage::makeWindow(const Rect& contentRect) {
+  const QRect geometry = toQt(contentRect);
+  QScreen* screen = QGuiApplication::screenAt(geometry.center());
+  return std::make_unique<FloatingWindow>(screen, geometry);
+}
+
+}  // namespace voxtrel

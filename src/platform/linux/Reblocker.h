@@ -1,0 +1,28 @@
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <span>
+#include <vector>
+
+namespace voxtrel {
+
+/// Makes blocks of one size from a stream that comes in pieces of any size.
+/// Thread: one at a time.  Owns: the samples of the block that is not yet full.
+class Reblocker {
+ public:
+  using TakeBlock = std::function<void(std::span<const float> block)>;
+
+  explicit Reblocker(std::size_t blockFrames) : blockFrames_(blockFrames) {
+    waiting_.reserve(blockFrames);
+  }
+
+  /// Hands over every block that `samples` completes, in order; a block is valid during the call.
+  void push(std::span<const float> samples, const TakeBlock& takeBlock);
+
+ private:
+  std::size_t blockFrames_;
+  std::vector<float> waiting_;
+};
+
+}  // namespace voxtrel

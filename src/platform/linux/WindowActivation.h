@@ -1,0 +1,12 @@
+#pragma once
+
+class QString;
+
+namespace voxtrel {
+
+/// Brings the application's visible windows forward, as far as the desktop allows.
+/// `activationToken`: the desktop's leave to do so, or empty.
+/// Thread: the main thread.
+void bringForward(const QString& activationToken);
+
+}  // namespace voxtrel
