@@ -71,7 +71,7 @@ std::string generatedLines() {
     if (const std::size_t hole = line.find('#'); hole != std::string::npos) {
       line.replace(hole, 1, std::to_string(below(100'000'000)));
     }
-    if (!isMarked && below(2) == 0) line += ", t=" + std::to_string(below(1'000'000));
+    if (!isMarked && below(16) == 0) line += ", t=" + std::to_string(below(1'000'000));
     text += line + '\n';
   }
   return text;
