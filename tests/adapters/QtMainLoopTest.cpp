@@ -41,17 +41,13 @@ TEST_F(QtMainLoopTest, aTaskPostedByATaskRunsToo) {
 }
 
 TEST_F(QtMainLoopTest, tasksGoOnRunningWhileOneOfThemRunsALoopOfItsOwn) {
-  std::vector<int> ran;
+  QEventLoop nested;
   loop.post([&] {
-    QEventLoop nested;
-    loop.post([&] { nested.quit(); });
     nested.exec();
-    ran.push_back(2);
     quit();
   });
-  loop.post([&] { ran.push_back(1); });
+  loop.post([&] { nested.quit(); });
   run();
-  EXPECT_EQ(ran, (std::vector{1, 2}));
 }
 
 TEST_F(QtMainLoopTest, postsFromManyThreadsAllRunEachThreadsInItsOrder) {
