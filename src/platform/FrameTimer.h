@@ -13,7 +13,8 @@ class FrameTimer {
  public:
   virtual ~FrameTimer() = default;
 
-  /// Runs `task` every `interval` until the handle is gone; ticks that come too late are left out.
+  /// Runs `task` every `interval` until the handle is gone. A tick that is late is made up for as
+  /// soon as possible; after a stall of several, the oldest are left out.
   [[nodiscard]] virtual Subscription everyFrame(std::chrono::duration<double> interval,
                                                 std::function<void()> task) = 0;
 };

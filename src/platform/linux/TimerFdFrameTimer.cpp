@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <QSocketNotifier>
+#include <algorithm>
 #include <cstdint>
 #include <memory>
 #include <utility>
@@ -12,6 +13,9 @@
 
 namespace voxtrel {
 namespace {
+
+// After a longer stall there is no point in showing every frame of it.
+constexpr std::uint64_t kMostAtOnce = 6;
 
 timespec toTimespec(std::chrono::nanoseconds duration) {
   const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(duration);
@@ -43,13 +47,15 @@ class Ticker {
 
  private:
   void tick() {
-    std::uint64_t expirations = 0;  // more than one: we are late, and skip the others
+    std::uint64_t expirations = 0;  // more than one: we are late
     if (::read(timer_.number(), &expirations, sizeof expirations) != sizeof expirations) return;
+    const auto alive = std::weak_ptr(self_);
     const auto task = task_;
-    task();
+    for (auto due = std::min(expirations, kMostAtOnce); due > 0 && !alive.expired(); --due) task();
   }
 
   FileDescriptor timer_;
+  std::shared_ptr<bool> self_ = std::make_shared<bool>();  // for `tick`, whose task may end us
   std::function<void()> task_;
   QSocketNotifier* notifier_;
 };
