@@ -14,19 +14,12 @@ LATENESS_S = 0.5
 
 
 class Crashes(DesktopCase):
-    """Each test counts only the notifications that it causes itself."""
+    """Crashes by exit status and by signal, and the two ways to restart by hand."""
 
     def setUp(self):
+        super().setUp()
         self.desk.notifications.close_all()
-        self.earlier = len(self.desk.notifications.shown())
-
-    def notifications(self, count, limit_s=10.0):
-        """Waits for the test's own notifications, `count` of them."""
-        return self.desk.notifications.wait_for(self.earlier + count, limit_s)[self.earlier:]
-
-    def bodies(self):
-        """The texts of the test's own notifications so far."""
-        return self.desk.notifications.bodies()[self.earlier:]
+        self.desk.notifications.wait_until_displayed(0)
 
     def give_up(self):
         """An installation whose engine has crashed until it was given up on."""

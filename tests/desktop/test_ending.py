@@ -20,7 +20,7 @@ class Ending(DesktopCase):
         self.assertNotIn(engine_pid, app.engine.running())
         self.assertIn("Voxtrel terminating", app.output())
         eventually(lambda: self.desk.tray.item_of(app.process.pid) is None, "the item to go")
-        self.assertEqual(self.desk.notifications.bodies(), [])
+        self.assertEqual(self.bodies(), [])
 
     def test_quit_in_the_menu_stops_the_engine_and_ends_with_status_0(self):
         app = self.install().start_ready()
@@ -58,7 +58,7 @@ class Ending(DesktopCase):
     def test_quit_while_a_relaunch_is_due_leaves_no_engine(self):
         app = self.install().start_ready()
         app.engine.exit(1)
-        self.desk.notifications.wait_for(1)
+        self.notifications(1)
         app.item.click("Quit Voxtrel")
         self.assertEqual(app.process.exit_status(), 0)
         self.assertEqual(app.engine.running(), [])

@@ -10,6 +10,7 @@ class TheMenu(DesktopCase):
     """Rows, titles, keys; and what a right click in the panel opens."""
 
     def setUp(self):
+        super().setUp()
         self.empty = self.desk.panel.icon()
 
     def test_its_rows_are_exactly_these(self):

@@ -15,6 +15,7 @@ class Sleep(DesktopCase):
     desk_parts = {"login_manager": False}
 
     def setUp(self):
+        super().setUp()
         self.logind = self.desk.start_login_manager()
         self.addCleanup(self.desk.stop_login_manager)
 
@@ -66,7 +67,7 @@ class Sleep(DesktopCase):
         self.between(app.engine.starts()[1].time_s - woken_s, WAKE_DELAY_S,
                      WAKE_DELAY_S + LATENESS_S, "the delay after wake")
         app.item.wait_for_status("Loading model...")
-        self.assertEqual(self.desk.notifications.bodies(), [])
+        self.assertEqual(self.bodies(), [])
         app.wait_for_output("System sleeping, wasRunning=true")
         app.wait_for_output("System woke, restarting process after delay")
 

@@ -127,4 +127,4 @@ class TheTray(DesktopCase):
         app.wait_for_output("quillback binary not found at /usr/local/bin/quillback")
         item.click("Restart")
         item.wait_for_status("Error: quillback binary not found")
-        self.assertEqual(self.desk.notifications.bodies(), [])
+        self.assertEqual(self.bodies(), [])

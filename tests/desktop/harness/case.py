@@ -22,6 +22,12 @@ class DesktopCase(unittest.TestCase):
         cls.desk = Desk(**cls.desk_parts)
         cls.enterClassContext(cls.desk)
 
+    def setUp(self):
+        """Notifications of earlier tests are none of this one's business."""
+        self._earlier = 0
+        if self.desk.notifications:
+            self._earlier = len(self.desk.notifications.shown())
+
     def run(self, result=None):
         """A failed test keeps the logs of its desk."""
         before = len(result.failures) + len(result.errors)
@@ -37,6 +43,14 @@ class DesktopCase(unittest.TestCase):
         self.addCleanup(self._check_reports, app)
         self.addCleanup(app.stop)
         return app
+
+    def notifications(self, count, limit_s=10.0):
+        """Waits for the test's own notifications, `count` of them."""
+        return self.desk.notifications.wait_for(self._earlier + count, limit_s)[self._earlier:]
+
+    def bodies(self):
+        """The texts of the test's own notifications so far."""
+        return self.desk.notifications.bodies()[self._earlier:]
 
     def _check_reports(self, app):
         self.assertEqual(app.reports(), [], "a sanitizer has complained")

@@ -92,9 +92,7 @@ class Desk:
             self.start_login_manager()
         if self.session_bus:
             self._start_session()
-        else:
-            self.spawn("xfwm4", "--compositor=" + ("on" if self._compositing else "off"))
-        eventually(self._has_window_manager, "the window manager", 20)
+            eventually(self._has_window_manager, "the window manager", 20)
         self.park_pointer()
 
     def _start_session(self):
