@@ -1,6 +1,5 @@
 #include "platform/linux/FloatingWindow.h"
 
-#include <QEvent>
 #include <QScreen>
 #include <cmath>
 
@@ -63,15 +62,6 @@ void FloatingWindow::stayInFront() {
   if (++framesSinceRaised_ < kFramesBetweenRaises) return;
   framesSinceRaised_ = 0;
   raise();
-}
-
-bool FloatingWindow::event(QEvent* event) {
-  // Whoever asks the application's windows to close does not mean this one.
-  if (event->type() == QEvent::Close) {
-    event->ignore();
-    return true;
-  }
-  return QWindow::event(event);
 }
 
 void FloatingWindow::exposeEvent(QExposeEvent* /*event*/) {

@@ -23,7 +23,6 @@ class FloatingWindow final : public OverlayWindow, private QWindow {
   void setNeedsDisplay() override;
 
  private:
-  bool event(QEvent* event) override;
   void exposeEvent(QExposeEvent* event) override;
   void preparePainter();
   void paint();

@@ -36,8 +36,9 @@ DUNST = """[global]
 """
 XFWM4 = """<?xml version="1.0" encoding="UTF-8"?>
 <channel name="xfwm4" version="1.0"><property name="general" type="empty">
-  <property name="use_compositing" type="bool" value="false"/>
-  <property name="workspace_count" type="int" value="1"/>
+  <property name="use_compositing" type="bool" value="%(compositing)s"/>
+  <property name="workspace_count" type="int" value="2"/>
+  <property name="vblank_mode" type="string" value="off"/>
 </property></channel>
 """
 
@@ -49,10 +50,12 @@ class Desk:
     out, for tests of what the application does without them.
     """
 
-    def __init__(self, panel=True, notifications=True, session_bus=True, login_manager=True):
+    def __init__(self, panel=True, notifications=True, session_bus=True, login_manager=True,
+                 compositing=False):
         self._wants = {"panel": panel, "notifications": notifications}
         self._wants_session_bus = session_bus
         self._wants_login_manager = login_manager
+        self._compositing = compositing
         self._running = []
         self._keep = None
         self.width, self.height = WIDTH, HEIGHT
@@ -98,7 +101,7 @@ class Desk:
         self.tray = Tray(self.session_bus)
         self.spawn(self._xfconf_daemon())
         eventually(lambda: self.session_bus.owner("org.xfce.Xfconf"), "the settings daemon")
-        self.spawn("xfwm4", "--compositor=off")
+        self.spawn("xfwm4", "--compositor=" + ("on" if self._compositing else "off"))
         if self._wants["panel"]:
             self.panel.launch()
         if self._wants["notifications"]:
@@ -131,7 +134,7 @@ class Desk:
         channels = self.path("config/xfce4/xfconf/xfce-perchannel-xml")
         panel_module.write_configuration(channels)
         with open(os.path.join(channels, "xfwm4.xml"), "w", encoding="utf-8") as file:
-            file.write(XFWM4)
+            file.write(XFWM4 % {"compositing": str(self._compositing).lower()})
         with open(self.path("dunstrc"), "w", encoding="utf-8") as file:
             file.write(DUNST)
         return {
