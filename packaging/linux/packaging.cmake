@@ -5,3 +5,8 @@ file(GLOB VOXTREL_SYMBOLIC_ICONS CONFIGURE_DEPENDS "${VOXTREL_ICONS}/symbolic/ap
 set(VOXTREL_APPLICATION_ICON "${VOXTREL_ICONS}/scalable/apps/org.voxtrel.Voxtrel.svg")
 
 install(DIRECTORY "${VOXTREL_ICONS}" DESTINATION "${CMAKE_INSTALL_DATADIR}/icons")
+install(FILES "${VOXTREL_PACKAGING}/org.voxtrel.Voxtrel.desktop"
+        DESTINATION "${CMAKE_INSTALL_DATADIR}/applications")
+install(FILES "${VOXTREL_PACKAGING}/org.voxtrel.Voxtrel.metainfo.xml"
+        DESTINATION "${CMAKE_INSTALL_DATADIR}/metainfo")
+install(FILES "${VOXTREL_PACKAGING}/voxtrel.1" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1")

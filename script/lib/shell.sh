@@ -12,6 +12,9 @@ die() {
   exit 1
 }
 
+# Another checkout of the same sources then finds what this one has compiled.
+export CCACHE_BASEDIR="$ROOT" CCACHE_NOHASHDIR=1
+
 # configure PRESET: fast when nothing has changed; the compiler cache is used where there is one.
 configure() {
   local launcher=()

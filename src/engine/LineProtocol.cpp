@@ -44,29 +44,30 @@ std::optional<std::string_view> transcriptionOf(std::string_view line) {
   return text.substr(0, closing);
 }
 
-/// Two bytes of a marker, `gap` apart, that seldom stand so in other lines.
+/// Between the two bytes of an anchor. With this one, eight pairs of bytes tell all markers, six of
+/// them begin alike, and ordinary lines seldom hold one.
+constexpr std::size_t kGap = 4;
+
+/// Two bytes of a marker, kGap apart.
 struct Anchor {
   std::string_view marker;
   std::size_t offset;  ///< of the first of the two bytes
-  std::size_t gap;
 
   constexpr char first() const { return marker[offset]; }
-  constexpr char second() const { return marker[offset + gap]; }
+  constexpr char second() const { return marker[offset + kGap]; }
 };
 
-/// Every line with an effect holds one of these markers. ("audio" matters only beside
-/// "Processing".)
-constexpr std::array<Anchor, 10> kAnchors = {{{kRecording, 0, 9},         // R.........
-                                              {kReady, 0, 4},             // R...y
-                                              {kProcessing, 0, 9},        // P........g
-                                              {kEncoded, 2, 4},           // c...=
-                                              {kErrors[0], 9, 3},         // k] E
-                                              {kErrors[1], 9, 3},         // k] F
-                                              {kErrors[2], 0, 8},         // A.......p
-                                              {kErrors[3], 0, 7},         // A......b
-                                              {kErrors[4], 0, 11},        // M..........p
-                                              {kTranscription, 17, 2}}};  // : "
-constexpr std::size_t kLongestGap = std::ranges::max_element(kAnchors, {}, &Anchor::gap)->gap;
+/// Every line with an effect holds one of these markers ("audio" matters only beside "Processing").
+constexpr std::array<Anchor, 10> kAnchors = {{{kRecording, 2},         // c...i
+                                              {kProcessing, 3},        // c...i
+                                              {kReady, 0},             // R...y
+                                              {kEncoded, 2},           // c...=
+                                              {kErrors[0], 8},         // c...E
+                                              {kErrors[1], 8},         // c...F
+                                              {kErrors[2], 6},         // c...u
+                                              {kErrors[3], 2},         // c...i
+                                              {kErrors[4], 2},         // c...h
+                                              {kTranscription, 15}}};  // x..."
 
 constexpr std::size_t kBlockBytes = 64;
 using Flags = std::array<unsigned char, kBlockBytes>;
@@ -84,12 +85,11 @@ inline unsigned char equality(char left, char right) {
 template <std::size_t... kIndex>
 inline unsigned char anchorAt(const char* at, std::index_sequence<kIndex...>) {
   return static_cast<unsigned char>(
-      ((equality(at[0], kAnchors[kIndex].first()) &
-        equality(at[kAnchors[kIndex].gap], kAnchors[kIndex].second())) |
+      ((equality(at[0], kAnchors[kIndex].first()) & equality(at[kGap], kAnchors[kIndex].second())) |
        ...));
 }
 
-/// Flags the anchors that begin in the block; reads kLongestGap bytes beyond it.
+/// Flags the anchors that begin in the block; reads kGap bytes beyond it.
 inline bool flagAnchors(const char* block, Flags& flags) {
   for (std::size_t i = 0; i < kBlockBytes; ++i) {
     flags[i] = anchorAt(block + i, std::make_index_sequence<kAnchors.size()>());
@@ -110,10 +110,11 @@ std::size_t nextFlag(const Flags& flags, std::size_t from) {
   return static_cast<std::size_t>(static_cast<const unsigned char*>(flag) - flags.data());
 }
 
-/// Whether a marker has its anchor at `position`.
+/// Whether a marker has its anchor at `position`, which is flagged.
 bool isMarkerAt(std::string_view chunk, std::size_t position) {
   return std::ranges::any_of(kAnchors, [=](const Anchor& anchor) {
-    return chunk[position] == anchor.first() && position >= anchor.offset &&
+    return chunk[position] == anchor.first() && chunk[position + kGap] == anchor.second() &&
+           position >= anchor.offset &&
            chunk.substr(position - anchor.offset).starts_with(anchor.marker);
   });
 }
@@ -121,7 +122,7 @@ bool isMarkerAt(std::string_view chunk, std::size_t position) {
 /// The place of the first marker's anchor at or after `from`; npos if there is none.
 std::size_t findMarker(std::string_view chunk, std::size_t from) {
   Flags flags;
-  std::array<char, kBlockBytes + kLongestGap> tail;
+  std::array<char, kBlockBytes + kGap> tail;
   for (; from < chunk.size(); from += kBlockBytes) {
     const std::size_t left = chunk.size() - from;
     const char* block = chunk.data() + from;

@@ -10,6 +10,7 @@ import sys
 sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
 from harness.application import Application
 from harness.desk import Desk
+from harness.panel import HEIGHT
 from harness.polling import eventually
 from harness.screen import Rect
 
@@ -36,8 +37,10 @@ class Demonstration:
         self._state("loading", "Loading model...")
         engine.say("Ready.")
         self._state("idle", READY)
+        before = self._desk.screenshot()
         engine.say("Recording...")
         self._state("recording", "Recording...")
+        self._overlay(before)
         engine.say("Processing 1.4 s of audio")
         self._state("processing", "Transcribing...")
         engine.say(f'[gpu-decode] text: "{SPOKEN}"')
@@ -62,6 +65,17 @@ class Demonstration:
         self._last_icon = self._desk.panel.settled_icon(unlike=self._last_icon)
         self._save(f"tray-{name}", self._last_icon.enlarged(ENLARGED))
         print(f"  {name:<10} {row}")
+
+    def _overlay(self, before):
+        """What floats over the desktop while the engine records."""
+        below_panel = Rect(0, HEIGHT, self._desk.width, self._desk.height - HEIGHT)
+        empty = before.crop(below_panel)
+
+        def shown():
+            return self._desk.screenshot().crop(below_panel).difference_box(empty)
+
+        box = eventually(shown, "the overlay")
+        self._save("overlay", self._desk.screenshot().crop(below_panel).crop(box).enlarged(2))
 
     def _menu(self, name):
         """A right click at the icon, as the user opens the menu."""

@@ -20,7 +20,7 @@ def main():
     loader = unittest.TestLoader()
     loader.testNamePatterns = [f"*{name}*" for name in options.tests] or None
     suite = loader.loadTestsFromName(options.file.stem)
-    result = unittest.TextTestRunner(verbosity=2).run(suite)
+    result = unittest.TextTestRunner(verbosity=2, descriptions=False).run(suite)
     return 0 if result.testsRun and result.wasSuccessful() and not result.skipped else 1
 
 

@@ -70,7 +70,7 @@ class TheMenu(DesktopCase):
         self.opens_one_box("Check for Updates...", "update")
 
     def test_settings_opens_one_box(self):
-        self.opens_one_box("Settings...", "Voxtrel")
+        self.opens_one_box("Settings...", "settings")
 
     def opens_one_box(self, row, title):
         """Choosing `row` twice gives one window, beside which the program goes on."""
@@ -78,9 +78,10 @@ class TheMenu(DesktopCase):
         app.item.click(row)
         eventually(lambda: self.windows(app), f"a window for {row}")
         app.item.click(row)
-        app.engine.say("Recording...")
-        app.item.wait_for_status("Recording...")
-        self.assertEqual(len(self.windows(app)), 1)
+        app.engine.say("Processing 2.0 s of audio")
+        app.item.wait_for_status("Transcribing...")
+        window, = self.windows(app)
+        self.assertIn(title, self.desk.xdotool("getwindowname", window).lower())
         self.desk.screenshot().save_png(self.desk.path(f"logs/{title}.png"))
 
     def windows(self, app):

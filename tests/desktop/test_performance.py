@@ -7,6 +7,8 @@ from harness.case import DesktopCase
 FLOOD_BYTES = 1_000_000_000
 # Ten million lines, each of which changes the state: far beyond what any engine prints.
 STATES_BYTES = 100_000_000
+# A recording costs more: each shows the overlay and hides it again.
+RECORDINGS_BYTES = 100_000
 MOST_GROWTH_MIB = 32
 SLOWEST_ANSWER_S = 0.2
 
@@ -36,4 +38,9 @@ class Flood(DesktopCase):
         self.check_flood(lambda engine, then: engine.flood(FLOOD_BYTES, line, then))
 
     def test_ten_million_state_changes(self):
-        self.check_flood(lambda engine, then: engine.flood_of_states(STATES_BYTES, then))
+        lines = ("Processing audio", "Ready.", "Ready.")
+        self.check_flood(lambda engine, then: engine.flood_of_states(STATES_BYTES, lines, then))
+
+    def test_five_thousand_recordings(self):
+        lines = ("Recording...", "Ready.")
+        self.check_flood(lambda engine, then: engine.flood_of_states(RECORDINGS_BYTES, lines, then))

@@ -6,8 +6,9 @@
 #include <string>
 
 #include "fuzz/FuzzEntry.h"
+#include "support/ConfigWords.h"
+#include "support/EngineWords.h"
 #include "support/RandomText.h"
-#include "support/Vocabulary.h"
 
 namespace {
 

@@ -5,8 +5,8 @@
 
 #include "oracle/IcuText.h"
 #include "support/EffectsReport.h"
+#include "support/EngineWords.h"
 #include "support/RandomText.h"
-#include "support/Vocabulary.h"
 
 namespace voxtrel {
 namespace {

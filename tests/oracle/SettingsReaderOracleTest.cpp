@@ -9,8 +9,9 @@
 #include "config/HotkeyTable.h"
 #include "config/SettingsReader.h"
 #include "oracle/IcuText.h"
+#include "support/Blanks.h"
+#include "support/ConfigWords.h"
 #include "support/RandomText.h"
-#include "support/Vocabulary.h"
 
 namespace voxtrel {
 namespace {

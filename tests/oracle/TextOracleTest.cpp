@@ -5,8 +5,9 @@
 #include <vector>
 
 #include "oracle/IcuText.h"
+#include "support/ConfigWords.h"
+#include "support/EngineWords.h"
 #include "support/RandomText.h"
-#include "support/Vocabulary.h"
 #include "text/Lines.h"
 #include "text/Utf8.h"
 

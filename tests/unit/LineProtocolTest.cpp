@@ -4,9 +4,10 @@
 #include <vector>
 
 #include "engine/LineProtocol.h"
+#include "support/Blanks.h"
 #include "support/EffectsReport.h"
+#include "support/EngineWords.h"
 #include "support/RandomText.h"
-#include "support/Vocabulary.h"
 
 namespace voxtrel {
 namespace {

@@ -3,8 +3,9 @@
 #include <string>
 #include <vector>
 
+#include "support/Blanks.h"
+#include "support/EngineWords.h"
 #include "support/RandomText.h"
-#include "support/Vocabulary.h"
 #include "text/Lines.h"
 
 namespace voxtrel {

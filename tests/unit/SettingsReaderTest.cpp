@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "config/SettingsReader.h"
-#include "support/Vocabulary.h"
+#include "support/Blanks.h"
 
 namespace voxtrel {
 namespace {

@@ -93,9 +93,8 @@ std::unique_ptr<QApplication> connectToDisplay(int& argc, char** argv, const std
   qInstallMessageHandler(previous);
   releaseMessages();
 
-  QCoreApplication::setApplicationName("voxtrel");
+  QCoreApplication::setApplicationName("Voxtrel");
   QCoreApplication::setApplicationVersion(QString::fromStdString(version));
-  QGuiApplication::setApplicationDisplayName("Voxtrel");
   QGuiApplication::setDesktopFileName(kBundleIdentifier);
   QGuiApplication::setQuitOnLastWindowClosed(false);
   return application;

@@ -27,6 +27,26 @@ class WakeReceiver final : public QObject {
   std::function<void()> onWake_;
 };
 
+/// A timer without the signal and slot between it and its task.
+class RepeatingTimer final : public QObject {
+ public:
+  RepeatingTimer(std::chrono::milliseconds interval, QtMainLoop::Task task, QObject* parent)
+      : QObject(parent), task_(std::move(task)), id_(startTimer(interval, Qt::CoarseTimer)) {}
+
+  /// It may be its own task that ends it.
+  void end() {
+    killTimer(id_);
+    deleteLater();
+  }
+
+ protected:
+  void timerEvent(QTimerEvent*) override { task_(); }
+
+ private:
+  QtMainLoop::Task task_;
+  int id_;
+};
+
 }  // namespace
 
 QtMainLoop::QtMainLoop() : receiver_(std::make_unique<WakeReceiver>([this] { runBatch(); })) {}
@@ -69,14 +89,10 @@ void QtMainLoop::postAfter(std::chrono::milliseconds delay, Task task) {
 }
 
 Subscription QtMainLoop::every(std::chrono::milliseconds interval, Task task) {
-  auto* const timer = new QTimer(receiver_.get());
-  timer->setTimerType(Qt::CoarseTimer);
-  QObject::connect(timer, &QTimer::timeout, timer, std::move(task));
-  timer->start(interval);
-  return Subscription([timer = QPointer<QTimer>(timer)] {
-    if (!timer) return;
-    timer->stop();
-    timer->deleteLater();  // the handle may be dropped by the timer's own task
+  const QPointer<RepeatingTimer> timer(
+      new RepeatingTimer(interval, std::move(task), receiver_.get()));
+  return Subscription([timer] {
+    if (timer) timer->end();
   });
 }
 

@@ -24,8 +24,10 @@ void TrayStatusItem::setTitle(std::size_t row, const std::string& title) {
 }
 
 void TrayStatusItem::setSymbol(std::string_view name) {
+  if (name == symbol_) return;
   const auto themedName = themedIconName(name);
-  if (!themedName || *themedName == themedName_) return;
+  if (!themedName) return;
+  symbol_ = name;
   themedName_ = *themedName;
   if (tray_) tray_->setIcon(symbolIcon(themedName_));
   appearWhenReady();

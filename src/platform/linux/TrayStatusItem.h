@@ -35,7 +35,8 @@ class TrayStatusItem final : public StatusItem {
   std::unique_ptr<QSystemTrayIcon> tray_;
   std::vector<MenuItem> rows_;
   std::vector<QAction*> actions_;  ///< one for each of `rows_`, once there is a menu
-  QString themedName_;             ///< of the symbol shown
+  std::string symbol_;             ///< the one shown, or to be shown
+  QString themedName_;             ///< of its icon
   MenuRenderer renderer_ = MenuRenderer::trayHost;
   bool isHostReady_ = false;
   TrayHost host_;

@@ -13,6 +13,9 @@ namespace voxtrel {
 /// errno says which.
 bool dieWithParentThread(pid_t parent) noexcept;
 
+/// Whether the calling thread lives as long as its process, so that its children may too.
+bool livesAsLongAsProcess() noexcept;
+
 /// Every descriptor above the standard three will be closed by the next exec.
 void closeDescriptorsOnExec() noexcept;
 

@@ -1,35 +1,38 @@
 #pragma once
 
-#include <future>
-#include <system_error>
+#include <memory>
+#include <optional>
 #include <utility>
 
 #include "platform/ChildProcess.h"
+#include "platform/posix/ChildLifetime.h"
+#include "platform/posix/OutputReader.h"
 
 namespace voxtrel {
 
-/// One child from its making to the report of its end: the work of its termination thread. That
-/// thread makes the child itself, because a child ends with the thread that made it.
-/// Thread: `run` on the termination thread, `started` on one other.  Owns: the child's options.
-/// Fails by: the result of `started`.
+/// One child from its making to the report of its end: `begin`, `listen` and `watch`, in this order.
+/// Thread: one after the other.  Owns: the child's options, the thread that reads its output.
 class ChildSupervision {
  public:
-  using Result = ChildProcessLauncher::Result;
-
   explicit ChildSupervision(ChildOptions options) : options_(std::move(options)) {}
 
-  /// The outcome of the start, once `run` has got that far. To be called once.
-  std::future<Result> started() { return started_.get_future(); }
+  /// Makes the child, which ends with the calling thread.
+  /// Fails by: throwing std::system_error.
+  std::shared_ptr<ChildProcess> begin();
 
-  /// Starts the child, and returns when its exit has been reported or its start has failed.
-  void run();
+  /// Begins to read what the child writes. If that cannot be, the child is ended.
+  void listen();
 
-  /// "Cannot start PATH: REASON"
-  LaunchFailure failure(const std::error_code& reason) const;
+  /// The work of the child's termination thread: returns when the exit has been reported.
+  void watch();
+
+  /// Instead of `watch`, where there is no thread for it: ends the child and reports nothing more.
+  void abandon();
 
  private:
   const ChildOptions options_;
-  std::promise<Result> started_;
+  std::optional<OutputReader> reader_;
+  std::shared_ptr<ChildLifetime> lifetime_;
 };
 
 }  // namespace voxtrel

@@ -25,7 +25,9 @@ std::size_t readSome(int descriptor, char* buffer, std::size_t size) {
 }  // namespace
 
 OutputReader::OutputReader(FileDescriptor output, Take take)
-    : output_(std::move(output)), take_(std::move(take)), ended_(Pipe::open()) {
+    : output_(std::move(output)), take_(std::move(take)), ended_(Pipe::open()) {}
+
+void OutputReader::start() {
   thread_ = std::thread([this] { run(); });
 }
 

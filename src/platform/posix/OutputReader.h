@@ -17,11 +17,14 @@ class OutputReader {
   using Take = std::function<void(std::string_view bytes)>;
 
   /// `take` is called on the reading thread with what one read gave, at most 64 KiB, never nothing.
-  /// Fails by: throwing std::system_error.
+  /// Fails by: throwing std::system_error, as `start` does.
   OutputReader(FileDescriptor output, Take take);
   OutputReader(const OutputReader&) = delete;
   OutputReader& operator=(const OutputReader&) = delete;
   ~OutputReader() { finish(); }
+
+  /// Begins to read.
+  void start();
 
   /// To be called when the child has ended: takes what the pipe holds at this moment and ends the
   /// thread, whoever else holds the pipe open or goes on writing. Harmless when repeated.

@@ -2,9 +2,12 @@
 
 #include <signal.h>
 
+#include <future>
+#include <string>
 #include <system_error>
 #include <utility>
 
+#include "platform/posix/ChildSetup.h"
 #include "platform/posix/ChildSupervision.h"
 
 namespace voxtrel {
@@ -37,16 +40,54 @@ PosixChildProcessLauncher::~PosixChildProcessLauncher() {
 
 ChildProcessLauncher::Result PosixChildProcessLauncher::start(ChildOptions options) {
   keepExitStatuses();
+  const std::string executable = options.executable;
   const auto supervision = std::make_shared<ChildSupervision>(std::move(options));
-  auto started = supervision->started();
   try {
-    terminationThreads_.run([supervision] { supervision->run(); });
+    const auto child =
+        livesAsLongAsProcess() ? startHere(supervision) : startOnOwnThread(supervision);
+    remember(child);
+    return child;
   } catch (const std::system_error& error) {
-    return supervision->failure(error.code());
+    return LaunchFailure{"Cannot start " + executable + ": " + error.code().message()};
   }
-  Result result = started.get();
-  if (const auto* child = std::get_if<std::shared_ptr<ChildProcess>>(&result)) remember(*child);
-  return result;
+}
+
+/// The short way: nobody waits for another thread.
+std::shared_ptr<ChildProcess> PosixChildProcessLauncher::startHere(
+    const std::shared_ptr<ChildSupervision>& supervision) {
+  auto child = supervision->begin();
+  try {
+    terminationThreads_.run([supervision] {
+      supervision->listen();
+      supervision->watch();
+    });
+  } catch (const std::system_error&) {
+    supervision->abandon();
+    throw;
+  }
+  return child;
+}
+
+/// For a caller that may end before the child: a child ends with the thread that made it.
+std::shared_ptr<ChildProcess> PosixChildProcessLauncher::startOnOwnThread(
+    const std::shared_ptr<ChildSupervision>& supervision) {
+  std::shared_ptr<ChildProcess> child;  // written by the new thread until it keeps its promise
+  const auto begun = std::make_shared<std::promise<std::error_code>>();
+  auto outcome = begun->get_future();
+  terminationThreads_.run([supervision, begun, &child] {
+    try {
+      child = supervision->begin();
+    } catch (const std::system_error& error) {
+      begun->set_value(error.code());
+      return;
+    }
+    // Before the caller is woken: on a busy machine it runs only when this thread stands still.
+    supervision->listen();
+    begun->set_value({});
+    supervision->watch();
+  });
+  if (const std::error_code error = outcome.get()) throw std::system_error(error);
+  return child;
 }
 
 /// Forgets the children that nobody holds any more: they have been ended by that.

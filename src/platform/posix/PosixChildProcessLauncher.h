@@ -9,6 +9,8 @@
 
 namespace voxtrel {
 
+class ChildSupervision;
+
 /// Starts children, each with a thread that makes it and waits for its end and a thread that reads
 /// its output.
 /// Thread: any; destroyed by none of its children's.  Owns: the threads. Its end ends the children
@@ -24,6 +26,9 @@ class PosixChildProcessLauncher : public ChildProcessLauncher {
   [[nodiscard]] Result start(ChildOptions options) override;
 
  private:
+  std::shared_ptr<ChildProcess> startHere(const std::shared_ptr<ChildSupervision>& supervision);
+  std::shared_ptr<ChildProcess> startOnOwnThread(
+      const std::shared_ptr<ChildSupervision>& supervision);
   void remember(const std::shared_ptr<ChildProcess>& child);
 
   std::mutex mutex_;

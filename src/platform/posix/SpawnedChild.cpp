@@ -19,13 +19,22 @@ extern char** environ;
 namespace voxtrel {
 namespace {
 
+/// What the child tells before it is the program. With its memory shared the parent simply looks;
+/// where a tool has turned vfork into fork (thread sanitizers do), the pipe says it. Reading the
+/// pipe costs a wait: exec wakes the parent before it closes the other end.
+struct Report {
+  Pipe pipe = Pipe::open();
+  volatile bool isShared = false;
+  volatile int error = 0;
+};
+
 /// All that the child needs, ready before it is made: it must not allocate.
 struct Plan {
   const char* executable;
   char* const* arguments;
   const char* workingDirectory;  ///< null: stay
   int output;
-  int report;  ///< takes an errno when the program cannot run; exec closes it
+  Report* report;
   pid_t parent;
 };
 
@@ -60,13 +69,16 @@ bool enterWorkingDirectory(const Plan& plan) {
 
 /// The child's part, in memory that may still be the parent's.
 [[noreturn]] void becomeProgram(const Plan& plan) {
+  plan.report->isShared = true;
   if (dieWithParentThread(plan.parent) && attachStreams(plan) && enterWorkingDirectory(plan)) {
     closeDescriptorsOnExec();
     takeDefaultSignals();
     ::execve(plan.executable, plan.arguments, environ);
   }
   const int error = errno;
-  [[maybe_unused]] const ssize_t written = ::write(plan.report, &error, sizeof error);
+  plan.report->error = error;
+  const int pipe = plan.report->pipe.writeEnd.number();
+  [[maybe_unused]] const ssize_t written = ::write(pipe, &error, sizeof error);
   ::_exit(127);
 }
 
@@ -88,12 +100,14 @@ std::vector<char*> pointersTo(std::vector<std::string>& words) {
   return pointers;
 }
 
-/// What the child could not do, as an errno; 0 once the program runs.
-int readReport(int report) {
+/// Why the program cannot run, as an errno; 0 once it does.
+int readReport(Report& report) {
+  report.pipe.writeEnd.reset();
+  if (report.isShared) return report.error;
   int error = 0;
   ssize_t count = 0;
   do {
-    count = ::read(report, &error, sizeof error);
+    count = ::read(report.pipe.readEnd.number(), &error, sizeof error);
   } while (count < 0 && errno == EINTR);
   return count == static_cast<ssize_t>(sizeof error) ? error : 0;
 }
@@ -108,15 +122,14 @@ pid_t spawnChild(const ChildOptions& options, int output) {
   std::vector<std::string> words{options.executable};
   words.insert(words.end(), options.arguments.begin(), options.arguments.end());
   const std::vector<char*> arguments = pointersTo(words);
-  Pipe report = Pipe::open();
   const char* folder =
       options.workingDirectory.empty() ? nullptr : options.workingDirectory.c_str();
-  const Plan plan{options.executable.c_str(), arguments.data(), folder, output,
-                  report.writeEnd.number(),   ::getpid()};
+  Report report;
+  const Plan plan{
+      options.executable.c_str(), arguments.data(), folder, output, &report, ::getpid()};
   const pid_t pid = forkInto(plan);
   if (pid < 0) throw std::system_error(errno, std::generic_category());
-  report.writeEnd.reset();
-  if (const int error = readReport(report.readEnd.number()); error != 0) {
+  if (const int error = readReport(report); error != 0) {
     reap(pid);
     throw std::system_error(error, std::generic_category());
   }

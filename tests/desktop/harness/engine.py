@@ -54,9 +54,9 @@ class Engine:
         """Has the engine print so many bytes of one line, then another; returns at once."""
         self._send(f"flood {size_bytes} {line}", "print " + _escaped(then))
 
-    def flood_of_states(self, size_bytes, then):
-        """The same with every line a change of state."""
-        block = "Recording...\nReady.\n" * 200
+    def flood_of_states(self, size_bytes, lines, then):
+        """The same with several lines in turn, each of which changes the state."""
+        block = "".join(line + "\n" for line in lines) * 200
         times = size_bytes // len(block)
         self._send(f"repeat {times} " + _escaped(block[:-1]), "print " + _escaped(then))
 

@@ -43,7 +43,10 @@ void takeSignals(Inheritance& inheritance) {
 
 std::string join(const std::vector<int>& numbers) {
   std::string text;
-  for (const int number : numbers) text += (text.empty() ? "" : " ") + std::to_string(number);
+  for (const int number : numbers) {
+    if (!text.empty()) text += ' ';
+    text += std::to_string(number);
+  }
   return text.empty() ? "none" : text;
 }
 

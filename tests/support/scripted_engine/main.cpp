@@ -76,7 +76,7 @@ std::string answer(Engine& engine, const std::string& line) {
 /// "tell ENGINE COMMAND...": for shell scripts.
 int tell(const std::vector<std::string>& words) {
   std::string line;
-  for (std::size_t i = 3; i < words.size(); ++i) line += (i > 3 ? " " : "") + words[i];
+  for (std::size_t i = 3; i < words.size(); ++i) line.append(i > 3 ? " " : "").append(words[i]);
   const std::string answer = ControlSocket::ask(words[2] + ".control", line);
   std::puts(answer.c_str());
   return answer.starts_with("error") ? 1 : 0;

@@ -34,6 +34,10 @@ bool dieWithParentThread(pid_t parent) noexcept {
   return false;
 }
 
+bool livesAsLongAsProcess() noexcept {
+  return ::gettid() == ::getpid();
+}
+
 void closeDescriptorsOnExec() noexcept {
   constexpr unsigned kLast = std::numeric_limits<unsigned>::max();
   if (::close_range(kFirstDescriptor, kLast, kCloseOnExec) != 0) closeEachOnExec();

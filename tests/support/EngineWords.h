@@ -1,0 +1,76 @@
+#pragma once
+
+#include <array>
+#include <string_view>
+
+namespace voxtrel {
+
+using std::string_view_literals::operator""sv;
+
+/// What the engine prints, whole and in pieces, with every newline and some traps between.
+inline constexpr std::array kEngineWords = {
+    "Recording..."sv,
+    "Recording.."sv,
+    "recording..."sv,
+    "Record"sv,
+    "ing..."sv,
+    "..."sv,
+    "Processing"sv,
+    "Process"sv,
+    "audio"sv,
+    "Audio"sv,
+    " audio "sv,
+    "Ready."sv,
+    "Ready"sv,
+    "."sv,
+    "encode="sv,
+    "encode"sv,
+    "="sv,
+    "decode="sv,
+    "[quillback] ERROR"sv,
+    "[quillback] Failed"sv,
+    "[quillback] "sv,
+    "ERROR"sv,
+    "Failed"sv,
+    "Audio capture failed"sv,
+    "Audio capture"sv,
+    " failed"sv,
+    "Accessibility"sv,
+    "Access"sv,
+    "Microphone permission"sv,
+    "Microphone "sv,
+    "permission"sv,
+    "[gpu-decode] text: \""sv,
+    "[gpu-decode] text: "sv,
+    "[gpu-decode]"sv,
+    " text: \"one\""sv,
+    "[gpu-decode] text: \"two\""sv,
+    "\""sv,
+    "\""sv,
+    "'"sv,
+    " "sv,
+    "x"sv,
+    ": \""sv,
+    "\0"sv,
+    "\n"sv,
+    "\n"sv,
+    "\n"sv,
+    "\v"sv,
+    "\f"sv,
+    "\r"sv,
+    "\r\n"sv,
+    "\xC2\x85"sv,
+    "\xE2\x80\xA8"sv,
+    "\xE2\x80\xA9"sv,
+    "\xC2\x84"sv,
+    "\xE2\x80\xAA"sv,
+    "\xE2\x80\xA7"sv,
+    "\xC3\x85"sv,
+    "\xE3\x80\xA8"sv,
+    "\xC3\xA9"sv,
+    "\xE6\xBC\xA2"sv,
+    "\xF0\x9F\x98\x80"sv,
+    "e\xCC\x81"sv,
+    "a line of some length without anything in it, longer than one block of the search is"sv};
+
+}  // namespace voxtrel
