@@ -133,7 +133,8 @@ class TheOverlay:
     def split_screen(self, *screens):
         """Divides the only screen into several that stand side by side."""
         def xrandr(*arguments):
-            subprocess.run(["xrandr", *arguments], check=True, env=self.desk.environment)
+            subprocess.run(["xrandr", *arguments], check=True, env=self.desk.environment,
+                           capture_output=True)
 
         for number, screen in enumerate(screens):
             size = f"{screen.width}/{screen.width}x{screen.height}/{screen.height}"
@@ -142,11 +143,31 @@ class TheOverlay:
             self.addCleanup(xrandr, "--delmonitor", f"part-{number}")
 
 
+def is_half_white(colour):
+    """Whether a colour is a mixture of the dark pill and a white window."""
+    return 80 < min(colour) and max(colour) < 250
+
+
 class TheOverlayWithoutCompositing(TheOverlay, OverlayCase):
     """Nothing can be see-through: the window itself has the shape."""
+
+    def test_its_edge_is_the_pill_or_what_lies_beneath_and_nothing_else(self):
+        self.open_window(*UNDER_THE_PILL)
+        _app, pill = self.start_recording()
+        picture = pill.picture()
+        for x in range(8):
+            for y in range(21):
+                colour = picture.pixel(x, y)
+                self.assertTrue(min(colour) == 255 or max(colour) < 90, f"{x}, {y}: {colour}")
 
 
 class TheOverlayWithCompositing(TheOverlay, OverlayCase):
     """The window's edge is see-through."""
 
     desk_parts = {"compositing": True}
+
+    def test_its_edge_fades_into_what_lies_beneath(self):
+        self.open_window(*UNDER_THE_PILL)
+        _app, pill = self.start_recording()
+        edge = pill.picture().crop(Rect(0, 0, 11, 21))
+        self.assertGreaterEqual(sum(map(is_half_white, edge.pixels())), 6)

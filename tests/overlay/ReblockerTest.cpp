@@ -42,12 +42,23 @@ TEST_F(ReblockerTest, WaitsUntilABlockIsFull) {
   EXPECT_EQ(blocks[0], samples);
 }
 
+TEST_F(ReblockerTest, LetsAWholeBlockOvertakeTheRestThatWaits) {
+  const std::vector<float> rest(100, -1.0F), samples = counting(512);
+  push(rest);
+  push(samples);
+  push(samples);
+  ASSERT_EQ(blocks.size(), 2U);
+  EXPECT_EQ(blocks[0], samples);
+  EXPECT_EQ(blocks[1], samples);
+}
+
 TEST_F(ReblockerTest, LosesAndRepeatsNothingWhateverTheSizesOfThePieces) {
   const std::vector<float> samples = counting(100 * 512 + 77);
   std::mt19937 generator(1);
   std::span<const float> rest = samples;
   while (!rest.empty()) {
-    const std::size_t size = std::min<std::size_t>(generator() % 1500, rest.size());
+    std::size_t size = std::min<std::size_t>(generator() % 1500, rest.size());
+    if (size == 512) --size;
     push(rest.first(size));
     rest = rest.subspan(size);
   }

@@ -1,9 +1,9 @@
 #include "platform/linux/FloatingWindow.h"
 
+#include <QPainter>
 #include <QScreen>
 #include <cmath>
-
-#include "platform/linux/XcbConnection.h"
+#include <utility>
 
 namespace voxtrel {
 namespace {
@@ -14,8 +14,8 @@ constexpr int kHalfCoverage = 128;
 
 }  // namespace
 
-FloatingWindow::FloatingWindow(QScreen* screen, const QRect& geometry)
-    : QWindow(screen), pixels_(this) {
+FloatingWindow::FloatingWindow(const XcbConnection& server, QScreen* screen, const QRect& geometry)
+    : QWindow(screen), server_(server), compositorQuestion_(server.askForCompositor()) {
   setSurfaceType(QSurface::RasterSurface);
   QSurfaceFormat translucent = format();
   translucent.setAlphaBufferSize(8);
@@ -25,12 +25,23 @@ FloatingWindow::FloatingWindow(QScreen* screen, const QRect& geometry)
   setTitle(QStringLiteral("Voxtrel recording overlay"));
   setGeometry(geometry);
   create();
+  surface_ = XcbSurface::make(server_, *this);
+  if (!surface_) fallback_ = std::make_unique<QBackingStore>(static_cast<QWindow*>(this));
+}
+
+FloatingWindow::~FloatingWindow() {
+  (void)hasCompositor();  // an answer that nobody fetches would stay in the connection's memory
+}
+
+// Fetched when the server has already shown us the window, so that there is nothing to wait for.
+bool FloatingWindow::hasCompositor() {
+  if (!hasCompositor_) hasCompositor_ = server_.hasCompositor(compositorQuestion_);
+  return *hasCompositor_;
 }
 
 void FloatingWindow::setContent(double cornerRadius, Draw draw) {
   cornerRadius_ = cornerRadius;
   draw_ = std::move(draw);
-  preparePainter();
 }
 
 void FloatingWindow::preparePainter() {
@@ -39,16 +50,17 @@ void FloatingWindow::preparePainter() {
                      static_cast<int>(std::lround(height() * scale)));
   if (painter_ && painter_->sizePx() == sizePx && painter_->scale() == scale) return;
   painter_.emplace(sizePx, scale, cornerRadius_);
-  // With a compositor the corners' pixels fade out by themselves; without one they cannot, and
-  // those that are mostly outside the pill are left away.
-  const XcbConnection server;
-  const int coverage = server.hasCompositor() ? kAnyCoverage : kHalfCoverage;
-  if (server) server.setShape(static_cast<xcb_window_t>(winId()), painter_->pixels(coverage));
+  picture_ = QImage(sizePx, QImage::Format_ARGB32_Premultiplied);
+  // Where nothing can be see-through, pixels that are mostly outside the pill are left away.
+  const int coverage = hasCompositor() ? kAnyCoverage : kHalfCoverage;
+  server_.setShape(static_cast<xcb_window_t>(winId()), painter_->pixels(coverage));
 }
 
 void FloatingWindow::orderFrontRegardless() {
   show();
-  raise();
+  // Nobody manages this window, so the server shows it at once and takes pixels right behind that;
+  // to wait until it says so would cost the user a moment.
+  if (surface_) paint();
 }
 
 void FloatingWindow::setNeedsDisplay() {
@@ -65,18 +77,32 @@ void FloatingWindow::stayInFront() {
 }
 
 void FloatingWindow::exposeEvent(QExposeEvent* /*event*/) {
-  if (isExposed()) paint();
+  if (!isExposed()) return;
+  shown_ = QImage();  // the server may have forgotten it
+  paint();
 }
 
 void FloatingWindow::paint() {
   if (!draw_) return;
   preparePainter();
-  if (pixels_.size() != size()) pixels_.resize(size());
+  painter_->paint(picture_, draw_);
+  if (picture_ == shown_) return;  // bars at rest need not cost the server anything
+  present();
+  shown_.swap(picture_);
+  if (picture_.size() != shown_.size()) picture_ = shown_.copy();
+}
+
+void FloatingWindow::present() {
+  if (surface_) return surface_->put(picture_);
   const QRect all(QPoint(0, 0), size());
-  pixels_.beginPaint(all);
-  painter_->paint(*pixels_.paintDevice(), draw_);
-  pixels_.endPaint();
-  pixels_.flush(all);
+  if (fallback_->size() != size()) fallback_->resize(size());
+  fallback_->beginPaint(all);
+  QPainter painter(fallback_->paintDevice());
+  painter.setCompositionMode(QPainter::CompositionMode_Source);
+  painter.drawImage(all, picture_);
+  painter.end();
+  fallback_->endPaint();
+  fallback_->flush(all);
 }
 
 }  // namespace voxtrel

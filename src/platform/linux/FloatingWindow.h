@@ -1,22 +1,26 @@
 #pragma once
 
 #include <QBackingStore>
+#include <QImage>
 #include <QWindow>
 #include <memory>
 #include <optional>
 
 #include "platform/OverlayStage.h"
 #include "platform/linux/PillPainter.h"
+#include "platform/linux/XcbConnection.h"
+#include "platform/linux/XcbSurface.h"
 
 namespace voxtrel {
 
 /// The overlay's window under X: unmanaged, so that it takes no focus, stands above full-screen
 /// windows and shows on every workspace.
-/// Thread: the main thread.  Owns: the native window, its pixels.
+/// Thread: the main thread.  Owns: the native window, its pixels.  Borrows: the connection.
 class FloatingWindow final : public OverlayWindow, private QWindow {
  public:
   /// `geometry` in Qt's coordinates.
-  FloatingWindow(QScreen* screen, const QRect& geometry);
+  FloatingWindow(const XcbConnection& server, QScreen* screen, const QRect& geometry);
+  ~FloatingWindow() override;
 
   void setContent(double cornerRadius, Draw draw) override;
   void orderFrontRegardless() override;
@@ -24,14 +28,22 @@ class FloatingWindow final : public OverlayWindow, private QWindow {
 
  private:
   void exposeEvent(QExposeEvent* event) override;
+  bool hasCompositor();
   void preparePainter();
   void paint();
+  void present();
   void stayInFront();
 
-  QBackingStore pixels_;
+  const XcbConnection& server_;
+  xcb_get_selection_owner_cookie_t compositorQuestion_;
+  std::optional<bool> hasCompositor_;
+  std::unique_ptr<XcbSurface> surface_;
+  std::unique_ptr<QBackingStore> fallback_;
   double cornerRadius_ = 0;
   Draw draw_;
   std::optional<PillPainter> painter_;
+  QImage picture_;
+  QImage shown_;
   int framesSinceRaised_ = 0;
 };
 

@@ -84,7 +84,10 @@ void PulseTap::openStream() {
   pa_stream_set_read_callback(
       stream_.get(),
       [](pa_stream*, std::size_t, void* tap) { static_cast<PulseTap*>(tap)->readSamples(); }, this);
-  const auto fragmentBytes = static_cast<std::uint32_t>(options_.bufferSizeFrames * sizeof(float));
+  // The server rounds this down to microseconds and then to frames; without the frame on top it
+  // would send one too few each time, and every block would wait for the next fragment.
+  const auto fragmentBytes =
+      static_cast<std::uint32_t>((options_.bufferSizeFrames + 1) * sizeof(float));
   const auto unset = static_cast<std::uint32_t>(-1);
   const pa_buffer_attr attributes{unset, unset, unset, unset, fragmentBytes};
   // Without remapping, channel 0 is the source's first one and not a mixture of all.
@@ -99,15 +102,18 @@ void PulseTap::openStream() {
 
 void PulseTap::streamChanged() {
   const pa_stream_state_t state = pa_stream_get_state(stream_.get());
+  if (state == PA_STREAM_READY) {
+    sampleRateHz_ = pa_stream_get_sample_spec(stream_.get())->rate;
+  }
   if (state == PA_STREAM_FAILED || state == PA_STREAM_TERMINATED) failWithContextError();
 }
 
 void PulseTap::readSamples() {
-  while (pa_stream_readable_size(stream_.get()) > 0) {
+  for (;;) {
     const void* data = nullptr;
     std::size_t bytes = 0;
     if (pa_stream_peek(stream_.get(), &data, &bytes) < 0) return failWithContextError();
-    if (bytes == 0) return;
+    if (bytes == 0) return;  // all has been read
     // No data with a length is a gap in the recording.
     if (data != nullptr) deliver({static_cast<const float*>(data), bytes / sizeof(float)});
     pa_stream_drop(stream_.get());
@@ -117,10 +123,9 @@ void PulseTap::readSamples() {
 void PulseTap::deliver(std::span<const float> samples) {
   heardSinceCheck_ = true;
   if (hasFailed_) return;
-  const double sampleRateHz = pa_stream_get_sample_spec(stream_.get())->rate;
   reblocker_.push(samples, [&](std::span<const float> block) {
     const std::array<const float*, 1> channels{block.data()};
-    options_.onBuffer({channels, block.size(), sampleRateHz});
+    options_.onBuffer({channels, block.size(), sampleRateHz_});
   });
 }
 

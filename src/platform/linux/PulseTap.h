@@ -41,6 +41,7 @@ class PulseTap final : public MicrophoneTap {
   PulseContext context_;
   PulseStream stream_;
   pa_time_event* watchdog_ = nullptr;
+  double sampleRateHz_ = 0;
   bool heardSinceCheck_ = false;
   bool hasFailed_ = false;
 };

@@ -5,7 +5,6 @@
 #include <cmath>
 
 #include "platform/linux/FloatingWindow.h"
-#include "platform/linux/XcbConnection.h"
 
 namespace voxtrel {
 namespace {
@@ -32,8 +31,7 @@ std::int64_t area(const QRect& rect) {
 }
 
 // The screen that shows most of the active window.
-QScreen* activeScreen() {
-  const std::optional<QRect> window = XcbConnection().activeWindow();
+QScreen* screenOf(const std::optional<QRect>& window) {
   QScreen* best = nullptr;
   std::int64_t bestArea = 0;
   for (QScreen* screen : QGuiApplication::screens()) {
@@ -48,8 +46,16 @@ QScreen* activeScreen() {
 
 }  // namespace
 
+const XcbConnection& QtOverlayStage::server() {
+  if (!server_) server_.emplace();
+  return *server_;
+}
+
 std::optional<Rect> QtOverlayStage::mainScreenFrame() {
-  const QScreen* screen = activeScreen();
+  // To ask for the window takes longer than all the rest; one screen is the main one in any case.
+  const bool several = QGuiApplication::screens().size() > 1;
+  const QScreen* screen =
+      several ? screenOf(server().activeWindow()) : QGuiApplication::primaryScreen();
   if (screen == nullptr) return {};
   return fromQt(screen->geometry());
 }
@@ -65,7 +71,7 @@ std::vector<Rect> QtOverlayStage::screenFrames() {
 std::unique_ptr<OverlayWindow> QtOverlayStage::makeWindow(const Rect& contentRect) {
   const QRect geometry = toQt(contentRect);
   QScreen* screen = QGuiApplication::screenAt(geometry.center());
-  return std::make_unique<FloatingWindow>(screen, geometry);
+  return std::make_unique<FloatingWindow>(server(), screen, geometry);
 }
 
 }  // namespace voxtrel

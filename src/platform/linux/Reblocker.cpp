@@ -5,6 +5,7 @@
 namespace voxtrel {
 
 void Reblocker::push(std::span<const float> samples, const TakeBlock& takeBlock) {
+  if (samples.size() == blockFrames_) waiting_.clear();
   while (!samples.empty()) {
     if (waiting_.empty() && samples.size() >= blockFrames_) {
       takeBlock(samples.first(blockFrames_));

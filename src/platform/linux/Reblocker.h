@@ -7,7 +7,9 @@
 
 namespace voxtrel {
 
-/// Makes blocks of one size from a stream that comes in pieces of any size.
+/// Makes blocks of one size from a stream that comes in pieces of any size. A piece that is a block
+/// goes on at once, and what was waiting to be filled up is dropped: kept, it would hold every later
+/// block back until the piece after it, for as long as the capture runs.
 /// Thread: one at a time.  Owns: the samples of the block that is not yet full.
 class Reblocker {
  public:

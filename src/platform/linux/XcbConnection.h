@@ -3,9 +3,7 @@
 #include <xcb/xcb.h>
 
 #include <QRect>
-#include <QString>
 #include <optional>
-#include <string_view>
 #include <vector>
 
 namespace voxtrel {
@@ -20,21 +18,26 @@ class XcbConnection {
 
   explicit operator bool() const { return connection_ != nullptr; }
 
-  /// Where the window with the keyboard's focus is, its frame not counted.
+  /// Where the window with the keyboard's focus is, without its frame. Waits for the server twice.
   std::optional<QRect> activeWindow() const;
 
-  /// Whether windows may be see-through at this moment.
-  bool hasCompositor() const;
+  /// Asks whether there is a compositor, so that windows may be see-through; the answer is to be
+  /// fetched once, later, when it will have arrived.
+  xcb_get_selection_owner_cookie_t askForCompositor() const;
+  bool hasCompositor(xcb_get_selection_owner_cookie_t question) const;
 
   /// Cuts the window to these rectangles.
   void setShape(xcb_window_t window, const std::vector<QRect>& rectangles) const;
 
+  xcb_connection_t* native() const { return connection_; }
+
  private:
-  xcb_atom_t atom(std::string_view name) const;
-  std::optional<xcb_window_t> activeWindowId() const;
+  std::optional<QRect> placeOf(xcb_window_t window) const;
 
   xcb_connection_t* connection_ = nullptr;
   xcb_window_t root_ = XCB_NONE;
+  xcb_atom_t activeWindowAtom_ = XCB_ATOM_NONE;
+  xcb_atom_t compositorAtom_ = XCB_ATOM_NONE;
 };
 
 }  // namespace voxtrel

@@ -1,8 +1,7 @@
 #pragma once
 
-#include <signal.h>
-
 #include <array>
+#include <csignal>
 #include <optional>
 
 #include "platform/posix/Pipe.h"
@@ -24,7 +23,7 @@ class TerminationSignals {
   int descriptor() const { return arrived_.readEnd.number(); }
 
   /// The next signal that has come; none if all were taken. Never blocks.
-  std::optional<int> take();
+  std::optional<int> take();  // NOLINT(readability-make-member-function-const): it takes
 
  private:
   static constexpr std::array kSignals{SIGTERM, SIGINT, SIGHUP};

@@ -103,8 +103,11 @@ class SoundServer:
         self._players.append(player)
         return player
 
-    def play_file(self, path, speaker=SPEAKER):
-        """Begins to play a WAV file."""
+    def say(self, text, speaker=SPEAKER):
+        """Begins to speak; returns at once."""
+        path = os.path.join(self._folder, f"speech-{len(self._players)}.wav")
+        subprocess.run(["espeak-ng", "-v", "en-us+edward", "-s", "165", "-w", path, text],
+                       check=True, timeout=60)
         player = self._desk.spawn("paplay", "--latency-msec=20", f"--device={speaker}", path)
         self._players.append(player)
         return player

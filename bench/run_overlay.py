@@ -1,0 +1,119 @@
+"""Benchmarks of the recording overlay on a virtual desktop: run_overlay.py FOLDER_OF_PROGRAMS."""
+
+import os
+import pathlib
+import subprocess
+import sys
+import time
+
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent / "tests" / "desktop"))
+
+# pylint: disable=wrong-import-position
+from harness.desk import Desk
+from harness.driver import OverlayDriver
+from harness.polling import eventually
+from harness.sound import MICROPHONE, SPEAKER, SoundServer
+
+SHOWN_S = 20
+SPEECH = "One two three four five. How are you today? We are ready to start. Nice to meet you. " * 16
+TICKS_PER_SECOND = os.sysconf("SC_CLK_TCK")
+CAVA = f"""[general]
+framerate = 60
+bars = 14
+sleep_timer = 0
+[input]
+method = pulse
+source = {MICROPHONE}
+"""
+
+
+def cpu_s(pids):
+    """The processor time that processes and their children have used so far."""
+    total = 0
+    for pid in pids:
+        with open(f"/proc/{pid}/stat", encoding="ascii", errors="replace") as stat:
+            fields = stat.read().rpartition(")")[2].split()
+        total += sum(map(int, fields[11:13]))
+    return total / TICKS_PER_SECOND
+
+
+def descendants(pid):
+    """A process and all below it."""
+    found = [pid]
+    for task in pathlib.Path(f"/proc/{pid}/task").iterdir():
+        for child in (task / "children").read_text().split():
+            found += descendants(int(child))
+    return found
+
+
+def used(desk, pid):
+    """Percent of one core that a program and what shows it on the screen use."""
+    shown_by = [process.pid for process in desk.processes("Xvfb", "xfwm4")]
+    program = descendants(pid)
+    before = cpu_s(program), cpu_s(shown_by)
+    started = time.monotonic()
+    time.sleep(SHOWN_S)
+    passed = (time.monotonic() - started) / 100
+    return (cpu_s(program) - before[0]) / passed, (cpu_s(shown_by) - before[1]) / passed
+
+
+def overlay_cost(desk, programs):
+    """The overlay's share."""
+    driver = OverlayDriver(desk, programs, desk.path("logs/driver.log"))
+    driver.show()
+    eventually(lambda: driver.stats()["frames"] > 30, "frames")
+    cost = used(desk, driver.pid)
+    driver.hide()
+    driver.quit()
+    return cost
+
+
+def cava_cost(desk):
+    """The share of a spectrum analyser in a terminal."""
+    with open(desk.path("cava.conf"), "w", encoding="utf-8") as file:
+        file.write(CAVA)
+    terminal = desk.spawn("xterm", "-geometry", "60x20+10+10", "-e", "cava", "-p",
+                          desk.path("cava.conf"))
+    eventually(lambda: len(descendants(terminal.pid)) > 1, "cava in its terminal")
+    time.sleep(1)
+    cost = used(desk, terminal.pid)
+    alive = len(descendants(terminal.pid)) > 1
+    terminal.stop()
+    if not alive:
+        raise AssertionError("cava did not run: " + terminal.output())
+    return cost
+
+
+def listening(sound, measure):
+    """Measures while somebody speaks, in the same words every time."""
+    speech = sound.say(SPEECH)
+    cost = measure()
+    if not speech.running():
+        raise AssertionError("the speech was too short")
+    speech.stop()
+    return cost
+
+
+def print_costs(name, cost):
+    """One line for each part and one for the sum."""
+    print(f"{name}, program, % of a core: {cost[0]:.2f}")
+    print(f"{name}, X server and compositor, % of a core: {cost[1]:.2f}")
+    print(f"{name}, together, % of a core: {sum(cost):.2f}", flush=True)
+
+
+def main():
+    """Prints every figure as one line."""
+    programs = sys.argv[1]
+    with Desk(compositing=True) as desk:
+        sound = SoundServer(desk).start()
+        subprocess.run([os.path.join(programs, "overlay-bench"), SPEAKER], check=True,
+                       env=desk.environment, timeout=90)
+        ours = listening(sound, lambda: overlay_cost(desk, programs))
+        theirs = listening(sound, lambda: cava_cost(desk))
+        print_costs("overlay shown", ours)
+        print_costs("cava in xterm", theirs)
+        print(f"overlay / cava (aim below 1): {sum(ours) / sum(theirs):.2f}")
+
+
+if __name__ == "__main__":
+    main()
