@@ -45,7 +45,7 @@ class Demonstration:
         self._state("processing", "Transcribing...")
         engine.say(f'[gpu-decode] text: "{SPOKEN}"')
         engine.say("Ready.")
-        item.wait_for_status(READY)
+        self._settle(READY)
         item.wait_for_last_text(f"Last: {SPOKEN}")
         self._menu("menu")
         self._crash()
@@ -61,10 +61,14 @@ class Demonstration:
             raise AssertionError("the program did not end well")
 
     def _state(self, name, row):
-        self._app.item.wait_for_status(row)
-        self._last_icon = self._desk.panel.settled_icon(unlike=self._last_icon)
+        self._settle(row)
         self._save(f"tray-{name}", self._last_icon.enlarged(ENLARGED))
         print(f"  {name:<10} {row}")
+
+    def _settle(self, row):
+        """Waits for a state's row and icon; each state's icon is another than the one before."""
+        self._app.item.wait_for_status(row)
+        self._last_icon = self._desk.panel.settled_icon(unlike=self._last_icon)
 
     def _overlay(self, before):
         """What floats over the desktop while the engine records."""
@@ -98,8 +102,9 @@ class Demonstration:
         self._app.engine.exit(1)
         box = eventually(lambda: self._opened_since(before), "the notification")
         self._save("notification", self._desk.screenshot().crop(box))
-        self._app.engine.wait_for_starts(2)
         self._desk.notifications.close_all()
+        self._app.engine.wait_for_starts(2)
+        self._settle("Loading model...")
 
     def _with_margin(self, box):
         right = min(box.x + box.width + MARGIN_PX, self._desk.width)
