@@ -12,11 +12,12 @@ sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
 from harness.application import Application
 from harness.desk import Desk
 from harness.pill import Pill
+from harness.polling import eventually
 from harness.screen import Rect
 from harness.sound import SoundServer
 
 SPOKEN = "How are you today? Nice to meet you. We are ready to start."
-BACKGROUNDS = {"light": "#f6f5f4", "dark": "#2b2b2b"}
+BACKGROUNDS = {"light": [], "dark": ["-rv"]}  # of a window beneath: white or black
 SCALE, MARGIN_PX, ENLARGED = 2, 24, 2
 WATCHED_S = 3.0
 
@@ -47,7 +48,8 @@ def main():
         app = Application(desk, os.path.abspath(options.programs))
         app.start_ready(QT_SCALE_FACTOR=str(SCALE))
         for name, colour in BACKGROUNDS.items():
-            desk.paint_background(colour)
+            beneath = desk.spawn("stdbuf", "-oL", "xev", "-geometry", f"{desk.width}x{desk.height}+0+0", *colour)
+            eventually(lambda window=beneath: "Expose event" in window.output(), "a window beneath")
             app.engine.say("Recording...")
             pill = Pill(desk, scale=SCALE).wait_until_seen()
             sound.say(SPOKEN)
@@ -57,6 +59,7 @@ def main():
             sound.silence()
             app.engine.say("Ready.")
             pill.wait_until_gone()
+            beneath.stop()
         app.stop()
         sound.stop()
 

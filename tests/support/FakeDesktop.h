@@ -7,9 +7,9 @@
 #include "platform/Application.h"
 #include "platform/Desktop.h"
 #include "support/FakeChildProcesses.h"
-#include "support/FakeOverlayPorts.h"
 #include "support/FakePorts.h"
 #include "support/ManualTime.h"
+#include "support/OverlayBench.h"
 
 namespace voxtrel::testing {
 

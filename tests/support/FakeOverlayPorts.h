@@ -8,12 +8,9 @@
 #include <utility>
 #include <vector>
 
-#include "overlay/RecordingOverlay.h"
 #include "platform/FrameTimer.h"
 #include "platform/Microphone.h"
 #include "platform/OverlayStage.h"
-#include "support/FakePorts.h"
-#include "support/ManualTime.h"
 #include "support/RecordingCanvas.h"
 
 namespace voxtrel::testing {
@@ -121,36 +118,6 @@ struct FakeFrameTimer : FrameTimer {
   std::chrono::duration<double> interval{};
   std::function<void()> task;  // of the newest timer; also when that is stopped
   int running = 0, started = 0;
-};
-
-/// Everything around a recording overlay, under the test's control.
-struct OverlayWorld {
-  ManualTime time;
-  FakeLog log;
-  Diary diary;
-  FakeOverlayStage stage{diary};
-  FakeMicrophone microphone{diary};
-  FakeFrameTimer frameTimer{diary};
-  std::function<std::unique_ptr<RealFft>()> makeFft = [] { return nullptr; };
-
-  OverlayPorts ports() {
-    return {.stage = stage,
-            .microphone = microphone,
-            .frameTimer = frameTimer,
-            .mainLoop = time,
-            .log = log,
-            .makeFft = [this] { return makeFft(); }};
-  }
-};
-
-struct OverlayBench : OverlayWorld {
-  std::unique_ptr<RecordingOverlay> overlay = std::make_unique<RecordingOverlay>(ports());
-
-  /// What is on the screen after one tick of the timer.
-  RecordingCanvas nextFrame() {
-    frameTimer.task();
-    return stage.window->paint();
-  }
 };
 
 }  // namespace voxtrel::testing

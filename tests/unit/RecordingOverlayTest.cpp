@@ -6,7 +6,7 @@
 
 #include "overlay/RecordingOverlay.h"
 #include "platform/kissfft/KissRealFft.h"
-#include "support/FakeOverlayPorts.h"
+#include "support/OverlayBench.h"
 #include "support/Samples.h"
 
 namespace voxtrel {

@@ -1,5 +1,6 @@
 #include "platform/linux/FloatingWindow.h"
 
+#include <QGuiApplication>
 #include <QPainter>
 #include <QScreen>
 #include <cmath>
@@ -57,6 +58,8 @@ void FloatingWindow::preparePainter() {
 }
 
 void FloatingWindow::orderFrontRegardless() {
+  // A Wayland compositor would put it into the middle and give it the focus: better none.
+  if (QGuiApplication::platformName().startsWith(QLatin1String("wayland"))) return;
   show();
   // Nobody manages this window, so the server shows it at once and takes pixels right behind that;
   // to wait until it says so would cost the user a moment.

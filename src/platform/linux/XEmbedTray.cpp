@@ -50,7 +50,7 @@ bool hasXEmbedTray() {
 }
 
 XManagerWatch::XManagerWatch(std::function<void()> onAppeared)
-    : onAppeared_(std::move(onAppeared)), managerAtom_(XCB_ATOM_NONE) {
+    : onAppeared_(std::move(onAppeared)) {
   if (xcb_connection_t* const connection = xConnection(); connection != nullptr) {
     managerAtom_ = atomOf(connection, "MANAGER");
     qGuiApp->installNativeEventFilter(this);

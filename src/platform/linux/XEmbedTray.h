@@ -21,7 +21,7 @@ class XManagerWatch final : public QAbstractNativeEventFilter {
 
  private:
   std::function<void()> onAppeared_;
-  std::uint32_t managerAtom_;
+  std::uint32_t managerAtom_ = 0;  ///< none
 };
 
 }  // namespace voxtrel

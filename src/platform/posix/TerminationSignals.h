@@ -23,7 +23,7 @@ class TerminationSignals {
   int descriptor() const { return arrived_.readEnd.number(); }
 
   /// The next signal that has come; none if all were taken. Never blocks.
-  std::optional<int> take();  // NOLINT(readability-make-member-function-const): it takes
+  std::optional<int> take();
 
  private:
   static constexpr std::array kSignals{SIGTERM, SIGINT, SIGHUP};

@@ -159,10 +159,6 @@ class Desk:
         self._running.append(process)
         return process
 
-    def paint_background(self, colour):
-        """Fills what no window covers."""
-        subprocess.run(["xsetroot", "-solid", colour], check=True, env=self.environment)
-
     def processes(self, *names):
         """The desktop's own programs of these names."""
         return [process for process in [self._x_server, *self._running] if process.name in names]
