@@ -10,7 +10,6 @@ import sys
 sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
 from harness.application import Application
 from harness.desk import Desk
-from harness.panel import HEIGHT
 from harness.polling import eventually
 from harness.screen import Rect
 
@@ -37,10 +36,8 @@ class Demonstration:
         self._state("loading", "Loading model...")
         engine.say("Ready.")
         self._state("idle", READY)
-        before = self._desk.screenshot()
         engine.say("Recording...")
         self._state("recording", "Recording...")
-        self._overlay(before)
         engine.say("Processing 1.4 s of audio")
         self._state("processing", "Transcribing...")
         engine.say(f'[gpu-decode] text: "{SPOKEN}"')
@@ -69,17 +66,6 @@ class Demonstration:
         """Waits for a state's row and icon; each state's icon is another than the one before."""
         self._app.item.wait_for_status(row)
         self._last_icon = self._desk.panel.settled_icon(unlike=self._last_icon)
-
-    def _overlay(self, before):
-        """What floats over the desktop while the engine records."""
-        below_panel = Rect(0, HEIGHT, self._desk.width, self._desk.height - HEIGHT)
-        empty = before.crop(below_panel)
-
-        def shown():
-            return self._desk.screenshot().crop(below_panel).difference_box(empty)
-
-        box = eventually(shown, "the overlay")
-        self._save("overlay", self._desk.screenshot().crop(below_panel).crop(box).enlarged(2))
 
     def _menu(self, name):
         """A right click at the icon, as the user opens the menu."""
