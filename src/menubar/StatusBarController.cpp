@@ -33,7 +33,7 @@ StatusBarController::StatusBarController(const StatusBarPorts& ports)
       processManager_(std::make_shared<ProcessManager>(ports.process)) {}
 
 std::shared_ptr<StatusBarController> StatusBarController::create(const StatusBarPorts& ports) {
-  const std::shared_ptr<StatusBarController> controller(new StatusBarController(ports));
+  std::shared_ptr<StatusBarController> controller(new StatusBarController(ports));
   controller->begin();
   return controller;
 }

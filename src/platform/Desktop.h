@@ -49,7 +49,7 @@ class Desktop {
   virtual StatusItem& statusItem() = 0;
   virtual Updater& updater() = 0;
   virtual std::unique_ptr<RealFft> makeRealFft() = 0;  ///< null if there is no memory for it
-  virtual std::string homeDirectory() const = 0;  ///< without trailing separator
+  virtual std::string homeDirectory() const = 0;       ///< without trailing separator
 };
 
 /// The identifier under which the desktop knows the application.
