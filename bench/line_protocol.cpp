@@ -48,14 +48,14 @@ constexpr std::array<std::string_view, 12> kPlainLines = {
     "vad: frame # energy=-42.7 dB Accepted",
     "[quillback] hotkey pressed after # ms",
     "Loading weights, shard # of 7 ...",
-    "[quillback] Found microphone # \"Built-in\", Metal device \"GPU 0\": 16 GiB"};
+    R"([quillback] Found microphone # "Built-in", Metal device "GPU 0": 16 GiB)"};
 
 constexpr std::array<std::string_view, 7> kMarkerLines = {
     "Recording...",
     "Processing # ms of audio",
     "[quillback] Ready. Hold the key to talk",
     "[gpu-decode] mel=4ms encode=#ms decode=81ms total=127ms",
-    "[gpu-decode] text: \"see you next week, we need # more minutes\" encode=12ms",
+    R"([gpu-decode] text: "see you next week, we need # more minutes" encode=12ms)",
     "[quillback] Failed to open input #",
     "Audio capture failed: device # went away"};
 

@@ -3,10 +3,10 @@
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <pwd.h>
-#include <signal.h>
-#include <stdlib.h>
 #include <unistd.h>
 
+#include <csignal>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <optional>
@@ -45,14 +45,17 @@ TEST(ExecutablePath, IsThisProgramWithLinksFollowed) {
 }
 
 class HomeDirectoryTest : public testing::Test {
- protected:
+ public:
   HomeDirectoryTest() {
     if (const char* home = std::getenv("HOME")) before_ = home;
   }
+  HomeDirectoryTest(const HomeDirectoryTest&) = delete;
+  HomeDirectoryTest& operator=(const HomeDirectoryTest&) = delete;
   ~HomeDirectoryTest() override {
     before_ ? ::setenv("HOME", before_->c_str(), 1) : ::unsetenv("HOME");
   }
 
+ private:
   std::optional<std::string> before_;
 };
 

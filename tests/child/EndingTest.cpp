@@ -1,6 +1,5 @@
-#include <signal.h>
-
 #include <atomic>
+#include <csignal>
 #include <future>
 
 #include "child/ChildTest.h"

@@ -1,10 +1,10 @@
 #include <fcntl.h>
 #include <pthread.h>
-#include <signal.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
 #include <array>
+#include <csignal>
 #include <filesystem>
 
 #include "child/ChildTest.h"
@@ -49,7 +49,7 @@ class UnusualSignals {
 /// The standard streams closed, as some launchers leave them.
 class ClosedStreams {
  public:
-  explicit ClosedStreams(std::vector<int> numbers) {
+  explicit ClosedStreams(const std::vector<int>& numbers) {
     for (const int number : numbers) {
       kept_.emplace_back(number, ::fcntl(number, F_DUPFD_CLOEXEC, 100));
       ::close(number);
@@ -85,6 +85,7 @@ class InheritanceTest : public ChildTest {
 
 TEST_F(InheritanceTest, NoDescriptorButTheStandardThreeReachesTheChild) {
   std::vector<int> leaks;
+  leaks.reserve(51);
   for (int i = 0; i < 50; ++i) leaks.push_back(::dup(STDERR_FILENO));
   leaks.push_back(::fcntl(STDERR_FILENO, F_DUPFD, 700));
   EXPECT_EQ(reported("descriptors"), "0 1 2");
@@ -93,6 +94,7 @@ TEST_F(InheritanceTest, NoDescriptorButTheStandardThreeReachesTheChild) {
 
 TEST_F(InheritanceTest, SimultaneousChildrenDoNotGetEachOthersPipes) {
   std::vector<StartedChild> children;
+  children.reserve(20);
   for (int i = 0; i < 20; ++i) children.push_back(engine({"--report", "--wait"}));
   for (const StartedChild& child : children) {
     ASSERT_TRUE(eventually([&] { return child.record->contains("caught:"); }));

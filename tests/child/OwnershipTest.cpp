@@ -1,4 +1,3 @@
-#include <signal.h>
 #include <spawn.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
@@ -6,6 +5,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <csignal>
 #include <filesystem>
 #include <iterator>
 #include <thread>
@@ -13,7 +13,7 @@
 #include "child/ChildTest.h"
 #include "platform/posix/Pipe.h"
 
-extern char** environ;
+extern char** environ;  // NOLINT(readability-redundant-declaration)
 
 namespace voxtrel {
 namespace {
@@ -23,6 +23,7 @@ namespace fs = std::filesystem;
 /// A child that the application has besides those of the launcher.
 pid_t startForeignChild(std::vector<std::string> words, int standardOutput = STDOUT_FILENO) {
   std::vector<char*> arguments;
+  arguments.reserve(words.size() + 1);
   for (std::string& word : words) arguments.push_back(word.data());
   arguments.push_back(nullptr);
   posix_spawn_file_actions_t actions;
@@ -104,6 +105,7 @@ TEST_F(OwnershipTest, StartsAtTheSameMomentDoNotMixUpTheirChildren) {
   constexpr int kThreads = 8;
   constexpr int kStarts = 15;
   std::vector<std::thread> threads;
+  threads.reserve(kThreads);
   for (int t = 0; t < kThreads; ++t) {
     threads.emplace_back([this, t] {
       for (int i = 0; i < kStarts; ++i) {
@@ -118,19 +120,20 @@ TEST_F(OwnershipTest, StartsAtTheSameMomentDoNotMixUpTheirChildren) {
 }
 
 TEST_F(OwnershipTest, AThousandStartsAndStopsLeaveNothingBehind) {
+  const auto isAsBefore = [descriptors = countEntries("/proc/self/fd"),
+                           threads = countEntries("/proc/self/task")] {
+    return countEntries("/proc/self/fd") == descriptors &&
+           countEntries("/proc/self/task") == threads;
+  };
   const auto cycle = [this](int i) {
     StartedChild child = engine(i % 3 == 0 ? Words{"--exit", "0"} : Words{});
     if (i % 3 == 1) child.process->terminate();
     if (i % 3 == 2) child.process.reset();
     ASSERT_TRUE(child.record->waitForStatus().has_value());
   };
-  for (int i = 0; i < 6; ++i) cycle(i);
-  EXPECT_TRUE(eventually([] { return countEntries("/proc/self/task") <= 2; }));
-  const std::size_t descriptors = countEntries("/proc/self/fd");
-  const std::size_t threads = countEntries("/proc/self/task");
   for (int i = 0; i < 1000; ++i) cycle(i);
-  EXPECT_TRUE(eventually([&] { return countEntries("/proc/self/task") == threads; }));
-  EXPECT_EQ(countEntries("/proc/self/fd"), descriptors);
+  EXPECT_TRUE(eventually(isAsBefore)) << countEntries("/proc/self/fd") << " descriptors, "
+                                      << countEntries("/proc/self/task") << " threads are left";
   EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1) << "a child is left";
   EXPECT_EQ(errno, ECHILD);
 }

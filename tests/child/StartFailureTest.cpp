@@ -1,6 +1,6 @@
-#include <stdlib.h>
 #include <sys/resource.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 
@@ -12,13 +12,16 @@ namespace {
 namespace fs = std::filesystem;
 
 class StartFailureTest : public ChildTest {
- protected:
+ public:
   StartFailureTest() {
     std::string pattern = (fs::temp_directory_path() / "voxtrel-child-XXXXXX").string();
     folder_ = ::mkdtemp(pattern.data());
   }
+  StartFailureTest(const StartFailureTest&) = delete;
+  StartFailureTest& operator=(const StartFailureTest&) = delete;
   ~StartFailureTest() override { fs::remove_all(folder_); }
 
+ protected:
   std::string makeFile(const std::string& content, fs::perms permissions) const {
     const fs::path file = folder_ / "quillback";
     std::ofstream(file, std::ios::binary) << content;

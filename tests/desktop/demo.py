@@ -10,7 +10,6 @@ import sys
 sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
 from harness.application import Application
 from harness.desk import Desk
-from harness.panel import HEIGHT
 from harness.polling import eventually
 from harness.screen import Rect
 
@@ -37,15 +36,13 @@ class Demonstration:
         self._state("loading", "Loading model...")
         engine.say("Ready.")
         self._state("idle", READY)
-        before = self._desk.screenshot()
         engine.say("Recording...")
         self._state("recording", "Recording...")
-        self._overlay(before)
         engine.say("Processing 1.4 s of audio")
         self._state("processing", "Transcribing...")
         engine.say(f'[gpu-decode] text: "{SPOKEN}"')
         engine.say("Ready.")
-        item.wait_for_status(READY)
+        self._settle(READY)
         item.wait_for_last_text(f"Last: {SPOKEN}")
         self._menu("menu")
         self._crash()
@@ -61,21 +58,14 @@ class Demonstration:
             raise AssertionError("the program did not end well")
 
     def _state(self, name, row):
-        self._app.item.wait_for_status(row)
-        self._last_icon = self._desk.panel.settled_icon(unlike=self._last_icon)
+        self._settle(row)
         self._save(f"tray-{name}", self._last_icon.enlarged(ENLARGED))
         print(f"  {name:<10} {row}")
 
-    def _overlay(self, before):
-        """What floats over the desktop while the engine records."""
-        below_panel = Rect(0, HEIGHT, self._desk.width, self._desk.height - HEIGHT)
-        empty = before.crop(below_panel)
-
-        def shown():
-            return self._desk.screenshot().crop(below_panel).difference_box(empty)
-
-        box = eventually(shown, "the overlay")
-        self._save("overlay", self._desk.screenshot().crop(below_panel).crop(box).enlarged(2))
+    def _settle(self, row):
+        """Waits for a state's row and icon; each state's icon is another than the one before."""
+        self._app.item.wait_for_status(row)
+        self._last_icon = self._desk.panel.settled_icon(unlike=self._last_icon)
 
     def _menu(self, name):
         """A right click at the icon, as the user opens the menu."""
@@ -98,8 +88,9 @@ class Demonstration:
         self._app.engine.exit(1)
         box = eventually(lambda: self._opened_since(before), "the notification")
         self._save("notification", self._desk.screenshot().crop(box))
-        self._app.engine.wait_for_starts(2)
         self._desk.notifications.close_all()
+        self._app.engine.wait_for_starts(2)
+        self._settle("Loading model...")
 
     def _with_margin(self, box):
         right = min(box.x + box.width + MARGIN_PX, self._desk.width)

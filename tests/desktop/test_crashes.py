@@ -54,10 +54,11 @@ class Crashes(DesktopCase):
         app.item.wait_for_status("Loading model...")
 
     def test_an_engine_that_was_ready_in_between_is_never_given_up(self):
-        app = self.install()
-        app.engine.at_start("print Ready.")
-        app.start_in_tray()
+        app = self.install().start_in_tray()
         for count in range(1, 6):
+            # The row reads "Ready" until the new engine is seen, so that one is waited for first.
+            app.item.wait_for_status("Loading model...")
+            app.engine.say("Ready.")
             app.item.wait_for_status(READY)
             app.engine.exit(2)
             app.engine.wait_for_starts(count + 1)

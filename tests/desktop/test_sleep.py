@@ -102,6 +102,7 @@ class Sleep(DesktopCase):
         self.desk.stop_login_manager()
         self.logind = self.desk.start_login_manager("--refuse")
         app = self.install().start_ready()
+        eventually(lambda: self.logind.history() == ["refused"], "the request for a lock")
         self.logind.announce_sleep()
         eventually(lambda: not app.engine.running(), "the engine's end")
         self.logind.announce_wake()

@@ -51,8 +51,8 @@ LogVerbosity LogVerbosity::parse(const char* value) {
   const std::string_view wanted = value == nullptr ? "" : value;
   if (wanted == "debug") return {LogLevel::debug, std::nullopt};
   if (wanted.empty() || wanted == "info") return {};
-  return {LogLevel::info, "VOXTREL_LOG has the unknown value \"" + std::string(wanted) +
-                              "\"; known are \"debug\" and \"info\""};
+  return {LogLevel::info, R"(VOXTREL_LOG has the unknown value ")" + std::string(wanted) +
+                              R"("; known are "debug" and "info")"};
 }
 
 bool namesStream(const char* value, unsigned long long device, unsigned long long inode) {

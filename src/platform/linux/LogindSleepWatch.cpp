@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <systemd/sd-bus.h>
 
+#include <QTimer>
 #include <utility>
 
 namespace voxtrel {
@@ -13,18 +14,20 @@ constexpr const char* kService = "org.freedesktop.login1";
 constexpr const char* kPath = "/org/freedesktop/login1";
 constexpr const char* kManager = "org.freedesktop.login1.Manager";
 
-const std::string kSleepRule =
+/// The tray comes first; nobody sends a machine to sleep in the meantime.
+constexpr std::chrono::milliseconds kStartUpDelay{100};
+
+constexpr const char* kSleepRule =
     "type='signal',sender='org.freedesktop.login1',path='/org/freedesktop/login1',"
     "interface='org.freedesktop.login1.Manager',member='PrepareForSleep'";
-const std::string kOwnerRule =
+constexpr const char* kOwnerRule =
     "type='signal',sender='org.freedesktop.DBus',interface='org.freedesktop.DBus',"
     "member='NameOwnerChanged',arg0='org.freedesktop.login1'";
 
 }  // namespace
 
 LogindSleepWatch::LogindSleepWatch(Log& log) : log_(log, "ui") {
-  QMetaObject::invokeMethod(
-      &context_, [this] { connect(); }, Qt::QueuedConnection);
+  QTimer::singleShot(kStartUpDelay, &context_, [this] { connect(); });
 }
 
 LogindSleepWatch::~LogindSleepWatch() = default;

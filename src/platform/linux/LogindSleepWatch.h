@@ -17,7 +17,7 @@ namespace voxtrel {
 /// Fails by: one line in the log; then no sleep is ever seen.
 class LogindSleepWatch final : public SleepWatch {
  public:
-  /// Connects once the event loop runs.
+  /// Connects a little later, when the event loop runs.
   explicit LogindSleepWatch(Log& log);
   ~LogindSleepWatch() override;
 

@@ -52,11 +52,12 @@ void NotificationDaemon::listen() {
 void NotificationDaemon::queryCapabilities(
     std::function<void(std::optional<NotificationCapabilities>)> answer) {
   listen();
-  call(methodCall("GetCapabilities"), this, [answer](const QDBusPendingCall& pending) {
-    const QDBusPendingReply<QStringList> reply = pending;
-    answer(reply.isValid() ? std::optional(NotificationCapabilities::parse(reply.value()))
-                           : std::nullopt);
-  });
+  call(methodCall("GetCapabilities"), this,
+       [answer = std::move(answer)](const QDBusPendingCall& pending) {
+         const QDBusPendingReply<QStringList> reply = pending;
+         answer(reply.isValid() ? std::optional(NotificationCapabilities::parse(reply.value()))
+                                : std::nullopt);
+       });
 }
 
 void NotificationDaemon::notify(const NotificationRequest& request, quint32 replaces,
@@ -65,7 +66,7 @@ void NotificationDaemon::notify(const NotificationRequest& request, quint32 repl
   QDBusMessage message = methodCall("Notify");
   message << QString("Voxtrel") << replaces << QString(kBundleIdentifier) << request.summary
           << request.body << request.actions << request.hints << kDaemonChoosesTimeout;
-  call(message, this, [answer](const QDBusPendingCall& pending) {
+  call(message, this, [answer = std::move(answer)](const QDBusPendingCall& pending) {
     const QDBusPendingReply<quint32> reply = pending;
     answer(reply.isValid()
                ? std::optional(ShownNotification{reply.reply().service(), reply.value()})

@@ -40,12 +40,10 @@ class NotificationDaemon final : public QObject, protected QDBusContext {
               std::function<void(std::optional<ShownNotification>)> answer);
   void close(const ShownNotification& shown);
 
- private slots:
-  void onActionInvoked(quint32 number, const QString& action);
-  void onActivationToken(quint32 number, const QString& token);
-  void onNotificationClosed(quint32 number, quint32 reason);
-
  private:
+  Q_SLOT void onActionInvoked(quint32 number, const QString& action);
+  Q_SLOT void onActivationToken(quint32 number, const QString& token);
+  Q_SLOT void onNotificationClosed(quint32 number, quint32 reason);
   void listen();
 
   Events events_;

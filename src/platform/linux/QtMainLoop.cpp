@@ -27,6 +27,10 @@ class WakeReceiver final : public QObject {
   std::function<void()> onWake_;
 };
 
+std::unique_ptr<QEvent> newWakeUp() {
+  return std::make_unique<QEvent>(QEvent::User);
+}
+
 /// A timer without the signal and slot between it and its task.
 class RepeatingTimer final : public QObject {
  public:
@@ -49,28 +53,28 @@ class RepeatingTimer final : public QObject {
 
 }  // namespace
 
-QtMainLoop::QtMainLoop() : receiver_(std::make_unique<WakeReceiver>([this] { runBatch(); })) {}
+QtMainLoop::QtMainLoop()
+    : wakeUp_(newWakeUp()), receiver_(std::make_unique<WakeReceiver>([this] { runBatch(); })) {}
 
 QtMainLoop::~QtMainLoop() = default;
 
 void QtMainLoop::post(Task task) {
-  const std::lock_guard lock(mutex_);
-  queue_.push_back(std::move(task));
-  wake();
-}
-
-/// Called with the mutex held: whoever receives the wake-up has then seen everything before it.
-void QtMainLoop::wake() {
-  if (std::exchange(wakePending_, true)) return;
-  QCoreApplication::postEvent(receiver_.get(), new QEvent(QEvent::User));
+  QEvent* wakeUp = nullptr;
+  {
+    const std::lock_guard lock(mutex_);
+    queue_.push_back(std::move(task));
+    wakeUp = wakeUp_.release();
+  }
+  // After the lock, which the main thread wants as soon as it is awake.
+  if (wakeUp != nullptr) QCoreApplication::postEvent(receiver_.get(), wakeUp);
 }
 
 void QtMainLoop::runBatch() {
   const auto deadline = steady_clock::now() + kBatchLimit;
   std::unique_lock lock(mutex_);
-  wakePending_ = false;
+  wakeUp_ = newWakeUp();
   // A task may run an event loop of its own; the wake-up lets the rest of the queue run there.
-  if (queue_.size() > 1) wake();
+  if (queue_.size() > 1) QCoreApplication::postEvent(receiver_.get(), wakeUp_.release());
   while (!queue_.empty()) {
     Task task = std::move(queue_.front());
     queue_.pop_front();
@@ -81,7 +85,9 @@ void QtMainLoop::runBatch() {
     lock.lock();
     if (outOfTime) break;
   }
-  if (!queue_.empty()) wake();
+  if (!queue_.empty() && wakeUp_) {
+    QCoreApplication::postEvent(receiver_.get(), wakeUp_.release());
+  }
 }
 
 void QtMainLoop::postAfter(std::chrono::milliseconds delay, Task task) {

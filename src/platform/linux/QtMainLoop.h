@@ -6,6 +6,7 @@
 
 #include "platform/MainLoop.h"
 
+class QEvent;
 class QObject;
 
 namespace voxtrel {
@@ -26,12 +27,12 @@ class QtMainLoop final : public MainLoop {
   [[nodiscard]] Subscription every(std::chrono::milliseconds interval, Task task) override;
 
  private:
-  void wake();
   void runBatch();
 
   std::mutex mutex_;
   std::deque<Task> queue_;
-  bool wakePending_ = false;
+  /// Made on the main thread, where Qt deletes it; null while it is on its way.
+  std::unique_ptr<QEvent> wakeUp_;
   std::unique_ptr<QObject> receiver_;  ///< of the wake-ups; parent of the timers
 };
 

@@ -1,16 +1,13 @@
 #include "platform/linux/TrayHost.h"
 
-#include <xcb/xcb.h>
-
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
 #include <QDBusServiceWatcher>
-#include <QGuiApplication>
-#include <cstdlib>
-#include <string>
 #include <utility>
+
+#include "platform/linux/XEmbedTray.h"
 
 namespace voxtrel {
 
@@ -19,35 +16,11 @@ namespace {
 constexpr const char* kWatcherService = "org.kde.StatusNotifierWatcher";
 constexpr std::chrono::seconds kXEmbedDelay{3};
 
-struct Free {
-  void operator()(void* memory) const { std::free(memory); }
-};
-
-/// Whether some program owns the selection that makes it the X screen's tray.
-bool hasXEmbedTray() {
-  const auto* const x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
-  if (x11 == nullptr) return false;
-  xcb_connection_t* const connection = x11->connection();
-  char* host = nullptr;
-  int display = 0;
-  int screen = 0;
-  xcb_parse_display(nullptr, &host, &display, &screen);
-  std::free(host);
-  const std::string name = "_NET_SYSTEM_TRAY_S" + std::to_string(screen);
-  const std::unique_ptr<xcb_intern_atom_reply_t, Free> atom(xcb_intern_atom_reply(
-      connection,
-      xcb_intern_atom(connection, 0, static_cast<std::uint16_t>(name.size()), name.c_str()),
-      nullptr));
-  if (!atom) return false;
-  const std::unique_ptr<xcb_get_selection_owner_reply_t, Free> owner(xcb_get_selection_owner_reply(
-      connection, xcb_get_selection_owner(connection, atom->atom), nullptr));
-  return owner && owner->owner != XCB_NONE;
-}
-
 }  // namespace
 
 TrayHost::TrayHost(std::function<void(Kind)> onFound) : onFound_(std::move(onFound)) {
   xEmbedDelay_.setSingleShot(true);
+  xEmbedDelay_.setInterval(kXEmbedDelay);
   QObject::connect(&xEmbedDelay_, &QTimer::timeout, &context_, [this] { tryXEmbed(); });
   askForNotifierHost([this] { waitForNotifierHost(); });
 }
@@ -73,7 +46,7 @@ void TrayHost::askForNotifierHost(std::function<void()> onAbsent) {
 }
 
 void TrayHost::waitForNotifierHost() {
-  xEmbedDelay_.start(kXEmbedDelay);
+  xEmbedDelay_.start();
   watcher_ = std::make_unique<QDBusServiceWatcher>(kWatcherService, QDBusConnection::sessionBus(),
                                                    QDBusServiceWatcher::WatchForRegistration);
   QObject::connect(watcher_.get(), &QDBusServiceWatcher::serviceRegistered, &context_,
@@ -82,11 +55,17 @@ void TrayHost::waitForNotifierHost() {
 }
 
 void TrayHost::tryXEmbed() {
-  if (onFound_ && hasXEmbedTray()) found(Kind::xEmbed);
+  if (!onFound_) return;
+  if (hasXEmbedTray()) return found(Kind::xEmbed);
+  if (xManagers_) return;
+  // A panel that is just starting may take on the older role first, and the better one a moment
+  // later.
+  xManagers_ = std::make_unique<XManagerWatch>([this] { xEmbedDelay_.start(); });
 }
 
 void TrayHost::found(Kind kind) {
   xEmbedDelay_.stop();
+  xManagers_.reset();
   if (watcher_) watcher_.release()->deleteLater();  // it may be what called
   if (const auto onFound = std::exchange(onFound_, nullptr)) onFound(kind);
 }

@@ -9,6 +9,8 @@ class QDBusServiceWatcher;
 
 namespace voxtrel {
 
+class XManagerWatch;
+
 /// Waits for something that shows tray icons. Qt settles how it shows ours at the first call to its
 /// tray and never thinks again, so that call has to wait.
 /// Thread: the main thread.  Fails by: waiting for ever, which is what a desktop without a tray
@@ -36,6 +38,7 @@ class TrayHost {
   QObject context_;  ///< answers that come when it is gone are dropped
   std::unique_ptr<QDBusServiceWatcher> watcher_;
   QTimer xEmbedDelay_;
+  std::unique_ptr<XManagerWatch> xManagers_;  ///< once the delay is over
 };
 
 }  // namespace voxtrel

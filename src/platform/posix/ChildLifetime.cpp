@@ -1,9 +1,9 @@
 #include "platform/posix/ChildLifetime.h"
 
-#include <signal.h>
 #include <sys/wait.h>
 
 #include <cerrno>
+#include <csignal>
 
 namespace voxtrel {
 namespace {

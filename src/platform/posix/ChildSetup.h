@@ -2,6 +2,8 @@
 
 #include <sys/types.h>
 
+#include <array>
+
 namespace voxtrel {
 
 // What each system does in its own way when a child is made; defined in the system's folder.
@@ -21,6 +23,6 @@ void closeDescriptorsOnExec() noexcept;
 
 /// A pipe that no child inherits, even one that another thread makes at this very moment.
 /// `ends`: to read from, to write to. False: errno says why.
-bool openPipe(int (&ends)[2]) noexcept;
+bool openPipe(std::array<int, 2>& ends) noexcept;
 
 }  // namespace voxtrel

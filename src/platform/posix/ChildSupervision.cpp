@@ -1,7 +1,6 @@
 #include "platform/posix/ChildSupervision.h"
 
-#include <signal.h>
-
+#include <csignal>
 #include <system_error>
 
 #include "platform/posix/Pipe.h"

@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 
+#include <array>
 #include <cerrno>
 #include <system_error>
 
@@ -24,7 +25,7 @@ void moveAboveStandardStreams(FileDescriptor& descriptor) {
 }  // namespace
 
 Pipe Pipe::open() {
-  int ends[2] = {};
+  std::array<int, 2> ends{};
   if (!openPipe(ends)) throw std::system_error(errno, std::generic_category());
   Pipe pipe{FileDescriptor(ends[0]), FileDescriptor(ends[1])};
   moveAboveStandardStreams(pipe.readEnd);

@@ -1,6 +1,6 @@
 #include "platform/posix/PosixChildProcess.h"
 
-#include <signal.h>
+#include <csignal>
 
 namespace voxtrel {
 

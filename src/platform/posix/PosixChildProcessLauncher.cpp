@@ -1,7 +1,6 @@
 #include "platform/posix/PosixChildProcessLauncher.h"
 
-#include <signal.h>
-
+#include <csignal>
 #include <future>
 #include <string>
 #include <system_error>

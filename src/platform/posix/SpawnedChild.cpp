@@ -1,11 +1,11 @@
 #include "platform/posix/SpawnedChild.h"
 
 #include <fcntl.h>
-#include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 #include <string>
 #include <system_error>
 #include <vector>
@@ -14,7 +14,7 @@
 #include "platform/posix/Pipe.h"
 #include "platform/posix/ThreadSignals.h"
 
-extern char** environ;
+extern char** environ;  // NOLINT(readability-redundant-declaration): missing in some headers
 
 namespace voxtrel {
 namespace {
@@ -87,8 +87,8 @@ bool enterWorkingDirectory(const Plan& plan) {
 /// child it would change the parent's memory.
 pid_t forkInto(const Plan& plan) {
   const SignalBlock block;
-  const pid_t pid = ::vfork();  // NOLINT(clang-analyzer-security.insecureAPI.vfork)
-  if (pid == 0) becomeProgram(plan);
+  const pid_t pid = ::vfork();        // NOLINT(clang-analyzer-security.insecureAPI.vfork)
+  if (pid == 0) becomeProgram(plan);  // NOLINT(clang-analyzer-unix.Vfork): calls the kernel only
   return pid;
 }
 

@@ -52,6 +52,7 @@ TerminationSignals::~TerminationSignals() {
   arrivedWriteEnd = -1;
 }
 
+// NOLINTNEXTLINE(readability-make-member-function-const): it takes
 std::optional<int> TerminationSignals::take() {
   unsigned char signal = 0;
   const ssize_t count = ::read(arrived_.readEnd.number(), &signal, sizeof signal);

@@ -28,7 +28,9 @@ class LoginManager(dbus.service.Object):
     def Inhibit(self, what, who, why, mode, sender=None):
         """Hands out a lock that lasts until its receiver closes it."""
         if self._refuses:
-            raise dbus.DBusException("Permission denied", name="org.freedesktop.DBus.Error.AccessDenied")
+            self._history.append("refused")
+            raise dbus.DBusException(
+                "Permission denied", name="org.freedesktop.DBus.Error.AccessDenied")
         ours, theirs = os.pipe()
         self._locks[ours] = (what, who, why, mode)
         self._history.append("taken")

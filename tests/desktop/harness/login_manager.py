@@ -39,7 +39,7 @@ class LoginManager:
         return [tuple(str(word) for word in entry[:4]) for entry in manager.ListInhibitors()]
 
     def history(self):
-        """Everything so far in order: "taken", "released", "sleep", "wake"."""
+        """Everything so far in order: "taken", "refused", "released", "sleep", "wake"."""
         return [str(word) for word in self._control().History()]
 
     def stop(self):

@@ -1,12 +1,12 @@
 #include "scripted_engine/ControlSocket.h"
 
-#include <signal.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
 
 #include <array>
 #include <cerrno>
+#include <csignal>
 #include <string_view>
 #include <system_error>
 #include <thread>

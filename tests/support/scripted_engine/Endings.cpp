@@ -1,14 +1,14 @@
 #include "scripted_engine/Endings.h"
 
-#include <signal.h>
-#include <string.h>
 #include <sys/resource.h>
 #include <sys/time.h>
-#include <time.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
+#include <csignal>
+#include <cstring>
+#include <ctime>
 #include <stdexcept>
 #include <string>
 

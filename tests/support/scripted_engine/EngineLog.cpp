@@ -1,11 +1,11 @@
 #include "scripted_engine/EngineLog.h"
 
 #include <fcntl.h>
-#include <time.h>
 #include <unistd.h>
 
 #include <array>
 #include <cstdio>
+#include <ctime>
 
 namespace scripted {
 

@@ -1,11 +1,11 @@
 #include "scripted_engine/Inheritance.h"
 
 #include <dirent.h>
-#include <signal.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <system_error>

@@ -1,12 +1,12 @@
 #include "platform/posix/ChildSetup.h"
 
 #include <fcntl.h>
-#include <signal.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 #include <limits>
 
 namespace voxtrel {
@@ -43,8 +43,8 @@ void closeDescriptorsOnExec() noexcept {
   if (::close_range(kFirstDescriptor, kLast, kCloseOnExec) != 0) closeEachOnExec();
 }
 
-bool openPipe(int (&ends)[2]) noexcept {
-  return ::pipe2(ends, O_CLOEXEC) == 0;
+bool openPipe(std::array<int, 2>& ends) noexcept {
+  return ::pipe2(ends.data(), O_CLOEXEC) == 0;
 }
 
 }  // namespace voxtrel
