@@ -21,17 +21,17 @@ constexpr double kLeastBarHeight = 1.5;
 
 // From teal on the left to violet on the right.
 Color barColor(int i) {
-  const double t = static_cast<double>(i) / (FFTBarView::barCount - 1);
+  const double t = static_cast<double>(i) / (FFTBarView::kBarCount - 1);
   return {0.0 + 0.48 * t, 0.83 - 0.54 * t, 0.67 + 0.33 * t, 1.0};
 }
 
 Rect barRect(const Rect& bounds, int i, float level) {
-  constexpr double kAllBars = FFTBarView::barCount * FFTBarView::barWidth;
-  const double spacing = (bounds.width - kDotReserve - kAllBars) / (FFTBarView::barCount + 1);
+  constexpr double kAllBars = FFTBarView::kBarCount * FFTBarView::kBarWidth;
+  const double spacing = (bounds.width - kDotReserve - kAllBars) / (FFTBarView::kBarCount + 1);
   const double height =
       std::max((bounds.height - kVerticalMargins) * static_cast<double>(level), kLeastBarHeight);
-  return {(spacing + kLeftInset) + (spacing + FFTBarView::barWidth) * i,
-          bounds.midY() - height * 0.5, FFTBarView::barWidth, height};
+  return {(spacing + kLeftInset) + (spacing + FFTBarView::kBarWidth) * i,
+          bounds.midY() - height * 0.5, FFTBarView::kBarWidth, height};
 }
 
 }  // namespace
@@ -41,7 +41,7 @@ FFTBarView::FFTBarView(const Rect& frame, std::unique_ptr<RealFft> fftSetup)
 
 void FFTBarView::processAudio(const AudioBuffer& buffer) {
   if (buffer.floatChannels.empty()) return;
-  const std::size_t count = std::min(buffer.frameLength, fftSize);
+  const std::size_t count = std::min(buffer.frameLength, kFftSize);
   const std::span<const float> samples(buffer.floatChannels[0], count);
   const BandLevels levels = normalized(analysis_.analyse(samples, buffer.sampleRateHz));
   const std::lock_guard guard(lock_);
@@ -67,7 +67,7 @@ void FFTBarView::drawBackground(Canvas& canvas) const {
 }
 
 void FFTBarView::drawBars(Canvas& canvas) const {
-  for (int i = 0; i < barCount; ++i) {
+  for (int i = 0; i < kBarCount; ++i) {
     const float level = smoothed_[static_cast<std::size_t>(i)];
     canvas.fillRoundedRect(barRect(bounds_, i, level), kBarRadius, barColor(i));
   }

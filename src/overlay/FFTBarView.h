@@ -15,9 +15,9 @@ namespace voxtrel {
 /// Owns: the analysis.
 class FFTBarView {
  public:
-  static constexpr int barCount = kBandCount;
-  static constexpr double barWidth = 2.0;  // points
-  static constexpr std::size_t fftSize = RealFft::kSize;
+  static constexpr int kBarCount = kBandCount;
+  static constexpr double kBarWidth = 2.0;  // points
+  static constexpr std::size_t kFftSize = RealFft::kSize;
 
   /// `fftSetup` may be null: then the bars show the samples themselves.
   FFTBarView(const Rect& frame, std::unique_ptr<RealFft> fftSetup);

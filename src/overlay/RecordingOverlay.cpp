@@ -65,7 +65,7 @@ void RecordingOverlay::makeWindow() {
 void RecordingOverlay::startAudio() {
   const std::weak_ptr<FFTBarView> weakView = barView_;
   MicrophoneTapOptions options;
-  options.bufferSizeFrames = FFTBarView::fftSize;
+  options.bufferSizeFrames = FFTBarView::kFftSize;
   options.onBuffer = [weakView](const AudioBuffer& buffer) {
     if (const auto view = weakView.lock()) view->processAudio(buffer);
   };
@@ -83,7 +83,7 @@ void RecordingOverlay::startAudio() {
 void RecordingOverlay::audioFailed(FFTBarView& view) {
   audioEngine_.reset();
   // A capture that broke off leaves the bars where the voice was: let them sink.
-  static constexpr std::array<float, FFTBarView::fftSize> kSilence{};
+  static constexpr std::array<float, FFTBarView::kFftSize> kSilence{};
   const std::array<const float*, 1> channels{kSilence.data()};
   view.processAudio({channels, kSilence.size(), 48000.0});
 }

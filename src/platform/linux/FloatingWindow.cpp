@@ -32,6 +32,9 @@ FloatingWindow::FloatingWindow(const XcbConnection& server, QScreen* screen, con
 
 FloatingWindow::~FloatingWindow() {
   (void)hasCompositor();  // an answer that nobody fetches would stay in the connection's memory
+  surface_.reset();
+  destroy();
+  server_.flush();
 }
 
 // Fetched when the server has already shown us the window, so that there is nothing to wait for.
@@ -72,11 +75,12 @@ void FloatingWindow::setNeedsDisplay() {
   paint();
 }
 
-// A full-screen window that opens later may be stacked above us.
+// A window that opens later may be stacked above us.
 void FloatingWindow::stayInFront() {
   if (++framesSinceRaised_ < kFramesBetweenRaises) return;
   framesSinceRaised_ = 0;
   raise();
+  server_.flush();  // Qt does so only after events, and there may be none
 }
 
 void FloatingWindow::exposeEvent(QExposeEvent* /*event*/) {

@@ -92,4 +92,8 @@ void XcbConnection::setShape(xcb_window_t window, const std::vector<QRect>& rect
                        static_cast<std::uint32_t>(native.size()), native.data());
 }
 
+void XcbConnection::flush() const {
+  if (connection_ != nullptr) xcb_flush(connection_);
+}
+
 }  // namespace voxtrel

@@ -29,6 +29,9 @@ class XcbConnection {
   /// Cuts the window to these rectangles.
   void setShape(xcb_window_t window, const std::vector<QRect>& rectangles) const;
 
+  /// Sends what has been asked for.
+  void flush() const;
+
   xcb_connection_t* native() const { return connection_; }
 
  private:
