@@ -20,7 +20,7 @@ class TheMenu(DesktopCase):
             (READY, (), False, False),
             ("Last: —", (), False, False),
             ("", (), True, True),
-            ("Settings...", ("control", ","), True, False),
+            ("Settings...", ("control", "comma"), True, False),
             ("Check for Updates...", (), True, False),
             ("Restart", ("control", "r"), True, False),
             ("Quit Voxtrel", ("control", "q"), True, False),
