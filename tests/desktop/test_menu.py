@@ -1,5 +1,7 @@
 """The menu under the tray item."""
 
+import time
+
 from harness.case import DesktopCase
 from harness.polling import eventually
 
@@ -20,7 +22,7 @@ class TheMenu(DesktopCase):
             (READY, (), False, False),
             ("Last: —", (), False, False),
             ("", (), True, True),
-            ("Settings...", ("control", ","), True, False),
+            ("Settings...", ("control", "comma"), True, False),
             ("Check for Updates...", (), True, False),
             ("Restart", ("control", "r"), True, False),
             ("Quit Voxtrel", ("control", "q"), True, False),
@@ -28,7 +30,7 @@ class TheMenu(DesktopCase):
 
     def test_ampersands_and_underscores_of_a_transcription_show_as_they_are(self):
         app = self.install().start_ready()
-        for text in ("salt & pepper", "R&D", "a && b", "snake_case_name", "__init__", "_ & _",
+        for text in ("salt & pepper", "R&D", "R&D a_b", "a && b", "snake_case_name", "__init__", "_ & _",
                      "&", "_", "Tom &Jerry & _Spike_", "&&&", "tab\tand <b>bold</b> 100 %s"):
             app.engine.say(f'[gpu-decode] text: "{text}"')
             app.item.wait_for_last_text(f"Last: {text}")
@@ -57,6 +59,36 @@ class TheMenu(DesktopCase):
         eventually(lambda: self.desk.screenshot().crop(opened[0]).rgb != opened[1].rgb,
                    "the open menu to show the new text")
         self.desk.xdotool("key", "Escape")
+
+    def test_a_left_click_in_the_panel_opens_it_too(self):
+        self.install().start_ready()
+        self.desk.panel.settled_icon(unlike=self.empty)
+        closed = self.desk.screenshot()
+        self.desk.click(self.desk.panel.icon_place().centre, button=1)
+        eventually(lambda: self.opened_menu(closed), "the opened menu")
+        self.desk.xdotool("key", "Escape")
+
+    def test_a_changed_row_is_told_once_and_alone(self):
+        app = self.install().start_ready()
+        row = app.item.rows()[1].identifier
+        told = self.desk.messages.signals
+        before = len(told("ItemsPropertiesUpdated")), len(told("LayoutUpdated"))
+        app.engine.say('[gpu-decode] text: "R&D a_b"')
+        app.item.wait_for_last_text("Last: R&D a_b")
+        changes = told("ItemsPropertiesUpdated")[before[0]:]
+        self.assertEqual([m.arguments for m in changes],
+                         [[[(row, {"label": "Last: R&D a__b"})], []]])
+        self.assertEqual(len(told("LayoutUpdated")), before[1])
+
+    def test_a_click_is_answered_before_its_action_takes_its_time(self):
+        app = self.install().start_ready()
+        app.engine.ignore_sigterm()
+        started = time.monotonic()
+        app.item.click("Restart")
+        answered_s = time.monotonic() - started
+        app.engine.wait_for_starts(2, limit_s=10)
+        self.assertLess(answered_s, 0.5)
+        self.assertGreater(time.monotonic() - started, 2.5)
 
     def opened_menu(self, closed):
         """(place, picture) of what has appeared below the panel, once it is of a menu's size."""

@@ -5,13 +5,10 @@
 
 namespace voxtrel {
 
-/// Who turns a menu row's text into what the user reads.
-enum class MenuRenderer {
-  trayHost,  ///< another process, which Qt tells over D-Bus
-  widget,    ///< Qt itself
-};
+/// The label by which a tray host shows `title` as it is, `&` and `_` included.
+QString trayHostLabel(std::string_view title);
 
-/// The text to give to a QAction so that the user reads `title` as it is, `&` and `_` included.
-QString menuText(std::string_view title, MenuRenderer renderer);
+/// The text for a QAction by which Qt's own menu shows `title` as it is.
+QString widgetText(std::string_view title);
 
 }  // namespace voxtrel

@@ -1,42 +1,45 @@
 #pragma once
 
+#include <QDBusServiceWatcher>
 #include <QObject>
 #include <QTimer>
 #include <functional>
 #include <memory>
 
-class QDBusServiceWatcher;
-
 namespace voxtrel {
 
 class XManagerWatch;
 
-/// Waits for something that shows tray icons. Qt settles how it shows ours at the first call to its
-/// tray and never thinks again, so that call has to wait.
+/// Announces the item to the program that keeps the tray, at once and to each that comes later.
 /// Thread: the main thread.  Fails by: waiting for ever, which is what a desktop without a tray
 /// needs.
 class TrayHost {
  public:
   enum class Kind {
     statusNotifier,  ///< StatusNotifierItem over D-Bus
-    xEmbed,          ///< the older X11 tray, used where nothing better came within three seconds
+    xEmbed,          ///< the older X11 tray, used while nothing better has come for three seconds
   };
 
-  /// `onFound` is called once, never before this returns.
+  /// `onFound` is called again when the kind changes or the host is another, and never before
+  /// `announce` returns.
   explicit TrayHost(std::function<void(Kind)> onFound);
   ~TrayHost();
   TrayHost(const TrayHost&) = delete;
   TrayHost& operator=(const TrayHost&) = delete;
 
- private:
-  void askForNotifierHost(std::function<void()> onAbsent);
-  void waitForNotifierHost();
-  void tryXEmbed();
-  void found(Kind kind);
+  /// `busName`: where the item is to be found from now on.
+  void announce(const QString& busName);
 
-  std::function<void(Kind)> onFound_;
+ private:
+  void registerItem();
+  void registered();
+  void waitForXEmbed();
+  void tryXEmbed();
+
+  const std::function<void(Kind)> onFound_;
+  QString busName_;
   QObject context_;  ///< answers that come when it is gone are dropped
-  std::unique_ptr<QDBusServiceWatcher> watcher_;
+  QDBusServiceWatcher watcher_;
   QTimer xEmbedDelay_;
   std::unique_ptr<XManagerWatch> xManagers_;  ///< once the delay is over
 };

@@ -1,19 +1,21 @@
 #pragma once
 
-#include <QMenu>
-#include <QString>
-#include <QSystemTrayIcon>
+#include <QIcon>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "platform/StatusItem.h"
-#include "platform/linux/MenuText.h"
+#include "platform/linux/MenuObject.h"
+#include "platform/linux/StatusNotifierItem.h"
 #include "platform/linux/TrayHost.h"
 
 namespace voxtrel {
 
+class XEmbedItem;
+
 /// The status item in the desktop's tray, once there is one; until then it is only remembered.
-/// Thread: the main thread.  Owns: the tray icon, its menu.
+/// Thread: the main thread.  Owns: the item and its menu, for either kind of tray.
 /// Fails by: never appearing, where the desktop has no tray.
 class TrayStatusItem final : public StatusItem {
  public:
@@ -27,18 +29,13 @@ class TrayStatusItem final : public StatusItem {
  private:
   void hostFound(TrayHost::Kind kind);
   void appearWhenReady();
-  void fillMenu();
-  QAction* addRow(const MenuItem& row);
 
-  // The tray goes before the menu it shows.
-  std::unique_ptr<QMenu> menu_;
-  std::unique_ptr<QSystemTrayIcon> tray_;
-  std::vector<MenuItem> rows_;
-  std::vector<QAction*> actions_;  ///< one for each of `rows_`, once there is a menu
-  std::string symbol_;             ///< the one shown, or to be shown
-  QString themedName_;             ///< of its icon
-  MenuRenderer renderer_ = MenuRenderer::trayHost;
-  bool isHostReady_ = false;
+  std::string symbol_;  ///< the one shown, or to be shown
+  QIcon icon_;
+  bool isAnnounced_ = false;
+  MenuObject menu_;
+  StatusNotifierItem item_;
+  std::unique_ptr<XEmbedItem> xEmbedItem_;  ///< only while that is the tray's kind
   TrayHost host_;
 };
 
