@@ -8,6 +8,7 @@ namespace voxtrel {
 
 MenuObject::MenuObject() {
   registerMenuMessages();
+  connect(this, &MenuObject::chosen, this, &MenuObject::runAction, Qt::QueuedConnection);
 }
 
 void MenuObject::publish() {
@@ -78,10 +79,17 @@ QList<int> MenuObject::AboutToShowGroup(const QList<int>& ids, QList<int>& idErr
 bool MenuObject::handleEvent(int id, const QString& type) {
   if (!layout_.has(id)) return false;
   const MenuItem* const row = layout_.find(id);
-  if (type == "clicked" && row != nullptr && row->enabled && row->action) {
-    QMetaObject::invokeMethod(this, row->action, Qt::QueuedConnection);
+  if (type == "clicked" && row != nullptr && row->enabled) {
+    emit chosen(id);
   }
   return true;
+}
+
+void MenuObject::runAction(int id) {
+  const MenuItem* const row = layout_.find(id);
+  if (row == nullptr || !row->action) return;
+  const auto action = row->action;  // it may replace the rows
+  action();
 }
 
 bool MenuObject::known(int id) {

@@ -55,6 +55,8 @@ class MenuObject final : public QObject, protected QDBusContext {
   // NOLINTEND(readability-identifier-naming)
 
  private:
+  Q_SIGNAL void chosen(int id);
+  void runAction(int id);
   bool handleEvent(int id, const QString& type);
   bool known(int id);
   void refuse(const QString& reason);
