@@ -73,12 +73,15 @@ void ProcessManager::launch() {
     return;
   }
   Generation generation = 0;
+  std::shared_ptr<ChildProcess> overtaken;  // another thread has started it since the stop above
   {
     const std::lock_guard guard(lock_);
     generation = startedGeneration_ = generation_.increment();
     lastError_.clear();
+    overtaken = process_;
   }
   setState(AppState::loading);
+  if (overtaken && overtaken->isRunning()) stop(*overtaken, kStopTimeout);
   start(path, generation);
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -20,10 +21,12 @@ namespace voxtrel::testing {
 struct FakeBundle : ApplicationBundle {
   std::optional<std::string> auxiliaryExecutable(std::string_view name) const override {
     askedFor.emplace_back(name);
+    if (onAsked) onAsked();
     return engine;
   }
   std::optional<std::string> engine = "/proc/self/exe";  // a file that exists wherever tests run
   mutable std::vector<std::string> askedFor;
+  std::function<void()> onAsked;  // before the answer is given
 };
 
 struct FakeLog : Log {

@@ -158,6 +158,27 @@ TEST(Launch, LeavesOneEngineWhenAnotherLaunchOvertakesIt) {
   EXPECT_EQ(bench.launcher.running(), 0U);
 }
 
+TEST(Launch, StopsTheEngineThatAnotherLaunchStartedBetweenItsOwnStopAndStart) {
+  EngineBench bench;
+  bench.launcher.endsAfterTerminate = 200ms;
+  bool overtaken = false;
+  bench.bundle.onAsked = [&] {
+    if (!std::exchange(overtaken, true)) bench.manager->launch();
+  };
+  std::size_t runningAtStart = 0;
+  bench.launcher.onStarted = [&](FakeChild& /*child*/) {
+    runningAtStart = bench.launcher.running();
+  };
+  bench.manager->launch();
+  ASSERT_EQ(bench.launcher.children.size(), 2U);
+  EXPECT_EQ(runningAtStart, 1U);  // the first has ended before the second begins
+  EXPECT_EQ(bench.launcher.children[0]->terminations, 1);
+  EXPECT_EQ(bench.launcher.children[0]->kills, 0);
+  EXPECT_TRUE(bench.launcher.last().running);
+  bench.time.advance(10s);
+  EXPECT_TRUE(bench.notifications.posted.empty());
+}
+
 TEST(Launch, LeavesNoEngineWhenAStopOvertakesIt) {
   EngineBench bench;
   bench.launcher.onStarted = [&](FakeChild& /*child*/) { bench.manager->stopAndWait(2s); };
