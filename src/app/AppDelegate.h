@@ -15,9 +15,10 @@ class RecordingOverlay;
 class StatusBarController;
 
 /// Gets the machine into a state in which the engine can work, then creates the menu-bar
-/// controller, which starts the engine; at the end makes sure that no engine is left. Thread: the
-/// main thread.  Owns: the controller, the crash-notification delegate. Borrows: the desktop and
-/// the overlay (must outlive this). Fails by: ending the application when a permission is missing.
+/// controller, which starts the engine; at the end makes sure that no engine is left.
+/// Thread: the main thread.  Owns: the controller, the crash-notification delegate.
+/// Borrows: the desktop and the overlay (must outlive this).
+/// Fails by: ending the application when a permission is missing.
 class AppDelegate : public ApplicationDelegate, public std::enable_shared_from_this<AppDelegate> {
  public:
   /// Starts nothing. The delegate must be held by a shared_ptr.

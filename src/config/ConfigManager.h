@@ -9,9 +9,9 @@
 namespace voxtrel {
 
 /// Knows where one user's engine configuration and model weights are, and reads them afresh on
-/// every call; nothing is cached, created or logged. Thread: any, as an immutable value.  Owns: the
-/// paths.  Borrows: nothing. Fails by: defaults for what cannot be read, absence for what cannot be
-/// reached; never throws.
+/// every call; nothing is cached, created or logged.
+/// Thread: any, as an immutable value.  Owns: the paths.
+/// Fails by: defaults for what cannot be read, absence for what cannot be reached; never throws.
 class ConfigManager {
  public:
   /// `homeDirectory` is absolute; separators at its end are dropped.

@@ -9,8 +9,9 @@
 namespace voxtrel {
 
 /// Notifications by the desktop's own daemon. What it cannot show within five seconds is dropped,
-/// and so is the oldest when too many wait for it. Thread: `post` from any, the others from the
-/// main thread.  Owns: what was posted until it is closed. Fails by: dropping the notification.
+/// and so is the oldest when too many wait for it.
+/// Thread: `post` from any, the others from the main thread.
+/// Owns: what was posted until it is closed.  Fails by: dropping the notification.
 class FreedesktopNotifications final : public Notifications {
  public:
   FreedesktopNotifications();

@@ -20,8 +20,8 @@ struct ShownNotification {
 };
 
 /// The desktop's notification daemon, spoken to over D-Bus. No call waits; an answer that takes
-/// more than five seconds counts as none. Thread: the main thread. Fails by: answering nothing
-/// (`nullopt`).
+/// more than five seconds counts as none.
+/// Thread: the main thread.  Fails by: answering nothing (`nullopt`).
 class NotificationDaemon final : public QObject, protected QDBusContext {
   Q_OBJECT
 

@@ -8,7 +8,8 @@
 namespace voxtrel {
 
 /// A child's process id from its start until it is reaped. A signal reaches this child or nobody:
-/// no id is signalled that the system may have given to another process by then. Thread: any.
+/// no id is signalled that the system may have given to another process by then.
+/// Thread: any.
 class ChildLifetime {
  public:
   /// What `reap` returns when some other code took the child's status.

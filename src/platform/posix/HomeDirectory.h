@@ -5,8 +5,8 @@
 namespace voxtrel {
 
 /// The user's home directory without trailing separator: HOME if that is an absolute path, else
-/// what the user database says. Thread: any, as long as none changes the environment. Fails by:
-/// empty text.
+/// what the user database says.
+/// Thread: any, as long as none changes the environment.  Fails by: empty text.
 std::string homeDirectory();
 
 }  // namespace voxtrel
