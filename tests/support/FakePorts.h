@@ -46,11 +46,13 @@ struct FakeLog : Log {
 struct FakeNotifications : Notifications {
   void setCategories(std::vector<NotificationCategory> newCategories) override {
     categories = std::move(newCategories);
+    setUp.emplace_back("categories");
   }
   void setDelegate(std::weak_ptr<NotificationDelegate> newDelegate) override {
     delegate = std::move(newDelegate);
+    setUp.emplace_back("delegate");
   }
-  void requestAuthorization() override { ++authorizationRequests; }
+  void requestAuthorization() override { setUp.emplace_back("authorization"); }
   void post(UserNotification notification) override { posted.push_back(std::move(notification)); }
 
   std::vector<std::string> bodies() const {
@@ -61,7 +63,7 @@ struct FakeNotifications : Notifications {
 
   std::vector<NotificationCategory> categories;
   std::weak_ptr<NotificationDelegate> delegate;
-  int authorizationRequests = 0;
+  std::vector<std::string> setUp;  // what was asked for at start-up, in order
   std::vector<UserNotification> posted;
 };
 

@@ -45,7 +45,7 @@ TEST_F(StartUp, SetsUpTheNotifications) {
   EXPECT_EQ(category.actions.front().title, "Restart");
   EXPECT_TRUE(category.actions.front().foreground);
   EXPECT_FALSE(desktop.fakeNotifications.delegate.expired());
-  EXPECT_EQ(desktop.fakeNotifications.authorizationRequests, 1);
+  EXPECT_EQ(desktop.fakeNotifications.setUp, (Texts{"categories", "delegate", "authorization"}));
 }
 
 TEST_F(StartUp, StartsTheEngineOnceRightAfterTheMicrophoneAnswer) {
