@@ -6,9 +6,6 @@
 #define SD_JOURNAL_SUPPRESS_LOCATION  // of this file, which tells nothing
 #include <systemd/sd-journal.h>
 
-#include <array>
-#include <string>
-
 #include "platform/Desktop.h"
 
 namespace voxtrel {
@@ -36,11 +33,15 @@ std::string field(std::string_view name, std::string_view value) {
 
 }  // namespace
 
+std::array<std::string, 4> journalFields(LogLevel level, std::string_view category,
+                                         std::string_view message) {
+  return {field("MESSAGE", message), field("PRIORITY", std::to_string(priorityOf(level))),
+          field("SUBSYSTEM", kBundleIdentifier), field("CATEGORY", category)};
+}
+
 void JournalLog::write(LogLevel level, std::string_view category, std::string_view message) {
   if (!isEnabled(level)) return;
-  std::array fields = {field("MESSAGE", message),
-                       field("PRIORITY", std::to_string(priorityOf(level))),
-                       field("SUBSYSTEM", kBundleIdentifier), field("CATEGORY", category)};
+  auto fields = journalFields(level, category, message);
   std::array<iovec, fields.size()> parts{};
   for (std::size_t i = 0; i < fields.size(); ++i) parts[i] = {fields[i].data(), fields[i].size()};
   sd_journal_sendv(parts.data(), static_cast<int>(parts.size()));

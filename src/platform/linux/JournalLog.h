@@ -1,8 +1,16 @@
 #pragma once
 
+#include <array>
+#include <string>
+#include <string_view>
+
 #include "platform/Log.h"
 
 namespace voxtrel {
+
+/// A message as the journal stores it, each field as its name, "=" and its value.
+std::array<std::string, 4> journalFields(LogLevel level, std::string_view category,
+                                         std::string_view message);
 
 /// The log in the system's journal, with the fields SUBSYSTEM (the application's identifier) and
 /// CATEGORY.
