@@ -146,11 +146,15 @@ def measure_idle(desk, everyone, application):
     desk.messages.messages.clear()
     before = {c.name: (running_time_ns(c.process.pid), wake_ups(c.process.pid)) for c in everyone}
     wait(IDLE_S)
+    ran, woke = {}, {}
     for contender in everyone:
-        ran, woke = before[contender.name]
-        ran = (running_time_ns(contender.process.pid) - ran) / 1e9 / IDLE_S * 100
-        woke = (wake_ups(contender.process.pid) - woke) / IDLE_S
-        print(f"idle, {contender.name}: {ran:.3f} % of a core, {woke:.1f} wake-ups/s")
+        pid, name = contender.process.pid, contender.name
+        ran[name] = (running_time_ns(pid) - before[name][0]) / 1e9 / IDLE_S * 100
+        woke[name] = (wake_ups(pid) - before[name][1]) / IDLE_S
+        print(f"idle, {name}: {ran[name]:.3f} % of a core, {woke[name]:.1f} wake-ups/s")
+    timer = "bare, 20 Hz timer"
+    print(f"idle, ratio to {timer}: processor {ran['voxtrel'] / ran[timer]:.2f}, "
+          f"wake-ups {woke['voxtrel'] / woke[timer]:.2f}")
     print(f"idle, D-Bus messages from or to voxtrel: {len(desk.messages.touching(ours))}")
     item.rows()
     wait(0.2)

@@ -78,9 +78,10 @@ void ProcessManager::launch() {
     const std::lock_guard guard(lock_);
     generation = startedGeneration_ = generation_.increment();
     lastError_.clear();
+    state_ = AppState::loading;
     overtaken = process_;
   }
-  setState(AppState::loading);
+  postStateChange(AppState::loading);
   if (overtaken && overtaken->isRunning()) stop(*overtaken, kStopTimeout);
   start(path, generation);
 }
