@@ -140,6 +140,14 @@ class TheOverlay:
         app.engine.say("Recording...")
         Pill(self.desk, screen=left).wait_until_seen()
 
+    def test_of_several_screens_of_scale_two_it_takes_the_one_with_the_active_window(self):
+        right = Rect(512, 0, 512, 640)
+        self.split_screen(Rect(0, 0, 512, 640), right)
+        # In the half of the screen that one would miss who took points for pixels.
+        self.open_window("-geometry", "200x200+790+100")
+        _app, pill = self.start_recording(Pill(self.desk, 2, right), QT_SCALE_FACTOR="2")
+        self.assertEqual(pill.windows(), [pill.place])
+
     def split_screen(self, *screens):
         """Divides the only screen into several that stand side by side."""
         def xrandr(*arguments):

@@ -1,6 +1,7 @@
 """Sleep and wake, as the login manager announces them."""
 
 from harness.case import DesktopCase
+from harness.pill import Pill
 from harness.polling import eventually, stays
 
 READY = "Ready — hold Right Cmd"
@@ -70,6 +71,15 @@ class Sleep(DesktopCase):
         self.assertEqual(self.bodies(), [])
         app.wait_for_output("System sleeping, wasRunning=true")
         app.wait_for_output("System woke, restarting process after delay")
+
+    def test_the_overlay_is_hidden_before_sleep(self):
+        app = self.ready_app()
+        app.engine.say("Recording...")
+        pill = Pill(self.desk).wait_until_seen()
+        self.sleep()
+        pill.wait_until_gone()
+        # The status has not changed, so that was not the end of a recording.
+        self.assertEqual(app.item.texts()[0], "Recording...")
 
     def test_the_second_of_two_wakes_does_nothing(self):
         app = self.ready_app()

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <pulse/context.h>
+#include <pulse/operation.h>
 #include <pulse/proplist.h>
 #include <pulse/stream.h>
 #include <pulse/thread-mainloop.h>
@@ -13,6 +14,7 @@ namespace voxtrel {
 struct PulseRelease {
   void operator()(pa_threaded_mainloop* loop) const { pa_threaded_mainloop_free(loop); }
   void operator()(pa_proplist* properties) const { pa_proplist_free(properties); }
+  void operator()(pa_operation* operation) const { pa_operation_unref(operation); }
   void operator()(pa_context* context) const {
     pa_context_set_state_callback(context, nullptr, nullptr);
     pa_context_disconnect(context);
@@ -28,6 +30,7 @@ struct PulseRelease {
 
 using PulseLoop = std::unique_ptr<pa_threaded_mainloop, PulseRelease>;
 using PulseProperties = std::unique_ptr<pa_proplist, PulseRelease>;
+using PulseOperation = std::unique_ptr<pa_operation, PulseRelease>;
 using PulseContext = std::unique_ptr<pa_context, PulseRelease>;
 using PulseStream = std::unique_ptr<pa_stream, PulseRelease>;
 

@@ -1,6 +1,7 @@
 #include "platform/linux/PulseTap.h"
 
 #include <pulse/error.h>
+#include <pulse/introspect.h>
 #include <pulse/rtclock.h>
 
 #include <array>
@@ -65,7 +66,7 @@ void PulseTap::connect() {
 void PulseTap::contextChanged() {
   switch (pa_context_get_state(context_.get())) {
     case PA_CONTEXT_READY:
-      return openStream();
+      return askForDefaultSource();
     case PA_CONTEXT_FAILED:
     case PA_CONTEXT_TERMINATED:
       return failWithContextError();
@@ -74,7 +75,25 @@ void PulseTap::contextChanged() {
   }
 }
 
-void PulseTap::openStream() {
+// PulseAudio gives a stream that names no source the one of our last recording, and PipeWire takes
+// "@DEFAULT_SOURCE@" for a source that does not exist: so ask for the name.
+void PulseTap::askForDefaultSource() {
+  PulseOperation question(pa_context_get_server_info(
+      context_.get(),
+      [](pa_context*, const pa_server_info* server, void* tap) {
+        static_cast<PulseTap*>(tap)->defaultSourceIs(server);
+      },
+      this));
+  if (!question) failWithContextError();
+}
+
+void PulseTap::defaultSourceIs(const pa_server_info* server) {
+  if (server == nullptr) return failWithContextError();
+  if (server->default_source_name == nullptr) return fail(PA_ERR_NOENTITY);
+  openStream(server->default_source_name);
+}
+
+void PulseTap::openStream(const char* source) {
   const pa_sample_spec mono{.format = PA_SAMPLE_FLOAT32NE, .rate = 48000, .channels = 1};
   stream_.reset(pa_stream_new(context_.get(), "Recording overlay", &mono, nullptr));
   if (!stream_) return failWithContextError();
@@ -90,12 +109,12 @@ void PulseTap::openStream() {
       static_cast<std::uint32_t>((options_.bufferSizeFrames + 1) * sizeof(float));
   const auto unset = static_cast<std::uint32_t>(-1);
   const pa_buffer_attr attributes{unset, unset, unset, unset, fragmentBytes};
-  // Without remapping, channel 0 is the source's first one and not a mixture of all.
-  constexpr auto kFlags =
-      static_cast<pa_stream_flags_t>(PA_STREAM_FIX_RATE | PA_STREAM_NO_REMAP_CHANNELS |
-                                     PA_STREAM_DONT_MOVE | PA_STREAM_ADJUST_LATENCY);
-  // By this name the server does not look for the source of our last recording instead.
-  if (pa_stream_connect_record(stream_.get(), "@DEFAULT_SOURCE@", &attributes, kFlags) < 0) {
+  // Channel 0 is then the source's first one and not a mixture of all; PulseAudio wants the one flag
+  // for that and PipeWire the other.
+  constexpr auto kFlags = static_cast<pa_stream_flags_t>(
+      PA_STREAM_FIX_RATE | PA_STREAM_NO_REMAP_CHANNELS | PA_STREAM_NO_REMIX_CHANNELS |
+      PA_STREAM_DONT_MOVE | PA_STREAM_ADJUST_LATENCY);
+  if (pa_stream_connect_record(stream_.get(), source, &attributes, kFlags) < 0) {
     failWithContextError();
   }
 }

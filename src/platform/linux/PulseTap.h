@@ -6,6 +6,8 @@
 #include "platform/linux/PulseHandles.h"
 #include "platform/linux/Reblocker.h"
 
+struct pa_server_info;
+
 namespace voxtrel {
 
 /// One recording stream from the server's default source, mono from the source's first channel.
@@ -25,7 +27,9 @@ class PulseTap final : public MicrophoneTap {
  private:
   void connect();
   void contextChanged();
-  void openStream();
+  void askForDefaultSource();
+  void defaultSourceIs(const pa_server_info* server);
+  void openStream(const char* source);
   void streamChanged();
   void readSamples();
   void deliver(std::span<const float> samples);

@@ -70,7 +70,8 @@ class SoundServer:
         names = {line.split()[0]: line.split()[1]
                  for line in self._pactl("list", "short", "sources").stdout.splitlines()}
         ours = [text for text in lines if 'application.name = "Voxtrel"' in text]
-        return [names[text.split("Source: ")[1].split()[0]] for text in ours]
+        sources = [text.split("Source: ")[1].split()[0] for text in ours]
+        return [names[source] for source in sources if source in names]  # else not connected yet
 
     def clients(self):
         """How many programs are connected, the one that asks included."""
@@ -124,3 +125,36 @@ class SoundServer:
     def _pactl(self, *arguments, check=True):
         return subprocess.run(["pactl", *arguments], check=check, capture_output=True, text=True,
                               env=dict(self._desk.environment, LC_ALL="C"), timeout=20)
+
+
+class PipeWireServer(SoundServer):
+    """The same from PipeWire, which speaks PulseAudio's protocol."""
+
+    def __init__(self, desk):
+        super().__init__(desk)
+        desk.environment["PULSE_SERVER"] = "unix:" + os.path.join(self._folder, "pulse", "native")
+        self._others = []
+
+    def start(self, microphone=True):
+        environment = dict(self._desk.environment, HOME=self._folder, XDG_RUNTIME_DIR=self._folder,
+                           XDG_CONFIG_HOME=self._folder, XDG_STATE_HOME=self._folder)
+        socket = os.path.join(self._folder, "pipewire-0")
+        self._others = [self._desk.spawn("pipewire", environment=environment)]
+        eventually(lambda: os.path.exists(socket), "PipeWire", 20)
+        self._others.append(self._desk.spawn("wireplumber", environment=environment))
+        self._process = self._desk.spawn("pipewire-pulse", environment=environment)
+        eventually(lambda: self._pactl("info", check=False).returncode == 0, "the sound server", 20)
+        if microphone:
+            self.add_microphone()
+            self.choose(MICROPHONE)
+        return self
+
+    def choose(self, name):
+        """It answers before it has done so."""
+        super().choose(name)
+        eventually(lambda: self._pactl("get-default-source").stdout.strip() == name, "the choice")
+
+    def stop(self):
+        super().stop()
+        for process in reversed(self._others):
+            process.stop()
