@@ -9,8 +9,8 @@ import time
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent / "tests" / "desktop"))
 
 # pylint: disable=wrong-import-position
+from harness.application import Application
 from harness.desk import Desk
-from harness.driver import OverlayDriver
 from harness.polling import eventually
 from harness.sound import MICROPHONE, SPEAKER, SoundServer
 
@@ -58,13 +58,13 @@ def used(desk, pid):
 
 
 def overlay_cost(desk, programs):
-    """The overlay's share."""
-    driver = OverlayDriver(desk, programs, desk.path("logs/driver.log"))
-    driver.show()
-    eventually(lambda: driver.stats()["frames"] > 30, "frames")
-    cost = used(desk, driver.pid)
-    driver.hide()
-    driver.quit()
+    """The share of the whole application while its overlay is shown."""
+    application = Application(desk, programs).start_ready()
+    application.engine.say("Recording...")
+    application.item.wait_for_status("Recording...")
+    time.sleep(1)
+    cost = used(desk, application.process.pid)
+    application.stop()
     return cost
 
 
