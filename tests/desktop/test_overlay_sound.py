@@ -104,7 +104,7 @@ class TheBars(SoundCase):
         app = self.record()
         self.wait_for_full_bar(6)
         self.end_recording(app)
-        self.sound.silence()
+        self.sound.mute()
         self.record(app)
         stays(self.pill.is_at_rest, "bars at rest", 0.5)
 

@@ -113,6 +113,10 @@ class SoundServer:
         self._players.append(player)
         return player
 
+    def mute(self):
+        """Silences the microphone at once, whatever is still on its way through the server."""
+        self._pactl("set-source-mute", MICROPHONE, "1")
+
     def silence(self):
         """Stops everything that is being played."""
         for player in self._players:
