@@ -36,6 +36,11 @@ bool fileExists(const std::string& path) {
 ProcessManager::ProcessManager(const ProcessManagerPorts& ports)
     : ports_(ports), logger_(ports.log, "process") {}
 
+EngineStatus ProcessManager::status() const {
+  const std::lock_guard guard(lock_);
+  return {state_, lastText_, lastError_};
+}
+
 AppState ProcessManager::state() const {
   const std::lock_guard guard(lock_);
   return state_;

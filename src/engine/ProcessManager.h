@@ -36,6 +36,13 @@ struct ProcessManagerPorts {
   Notifications& notifications;
 };
 
+/// What the user can be told of the engine, as of one moment.
+struct EngineStatus {
+  AppState state = AppState::loading;
+  std::string lastText{};   ///< the last transcription; empty: none yet
+  std::string lastError{};  ///< empty: none since the last start
+};
+
 /// Starts and stops the engine, reads its state from what it prints, restarts it when it crashes.
 /// Thread: any.  Owns: the engine's process.  Borrows: the ports.
 /// Fails by: state `stopped` and `lastError`; never throws.
@@ -48,6 +55,7 @@ class ProcessManager : public std::enable_shared_from_this<ProcessManager> {
   /// Starts nothing. The supervisor must be held by a shared_ptr.
   explicit ProcessManager(const ProcessManagerPorts& ports);
 
+  EngineStatus status() const;
   AppState state() const;         ///< `loading` before anything was started
   std::string lastText() const;   ///< the last transcription; empty: none yet
   std::string lastError() const;  ///< empty: none since the last start

@@ -57,7 +57,7 @@ void StatusBarController::buildMenu() {
     return MenuItem{.title = std::move(title), .enabled = false};
   };
   ports_.statusItem.setMenu({
-      information(labelFor(AppState::idle)),
+      information(std::string(labelFor(AppState::idle))),
       information(lastTextTitle("")),
       {.separator = true},
       {.title = "Settings...",
@@ -85,10 +85,10 @@ void StatusBarController::applyIcon(AppState state) {
 }
 
 void StatusBarController::refreshUI() {
-  const AppState state = processManager_->state();
-  applyIcon(state);
-  ports_.statusItem.setTitle(kStatusRow, statusTitle(state, processManager_->lastError()));
-  ports_.statusItem.setTitle(kLastTextRow, lastTextTitle(processManager_->lastText()));
+  const EngineStatus status = processManager_->status();
+  applyIcon(status.state);
+  ports_.statusItem.setTitle(kStatusRow, statusTitle(status.state, status.lastError));
+  ports_.statusItem.setTitle(kLastTextRow, lastTextTitle(status.lastText));
 }
 
 void StatusBarController::handleStateChange(AppState newState) {

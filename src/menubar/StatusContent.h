@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "engine/AppState.h"
 
@@ -9,11 +10,11 @@ namespace voxtrel {
 /// What the status item and the two information rows of its menu show.
 
 /// Name of the icon for `state`, such as "mic.fill".
-const std::string& symbolFor(AppState state);
+std::string_view symbolFor(AppState state);
 
 /// The status row's text for `state` alone. The idle text names the default key whatever key is
 /// configured.
-const std::string& labelFor(AppState state);
+std::string_view labelFor(AppState state);
 
 /// The status row: the label, or the error that the engine stopped with.
 std::string statusTitle(AppState state, const std::string& lastError);
