@@ -9,7 +9,7 @@
 namespace voxtrel {
 
 /// Knows where one user's engine configuration and model weights are, and reads them afresh on
-/// every call; nothing is cached, created or logged.
+/// every call; nothing is cached or logged.
 /// Thread: any, as an immutable value.  Owns: the paths.
 /// Fails by: defaults for what cannot be read, absence for what cannot be reached; never throws.
 class ConfigManager {
@@ -20,6 +20,10 @@ class ConfigManager {
   const std::string& configPath() const { return configPath_; }
 
   ModelSettings readSettings() const;
+
+  /// Puts the settings into the file, every other line of which stays. Neither fails nor reports:
+  /// where the new text cannot be written, the old file goes all the same.
+  void writeSettings(const ModelSettings& settings) const;
 
   /// The first model's name in the file, where readSettings() gives the last.
   std::string readWhisperModel() const;

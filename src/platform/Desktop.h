@@ -6,23 +6,27 @@
 namespace voxtrel {
 
 class AccessibilityTrust;
+class Alerts;
 class Application;
 class ApplicationBundle;
 class BackgroundQueue;
 class ChildProcessLauncher;
 class Clock;
+class FormWindows;
 class FrameTimer;
 class Log;
+class LoginItem;
 class MainLoop;
 class Microphone;
 class MicrophoneAccess;
 class Notifications;
 class OverlayStage;
+class PrivacySettings;
 class RealFft;
-class SettingsPresenter;
 class SleepWatch;
 class StatusItem;
 class Updater;
+class UserDefaults;
 
 /// Every port, met by one desktop's adapters.
 /// Thread: the main thread, which must be the one that made it.  Owns: the adapters, which live as
@@ -32,22 +36,26 @@ class Desktop {
   virtual ~Desktop() = default;
 
   virtual AccessibilityTrust& accessibilityTrust() = 0;
+  virtual Alerts& alerts() = 0;
   virtual Application& application() = 0;
   virtual ApplicationBundle& bundle() = 0;
   virtual BackgroundQueue& backgroundQueue() = 0;
   virtual ChildProcessLauncher& childProcesses() = 0;
   virtual Clock& clock() = 0;
+  virtual FormWindows& formWindows() = 0;
   virtual FrameTimer& frameTimer() = 0;
   virtual Log& log() = 0;
+  virtual LoginItem& loginItem() = 0;
   virtual MainLoop& mainLoop() = 0;
   virtual Microphone& microphone() = 0;
   virtual MicrophoneAccess& microphoneAccess() = 0;
   virtual Notifications& notifications() = 0;
   virtual OverlayStage& overlayStage() = 0;
-  virtual SettingsPresenter& settingsPresenter() = 0;
+  virtual PrivacySettings& privacySettings() = 0;
   virtual SleepWatch& sleepWatch() = 0;
   virtual StatusItem& statusItem() = 0;
   virtual Updater& updater() = 0;
+  virtual UserDefaults& userDefaults() = 0;
   virtual std::unique_ptr<RealFft> makeRealFft() = 0;  ///< null if there is no memory for it
   virtual std::string homeDirectory() const = 0;       ///< without trailing separator
 };

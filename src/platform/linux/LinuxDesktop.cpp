@@ -17,7 +17,6 @@ LinuxDesktop::LinuxDesktop(Parts parts, const std::string& version)
       bundle_(executablePath()),
       microphoneAccess_(mainLoop_),
       sleepWatch_(*parts_.log),
-      settingsPresenter_(home_ + "/.config/quillback/config.toml"),
       updater_(version) {}
 
 LinuxDesktop::~LinuxDesktop() = default;

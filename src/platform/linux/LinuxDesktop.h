@@ -8,11 +8,11 @@
 #include "platform/linux/FreedesktopNotifications.h"
 #include "platform/linux/GrantedPermissions.h"
 #include "platform/linux/LogindSleepWatch.h"
+#include "platform/linux/PendingPorts.h"
 #include "platform/linux/PulseMicrophone.h"
 #include "platform/linux/QtApplication.h"
 #include "platform/linux/QtMainLoop.h"
 #include "platform/linux/QtOverlayStage.h"
-#include "platform/linux/SettingsNotice.h"
 #include "platform/linux/TimerFdFrameTimer.h"
 #include "platform/linux/TrayStatusItem.h"
 #include "platform/linux/UpdateNotice.h"
@@ -41,22 +41,26 @@ class LinuxDesktop final : public Desktop {
   ~LinuxDesktop() override;
 
   AccessibilityTrust& accessibilityTrust() override { return accessibilityTrust_; }
+  Alerts& alerts() override { return alerts_; }
   Application& application() override { return application_; }
   ApplicationBundle& bundle() override { return bundle_; }
   BackgroundQueue& backgroundQueue() override { return backgroundQueue_; }
   ChildProcessLauncher& childProcesses() override { return childProcesses_; }
   Clock& clock() override { return clock_; }
+  FormWindows& formWindows() override { return formWindows_; }
   FrameTimer& frameTimer() override { return frameTimer_; }
   Log& log() override { return *parts_.log; }
+  LoginItem& loginItem() override { return loginItem_; }
   MainLoop& mainLoop() override { return mainLoop_; }
   Microphone& microphone() override { return microphone_; }
   MicrophoneAccess& microphoneAccess() override { return microphoneAccess_; }
   Notifications& notifications() override { return notifications_; }
   OverlayStage& overlayStage() override { return overlayStage_; }
-  SettingsPresenter& settingsPresenter() override { return settingsPresenter_; }
+  PrivacySettings& privacySettings() override { return privacySettings_; }
   SleepWatch& sleepWatch() override { return sleepWatch_; }
   StatusItem& statusItem() override { return statusItem_; }
   Updater& updater() override { return updater_; }
+  UserDefaults& userDefaults() override { return userDefaults_; }
   std::unique_ptr<RealFft> makeRealFft() override { return KissRealFft::make(); }
   std::string homeDirectory() const override { return home_; }
 
@@ -75,7 +79,11 @@ class LinuxDesktop final : public Desktop {
   FreedesktopNotifications notifications_;
   LogindSleepWatch sleepWatch_;
   TrayStatusItem statusItem_;
-  SettingsNotice settingsPresenter_;
+  PendingAlerts alerts_;
+  PendingFormWindows formWindows_;
+  PendingLoginItem loginItem_;
+  PendingPrivacySettings privacySettings_;
+  PendingUserDefaults userDefaults_;
   UpdateNotice updater_;
   // Last, because their threads may call into everything above until they have ended.
   PosixChildProcessLauncher childProcesses_;

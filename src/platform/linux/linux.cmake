@@ -14,7 +14,7 @@ add_room(platform/posix KNOWS platform LINKS Threads::Threads)
 add_room(platform/linux/process KNOWS platform/posix)
 target_link_libraries(voxtrel_platform_posix PUBLIC $<LINK_ONLY:voxtrel_platform_linux_process>)
 set(CMAKE_AUTOMOC ON)
-add_room(platform/linux KNOWS platform platform/posix platform/kissfft
+add_room(platform/linux KNOWS platform platform/posix platform/kissfft download settings
          LINKS Qt6::Widgets Qt6::DBus Qt6::Svg PkgConfig::SYSTEMD PkgConfig::XCB
                PkgConfig::PULSE)
 set(CMAKE_AUTOMOC OFF)
