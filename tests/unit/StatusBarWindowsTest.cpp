@@ -25,9 +25,9 @@ struct StatusBarWindows : testing::StatusBarBench {
     desktop.time.runPosted();
   }
   /// The setup of the newest download window ends.
-  void endSetup(int status) {
+  void endSetup(int exitStatus) {
     desktop.time.advance(0ms);
-    desktop.launcher.last().exit(status);
+    desktop.launcher.last().exit(exitStatus);
     desktop.time.runPosted();
   }
   std::vector<std::string> lastArguments() { return desktop.launcher.last().options.arguments; }
