@@ -3,12 +3,16 @@
 #include <chrono>
 
 #include "config/ConfigManager.h"
+#include "download/ModelDownloadView.h"
 #include "engine/CrashNotificationHelper.h"
 #include "menubar/StatusBarController.h"
 #include "platform/Desktop.h"
+#include "platform/LoginItem.h"
 #include "platform/MainLoop.h"
 #include "platform/Notifications.h"
 #include "platform/Permissions.h"
+#include "platform/UserDefaults.h"
+#include "settings/SettingsView.h"
 
 namespace voxtrel {
 namespace {
@@ -17,6 +21,8 @@ using namespace std::chrono_literals;
 
 constexpr std::chrono::milliseconds kAccessibilityPollInterval = 500ms;
 constexpr int kAccessibilityPollLimit = 60;
+
+const FormWindowOptions kSetupWindow = {"Voxtrel Setup", 420, 340};
 
 NotificationCategory crashCategory() {
   return {.identifier = CrashNotificationHelper::kCategory,
@@ -34,11 +40,14 @@ StatusBarPorts statusBarPorts(Desktop& desktop, RecordingOverlay& overlay) {
                       .mainLoop = desktop.mainLoop(),
                       .notifications = desktop.notifications()},
           .application = desktop.application(),
+          .config = ConfigManager(desktop.homeDirectory()),
+          .formWindows = desktop.formWindows(),
+          .loginItem = desktop.loginItem(),
           .overlay = overlay,
-          .settings = desktop.settingsPresenter(),
           .sleepWatch = desktop.sleepWatch(),
           .statusItem = desktop.statusItem(),
-          .updater = desktop.updater()};
+          .updater = desktop.updater(),
+          .userDefaults = desktop.userDefaults()};
 }
 
 }  // namespace
@@ -51,17 +60,43 @@ AppDelegate::AppDelegate(Desktop& desktop, RecordingOverlay& overlay)
 
 void AppDelegate::applicationDidFinishLaunching() {
   logger_.info("Voxtrel launching");
+  if (desktop_.userDefaults().boolForKey(SettingsView::kLaunchAtLoginKey)) {
+    static_cast<void>(desktop_.loginItem().enable());  // no reason not to start
+  }
   Notifications& notifications = desktop_.notifications();
   notifications.setCategories({crashCategory()});
   notifications.setDelegate(crashNotificationDelegate_);
   notifications.requestAuthorization();
-  if (!checkWeightsExist()) logger_.info("The configured model's weights are not installed");
-  requestPermissionsThenLaunch();
+  if (checkWeightsExist()) {
+    requestPermissionsThenLaunch();
+  } else {
+    showModelDownload();
+  }
 }
 
 bool AppDelegate::checkWeightsExist() const {
   const ConfigManager config(desktop_.homeDirectory());
   return config.weightsExist(config.readWhisperModel());
+}
+
+void AppDelegate::showModelDownload() {
+  const auto done = [weak = weak_from_this()] {
+    if (const auto self = weak.lock()) self->modelDownloadDone();
+  };
+  downloadWindow_ = desktop_.formWindows().makeWindow(
+      kSetupWindow, ModelDownloadView::create({.bundle = desktop_.bundle(),
+                                               .backgroundQueue = desktop_.backgroundQueue(),
+                                               .childProcesses = desktop_.childProcesses(),
+                                               .mainLoop = desktop_.mainLoop()},
+                                              std::nullopt, {.onComplete = done, .onSkip = done}));
+  downloadWindow_->makeKeyAndOrderFront();
+}
+
+void AppDelegate::modelDownloadDone() {
+  if (!downloadWindow_) return;  // skipped in the second between success and completion
+  downloadWindow_->close();
+  downloadWindow_.reset();
+  requestPermissionsThenLaunch();
 }
 
 void AppDelegate::requestPermissionsThenLaunch() {
@@ -77,7 +112,7 @@ void AppDelegate::requestPermissionsThenLaunch() {
 void AppDelegate::continueWith(bool microphoneGranted, bool trusted) {
   if (!microphoneGranted) {
     logger_.error("Microphone permission denied");
-    desktop_.application().terminate();
+    showMicDeniedAlert();
   } else if (trusted) {
     openGate();
   } else {
@@ -99,14 +134,41 @@ void AppDelegate::pollAccessibility() {
     openGate();
   } else if (accessibilityPollCount_.increment() == kAccessibilityPollLimit) {
     accessibilityTimer_.reset();
-    logger_.error("Accessibility permission was not granted in time");
-    desktop_.application().terminate();
+    showAccessibilityTimeoutAlert();
   }
 }
 
 void AppDelegate::openGate() {
   statusBar_ = StatusBarController::create(statusBarPorts(desktop_, overlay_));
   crashNotificationDelegate_->processManager = statusBar_->processManager();
+}
+
+void AppDelegate::showMicDeniedAlert() {
+  showPermissionAlert(
+      {.messageText = "Microphone Permission Required",
+       .informativeText =
+           "Voxtrel needs microphone access to capture audio for speech-to-text. Please grant "
+           "access in System Settings > Privacy & Security > Microphone, then relaunch the app.",
+       .buttons = {"Open Settings", "Quit"}},
+      PrivacyPane::microphone);
+}
+
+void AppDelegate::showAccessibilityTimeoutAlert() {
+  showPermissionAlert(
+      {.messageText = "Accessibility Permission Required",
+       .informativeText =
+           "Voxtrel needs Accessibility permission to detect the push-to-talk hotkey. Please grant "
+           "access in System Settings > Privacy & Security > Accessibility, then relaunch the app.",
+       .buttons = {"Open Settings", "Quit"}},
+      PrivacyPane::accessibility);
+}
+
+void AppDelegate::showPermissionAlert(const Alert& alert, PrivacyPane pane) {
+  constexpr std::size_t kOpenSettings = 0;
+  desktop_.alerts().runModal(alert, [&desktop = desktop_, pane](std::size_t button) {
+    if (button == kOpenSettings) desktop.privacySettings().open(pane);
+    desktop.application().terminate();
+  });
 }
 
 void AppDelegate::quitRequested() {

@@ -4,8 +4,11 @@
 
 #include "engine/CheckedCounter.h"
 #include "engine/CrashNotificationDelegate.h"
+#include "platform/Alerts.h"
 #include "platform/Application.h"
+#include "platform/FormWindows.h"
 #include "platform/Log.h"
+#include "platform/PrivacySettings.h"
 #include "platform/Subscription.h"
 
 namespace voxtrel {
@@ -14,11 +17,12 @@ class Desktop;
 class RecordingOverlay;
 class StatusBarController;
 
-/// Gets the machine into a state in which the engine can work, then creates the menu-bar
+/// Gets the machine into a state in which the engine can work (its model fetched, its permissions
+/// granted), then creates the menu-bar
 /// controller, which starts the engine; at the end makes sure that no engine is left.
-/// Thread: the main thread.  Owns: the controller, the crash-notification delegate.
+/// Thread: the main thread.  Owns: the controller, the crash-notification delegate, the setup window.
 /// Borrows: the desktop and the overlay (must outlive this).
-/// Fails by: ending the application when a permission is missing.
+/// Fails by: ending the application, after an alert, when a permission is missing.
 class AppDelegate : public ApplicationDelegate, public std::enable_shared_from_this<AppDelegate> {
  public:
   /// Starts nothing. The delegate must be held by a shared_ptr.
@@ -30,16 +34,22 @@ class AppDelegate : public ApplicationDelegate, public std::enable_shared_from_t
 
  private:
   bool checkWeightsExist() const;
+  void showModelDownload();
+  void modelDownloadDone();
   void requestPermissionsThenLaunch();
   void continueWith(bool microphoneGranted, bool trusted);
   void waitForAccessibility();
   void pollAccessibility();
   void openGate();
+  void showMicDeniedAlert();
+  void showAccessibilityTimeoutAlert();
+  void showPermissionAlert(const Alert& alert, PrivacyPane pane);
 
   Desktop& desktop_;
   RecordingOverlay& overlay_;
   const Logger logger_;
   std::shared_ptr<StatusBarController> statusBar_;
+  std::unique_ptr<FormWindow> downloadWindow_;
   Subscription accessibilityTimer_;
   CheckedCounter accessibilityPollCount_;
   const std::shared_ptr<CrashNotificationDelegate> crashNotificationDelegate_;

@@ -4,13 +4,14 @@
 #include <cstddef>
 #include <utility>
 
+#include "download/ModelDownloadView.h"
 #include "menubar/StatusContent.h"
 #include "overlay/RecordingOverlay.h"
 #include "platform/Application.h"
 #include "platform/MainLoop.h"
-#include "platform/SettingsPresenter.h"
 #include "platform/SleepWatch.h"
 #include "platform/Updater.h"
+#include "settings/SettingsView.h"
 
 namespace voxtrel {
 namespace {
@@ -21,6 +22,9 @@ constexpr std::chrono::milliseconds kRefreshInterval = 50ms;
 constexpr std::chrono::milliseconds kRestartStopTimeout = 3s;
 constexpr std::chrono::milliseconds kQuitStopTimeout = 2s;
 constexpr std::chrono::milliseconds kLaunchAfterWake = 1500ms;
+
+const FormWindowOptions kSettingsWindow = {"Voxtrel Settings", 420, 280};
+const FormWindowOptions kDownloadWindow = {"Voxtrel — Download Model", 420, 340};
 
 constexpr std::size_t kStatusRow = 0;
 constexpr std::size_t kLastTextRow = 1;
@@ -62,19 +66,19 @@ void StatusBarController::buildMenu() {
       {.separator = true},
       {.title = "Settings...",
        .keyEquivalent = ",",
-       .action = menuAction(&StatusBarController::openSettings)},
+       .action = whileAlive(&StatusBarController::openSettings)},
       {.title = "Check for Updates...",
        .action = [&updater = ports_.updater] { updater.checkForUpdates(); }},
       {.title = "Restart",
        .keyEquivalent = "r",
-       .action = menuAction(&StatusBarController::restart)},
+       .action = whileAlive(&StatusBarController::restart)},
       {.title = "Quit Voxtrel",
        .keyEquivalent = "q",
-       .action = menuAction(&StatusBarController::quit)},
+       .action = whileAlive(&StatusBarController::quit)},
   });
 }
 
-std::function<void()> StatusBarController::menuAction(void (StatusBarController::*command)()) {
+std::function<void()> StatusBarController::whileAlive(void (StatusBarController::*command)()) {
   return [weak = weak_from_this(), command] {
     if (const auto self = weak.lock()) (self.get()->*command)();
   };
@@ -102,10 +106,6 @@ void StatusBarController::handleStateChange(AppState newState) {
 
 // Commands
 
-void StatusBarController::openSettings() {
-  ports_.settings.showSettings();
-}
-
 void StatusBarController::restart() {
   processManager_->resetCrashCount();
   processManager_->stopAndWait(kRestartStopTimeout);
@@ -122,6 +122,53 @@ void StatusBarController::shutdown() {
   wakeObserver_.reset();
   refreshTimer_.reset();
   processManager_->stopAndWait(kQuitStopTimeout);
+}
+
+// Windows
+
+void StatusBarController::openSettings() {
+  if (!settingsWindow_ || !settingsWindow_->isVisible()) {
+    settingsWindow_ = ports_.formWindows.makeWindow(
+        kSettingsWindow,
+        std::make_shared<SettingsView>(
+            ports_.config,
+            SettingsPorts{.loginItem = ports_.loginItem, .userDefaults = ports_.userDefaults},
+            whileAlive(&StatusBarController::settingsSaved)));
+  }
+  settingsWindow_->makeKeyAndOrderFront();
+}
+
+void StatusBarController::settingsSaved() {
+  if (settingsWindow_) settingsWindow_->close();
+  const std::string model = ports_.config.readSettings().model;
+  if (weightsExist(model)) {
+    restart();
+  } else {
+    processManager_->stopAndWait(kRestartStopTimeout);
+    showDownloadThenRestart(model);
+  }
+}
+
+bool StatusBarController::weightsExist(const std::string& model) const {
+  return ports_.config.weightsExist(model);
+}
+
+void StatusBarController::showDownloadThenRestart(const std::string& model) {
+  const ModelDownloadPorts downloadPorts = {.bundle = ports_.process.bundle,
+                                            .backgroundQueue = ports_.process.backgroundQueue,
+                                            .childProcesses = ports_.process.childProcesses,
+                                            .mainLoop = ports_.process.mainLoop};
+  const auto done = whileAlive(&StatusBarController::downloadDone);
+  downloadWindow_ = ports_.formWindows.makeWindow(
+      kDownloadWindow,
+      ModelDownloadView::create(downloadPorts, model, {.onComplete = done, .onSkip = done}));
+  downloadWindow_->makeKeyAndOrderFront();
+}
+
+void StatusBarController::downloadDone() {
+  if (downloadWindow_) downloadWindow_->close();
+  downloadWindow_.reset();
+  restart();
 }
 
 // Sleep

@@ -4,8 +4,10 @@
 #include <memory>
 #include <string>
 
+#include "config/ConfigManager.h"
 #include "engine/AppState.h"
 #include "engine/ProcessManager.h"
+#include "platform/FormWindows.h"
 #include "platform/Log.h"
 #include "platform/StatusItem.h"
 #include "platform/Subscription.h"
@@ -13,25 +15,29 @@
 namespace voxtrel {
 
 class Application;
+class LoginItem;
 class RecordingOverlay;
-class SettingsPresenter;
 class SleepWatch;
 class Updater;
+class UserDefaults;
 
 /// What the controller needs from outside; all of it must outlive the controller.
 struct StatusBarPorts {
   ProcessManagerPorts process;
   Application& application;
+  ConfigManager config;
+  FormWindows& formWindows;
+  LoginItem& loginItem;
   RecordingOverlay& overlay;
-  SettingsPresenter& settings;
   SleepWatch& sleepWatch;
   StatusItem& statusItem;
   Updater& updater;
+  UserDefaults& userDefaults;
 };
 
-/// Shows the engine's state in the status item and its menu, and starts and stops the engine when
-/// the user or the system says so.
-/// Thread: the main thread.  Owns: the supervisor.  Borrows: the ports.
+/// Shows the engine's state in the status item and its menu, starts and stops the engine when the
+/// user or the system says so, and opens the settings and what follows from saving them.
+/// Thread: the main thread.  Owns: the supervisor, the two windows.  Borrows: the ports.
 class StatusBarController : public std::enable_shared_from_this<StatusBarController> {
  public:
   /// Builds the menu and starts the engine.
@@ -39,6 +45,7 @@ class StatusBarController : public std::enable_shared_from_this<StatusBarControl
 
   const std::shared_ptr<ProcessManager>& processManager() const { return processManager_; }
 
+  /// A settings window that is open comes to the front; otherwise a fresh one reads the file.
   void openSettings();
   void restart();
   void quit();
@@ -52,10 +59,14 @@ class StatusBarController : public std::enable_shared_from_this<StatusBarControl
 
   void begin();
   void buildMenu();
-  std::function<void()> menuAction(void (StatusBarController::*command)());
+  std::function<void()> whileAlive(void (StatusBarController::*command)());
   void applyIcon(AppState state);
   void refreshUI();
   void handleStateChange(AppState newState);
+  void settingsSaved();
+  bool weightsExist(const std::string& model) const;
+  void showDownloadThenRestart(const std::string& model);
+  void downloadDone();
   void observeSleep();
   void handleSleep();
   void handleWake();
@@ -63,6 +74,8 @@ class StatusBarController : public std::enable_shared_from_this<StatusBarControl
   const StatusBarPorts ports_;
   const Logger logger_;
   const std::shared_ptr<ProcessManager> processManager_;
+  std::unique_ptr<FormWindow> settingsWindow_;  ///< the last one, open or closed
+  std::unique_ptr<FormWindow> downloadWindow_;
   AppState lastOverlayState_ = AppState::idle;
   bool wasRunningBeforeSleep_ = false;
   Subscription refreshTimer_;

@@ -31,6 +31,9 @@ class SettingsView {
   static constexpr std::string_view kLaunchAtLoginTitle = "Launch at Login";
   static constexpr std::string_view kSaveTitle = "Save & Restart";
 
+  /// Key of the user defaults.
+  static constexpr std::string_view kLaunchAtLoginKey = "launchAtLogin";
+
   /// Layout in points: every row is a label beside a control; the last one is the button alone.
   static constexpr int kWidthPt = 420;
   static constexpr int kHeightPt = 310;

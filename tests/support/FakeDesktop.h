@@ -7,6 +7,7 @@
 #include "platform/Application.h"
 #include "platform/Desktop.h"
 #include "support/FakeChildProcesses.h"
+#include "support/FakeForms.h"
 #include "support/FakePorts.h"
 #include "support/ManualTime.h"
 #include "support/OverlayBench.h"
@@ -36,38 +37,47 @@ struct FakeApplication : Application {
 /// A desktop on which nothing happens but what the test does.
 struct FakeDesktop : Desktop {
   AccessibilityTrust& accessibilityTrust() override { return trust; }
+  Alerts& alerts() override { return fakeAlerts; }
   Application& application() override { return app; }
   ApplicationBundle& bundle() override { return applicationBundle; }
   BackgroundQueue& backgroundQueue() override { return time; }
   ChildProcessLauncher& childProcesses() override { return launcher; }
   Clock& clock() override { return time; }
+  FormWindows& formWindows() override { return forms; }
   FrameTimer& frameTimer() override { return overlayWorld.frameTimer; }
   Log& log() override { return fakeLog; }
+  LoginItem& loginItem() override { return fakeLoginItem; }
   MainLoop& mainLoop() override { return time; }
   Microphone& microphone() override { return overlayWorld.microphone; }
   MicrophoneAccess& microphoneAccess() override { return access; }
   Notifications& notifications() override { return fakeNotifications; }
   OverlayStage& overlayStage() override { return overlayWorld.stage; }
-  SettingsPresenter& settingsPresenter() override { return settings; }
+  PrivacySettings& privacySettings() override { return privacy; }
   SleepWatch& sleepWatch() override { return sleep; }
   StatusItem& statusItem() override { return item; }
   Updater& updater() override { return fakeUpdater; }
+  UserDefaults& userDefaults() override { return defaults; }
   std::unique_ptr<RealFft> makeRealFft() override { return nullptr; }
-  std::string homeDirectory() const override { return "/nonexistent"; }
+  std::string homeDirectory() const override { return home; }
 
+  std::string home = "/nonexistent";
   ManualTime time;
   FakeTrust trust;
+  FakeAlerts fakeAlerts;
   FakeApplication app;
   FakeBundle applicationBundle;
+  FakeFormWindows forms;
   FakeLauncher launcher{time};
+  FakeLoginItem fakeLoginItem;
   FakeLog fakeLog;
   FakeMicrophoneAccess access;
   OverlayWorld overlayWorld;
   FakeNotifications fakeNotifications;
-  FakeSettingsPresenter settings;
+  FakePrivacySettings privacy;
   FakeSleepWatch sleep;
   FakeStatusItem item;
   FakeUpdater fakeUpdater;
+  FakeUserDefaults defaults;
 };
 
 }  // namespace voxtrel::testing

@@ -11,7 +11,6 @@
 #include "platform/Log.h"
 #include "platform/Notifications.h"
 #include "platform/Permissions.h"
-#include "platform/SettingsPresenter.h"
 #include "platform/SleepWatch.h"
 #include "platform/StatusItem.h"
 #include "platform/Updater.h"
@@ -107,11 +106,6 @@ struct FakeSleepWatch : SleepWatch {
 struct FakeUpdater : Updater {
   void checkForUpdates() override { ++checks; }
   int checks = 0;
-};
-
-struct FakeSettingsPresenter : SettingsPresenter {
-  void showSettings() override { ++shown; }
-  int shown = 0;
 };
 
 struct FakeTrust : AccessibilityTrust {

@@ -1,39 +1,14 @@
 #include <gtest/gtest.h>
 
-#include "app/AppDelegate.h"
-#include "support/FakeDesktop.h"
+#include "support/StartUpBench.h"
 
 namespace voxtrel {
 namespace {
 
 using namespace std::chrono_literals;
-using testing::FakeDesktop;
-using testing::FakeOverlay;
 using Texts = std::vector<std::string>;
 
-struct StartUp : ::testing::Test {
-  StartUp() {
-    desktop.app.onTerminate = [this] { delegate->applicationWillTerminate(); };
-  }
-
-  void finishLaunching() { delegate->applicationDidFinishLaunching(); }
-  void answerMicrophone(bool granted) {
-    desktop.access.answer(granted);
-    desktop.time.runPosted();
-  }
-  std::size_t starts() const { return desktop.launcher.startedAt.size(); }
-  Texts logged(const std::string& category) const {
-    Texts messages;
-    for (const auto& entry : desktop.fakeLog.entries) {
-      if (entry.category == category) messages.push_back(entry.message);
-    }
-    return messages;
-  }
-
-  FakeDesktop desktop;
-  FakeOverlay overlay;
-  std::shared_ptr<AppDelegate> delegate = std::make_shared<AppDelegate>(desktop, overlay);
-};
+using StartUp = testing::StartUpBench;
 
 TEST_F(StartUp, SetsUpTheNotifications) {
   finishLaunching();
@@ -72,12 +47,32 @@ TEST_F(StartUp, MakesTheRestartButtonWork) {
   EXPECT_TRUE(completed);
 }
 
-TEST_F(StartUp, EndsWhenTheMicrophoneIsRefused) {
+TEST_F(StartUp, WarnsWhenTheMicrophoneIsRefusedAndEndsOnceAnswered) {
   finishLaunching();
   answerMicrophone(false);
-  EXPECT_EQ(logged("main")[2], "Microphone permission denied");
+  EXPECT_EQ(desktop.fakeLog.entries.back(),
+            (testing::FakeLog::Entry{LogLevel::error, "main", "Microphone permission denied"}));
+  ASSERT_EQ(desktop.fakeAlerts.shown.size(), 1U);
+  const Alert& alert = desktop.fakeAlerts.shown.front();
+  EXPECT_EQ(alert.messageText, "Microphone Permission Required");
+  EXPECT_EQ(alert.informativeText,
+            "Voxtrel needs microphone access to capture audio for speech-to-text. Please grant "
+            "access in System Settings > Privacy & Security > Microphone, then relaunch the app.");
+  EXPECT_EQ(alert.buttons, (Texts{"Open Settings", "Quit"}));
+  EXPECT_EQ(desktop.app.terminations, 0);
+  desktop.fakeAlerts.onAnswer(1);
+  EXPECT_TRUE(desktop.privacy.opened.empty());
   EXPECT_EQ(desktop.app.terminations, 1);
   EXPECT_EQ(starts(), 0U);
+}
+
+TEST_F(StartUp, OpensTheMicrophonePaneBeforeItEnds) {
+  finishLaunching();
+  answerMicrophone(false);
+  desktop.app.onTerminate = [&] { EXPECT_EQ(desktop.privacy.opened.size(), 1U); };
+  desktop.fakeAlerts.onAnswer(0);
+  EXPECT_EQ(desktop.privacy.opened, std::vector{PrivacyPane::microphone});
+  EXPECT_EQ(desktop.app.terminations, 1);
 }
 
 TEST_F(StartUp, OpensTheGateOnTheTickAfterTrustIsGranted) {
@@ -97,18 +92,53 @@ TEST_F(StartUp, OpensTheGateOnTheTickAfterTrustIsGranted) {
   EXPECT_EQ(desktop.app.terminations, 0);
 }
 
-TEST_F(StartUp, EndsAtTheSixtiethTickWithoutTrust) {
+TEST_F(StartUp, WarnsAtTheSixtiethTickWithoutTrustAndEndsOnceAnswered) {
   desktop.trust.trusted = false;
   finishLaunching();
   answerMicrophone(true);
   desktop.time.advance(29999ms);
-  EXPECT_EQ(desktop.app.terminations, 0);
+  EXPECT_TRUE(desktop.fakeAlerts.shown.empty());
   desktop.time.advance(1ms);
-  EXPECT_EQ(desktop.app.terminations, 1);
   EXPECT_EQ(desktop.trust.prompts.size(), 61U);
   EXPECT_EQ(desktop.time.timersRunning, 0);
+  ASSERT_EQ(desktop.fakeAlerts.shown.size(), 1U);
+  const Alert& alert = desktop.fakeAlerts.shown.front();
+  EXPECT_EQ(alert.messageText, "Accessibility Permission Required");
+  EXPECT_EQ(
+      alert.informativeText,
+      "Voxtrel needs Accessibility permission to detect the push-to-talk hotkey. Please grant "
+      "access in System Settings > Privacy & Security > Accessibility, then relaunch the "
+      "app.");
+  EXPECT_EQ(alert.buttons, (Texts{"Open Settings", "Quit"}));
+  desktop.trust.trusted = true;  // too late
   desktop.time.advance(60s);
+  EXPECT_EQ(starts(), 0U);
+  EXPECT_EQ(desktop.app.terminations, 0);
+  desktop.fakeAlerts.onAnswer(0);
+  EXPECT_EQ(desktop.privacy.opened, std::vector{PrivacyPane::accessibility});
   EXPECT_EQ(desktop.app.terminations, 1);
+}
+
+TEST_F(StartUp, RegistersTheLoginItemThatTheUserDefaultsAskFor) {
+  desktop.defaults.values["launchAtLogin"] = true;
+  finishLaunching();
+  EXPECT_EQ(desktop.fakeLoginItem.asked, std::vector<bool>{true});
+}
+
+TEST_F(StartUp, LeavesTheLoginItemAloneUnlessTheUserDefaultsAskForIt) {
+  desktop.fakeLoginItem.enabled = true;
+  desktop.defaults.values["launchAtLogin"] = false;
+  finishLaunching();
+  EXPECT_TRUE(desktop.fakeLoginItem.asked.empty());
+  EXPECT_TRUE(desktop.fakeLoginItem.enabled);
+}
+
+TEST_F(StartUp, GoesOnWithoutALoginItemThatCannotBeRegistered) {
+  desktop.defaults.values["launchAtLogin"] = true;
+  desktop.fakeLoginItem.canEnable = false;
+  finishLaunching();
+  answerMicrophone(true);
+  EXPECT_EQ(starts(), 1U);
 }
 
 TEST_F(StartUp, MicrophoneAnswerAfterTheEndIsIgnored) {

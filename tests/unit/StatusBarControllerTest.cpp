@@ -1,58 +1,14 @@
 #include <gtest/gtest.h>
 
-#include "menubar/StatusBarController.h"
-#include "support/FakeDesktop.h"
+#include "support/StatusBarBench.h"
 
 namespace voxtrel {
 namespace {
 
 using namespace std::chrono_literals;
-using testing::FakeDesktop;
-using testing::FakeOverlay;
 using Texts = std::vector<std::string>;
 
-constexpr auto kTick = 50ms;
-enum Row : std::size_t { status, lastText, separator, settings, updates, restart, quit };
-
-struct StatusBar : ::testing::Test {
-  StatusBar() { controller = StatusBarController::create(ports()); }
-
-  StatusBarPorts ports() {
-    return {.process = {.bundle = desktop.applicationBundle,
-                        .backgroundQueue = desktop.time,
-                        .childProcesses = desktop.launcher,
-                        .clock = desktop.time,
-                        .log = desktop.fakeLog,
-                        .mainLoop = desktop.time,
-                        .notifications = desktop.fakeNotifications},
-            .application = desktop.app,
-            .overlay = overlay,
-            .settings = desktop.settings,
-            .sleepWatch = desktop.sleep,
-            .statusItem = desktop.item,
-            .updater = desktop.fakeUpdater};
-  }
-
-  /// The engine prints `text`, and the next tick shows what came of it.
-  void print(std::string_view text) {
-    desktop.launcher.last().print(text);
-    desktop.time.advance(kTick);
-  }
-  const std::string& title(Row row) const { return desktop.item.rows.at(row).title; }
-  std::size_t starts() const { return desktop.launcher.startedAt.size(); }
-  Texts logged() const {
-    Texts messages;
-    for (const auto& entry : desktop.fakeLog.entries) {
-      EXPECT_EQ(entry.category, "ui");
-      messages.push_back(entry.message);
-    }
-    return messages;
-  }
-
-  FakeDesktop desktop;
-  FakeOverlay overlay;
-  std::shared_ptr<StatusBarController> controller;
-};
+using StatusBar = testing::StatusBarBench;
 
 TEST_F(StatusBar, BeginsWithTheLoadingSymbolTheIdleLabelAndARunningEngine) {
   EXPECT_EQ(desktop.item.symbol, "mic.badge.xmark");
@@ -152,7 +108,7 @@ TEST_F(StatusBar, RefreshesTwentyTimesASecond) {
 
 TEST_F(StatusBar, CommandsReachSettingsAndUpdater) {
   desktop.item.choose(Row::settings);
-  EXPECT_EQ(desktop.settings.shown, 1);
+  EXPECT_EQ(desktop.forms.windows.size(), 1U);
   desktop.item.choose(Row::updates);
   EXPECT_EQ(desktop.fakeUpdater.checks, 1);
 }

@@ -1,0 +1,66 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "menubar/StatusBarController.h"
+#include "support/FakeDesktop.h"
+#include "support/ScratchFolder.h"
+
+namespace voxtrel::testing {
+
+/// The controller on a desktop on which only the test acts.
+struct StatusBarBench : ::testing::Test {
+  static constexpr std::chrono::milliseconds kTick{50};
+  enum Row : std::size_t { status, lastText, separator, settings, updates, restart, quit };
+
+  StatusBarBench() { controller = StatusBarController::create(ports()); }
+
+  StatusBarPorts ports() {
+    return {.process = {.bundle = desktop.applicationBundle,
+                        .backgroundQueue = desktop.time,
+                        .childProcesses = desktop.launcher,
+                        .clock = desktop.time,
+                        .log = desktop.fakeLog,
+                        .mainLoop = desktop.time,
+                        .notifications = desktop.fakeNotifications},
+            .application = desktop.app,
+            .config = ConfigManager(home.path().string()),
+            .formWindows = desktop.forms,
+            .loginItem = desktop.fakeLoginItem,
+            .overlay = overlay,
+            .sleepWatch = desktop.sleep,
+            .statusItem = desktop.item,
+            .updater = desktop.fakeUpdater,
+            .userDefaults = desktop.defaults};
+  }
+
+  /// The engine prints `text`, and the next tick shows what came of it.
+  void print(std::string_view text) {
+    desktop.launcher.last().print(text);
+    desktop.time.advance(kTick);
+  }
+  const std::string& title(std::size_t row) const { return desktop.item.rows.at(row).title; }
+  std::size_t starts() const { return desktop.launcher.startedAt.size(); }
+  std::vector<std::string> logged() const {
+    std::vector<std::string> messages;
+    for (const auto& entry : desktop.fakeLog.entries) {
+      EXPECT_EQ(entry.category, "ui");
+      messages.push_back(entry.message);
+    }
+    return messages;
+  }
+
+  ScratchFolder home;
+  FakeDesktop desktop;
+  FakeOverlay overlay;
+  std::shared_ptr<StatusBarController> controller;
+};
+
+}  // namespace voxtrel::testing
