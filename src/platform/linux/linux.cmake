@@ -3,7 +3,7 @@
 find_package(Qt6 6.4 REQUIRED COMPONENTS Core Gui Widgets DBus Svg)
 find_package(PkgConfig REQUIRED)
 pkg_check_modules(SYSTEMD REQUIRED IMPORTED_TARGET libsystemd)
-pkg_check_modules(XCB REQUIRED IMPORTED_TARGET xcb xcb-shape xcb-xinput)
+pkg_check_modules(XCB REQUIRED IMPORTED_TARGET xcb xcb-shape)
 pkg_check_modules(PULSE REQUIRED IMPORTED_TARGET libpulse)
 pkg_check_modules(KISSFFT REQUIRED IMPORTED_TARGET kissfft-float)
 
