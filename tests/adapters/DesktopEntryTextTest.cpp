@@ -1,6 +1,6 @@
-#include "platform/linux/DesktopEntryText.h"
-
 #include <gtest/gtest.h>
+
+#include "platform/linux/DesktopEntryText.h"
 
 namespace voxtrel {
 namespace {
@@ -60,7 +60,8 @@ TEST(DesktopEntryTextTest, readsOnlyTheKeysOfTheEntrysOwnGroup) {
   const auto entry = readDesktopEntry(
       "Type=Before\n# Type=Comment\n[Desktop Entry]\r\nType = Application \r\nName[de]=x\n"
       "no equals sign\n\n[Desktop Action a]\nType=Action\nHidden=true\n");
-  EXPECT_EQ(entry, (std::map<std::string, std::string>{{"Type", "Application"}, {"Name[de]", "x"}}));
+  EXPECT_EQ(entry,
+            (std::map<std::string, std::string>{{"Type", "Application"}, {"Name[de]", "x"}}));
 }
 
 TEST(DesktopEntryTextTest, readsALastLineWithoutItsEnd) {

@@ -1,8 +1,7 @@
-#include "platform/linux/SessionKeyTrust.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "platform/linux/SessionKeyTrust.h"
 #include "support/FakePorts.h"
 
 namespace voxtrel {

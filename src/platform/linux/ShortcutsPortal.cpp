@@ -24,6 +24,11 @@ QDBusMessage versionQuestion() {
 }  // namespace
 
 void ShortcutsPortal::ask(std::function<void(bool isOffered)> answer) {
+  if (!bus_.isConnected()) {  // Qt would never say that such a call has ended
+    QMetaObject::invokeMethod(
+        &questions_, [answer = std::move(answer)] { answer(false); }, Qt::QueuedConnection);
+    return;
+  }
   auto* const watcher = new QDBusPendingCallWatcher(
       bus_.asyncCall(versionQuestion(), static_cast<int>(kAnswerLimit.count())), &questions_);
   QObject::connect(watcher, &QDBusPendingCallWatcher::finished, watcher,

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "platform/Desktop.h"
+#include "platform/RealFft.h"
 #include "platform/linux/SandboxMicrophoneAccess.h"
 #include "platform/linux/SessionKeyTrust.h"
 
