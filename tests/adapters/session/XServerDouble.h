@@ -1,14 +1,13 @@
 #pragma once
 
+#include <netinet/in.h>
 #include <sys/socket.h>
-#include <sys/un.h>
 #include <unistd.h>
 #include <xcb/xcb.h>
 
 #include <array>
 #include <cstdint>
 #include <cstring>
-#include <filesystem>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -26,16 +25,18 @@ class XServerDouble {
     std::uint16_t majorVersion = 0;  ///< 0: the question for it is an error
   };
 
-  XServerDouble(const std::filesystem::path& socket, Offer offer)
-      : path_(socket.string()), offer_(offer) {
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    path_.copy(static_cast<char*>(address.sun_path), sizeof address.sun_path - 1);
+  explicit XServerDouble(Offer offer) : offer_(offer) {
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     void* const generic = &address;
-    if (::bind(listener_.number(), static_cast<sockaddr*>(generic), sizeof address) != 0 ||
-        ::listen(listener_.number(), 1) != 0) {
-      throw std::runtime_error("cannot listen at " + path_);
+    socklen_t size = sizeof address;
+    if (::bind(listener_.number(), static_cast<sockaddr*>(generic), size) != 0 ||
+        ::listen(listener_.number(), 1) != 0 ||
+        ::getsockname(listener_.number(), static_cast<sockaddr*>(generic), &size) != 0) {
+      throw std::runtime_error("cannot listen on the loopback");
     }
+    port_ = ntohs(address.sin_port);
     thread_ = std::thread([this] { serve(); });
   }
   ~XServerDouble() {
@@ -46,7 +47,10 @@ class XServerDouble {
   XServerDouble& operator=(const XServerDouble&) = delete;
 
   /// Names the server to xcb.
-  std::string display() const { return "unix:" + path_; }
+  std::string display() const {
+    constexpr int kPortOfDisplay0 = 6000;
+    return "127.0.0.1:" + std::to_string(port_ - kPortOfDisplay0);
+  }
 
  private:
   using Bytes = std::array<std::uint8_t, 256>;
@@ -102,9 +106,9 @@ class XServerDouble {
   }
 
   static constexpr std::uint8_t kExtension = 131;
-  const std::string path_;
   const Offer offer_;
-  const FileDescriptor listener_{::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)};
+  const FileDescriptor listener_{::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)};
+  int port_ = 0;
   std::thread thread_;
 };
 
