@@ -32,14 +32,14 @@ bool isKeyboard(int descriptor) {
 }
 
 bool canReadKeyboard(const std::string& folder,
-                     const std::function<bool(int descriptor)>& isKeyboard) {
+                     const std::function<bool(int descriptor)>& accepts) {
   std::error_code error;
   std::filesystem::directory_iterator node(folder, error);
   for (; !error && node != std::filesystem::directory_iterator(); node.increment(error)) {
     if (!node->path().filename().string().starts_with("event")) continue;
     const FileDescriptor file(
         ::open(node->path().c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY));
-    if (file.number() >= 0 && isKeyboard(file.number())) return true;
+    if (file.number() >= 0 && accepts(file.number())) return true;
   }
   return false;
 }

@@ -17,10 +17,10 @@ bool hasAllLetters(const KeyBits& keys);
 /// Whether the kernel calls the input device that is open here a keyboard.
 bool isKeyboard(int descriptor);
 
-/// Whether this user may read a keyboard: one of the nodes `event*` in `folder`. Every node is
-/// closed again at once.
+/// Whether this user may read a keyboard: one of the nodes `event*` in `folder` that `accepts` takes
+/// for one. Every node is closed again at once.
 /// Thread: any; waits for no input.  Fails by: false.
 bool canReadKeyboard(const std::string& folder = "/dev/input",
-                     const std::function<bool(int descriptor)>& isKeyboard = isKeyboard);
+                     const std::function<bool(int descriptor)>& accepts = isKeyboard);
 
 }  // namespace voxtrel
