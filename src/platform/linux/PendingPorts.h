@@ -2,9 +2,6 @@
 
 #include "platform/Alerts.h"
 #include "platform/FormWindows.h"
-#include "platform/LoginItem.h"
-#include "platform/PrivacySettings.h"
-#include "platform/UserDefaults.h"
 
 namespace voxtrel {
 
@@ -25,18 +22,6 @@ struct PendingFormWindows final : FormWindows {
                                          std::shared_ptr<ModelDownloadView>) override {
     return std::make_unique<Window>();
   }
-};
-struct PendingLoginItem final : LoginItem {
-  bool isEnabled() const override { return false; }
-  bool enable() override { return false; }
-  bool disable() override { return true; }
-};
-struct PendingPrivacySettings final : PrivacySettings {
-  void open(PrivacyPane) override {}
-};
-struct PendingUserDefaults final : UserDefaults {
-  bool boolForKey(std::string_view) const override { return false; }
-  void setBool(std::string_view, bool) override {}
 };
 
 }  // namespace voxtrel
