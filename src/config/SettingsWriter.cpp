@@ -45,44 +45,56 @@ Place placeFor(std::string_view content, std::string_view header, std::string_vi
 }
 
 std::string joined(std::initializer_list<std::string_view> pieces) {
-  std::size_t size = 0;
-  for (const std::string_view piece : pieces) size += piece.size();
   std::string text;
-  text.reserve(size);
   for (const std::string_view piece : pieces) text += piece;
   return text;
+}
+
+/// Enough for all five lines and their headers, so that a large text is not moved to grow.
+std::size_t roomFor(const ModelSettings& settings) {
+  constexpr std::size_t kNamesAndHeaders = 160;
+  return kNamesAndHeaders + settings.model.size() + settings.language.size() +
+         settings.hotkey.size();
+}
+
+void update(std::string& content, std::string_view section, std::string_view key,
+            std::string_view value) {
+  const std::string header = joined({"[", section, "]"});
+  const std::string line = joined({key, " = ", value});
+  const Place place = placeFor(content, header, key);
+  switch (place.kind) {
+    case Place::Kind::inPlaceOfLine:
+      content.replace(place.begin, place.end - place.begin, line);
+      return;
+    case Place::Kind::afterHeader:
+      content.insert(place.end, joined({"\n", line}));
+      return;
+    case Place::Kind::atEnd:
+      break;
+  }
+  const bool endsInEmptyLine = content.empty() || content.ends_with('\n');
+  content += joined({endsInEmptyLine ? "\n" : "\n\n", header, "\n", line});
 }
 
 }  // namespace
 
 std::string updateOrInsert(std::string_view content, std::string_view section, std::string_view key,
                            std::string_view value) {
-  const std::string header = joined({"[", section, "]"});
-  const std::string line = joined({key, " = ", value});
-  const Place place = placeFor(content, header, key);
-  const std::string_view rest = content.substr(place.end);
-  switch (place.kind) {
-    case Place::Kind::inPlaceOfLine:
-      return joined({content.substr(0, place.begin), line, rest});
-    case Place::Kind::afterHeader:
-      return joined({content.substr(0, place.end), "\n", line, rest});
-    case Place::Kind::atEnd:
-      break;
-  }
-  const bool endsInEmptyLine = content.empty() || content.ends_with('\n');
-  return joined({content, endsInEmptyLine ? "\n" : "\n\n", header, "\n", line});
+  std::string text(content);
+  update(text, section, key, value);
+  return text;
 }
 
 std::string withSettings(std::string_view content, const ModelSettings& settings) {
-  const std::string model = joined({"\"", settings.model, "\""});
-  const std::string language = joined({"\"", settings.language, "\""});
-  const std::string hotkey = joined({"'", settings.hotkey, "'"});
-  const std::string code = std::to_string(hotkeyCodeOf(settings.hotkey));
-  std::string text = updateOrInsert(content, kModelSection, "whisper_model", model);
-  text = updateOrInsert(text, kModelSection, "language", language);
-  text = updateOrInsert(text, kModelSection, "translate", settings.translate ? "true" : "false");
-  text = updateOrInsert(text, kAudioSection, "hotkey_code", code);
-  return updateOrInsert(text, kAudioSection, "hotkey", hotkey);
+  std::string text;
+  text.reserve(content.size() + roomFor(settings));
+  text = content;
+  update(text, kModelSection, "whisper_model", joined({"\"", settings.model, "\""}));
+  update(text, kModelSection, "language", joined({"\"", settings.language, "\""}));
+  update(text, kModelSection, "translate", settings.translate ? "true" : "false");
+  update(text, kAudioSection, "hotkey_code", std::to_string(hotkeyCodeOf(settings.hotkey)));
+  update(text, kAudioSection, "hotkey", joined({"'", settings.hotkey, "'"}));
+  return text;
 }
 
 }  // namespace voxtrel

@@ -12,7 +12,6 @@
 namespace voxtrel {
 namespace {
 
-constexpr std::string_view kLaunchAtLoginKey = "launchAtLogin";
 constexpr std::string_view kWrittenModel = "large-v3";
 
 /// The first row with this value; the first of all if there is none.
