@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "platform/linux/BoxWidth.h"
 #include "platform/linux/FormText.h"
 #include "platform/linux/SymbolIcons.h"
 #include "platform/linux/WindowPlacement.h"
@@ -18,15 +19,31 @@ namespace {
 /// is this one.
 constexpr const char* kInOrder = "QDialogButtonBox { button-layout: 0 }";
 
+constexpr int kWidthPt = 420;
+
+/// To the letter, and the message text stands out from the informative one.
+void setFormats(QMessageBox& box) {
+  box.setTextFormat(Qt::PlainText);
+  if (auto* const message = box.findChild<QLabel*>("qt_msgbox_label")) {
+    QFont font = message->font();
+    font.setBold(true);
+    message->setFont(font);
+  }
+  if (auto* const information = box.findChild<QLabel*>("qt_msgbox_informativelabel")) {
+    information->setTextFormat(Qt::PlainText);
+  }
+}
+
 }  // namespace
 
 AlertBox::AlertBox(const Alert& alert, std::function<void(std::size_t)> onAnswer)
     : QMessageBox(Warning, "Voxtrel", formText(alert.messageText), NoButton) {
-  setTextFormat(Qt::PlainText);
   setInformativeText(formText(alert.informativeText));
   setWindowIcon(applicationIcon());
   setModal(true);
   setStyleSheet(kInOrder);
+  setFormats(*this);
+  widen(*this, kWidthPt);
   addButtons(alert.buttons);
   connect(this, &QDialog::finished, this, [this, onAnswer = std::move(onAnswer)] {
     deleteLater();

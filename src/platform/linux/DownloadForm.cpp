@@ -135,14 +135,18 @@ QWidget* DownloadForm::makeButtons() {
   stack->addWidget(skip_);
   stack->addStretch();
   stack->addWidget(retry_);
+  // The row, and with it the window, is as wide and high without the button as with it.
+  QSizePolicy policy = retry_->sizePolicy();
+  policy.setRetainSizeWhenHidden(true);
+  retry_->setSizePolicy(policy);
   return row;
 }
 
 void DownloadForm::applyStyle() {
-  title_->setFont(headlineFont());
-  amount_->setFont(monospacedCaptionFont());
-  log_->setTextFont(monospacedCaptionFont());
-  for (QLabel* const label : {message_, hint_}) label->setFont(captionFont());
+  title_->setFont(headline(font()));
+  amount_->setFont(monospacedCaption(font()));
+  log_->setTextFont(monospacedCaption(font()));
+  for (QLabel* const label : {message_, hint_}) label->setFont(caption(font()));
   const QPalette own = palette();
   for (QLabel* const label : {description_, amount_}) {
     label->setPalette(withTextColor(own, secondaryColor(own)));

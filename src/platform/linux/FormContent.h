@@ -11,8 +11,8 @@ class FormContent : public QWidget {
  public:
   /// The window has come up.
   virtual void appeared() = 0;
-  /// Where the keyboard starts; null: nowhere in particular.
-  virtual QWidget* firstInFocus() const { return nullptr; }
+  /// Where the keyboard starts; the form itself: on none of its controls.
+  virtual QWidget* firstInFocus() { return this; }
   /// The height below which something would be clipped at this width.
   virtual int neededHeight(int width) const {
     return layout()->hasHeightForWidth() ? layout()->minimumHeightForWidth(width)

@@ -20,7 +20,7 @@ FormDialog::FormDialog(const FormWindowOptions& options, FormContent* content)
   layout->setContentsMargins(0, 0, 0, 0);
   layout->setSizeConstraint(QLayout::SetNoConstraint);
   layout->addWidget(content);
-  if (QWidget* const first = content->firstInFocus()) first->setFocus();
+  content->firstInFocus()->setFocus();
   connect(this, &QDialog::finished, this, &QObject::deleteLater);
 }
 
@@ -43,11 +43,14 @@ bool FormDialog::event(QEvent* event) {
   return result;
 }
 
-/// Return presses the button that has the keyboard, on every desktop.
+/// Return presses the button that has the keyboard, on every desktop, and once however long it is
+/// held.
 void FormDialog::keyPressEvent(QKeyEvent* event) {
   const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
   auto* const button = qobject_cast<QPushButton*>(focusWidget());
-  if (isReturn && button != nullptr) {
+  if (isReturn && event->isAutoRepeat()) {
+    event->accept();
+  } else if (isReturn && button != nullptr) {
     button->click();
   } else {
     QDialog::keyPressEvent(event);

@@ -1,6 +1,5 @@
 #include "platform/linux/FormFonts.h"
 
-#include <QApplication>
 #include <QFontDatabase>
 
 namespace voxtrel {
@@ -10,13 +9,12 @@ namespace {
 constexpr double kHeadlineScale = 1.2;
 constexpr double kCaptionScale = 0.85;
 
-/// `font` at `scale` times the size of the application's font, whichever unit that is in.
-QFont sized(QFont font, double scale) {
-  const QFont own = QApplication::font();
-  if (own.pointSizeF() > 0) {
-    font.setPointSizeF(own.pointSizeF() * scale);
+/// `font` at `scale` times the size of `base`, whichever unit that is in.
+QFont sized(QFont font, const QFont& base, double scale) {
+  if (base.pointSizeF() > 0) {
+    font.setPointSizeF(base.pointSizeF() * scale);
   } else {
-    font.setPixelSize(qRound(own.pixelSize() * scale));
+    font.setPixelSize(qRound(base.pixelSize() * scale));
   }
   return font;
 }
@@ -28,20 +26,20 @@ QFont weighted(QFont font, QFont::Weight weight) {
 
 }  // namespace
 
-QFont headlineFont() {
-  return weighted(sized(QApplication::font(), kHeadlineScale), QFont::Bold);
+QFont headline(const QFont& base) {
+  return weighted(sized(base, base, kHeadlineScale), QFont::Bold);
 }
 
-QFont semiboldFont() {
-  return weighted(QApplication::font(), QFont::DemiBold);
+QFont semibold(const QFont& base) {
+  return weighted(base, QFont::DemiBold);
 }
 
-QFont captionFont() {
-  return sized(QApplication::font(), kCaptionScale);
+QFont caption(const QFont& base) {
+  return sized(base, base, kCaptionScale);
 }
 
-QFont monospacedCaptionFont() {
-  return sized(QFontDatabase::systemFont(QFontDatabase::FixedFont), kCaptionScale);
+QFont monospacedCaption(const QFont& base) {
+  return sized(QFontDatabase::systemFont(QFontDatabase::FixedFont), base, kCaptionScale);
 }
 
 }  // namespace voxtrel

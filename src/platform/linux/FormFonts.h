@@ -4,10 +4,10 @@
 
 namespace voxtrel {
 
-// The fonts of the forms, all measured by the desktop's own font.
-QFont headlineFont();
-QFont semiboldFont();
-QFont captionFont();
-QFont monospacedCaptionFont();
+// The fonts of a form whose own font is `base`.
+QFont headline(const QFont& base);
+QFont semibold(const QFont& base);
+QFont caption(const QFont& base);
+QFont monospacedCaption(const QFont& base);
 
 }  // namespace voxtrel

@@ -47,7 +47,9 @@ LogView::LogView(int lineSpacing, int cornerRadius, QWidget* parent)
   text_->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
   text_->setFrameShape(QFrame::NoFrame);
   text_->setWordWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+  text_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
   text_->setTabChangesFocus(true);
+  text_->document()->setDocumentMargin(kInset);
   text_->document()->setDocumentLayout(new SpacedLayout(text_->document(), lineSpacing));
   text_->installEventFilter(this);
   setFocusProxy(text_);
@@ -82,15 +84,21 @@ void LogView::append(const std::string* first, const std::string* last) {
     if (shown_++ > 0) added += '\n';
     added += QString::fromStdString(*line);
   }
-  // A cursor of its own, and the user's stays where it is, with what is selected.
-  QTextCursor own = text_->textCursor();
-  if (!own.keepPositionOnInsert()) {
-    own.setKeepPositionOnInsert(true);
-    text_->setTextCursor(own);
-  }
+  const QTextCursor users = text_->textCursor();
+  const int anchor = users.anchor();
+  const int position = users.position();
   QTextCursor end(text_->document());
   end.movePosition(QTextCursor::End);
   end.insertText(added);
+  if (anchor != position) select(anchor, position);
+}
+
+/// What is selected up to the end would grow with it.
+void LogView::select(int anchor, int position) {
+  QTextCursor users = text_->textCursor();
+  users.setPosition(anchor);
+  users.setPosition(position, QTextCursor::KeepAnchor);
+  text_->setTextCursor(users);
 }
 
 void LogView::scrollToNewest() {

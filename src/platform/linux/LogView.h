@@ -31,6 +31,7 @@ class LogView final : public QFrame {
 
  private:
   void append(const std::string* first, const std::string* last);
+  void select(int anchor, int position);
   void scrollToNewest();
 
   const int cornerRadius_;

@@ -3,11 +3,12 @@
 #include <QCheckBox>
 #include <QEvent>
 #include <QGridLayout>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QPointer>
-#include <QShortcut>
 #include <QSignalBlocker>
 #include <QVBoxLayout>
+#include <algorithm>
 
 #include "platform/linux/FormFonts.h"
 #include "platform/linux/FormText.h"
@@ -27,6 +28,8 @@ SettingsForm::SettingsForm(std::shared_ptr<SettingsView> form, int heightPt)
   stack->setSpacing(SettingsView::kRowSpacingPt);
   auto* const rows = new QGridLayout;
   rows->setVerticalSpacing(SettingsView::kRowSpacingPt);
+  rows->setColumnMinimumWidth(0, SettingsView::kLabelWidthPt);
+  rows->setColumnMinimumWidth(1, SettingsView::kControlWidthPt);
   makeRows(*rows);
   makeSaveButton();
   stack->addStretch();
@@ -34,7 +37,7 @@ SettingsForm::SettingsForm(std::shared_ptr<SettingsView> form, int heightPt)
   stack->setAlignment(rows, Qt::AlignHCenter);
   stack->addWidget(save_, 0, Qt::AlignHCenter);
   stack->addStretch();
-  applyFonts();
+  applyFont();
   // Weakly: the form outlives its widgets, which are made anew when the window opens again.
   form_->setOnChange([self = QPointer(this)] {
     if (self) self->showLaunchAtLogin();
@@ -46,22 +49,34 @@ void SettingsForm::appeared() {
   form_->appeared();
 }
 
-QWidget* SettingsForm::firstInFocus() const {
+QWidget* SettingsForm::firstInFocus() {
   return hotkey_;
 }
 
 void SettingsForm::changeEvent(QEvent* event) {
   FormContent::changeEvent(event);
-  if (event->type() == QEvent::ApplicationFontChange || event->type() == QEvent::FontChange) {
-    applyFonts();
+  if (event->type() == QEvent::FontChange) {
+    applyFont();
   }
+}
+
+/// Some desktops' pickers and boxes take Return for themselves; here it goes on to the default
+/// button. An open list is a window of its own, so that there it still chooses a row.
+bool SettingsForm::eventFilter(QObject* watched, QEvent* event) {
+  if (event->type() == QEvent::KeyPress) {
+    const int key = static_cast<QKeyEvent*>(event)->key();
+    if (key == Qt::Key_Return || key == Qt::Key_Enter) {
+      event->ignore();
+      return true;
+    }
+  }
+  return FormContent::eventFilter(watched, event);
 }
 
 QLabel* SettingsForm::makeLabel(std::string_view text, char accessKey) {
   auto* const label = new QLabel(controlText(text, accessKey), this);
   label->setTextFormat(Qt::PlainText);
   label->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
-  label->setMinimumWidth(SettingsView::kLabelWidthPt);
   labels_.push_back(label);
   return label;
 }
@@ -70,6 +85,7 @@ template <typename Choices>
 QComboBox* SettingsForm::makePicker(const Choices& choices, std::size_t selected, Select select) {
   auto* const picker = new PickerBox(this);
   for (const auto& choice : choices) picker->addItem(formText(choice.display));
+  picker->installEventFilter(this);
   picker->setCurrentIndex(static_cast<int>(selected));
   picker->setMaxVisibleItems(static_cast<int>(choices.size()));
   connect(picker, &QComboBox::currentIndexChanged, this, [this, select](int index) {
@@ -80,7 +96,6 @@ QComboBox* SettingsForm::makePicker(const Choices& choices, std::size_t selected
 
 void SettingsForm::addRow(QGridLayout& rows, QLabel* label, QWidget* control) {
   label->setBuddy(control);
-  control->setMinimumWidth(SettingsView::kControlWidthPt);
   const int row = rows.rowCount();
   rows.addWidget(label, row, 0);
   rows.addWidget(control, row, 1, Qt::AlignVCenter);
@@ -101,7 +116,7 @@ void SettingsForm::makeRows(QGridLayout& rows) {
   launchAtLogin_ = new QCheckBox(controlText(View::kLaunchAtLoginTitle, 'L'), this);
   connect(launchAtLogin_, &QCheckBox::toggled, this,
           [this](bool enabled) { form_->setLaunchAtLogin(enabled); });
-  launchAtLogin_->setMinimumWidth(View::kControlWidthPt);
+  launchAtLogin_->installEventFilter(this);
   rows.addWidget(launchAtLogin_, rows.rowCount(), 1, Qt::AlignVCenter);
 }
 
@@ -109,17 +124,10 @@ void SettingsForm::makeSaveButton() {
   save_ = new LargeButton(controlText(SettingsView::kSaveTitle, 'S'), this);
   save_->setDefault(true);
   connect(save_, &QPushButton::clicked, this, [this] { form_->saveAndRestart(); });
-  // Some desktops' closed pickers take Return for themselves; a shortcut comes before them. An open
-  // list is a window of its own, so that there Return still chooses a row.
-  for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter}) {
-    auto* const shortcut = new QShortcut(QKeySequence(key), this);
-    shortcut->setAutoRepeat(false);
-    connect(shortcut, &QShortcut::activated, save_, [this] { save_->click(); });
-  }
 }
 
-void SettingsForm::applyFonts() {
-  for (QLabel* const label : labels_) label->setFont(semiboldFont());
+void SettingsForm::applyFont() {
+  for (QLabel* const label : labels_) label->setFont(semibold(font()));
 }
 
 void SettingsForm::showLaunchAtLogin() {

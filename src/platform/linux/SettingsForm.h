@@ -23,10 +23,11 @@ class SettingsForm final : public FormContent {
   SettingsForm(std::shared_ptr<SettingsView> form, int heightPt);
 
   void appeared() override;
-  QWidget* firstInFocus() const override;
+  QWidget* firstInFocus() override;
 
  protected:
   void changeEvent(QEvent* event) override;
+  bool eventFilter(QObject* watched, QEvent* event) override;
 
  private:
   using Select = void (SettingsView::*)(std::size_t);
@@ -37,7 +38,7 @@ class SettingsForm final : public FormContent {
   QComboBox* makePicker(const Choices& choices, std::size_t selected, Select select);
   void makeRows(QGridLayout& rows);
   void makeSaveButton();
-  void applyFonts();
+  void applyFont();
   void showLaunchAtLogin();
 
   const std::shared_ptr<SettingsView> form_;
