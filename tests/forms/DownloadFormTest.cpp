@@ -219,9 +219,37 @@ TEST_F(TheDownloadWindow, showsTwoHundredThousandLines) {
   openDownload();
   forms.print(lines(0, 200'000));
   EXPECT_TRUE(eventuallyReads("line 199999"));
+  EXPECT_TRUE(newestIsInView());
+  EXPECT_TRUE(eventually([] { return log()->blockCount() >= 200'001; }));
   EXPECT_EQ(log()->blockCount(), 200'001);
   EXPECT_EQ(log()->document()->findBlockByNumber(123'457).text(), "line 123456");
   EXPECT_TRUE(newestIsInView());
+}
+
+TEST_F(TheDownloadWindow, losesNoLineHoweverFastTheyCome) {
+  openDownload();
+  std::string expected = "Connecting to HuggingFace...";
+  int printed = 0;
+  for (const int burst : {3000, 10, 500, 199, 201, 1, 7000}) {
+    const std::string text = lines(printed, printed + burst);
+    printed += burst;
+    forms.print(text);
+    expected += "\n" + text.substr(0, text.size() - 1);
+    const QString newest = "line " + QString::number(printed - 1);
+    EXPECT_TRUE(eventuallyReads(newest));  // some of those before may still be missing
+  }
+  EXPECT_TRUE(eventually([&] { return log()->blockCount() == printed + 1; }));
+  EXPECT_EQ(log()->toPlainText().toStdString(), expected);
+}
+
+TEST_F(TheDownloadWindow, takesEveryLineForOne) {
+  openDownload();
+  const std::string odd = "a \xEF\xB7\x90 b \xEF\xB7\x91 c \t <b>d</b>";
+  forms.print(odd + "\n" + lines(0, 500));
+  EXPECT_TRUE(eventuallyReads("line 499"));
+  EXPECT_TRUE(eventually([] { return log()->blockCount() == 502; }));
+  EXPECT_EQ(log()->document()->findBlockByNumber(1).text(),
+            QString::fromUtf8("a \uFFFD b \uFFFD c \t <b>d</b>"));
 }
 
 TEST_F(TheDownloadWindow, tellsAssistiveTechnologyItsNamesAndTexts) {

@@ -180,7 +180,7 @@ void DownloadForm::refresh() {
   error_->setVisible(form_->showsError());
   retry_->setVisible(form_->showsRetry());
   skip_->setEnabled(form_->skipIsEnabled());
-  if (!log_->follow(form_->logLines())) nextFrame_.start(std::chrono::milliseconds::zero());
+  if (!log_->follow(form_->logLines())) nextFrame_.start(kFrame);
 }
 
 }  // namespace voxtrel

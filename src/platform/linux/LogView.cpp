@@ -15,8 +15,33 @@ namespace voxtrel {
 
 namespace {
 
-/// As many lines as go into the text within a small part of a tenth of a second.
-constexpr std::size_t kLinesAtATime = 5000;
+/// More than are ever in view; if more than these come at a time, those before are passed over.
+constexpr std::size_t kNewest = 200;
+
+/// How many of those passed over are taken up at a time: a small part of a tenth of a second while
+/// nothing else happens, hardly anything of a frame while lines still pour in.
+constexpr std::size_t kWhenCalm = 3000;
+constexpr std::size_t kWhenBusy = 300;
+
+/// The lines as one text, a line to each of the document's blocks.
+QString joined(const std::vector<std::string>& lines, std::size_t first, std::size_t end) {
+  QString text;
+  for (std::size_t line = first; line < end; ++line) {
+    if (line > first) text += '\n';
+    text += QString::fromStdString(lines[line]);
+  }
+  // Noncharacters that a document takes for the borders of a frame.
+  constexpr char16_t kFrameBegin = 0xFDD0, kFrameEnd = 0xFDD1;
+  text.replace(QChar(kFrameBegin), QChar(QChar::ReplacementCharacter));
+  text.replace(QChar(kFrameEnd), QChar(QChar::ReplacementCharacter));
+  return text;
+}
+
+QTextCursor endOfBlock(QTextDocument& document, std::size_t number) {
+  QTextCursor cursor(document.findBlockByNumber(static_cast<int>(number)));
+  cursor.movePosition(QTextCursor::EndOfBlock);
+  return cursor;
+}
 
 /// Puts room below every paragraph.
 class SpacedLayout final : public QPlainTextDocumentLayout {
@@ -55,18 +80,16 @@ LogView::LogView(int lineSpacing, int cornerRadius, QWidget* parent)
   setFocusProxy(text_);
 }
 
-bool LogView::follow(const std::vector<std::string>& lines) {
-  const std::size_t count = std::min(kLinesAtATime, lines.size() - shown_);
-  if (count > 0) {
-    append(lines.data() + shown_, lines.data() + shown_ + count);
-    scrollToNewest();
-  }
-  return shown_ == lines.size();
+bool LogView::follow(const Lines& lines) {
+  const bool isBusy = lines.size() - end_ > kNewest;
+  if (lines.size() > end_) showNewest(lines);
+  if (head_ < tail_) showPassedOver(lines, isBusy ? kWhenBusy : kWhenCalm);
+  return head_ == tail_;
 }
 
 void LogView::clear() {
   text_->clear();
-  shown_ = 0;
+  head_ = tail_ = end_ = 0;
 }
 
 void LogView::setTextFont(const QFont& font) {
@@ -77,20 +100,54 @@ void LogView::setTextName(const QString& name) {
   text_->setAccessibleName(name);
 }
 
-/// In one insertion: each costs a new layout of what is in view.
-void LogView::append(const std::string* first, const std::string* last) {
-  QString added;
-  for (const std::string* line = first; line != last; ++line) {
-    if (shown_++ > 0) added += '\n';
-    added += QString::fromStdString(*line);
+void LogView::showNewest(const Lines& lines) {
+  if (head_ == tail_) head_ = tail_ = end_;  // nothing is missing: all that is shown is the head
+  std::size_t first = end_;
+  if (lines.size() - end_ > kNewest) {
+    dropAfterHead();
+    first = tail_ = lines.size() - kNewest;
   }
+  append(lines, first, lines.size());
+  end_ = lines.size();
+  scrollToNewest();
+}
+
+/// Between the head and what comes after it.
+void LogView::showPassedOver(const Lines& lines, std::size_t atMost) {
+  const QScrollBar* const bar = text_->verticalScrollBar();
+  const bool isAtNewest = bar->value() == bar->maximum();
+  const std::size_t end = std::min(tail_, head_ + atMost);
+  const QString added = joined(lines, head_, end);
+  if (head_ == 0) {
+    QTextCursor(text_->document()).insertText(added + '\n');
+  } else {
+    endOfBlock(*text_->document(), head_ - 1).insertText('\n' + added);
+  }
+  head_ = end;
+  if (head_ == tail_) head_ = tail_ = end_;
+  if (isAtNewest) scrollToNewest();
+}
+
+/// In one insertion: each costs a new layout of what is in view.
+void LogView::append(const Lines& lines, std::size_t first, std::size_t end) {
   const QTextCursor users = text_->textCursor();
   const int anchor = users.anchor();
   const int position = users.position();
-  QTextCursor end(text_->document());
-  end.movePosition(QTextCursor::End);
-  end.insertText(added);
+  QTextCursor cursor(text_->document());
+  cursor.movePosition(QTextCursor::End);
+  const QString separator = text_->document()->isEmpty() ? "" : "\n";
+  cursor.insertText(separator + joined(lines, first, end));
   if (anchor != position) select(anchor, position);
+}
+
+void LogView::dropAfterHead() {
+  if (head_ == 0) {
+    text_->clear();
+    return;
+  }
+  QTextCursor dropped = endOfBlock(*text_->document(), head_ - 1);
+  dropped.movePosition(QTextCursor::End, QTextCursor::KeepAnchor);
+  dropped.removeSelectedText();
 }
 
 /// What is selected up to the end would grow with it.

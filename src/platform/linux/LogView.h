@@ -9,15 +9,16 @@ class QPlainTextEdit;
 namespace voxtrel {
 
 /// Lines of text, the newest in view: read-only, to be selected and copied, older ones reachable by
-/// scrolling however many there are.
+/// scrolling however many there are. When they come faster than a text can take them up, the newest
+/// are shown first, and those passed over follow as soon as there is time.
 /// Thread: the main thread.  Owns: a copy of the lines.
 class LogView final : public QFrame {
  public:
   /// `lineSpacing` lies between two lines; `cornerRadius` rounds the background's corners.
   LogView(int lineSpacing, int cornerRadius, QWidget* parent);
 
-  /// Shows `lines`, which begins with the lines shown already unless `clear` was called. Takes a
-  /// bounded number at a time; false: call again for the rest.
+  /// Shows `lines`, which begins with the lines shown already unless `clear` was called. False: some
+  /// are still to follow; call again.
   [[nodiscard]] bool follow(const std::vector<std::string>& lines);
   void clear();
 
@@ -30,13 +31,21 @@ class LogView final : public QFrame {
   bool eventFilter(QObject* watched, QEvent* event) override;
 
  private:
-  void append(const std::string* first, const std::string* last);
+  using Lines = std::vector<std::string>;
+
+  void showNewest(const Lines& lines);
+  void showPassedOver(const Lines& lines, std::size_t atMost);
+  void append(const Lines& lines, std::size_t first, std::size_t end);
+  void dropAfterHead();
   void select(int anchor, int position);
   void scrollToNewest();
 
   const int cornerRadius_;
   QPlainTextEdit* const text_;
-  std::size_t shown_ = 0;
+  // Shown are the lines before `head_` and those from `tail_` to `end_`.
+  std::size_t head_ = 0;
+  std::size_t tail_ = 0;
+  std::size_t end_ = 0;
 };
 
 }  // namespace voxtrel
