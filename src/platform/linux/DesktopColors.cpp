@@ -20,6 +20,7 @@ constexpr const char* kInterface = "org.freedesktop.portal.Settings";
 constexpr const char* kSpace = "org.freedesktop.appearance";
 constexpr const char* kKey = "color-scheme";
 constexpr uint kPrefersDark = 1;
+constexpr uint kPrefersLight = 2;
 constexpr int kAnswerLimitMs = 5000;
 
 /// Whether the windows' colours are those of Qt's plain style and so ours to change.
@@ -28,16 +29,12 @@ bool isPlain() {
   return style.name() == "fusion" && QApplication::palette() == style.standardPalette();
 }
 
-/// The portal answers with a variant within a variant.
-bool prefersDark(QVariant value) {
-  while (value.canConvert<QDBusVariant>()) value = value.value<QDBusVariant>().variant();
-  return value.toUInt() == kPrefersDark;
-}
-
 }  // namespace
 
 void DesktopColors::follow() {
   if (std::exchange(isFollowing_, true) || !isPlain()) return;
+  theme_ = std::make_unique<XThemeName>([this] { apply(); });
+  apply();
   listen();
   askPortal();
 }
@@ -56,16 +53,29 @@ void DesktopColors::askPortal() {
   connect(answer, &QDBusPendingCallWatcher::finished, this, [this, answer] {
     answer->deleteLater();
     const QDBusPendingReply<QDBusVariant> reply = *answer;
-    if (reply.isValid()) setDark(prefersDark(reply.value().variant()));
+    if (reply.isValid()) hear(reply.value().variant());
   });
 }
 
 void DesktopColors::onSettingChanged(const QString& space, const QString& key,
                                      const QDBusVariant& value) {
-  if (space == kSpace && key == kKey) setDark(prefersDark(value.variant()));
+  if (space == kSpace && key == kKey) hear(value.variant());
 }
 
-void DesktopColors::setDark(bool isDark) {
+/// The portal answers a question with a variant within a variant.
+void DesktopColors::hear(const QVariant& colorScheme) {
+  QVariant value = colorScheme;
+  while (value.canConvert<QDBusVariant>()) value = value.value<QDBusVariant>().variant();
+  const uint wish = value.toUInt();
+  portalsWish_ = wish == kPrefersDark    ? Wish::dark
+                 : wish == kPrefersLight ? Wish::light
+                                         : Wish::none;
+  apply();
+}
+
+void DesktopColors::apply() {
+  const bool isDark = portalsWish_ == Wish::none ? theme_->read().toLower().endsWith("-dark")
+                                                 : portalsWish_ == Wish::dark;
   if (std::exchange(isDark_, isDark) == isDark) return;
   QApplication::setPalette(isDark ? darkPalette() : QPalette());
 }

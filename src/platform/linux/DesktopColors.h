@@ -2,11 +2,14 @@
 
 #include <QDBusVariant>
 #include <QObject>
-#include <optional>
+#include <memory>
+
+#include "platform/linux/XThemeName.h"
 
 namespace voxtrel {
 
-/// Light or dark windows, as the desktop's portal says. Where Qt knows the desktop's own colours, or
+/// Light or dark windows, as the desktop wants them: its portal says so, or the theme's name, which
+/// ends in "-dark", where no portal has a say. Where Qt knows the desktop's own colours, or
 /// another style than its own plain one draws, those are left alone.
 /// Thread: the main thread.
 /// Fails by: staying light.
@@ -22,10 +25,15 @@ class DesktopColors final : public QObject {
   Q_SLOT void onSettingChanged(const QString& space, const QString& key, const QDBusVariant& value);
   void listen();
   void askPortal();
-  void setDark(bool isDark);
+  void hear(const QVariant& colorScheme);
+  void apply();
+
+  enum class Wish { none, dark, light };
 
   bool isFollowing_ = false;
   bool isDark_ = false;
+  Wish portalsWish_ = Wish::none;
+  std::unique_ptr<XThemeName> theme_;
 };
 
 }  // namespace voxtrel
