@@ -31,6 +31,8 @@ LinuxDesktop::LinuxDesktop(Parts parts, const std::string& version)
       microphoneAccess_(mainLoop_, *parts_.log, QDBusConnection::sessionBus(), kSandboxMarker),
       accessibilityTrust_(SessionKeyTrust::sourcesOfThisSession(), notifications_),
       sleepWatch_(*parts_.log),
+      alerts_(colors_),
+      formWindows_(colors_),
       loginItem_(desktopConfigFolder(home_, isSandboxed()),
                  autostartProgram(startedProgram(), isSandboxed())),
       privacySettings_(*parts_.log, HelpPages::folderFor(executablePath()),

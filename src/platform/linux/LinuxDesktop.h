@@ -6,13 +6,15 @@
 #include "platform/Desktop.h"
 #include "platform/kissfft/KissRealFft.h"
 #include "platform/linux/AutostartEntry.h"
+#include "platform/linux/DesktopColors.h"
 #include "platform/linux/FreedesktopNotifications.h"
 #include "platform/linux/HelpPages.h"
 #include "platform/linux/LogindSleepWatch.h"
-#include "platform/linux/PendingPorts.h"
 #include "platform/linux/PulseMicrophone.h"
 #include "platform/linux/QSettingsUserDefaults.h"
+#include "platform/linux/QtAlerts.h"
 #include "platform/linux/QtApplication.h"
+#include "platform/linux/QtFormWindows.h"
 #include "platform/linux/QtMainLoop.h"
 #include "platform/linux/QtOverlayStage.h"
 #include "platform/linux/SandboxMicrophoneAccess.h"
@@ -83,8 +85,9 @@ class LinuxDesktop final : public Desktop {
   SessionKeyTrust accessibilityTrust_;
   LogindSleepWatch sleepWatch_;
   TrayStatusItem statusItem_;
-  PendingAlerts alerts_;
-  PendingFormWindows formWindows_;
+  DesktopColors colors_;
+  QtAlerts alerts_;
+  QtFormWindows formWindows_;
   AutostartEntry loginItem_;
   HelpPages privacySettings_;
   QSettingsUserDefaults userDefaults_;
