@@ -15,6 +15,7 @@ NOTHING_PATH = "/org/a11y/atspi/null"
 INTERFACE = "org.a11y.atspi."
 PROPERTIES = "org.freedesktop.DBus.Properties"
 ON_SCREEN = 0
+LABELLED_BY = 2  # a relation, by its number in the protocol
 WINDOW_ROLES = ("frame", "dialog", "alert", "window")
 
 # The roles that the windows use, by their numbers in the protocol; the names that a toolkit sends
@@ -105,6 +106,15 @@ class Node:
         """(value, least, most) of a bar."""
         return tuple(float(self._property("Value", name))
                      for name in ("CurrentValue", "MinimumValue", "MaximumValue"))
+
+    @property
+    def label(self):
+        """The name of the text beside it that labels it, or None."""
+        for relation, targets in self._interface("Accessible").GetRelationSet():
+            if relation == LABELLED_BY:
+                service, path = targets[0]
+                return Node(self._bus, str(service), str(path)).name
+        return None
 
     def interfaces(self):
         """The interfaces that it offers, without their common beginning."""
