@@ -52,7 +52,7 @@ class Desk:
     """
 
     def __init__(self, panel=True, notifications=True, session_bus=True, login_manager=True,
-                 compositing=False, accessibility=False):
+                 compositing=False, accessibility=False, size=(WIDTH, HEIGHT)):
         self._wants = {"panel": panel, "notifications": notifications,
                        "accessibility": accessibility}
         self._wants_session_bus = session_bus
@@ -60,7 +60,7 @@ class Desk:
         self._compositing = compositing
         self._running = []
         self._keep = None
-        self.width, self.height = WIDTH, HEIGHT
+        self.width, self.height = size
         self.folder = tempfile.mkdtemp(prefix="voxtrel-desk-")
         self.environment = self._make_environment()
         self.session_bus = self.system_bus = self.login_manager = None
@@ -174,7 +174,7 @@ class Desk:
     def _launch_x_server(self):
         ours, theirs = os.pipe()
         self._x_server = Process(
-            ["Xvfb", "-displayfd", str(theirs), "-screen", "0", f"{WIDTH}x{HEIGHT}x24",
+            ["Xvfb", "-displayfd", str(theirs), "-screen", "0", f"{self.width}x{self.height}x24",
              "-fbdir", self.path("screen"), "-wr", "-nolisten", "tcp", "-noreset"],
             self.environment, self.path("logs/x-server.log"), pass_fds=(theirs,))
         os.close(theirs)
@@ -240,12 +240,17 @@ class Desk:
 
     def park_pointer(self):
         """Moves the pointer to a corner where it is in no picture."""
-        self.xdotool("mousemove", str(WIDTH), str(HEIGHT))
+        self.xdotool("mousemove", str(self.width), str(self.height))
 
     def xdotool(self, *arguments):
         """Acts as the user's hands."""
         return subprocess.run(["xdotool", *arguments], check=True, env=self.environment,
                               capture_output=True, text=True, timeout=20).stdout
+
+    def clipboard(self):
+        """The text in the clipboard, as another program gets it."""
+        return subprocess.run(["xclip", "-out", "-selection", "clipboard"], check=True, timeout=20,
+                              env=self.environment, capture_output=True, text=True).stdout
 
     # Evidence ------------------------------------------------------------------------------------
 

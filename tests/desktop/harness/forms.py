@@ -139,10 +139,6 @@ class SettingsForm(Window):
         """The one button."""
         return self.node.find("push button", "Save & Restart")
 
-    def wait_until_focused(self, node):
-        """Waits until one of its parts has the keyboard."""
-        eventually(lambda: "focused" in node.states, f"{node!r} to have the keyboard")
-
     def wait_for_selection(self, label, text):
         """Waits until a box shows this."""
         eventually(tolerant(lambda: self.shown(label) == text), f"{label} to show {text!r}")

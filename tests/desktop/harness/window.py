@@ -16,7 +16,7 @@ class Window:
         self.desk = desk
         self.title = title
         self._pid = app.process.pid
-        self._scale = scale
+        self.scale = scale
         self.node = desk.accessibility.wait_for_window(self._pid, title)
         # The window manager's part of it may come later.
         self.identifier = eventually(self._search, f"the window {title!r} on the screen")
@@ -67,6 +67,10 @@ class Window:
         eventually(self.active, f"{self.title!r} to be the active window", 10)
         return self
 
+    def wait_until_focused(self, node):
+        """Waits until one of its parts has the keyboard."""
+        eventually(lambda: "focused" in node.states, f"{node!r} to have the keyboard")
+
     def wait_until_closed(self, limit_s=10.0):
         """Waits until no window of this title is shown."""
         self.desk.accessibility.wait_until_closed(self._pid, self.title, limit_s)
@@ -75,12 +79,25 @@ class Window:
         """The window with its frame, as it is on the screen."""
         return self.desk.screenshot().crop(self.frame)
 
+    def settled_picture(self, unlike=None):
+        """The picture once it is no longer `unlike` (a picture) and has stopped changing."""
+        last = []
+
+        def settled():
+            picture = self.picture()
+            same = bool(last) and last[0].rgb == picture.rgb
+            last[:] = [picture]
+            fresh = unlike is None or unlike.rgb != picture.rgb
+            return picture if same and fresh else None
+
+        return eventually(settled, f"a settled picture of {self.title!r}", 10)
+
     # As a person ---------------------------------------------------------------------------------
 
     def click(self, node):
         """Clicks in the middle of one of its parts."""
         x, y = node.place.centre
-        self.desk.click((x * self._scale, y * self._scale))
+        self.desk.click((x * self.scale, y * self.scale))
         self.desk.park_pointer()
 
     def close_by_box(self):
