@@ -1,11 +1,13 @@
 #include "config/ConfigManager.h"
 
+#include <exception>
 #include <filesystem>
 #include <optional>
 #include <utility>
 
 #include "config/HotkeyTable.h"
 #include "config/SettingsReader.h"
+#include "config/SettingsWriter.h"
 #include "config/TextFile.h"
 
 namespace voxtrel {
@@ -14,6 +16,25 @@ namespace {
 std::string withoutTrailingSeparators(std::string path) {
   path.erase(path.find_last_not_of('/') + 1);
   return path;
+}
+
+/// Puts `from` in the place of `to`, which must be free: nothing is overwritten.
+void moveItem(const std::string& from, const std::string& to) {
+  std::error_code error;
+  if (std::filesystem::exists(std::filesystem::symlink_status(to, error))) return;
+  std::filesystem::rename(from, to, error);
+}
+
+/// The steps do not look at each other's success: where the new file cannot be made, the old one
+/// goes all the same, and the engine runs with its defaults.
+void replaceFile(const std::string& path, const ModelSettings& settings) {
+  std::error_code error;
+  std::filesystem::create_directories(std::filesystem::path(path).parent_path(), error);
+  const std::string text = withSettings(readTextFile(path).value_or(""), settings);
+  const std::string temporary = path + ".tmp";
+  writeTextFile(temporary, text);
+  std::filesystem::remove_all(path, error);
+  moveItem(temporary, path);
 }
 
 }  // namespace
@@ -25,6 +46,14 @@ ConfigManager::ConfigManager(std::string homeDirectory)
 ModelSettings ConfigManager::readSettings() const {
   const std::optional<std::string> text = readTextFile(configPath_);
   return text ? parseSettings(*text) : ModelSettings();
+}
+
+void ConfigManager::writeSettings(const ModelSettings& settings) const {
+  try {
+    replaceFile(configPath_, settings);
+  } catch (const std::exception&) {  // no memory: nothing to be done, and nobody to tell
+    return;
+  }
 }
 
 std::string ConfigManager::readWhisperModel() const {

@@ -25,6 +25,19 @@ std::optional<std::string> readBytes(const std::string& path) {
   return bytes;
 }
 
+bool writeBytes(const std::string& path, std::string_view bytes) {
+  std::error_code error;
+  const std::filesystem::file_status status = std::filesystem::status(path, error);
+  if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) return false;
+  std::ofstream file(path, std::ios::binary | std::ios::trunc);
+  if (!file) return false;
+  file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+  file.close();
+  if (file) return true;
+  std::filesystem::remove(path, error);
+  return false;
+}
+
 }  // namespace
 
 std::optional<std::string> readTextFile(const std::string& path) noexcept {
@@ -34,6 +47,14 @@ std::optional<std::string> readTextFile(const std::string& path) noexcept {
     return bytes;
   } catch (const std::exception&) {  // no memory for it: as good as unreadable
     return std::nullopt;
+  }
+}
+
+bool writeTextFile(const std::string& path, std::string_view text) noexcept {
+  try {
+    return writeBytes(path, text);
+  } catch (const std::exception&) {
+    return false;
   }
 }
 

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace voxtrel {
@@ -61,14 +62,14 @@ class ModelDownloadView : public std::enable_shared_from_this<ModelDownloadView>
 
   /// `initialModel` has no effect: the engine's setup always fetches the same model.
   static std::shared_ptr<ModelDownloadView> create(const ModelDownloadPorts& ports,
-                                                   std::optional<std::string> initialModel,
+                                                   const std::optional<std::string>& initialModel,
                                                    Callbacks callbacks);
 
   const DownloadState& downloadState() const { return downloadState_; }
   /// Oldest first, never trimmed; only grows but for a restart, which begins it anew.
   const std::vector<std::string>& logLines() const { return logLines_; }
-  double downloadProgress() const { return downloadProgress_; }         ///< at most 1
-  const std::string& downloadedMB() const { return downloadedMB_; }     ///< such as "812.4 MB"
+  double downloadProgress() const { return downloadProgress_; }      ///< at most 1
+  const std::string& downloadedMB() const { return downloadedMB_; }  ///< such as "812.4 MB"
   const std::string& totalMB() const { return totalMB_; }
 
   // Which of the window's blocks are present.
@@ -89,7 +90,17 @@ class ModelDownloadView : public std::enable_shared_from_this<ModelDownloadView>
   void setOnChange(std::function<void()> onChange) { onChange_ = std::move(onChange); }
 
  private:
+  struct Setup;
+
   ModelDownloadView(const ModelDownloadPorts& ports, Callbacks callbacks);
+
+  void startDownload();
+  static void launch(const std::shared_ptr<Setup>& setup, const std::string& path);
+  void takeOutput(std::string_view text);
+  bool takePiece(std::string_view piece);
+  void handleExit(int status);
+  void fail(std::string message);
+  void changed() const;
 
   const ModelDownloadPorts ports_;
   const Callbacks callbacks_;

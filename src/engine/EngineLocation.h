@@ -10,4 +10,7 @@ class ApplicationBundle;
 /// "/usr/local/bin/quillback", whether or not anything is there.
 std::string binaryPath(const ApplicationBundle& bundle);
 
+/// Whether anything is at `path`; links are followed.
+bool fileExists(const std::string& path);
+
 }  // namespace voxtrel

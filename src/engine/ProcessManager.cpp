@@ -1,6 +1,5 @@
 #include "engine/ProcessManager.h"
 
-#include <filesystem>
 #include <utility>
 #include <variant>
 
@@ -25,11 +24,6 @@ constexpr std::chrono::milliseconds kExitPollInterval = 50ms;
 // An engine that floods its output is read no faster than the main thread hears of its states, so
 // that what waits for the main thread stays small.
 constexpr int kMaxUndeliveredChanges = 256;
-
-bool fileExists(const std::string& path) {
-  std::error_code ignored;
-  return std::filesystem::exists(path, ignored);
-}
 
 }  // namespace
 

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <functional>
 #include <string_view>
+#include <utility>
 
 #include "config/ConfigManager.h"
 
@@ -65,10 +66,15 @@ class SettingsView {
   /// Writes the configuration and hands over to `onSaveAndRestart`.
   void saveAndRestart();
 
-  /// Called after launchAtLogin() has changed, the one thing here that changes by itself.
+  /// Called after launchAtLogin() has changed by itself: it sprang back, or the system says other
+  /// than was kept.
   void setOnChange(std::function<void()> onChange) { onChange_ = std::move(onChange); }
 
  private:
+  bool changeLaunchAtLogin(bool enabled);
+  bool requestLaunchAtLogin(bool enabled);
+  void changed() const;
+
   ConfigManager config_;
   const SettingsPorts ports_;
   const std::function<void()> onSaveAndRestart_;

@@ -9,19 +9,22 @@
 #include "support/ConfigWords.h"
 #include "support/EngineWords.h"
 #include "support/RandomText.h"
+#include "support/SetupWords.h"
 
 namespace {
 
 constexpr int kRounds = 20'000;
 
 std::string inputOf(voxtrel::RandomText& random) {
-  switch (random.below(4)) {
+  switch (random.below(5)) {
     case 0:
       return random.ofWords(voxtrel::kEngineWords, 40);
     case 1:
       return random.damaged(random.ofWords(voxtrel::kEngineWords, 40));
     case 2:
       return random.damaged(random.ofWords(voxtrel::kConfigWords, 60));
+    case 3:
+      return random.damaged(random.ofWords(voxtrel::kSetupWords, 40));
     default:
       break;
   }

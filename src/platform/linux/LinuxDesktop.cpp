@@ -17,6 +17,8 @@ LinuxDesktop::LinuxDesktop(Parts parts, const std::string& version)
       bundle_(executablePath()),
       microphoneAccess_(mainLoop_),
       sleepWatch_(*parts_.log),
+      alerts_(colors_),
+      formWindows_(colors_),
       updater_(version) {}
 
 LinuxDesktop::~LinuxDesktop() = default;

@@ -5,12 +5,15 @@
 
 #include "platform/Desktop.h"
 #include "platform/kissfft/KissRealFft.h"
+#include "platform/linux/DesktopColors.h"
 #include "platform/linux/FreedesktopNotifications.h"
 #include "platform/linux/GrantedPermissions.h"
 #include "platform/linux/LogindSleepWatch.h"
 #include "platform/linux/PendingPorts.h"
 #include "platform/linux/PulseMicrophone.h"
+#include "platform/linux/QtAlerts.h"
 #include "platform/linux/QtApplication.h"
+#include "platform/linux/QtFormWindows.h"
 #include "platform/linux/QtMainLoop.h"
 #include "platform/linux/QtOverlayStage.h"
 #include "platform/linux/TimerFdFrameTimer.h"
@@ -79,8 +82,9 @@ class LinuxDesktop final : public Desktop {
   FreedesktopNotifications notifications_;
   LogindSleepWatch sleepWatch_;
   TrayStatusItem statusItem_;
-  PendingAlerts alerts_;
-  PendingFormWindows formWindows_;
+  DesktopColors colors_;
+  QtAlerts alerts_;
+  QtFormWindows formWindows_;
   PendingLoginItem loginItem_;
   PendingPrivacySettings privacySettings_;
   PendingUserDefaults userDefaults_;

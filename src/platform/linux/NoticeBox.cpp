@@ -1,20 +1,13 @@
 #include "platform/linux/NoticeBox.h"
 
-#include <QGridLayout>
-
+#include "platform/linux/BoxWidth.h"
 #include "platform/linux/SymbolIcons.h"
 
 namespace voxtrel {
 
 namespace {
 
-/// Wide enough for its own title; the box by itself is as narrow as its text.
-void widen(QMessageBox& box) {
-  constexpr int kWidthPx = 300;
-  if (auto* const grid = qobject_cast<QGridLayout*>(box.layout())) {
-    grid->addItem(new QSpacerItem(kWidthPx, 0), grid->rowCount(), 0, 1, grid->columnCount());
-  }
-}
+constexpr int kWidthPt = 300;  // enough for its own title
 
 }  // namespace
 
@@ -31,7 +24,7 @@ void NoticeBox::show(const QString& title, const QString& text, const QString& d
     box_->setWindowIcon(applicationIcon());
     box_->setAttribute(Qt::WA_DeleteOnClose);
     box_->setModal(false);
-    widen(*box_);
+    widen(*box_, kWidthPt);
     box_->show();
   }
   box_->raise();

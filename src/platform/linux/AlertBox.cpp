@@ -1,0 +1,79 @@
+#include "platform/linux/AlertBox.h"
+
+#include <QDialogButtonBox>
+#include <QLabel>
+#include <QPushButton>
+#include <algorithm>
+#include <utility>
+
+#include "platform/linux/BoxWidth.h"
+#include "platform/linux/FormText.h"
+#include "platform/linux/SymbolIcons.h"
+#include "platform/linux/WindowPlacement.h"
+
+namespace voxtrel {
+
+namespace {
+
+/// Buttons of one role stand in the order in which they were added only where the desktop's layout
+/// is this one.
+constexpr const char* kInOrder = "QDialogButtonBox { button-layout: 0 }";
+
+constexpr int kWidthPt = 420;
+
+/// To the letter, and the message text stands out from the informative one.
+void setFormats(QMessageBox& box) {
+  box.setTextFormat(Qt::PlainText);
+  if (auto* const message = box.findChild<QLabel*>("qt_msgbox_label")) {
+    QFont font = message->font();
+    font.setBold(true);
+    message->setFont(font);
+  }
+  if (auto* const information = box.findChild<QLabel*>("qt_msgbox_informativelabel")) {
+    information->setTextFormat(Qt::PlainText);
+  }
+}
+
+}  // namespace
+
+AlertBox::AlertBox(const Alert& alert, std::function<void(std::size_t)> onAnswer)
+    : QMessageBox(Warning, "Voxtrel", formText(alert.messageText), NoButton) {
+  setInformativeText(formText(alert.informativeText));
+  setWindowIcon(applicationIcon());
+  setModal(true);
+  setStyleSheet(kInOrder);
+  setFormats(*this);
+  widen(*this, kWidthPt);
+  addButtons(alert.buttons);
+  connect(this, &QDialog::finished, this, [this, onAnswer = std::move(onAnswer)] {
+    deleteLater();
+    onAnswer(chosen());
+  });
+}
+
+void AlertBox::comeUp() {
+  ensurePolished();
+  adjustSize();
+  centreOnScreen(*this);
+  show();
+  raise();
+  activateWindow();
+}
+
+void AlertBox::addButtons(const std::vector<std::string>& texts) {
+  for (const std::string& text : texts) {
+    buttons_.push_back(addButton(controlText(text), AcceptRole));
+  }
+  if (buttons_.empty()) return;
+  setDefaultButton(buttons_.front());
+  setEscapeButton(buttons_.back());
+}
+
+/// The close box chooses no button; that counts as the last.
+std::size_t AlertBox::chosen() const {
+  const auto found = std::find(buttons_.begin(), buttons_.end(), clickedButton());
+  if (found == buttons_.end()) return buttons_.empty() ? 0 : buttons_.size() - 1;
+  return static_cast<std::size_t>(found - buttons_.begin());
+}
+
+}  // namespace voxtrel

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+
+#include "download/ModelDownloadView.h"
+#include "settings/SettingsView.h"
+#include "support/FakeChildProcesses.h"
+#include "support/FakeForms.h"
+#include "support/FakePorts.h"
+#include "support/ManualTime.h"
+#include "support/ScratchFolder.h"
+
+namespace voxtrel::testing {
+
+/// Forms without windows, to be put into every state.
+struct FormStates {
+  std::shared_ptr<SettingsView> settings() {
+    return std::make_shared<SettingsView>(ConfigManager(home.path()),
+                                          SettingsPorts{loginItem, userDefaults}, [this] {
+                                            if (onSave) onSave();
+                                          });
+  }
+
+  std::shared_ptr<ModelDownloadView> download() {
+    return ModelDownloadView::create({bundle, time, launcher, time}, {},
+                                     {[this] { ++completions; },
+                                      [this] {
+                                        ++skips;
+                                        if (onSkip) onSkip();
+                                      }});
+  }
+
+  // What the running setup does next.
+  void print(std::string_view text) {
+    time.runPosted();
+    launcher.last().print(text);
+    time.runPosted();
+  }
+  void exit(int status) {
+    time.runPosted();
+    launcher.last().exit(status);
+    time.runPosted();
+  }
+
+  ScratchFolder home;
+  ManualTime time;
+  FakeBundle bundle;
+  FakeLauncher launcher{time};
+  FakeLoginItem loginItem;
+  FakeUserDefaults userDefaults;
+  std::function<void()> onSave, onSkip;
+  int completions = 0, skips = 0;
+};
+
+}  // namespace voxtrel::testing
