@@ -92,6 +92,20 @@ class Progress(FirstRun):
         self.setup_run.put("ne\n")
         form.wait_for_log(FIRST_LINE, "half a li", "ne")
 
+    def test_the_newest_line_is_in_view_and_older_ones_can_be_reached(self):
+        form = self.begin()
+        lines = [f"shard {number} of 30 verified" for number in range(1, 31)]
+        self.setup_run.put("\n".join(lines) + "\n")
+        form.wait_for_log(FIRST_LINE, *lines)
+        eventually(lambda: form.scrolled() == 1.0, "the newest line in view")
+        log = form.node.find("text")
+        log.focus()
+        form.wait_until_focused(log)
+        form.keys("ctrl+Home")
+        eventually(lambda: form.scrolled() == 0.0, "the oldest line in view")
+        self.setup_run.put("one more\n")
+        eventually(lambda: form.scrolled() == 1.0, "the new line in view")
+
     def test_skip_does_nothing_while_downloading(self):
         form = self.begin("progress 812 3094")
         form.wait_for_fraction(0.262)

@@ -39,6 +39,11 @@ class DownloadForm(Window):
         node = self.node.find("text")
         return node.text.split("\n") if node else None
 
+    def scrolled(self):
+        """How far the log is scrolled down, 0 to 1."""
+        value, least, most = self.node.find("scroll bar").value
+        return (value - least) / (most - least)
+
     def skip(self):
         """The button that goes on without the model."""
         return self.node.find("push button", SKIP)
