@@ -60,7 +60,10 @@ class Window:
         """Whether it has the keyboard."""
         answer = self._ask("xprop", "-root", "_NET_ACTIVE_WINDOW")
         found = re.search(r"0x[0-9a-f]+", answer)
-        return bool(found) and int(found[0], 16) == int(self.identifier)
+        if not found or int(found[0], 16) != int(self.identifier):
+            return False
+        # The window manager says so first; keys arrive only when the program knows it too.
+        return "active" in self.node.states
 
     def wait_until_active(self):
         """Waits until it has the keyboard."""
@@ -101,7 +104,9 @@ class Window:
         self.desk.park_pointer()
 
     def close_by_box(self):
-        """Clicks at the frame's close box."""
+        """Clicks at the frame's close box, once the frame is there and stands still."""
+        self.wait_until_active()
+        self.settled_picture()
         frame, inner = self.frame, self.content
         height = inner.y - frame.y
         self.desk.click((frame.x + frame.width - CLOSE_BOX_WIDTH_PX // 2 - 1,
