@@ -10,3 +10,15 @@ install(FILES "${VOXTREL_PACKAGING}/org.voxtrel.Voxtrel.desktop"
 install(FILES "${VOXTREL_PACKAGING}/org.voxtrel.Voxtrel.metainfo.xml"
         DESTINATION "${CMAKE_INSTALL_DATADIR}/metainfo")
 install(FILES "${VOXTREL_PACKAGING}/voxtrel.1" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1")
+
+# Help pages: each is whole by itself, with the common style inside. The program looks for them beside
+# itself, in ../share, whether it is installed or not.
+set(VOXTREL_HELP "${CMAKE_BINARY_DIR}/share/voxtrel/help")
+file(GLOB VOXTREL_HELP_PAGES CONFIGURE_DEPENDS "${VOXTREL_PACKAGING}/help/*.html")
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${VOXTREL_PACKAGING}/help/style.css")
+file(READ "${VOXTREL_PACKAGING}/help/style.css" VOXTREL_HELP_STYLE)
+foreach(page IN LISTS VOXTREL_HELP_PAGES)
+  get_filename_component(name "${page}" NAME)
+  configure_file("${page}" "${VOXTREL_HELP}/${name}" @ONLY)
+endforeach()
+install(DIRECTORY "${VOXTREL_HELP}" DESTINATION "${CMAKE_INSTALL_DATADIR}/voxtrel")

@@ -41,6 +41,12 @@ struct FakeChild : ChildProcess {
 
 struct FakeLauncher : ChildProcessLauncher {
   explicit FakeLauncher(ManualTime& newTime) : time(newTime) {}
+  FakeLauncher(const FakeLauncher&) = delete;
+  FakeLauncher& operator=(const FakeLauncher&) = delete;
+  /// Those who hear a child may hold it: an end that no test asked for parts them.
+  ~FakeLauncher() override {
+    for (const auto& child : children) child->options = {};
+  }
 
   Result start(ChildOptions options) override {
     startedAt.push_back(time.now());

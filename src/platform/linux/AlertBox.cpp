@@ -15,9 +15,9 @@ namespace voxtrel {
 
 namespace {
 
-/// Buttons of one role stand in the order in which they were added only where the desktop's layout
-/// is this one.
-constexpr const char* kInOrder = "QDialogButtonBox { button-layout: 0 }";
+/// The role whose buttons no desktop's layout puts in another order than that of their adding. (A
+/// style sheet could ask for a layout, but what it covers misses later changes of colour.)
+constexpr QMessageBox::ButtonRole kInOrder = QMessageBox::ActionRole;
 
 constexpr int kWidthPt = 420;
 
@@ -41,7 +41,6 @@ AlertBox::AlertBox(const Alert& alert, std::function<void(std::size_t)> onAnswer
   setInformativeText(formText(alert.informativeText));
   setWindowIcon(applicationIcon());
   setModal(true);
-  setStyleSheet(kInOrder);
   setFormats(*this);
   widen(*this, kWidthPt);
   addButtons(alert.buttons);
@@ -62,7 +61,7 @@ void AlertBox::comeUp() {
 
 void AlertBox::addButtons(const std::vector<std::string>& texts) {
   for (const std::string& text : texts) {
-    buttons_.push_back(addButton(controlText(text), AcceptRole));
+    buttons_.push_back(addButton(controlText(text), kInOrder));
   }
   if (buttons_.empty()) return;
   setDefaultButton(buttons_.front());

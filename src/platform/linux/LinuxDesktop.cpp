@@ -1,24 +1,43 @@
 #include "platform/linux/LinuxDesktop.h"
 
 #include <QApplication>
+#include <QDBusConnection>
 #include <csignal>
+#include <cstdlib>
 
 #include "platform/linux/DisplayConnection.h"
 #include "platform/linux/OpenLog.h"
 #include "platform/linux/SingleInstance.h"
+#include "platform/linux/UserFolders.h"
 #include "platform/posix/ExecutablePath.h"
 #include "platform/posix/HomeDirectory.h"
 
 namespace voxtrel {
 
+namespace {
+
+/// What starts the application again: an AppImage is mounted somewhere else every time.
+std::string startedProgram() {
+  const char* const image = std::getenv("APPIMAGE");
+  return image != nullptr && image[0] == '/' ? image : executablePath();
+}
+
+}  // namespace
+
 LinuxDesktop::LinuxDesktop(Parts parts, const std::string& version)
     : home_(voxtrel::homeDirectory()),
       parts_(std::move(parts)),
       bundle_(executablePath()),
-      microphoneAccess_(mainLoop_),
+      microphoneAccess_(mainLoop_, *parts_.log, QDBusConnection::sessionBus(), kSandboxMarker),
+      accessibilityTrust_(SessionKeyTrust::sourcesOfThisSession(), notifications_),
       sleepWatch_(*parts_.log),
       alerts_(colors_),
       formWindows_(colors_),
+      loginItem_(desktopConfigFolder(home_, isSandboxed()),
+                 autostartProgram(startedProgram(), isSandboxed())),
+      privacySettings_(*parts_.log, HelpPages::folderFor(executablePath()),
+                       HelpPages::readerOfThisSession(isSandboxed())),
+      userDefaults_(configFolder(home_)),
       updater_(version) {}
 
 LinuxDesktop::~LinuxDesktop() = default;

@@ -5,17 +5,20 @@
 
 #include "platform/Desktop.h"
 #include "platform/kissfft/KissRealFft.h"
+#include "platform/linux/AutostartEntry.h"
 #include "platform/linux/DesktopColors.h"
 #include "platform/linux/FreedesktopNotifications.h"
-#include "platform/linux/GrantedPermissions.h"
+#include "platform/linux/HelpPages.h"
 #include "platform/linux/LogindSleepWatch.h"
-#include "platform/linux/PendingPorts.h"
 #include "platform/linux/PulseMicrophone.h"
+#include "platform/linux/QSettingsUserDefaults.h"
 #include "platform/linux/QtAlerts.h"
 #include "platform/linux/QtApplication.h"
 #include "platform/linux/QtFormWindows.h"
 #include "platform/linux/QtMainLoop.h"
 #include "platform/linux/QtOverlayStage.h"
+#include "platform/linux/SandboxMicrophoneAccess.h"
+#include "platform/linux/SessionKeyTrust.h"
 #include "platform/linux/TimerFdFrameTimer.h"
 #include "platform/linux/TrayStatusItem.h"
 #include "platform/linux/UpdateNotice.h"
@@ -74,20 +77,20 @@ class LinuxDesktop final : public Desktop {
   QtMainLoop mainLoop_;
   SteadyClock clock_;
   ExecutableFolder bundle_;
-  GrantedAccessibilityTrust accessibilityTrust_;
   PulseMicrophone microphone_;
   QtOverlayStage overlayStage_;
   TimerFdFrameTimer frameTimer_;
-  GrantedMicrophoneAccess microphoneAccess_;
+  SandboxMicrophoneAccess microphoneAccess_;
   FreedesktopNotifications notifications_;
+  SessionKeyTrust accessibilityTrust_;
   LogindSleepWatch sleepWatch_;
   TrayStatusItem statusItem_;
   DesktopColors colors_;
   QtAlerts alerts_;
   QtFormWindows formWindows_;
-  PendingLoginItem loginItem_;
-  PendingPrivacySettings privacySettings_;
-  PendingUserDefaults userDefaults_;
+  AutostartEntry loginItem_;
+  HelpPages privacySettings_;
+  QSettingsUserDefaults userDefaults_;
   UpdateNotice updater_;
   // Last, because their threads may call into everything above until they have ended.
   PosixChildProcessLauncher childProcesses_;

@@ -17,26 +17,52 @@ MODEL = ".local/share/quillback/weights/whisper-large-v3"
 class Application:
     """One installation of the program: its folder, its home, its engine, and its running process."""
 
-    def __init__(self, desk, programs, name="app", with_engine=True):
+    def __init__(self, desk, programs, name="app", with_engine=True, with_model=True,
+                 program="voxtrel"):
         self._desk = desk
         self._folder = desk.path(name)
         self._starts = 0
         self.home = os.path.join(self._folder, "home")
         self.process = None
         self.item = None
+        self.wrapper = []
+        os.makedirs(self.home)
+        if with_model:
+            self.install_model()
+        self.executable = os.path.join(self._folder, "voxtrel")
+        shutil.copy2(os.path.join(programs, program), self.executable)
+        self.engine = Engine(os.path.join(self._folder, "quillback"))
+        self.setup = Engine(self.engine.executable, ".setup")
+        if with_engine:
+            shutil.copy2(os.path.join(programs, "scripted-engine"), self.engine.executable)
+
+    def install_model(self):
+        """Leaves the mark by which the model counts as present."""
         os.makedirs(os.path.join(self.home, MODEL))
         with open(os.path.join(self.home, MODEL, "manifest.json"), "w", encoding="ascii") as file:
             file.write("{}\n")
-        self.executable = shutil.copy2(os.path.join(programs, "voxtrel"), self._folder)
-        self.engine = Engine(os.path.join(self._folder, "quillback"))
-        if with_engine:
-            shutil.copy2(os.path.join(programs, "scripted-engine"), self.engine.executable)
+
+    def remove_model(self):
+        """Takes the model away."""
+        shutil.rmtree(os.path.join(self.home, MODEL))
+
+    @property
+    def configuration(self):
+        """The path of the engine's configuration file."""
+        return os.path.join(self.home, ".config/quillback/config.toml")
+
+    def configure(self, text):
+        """Writes the engine's configuration file; `text` may be bytes."""
+        os.makedirs(os.path.dirname(self.configuration), exist_ok=True)
+        with open(self.configuration, "wb") as file:
+            file.write(text if isinstance(text, bytes) else text.encode())
 
     # Running -------------------------------------------------------------------------------------
 
     def environment(self, **changes):
         """What the program is started with; a change to None takes a variable away."""
-        wanted = dict(self._desk.environment, HOME=self.home)
+        wanted = dict(self._desk.environment, HOME=self.home,
+                      XDG_CONFIG_HOME=os.path.join(self.home, ".config"))
         wanted.update((name, os.environ[name]) for name in PASSED_ON if name in os.environ)
         wanted.update(changes)
         return {name: value for name, value in wanted.items() if value is not None}
@@ -45,14 +71,19 @@ class Application:
         """Starts the program without waiting for anything."""
         self._starts += 1
         log = self._desk.path(f"logs/{os.path.basename(self._folder)}-{self._starts}.log")
-        self.process = Process([self.executable, *arguments], self.environment(**changes), log)
+        self.process = Process([*self.wrapper, self.executable, *arguments],
+                               self.environment(**changes), log)
         return self.process
 
     def start_in_tray(self, **changes):
         """Starts the program and waits until it is in the tray and its engine is up."""
         self.start(**changes)
-        self.item = self._desk.tray.wait_for_item(self.process.pid)
-        self.engine.wait_for_starts(1)
+        return self.wait_until_in_tray()
+
+    def wait_until_in_tray(self, limit_s=10.0):
+        """Waits until the program is in the tray and its engine is up."""
+        self.item = self._desk.tray.wait_for_item(self.process.pid, limit_s)
+        self.engine.wait_for_starts(1, limit_s)
         return self
 
     def start_ready(self, **changes):
@@ -67,6 +98,7 @@ class Application:
         if self.process:
             self.process.stop()
         self.engine.stop_leftovers()
+        self.setup.stop_leftovers()
 
     # Watching ------------------------------------------------------------------------------------
 

@@ -27,20 +27,12 @@ BUS_NAME = "org.freedesktop.DBus"
 BUS_PATH = "/org/freedesktop/DBus"
 
 
-class Bus:
-    """One bus daemon, and the test's own connection to it."""
+class BusClient:
+    """The test's own connection to a bus."""
 
-    def __init__(self, kind, folder, environment):
-        socket = os.path.join(folder, f"{kind}-bus")
-        configuration = os.path.join(folder, f"{kind}-bus.conf")
-        with open(configuration, "w", encoding="utf-8") as file:
-            file.write(CONFIGURATION.format(kind=kind, socket=socket))
-        self.address = f"unix:path={socket}"
-        self._process = Process(
-            ["dbus-daemon", f"--config-file={configuration}", "--nofork", "--nopidfile"],
-            environment, os.path.join(folder, f"{kind}-bus.log"))
-        eventually(lambda: os.path.exists(socket), f"the {kind} bus")
-        self.connection = eventually(self.connect, f"a connection to the {kind} bus")
+    def __init__(self, address, what):
+        self.address = address
+        self.connection = eventually(self.connect, f"a connection to the {what} bus")
 
     def connect(self):
         """A connection of its own, or None while the daemon does not listen yet."""
@@ -73,7 +65,26 @@ class Bus:
         proxy = self.connection.get_object(name, path, introspect=False)
         return dbus.Interface(proxy, interface)
 
+    def close(self):
+        """Closes the connection."""
+        self.connection.close()
+
+
+class Bus(BusClient):
+    """One bus daemon, and the test's own connection to it."""
+
+    def __init__(self, kind, folder, environment):
+        socket = os.path.join(folder, f"{kind}-bus")
+        configuration = os.path.join(folder, f"{kind}-bus.conf")
+        with open(configuration, "w", encoding="utf-8") as file:
+            file.write(CONFIGURATION.format(kind=kind, socket=socket))
+        self._process = Process(
+            ["dbus-daemon", f"--config-file={configuration}", "--nofork", "--nopidfile"],
+            environment, os.path.join(folder, f"{kind}-bus.log"))
+        eventually(lambda: os.path.exists(socket), f"the {kind} bus")
+        super().__init__(f"unix:path={socket}", kind)
+
     def stop(self):
         """Closes the connection, then ends the daemon."""
-        self.connection.close()
+        self.close()
         self._process.stop()

@@ -35,11 +35,11 @@ class DesktopCase(unittest.TestCase):
         if self.desk and len(result.failures) + len(result.errors) > before:
             self.desk.keep_logs(self._testMethodName)
 
-    def install(self, with_engine=True):
+    def install(self, **options):
         """A fresh installation; its program is ended after the test, and must have been sane."""
         type(self).installations += 1
         # A short name: the path of a local socket has a limit.
-        app = Application(self.desk, PROGRAMS, f"app{self.installations}", with_engine)
+        app = Application(self.desk, PROGRAMS, f"app{self.installations}", **options)
         self.addCleanup(self._check_reports, app)
         self.addCleanup(app.stop)
         return app

@@ -8,6 +8,7 @@ import sys
 import tempfile
 
 from . import panel as panel_module
+from .accessibility import Accessibility
 from .buses import Bus
 from .login_manager import NAME as LOGIN_MANAGER
 from .login_manager import LoginManager
@@ -51,18 +52,19 @@ class Desk:
     """
 
     def __init__(self, panel=True, notifications=True, session_bus=True, login_manager=True,
-                 compositing=False):
-        self._wants = {"panel": panel, "notifications": notifications}
+                 compositing=False, accessibility=False, size=(WIDTH, HEIGHT)):
+        self._wants = {"panel": panel, "notifications": notifications,
+                       "accessibility": accessibility}
         self._wants_session_bus = session_bus
         self._wants_login_manager = login_manager
         self._compositing = compositing
         self._running = []
         self._keep = None
-        self.width, self.height = WIDTH, HEIGHT
+        self.width, self.height = size
         self.folder = tempfile.mkdtemp(prefix="voxtrel-desk-")
         self.environment = self._make_environment()
         self.session_bus = self.system_bus = self.login_manager = None
-        self.messages = self.notifications = self.tray = None
+        self.messages = self.notifications = self.tray = self.accessibility = None
         self.panel = Panel(self)
 
     # Start and stop ------------------------------------------------------------------------------
@@ -106,14 +108,18 @@ class Desk:
             self.panel.launch()
         if self._wants["notifications"]:
             self.start_notification_daemon()
+        if self._wants["accessibility"]:
+            self.accessibility = Accessibility(self)
         if self._wants["panel"]:
             self.panel.wait_until_ready()
 
     def stop(self):
         """Ends every process, the youngest first, and removes the folder."""
-        for part in (self.messages, self.login_manager):
+        for part in (self.messages, self.accessibility):
             if part:
-                part.close() if part is self.messages else part.stop()
+                part.close()
+        if self.login_manager:
+            self.login_manager.stop()
         for process in reversed(self._running):
             process.stop()
         for bus in (self.session_bus, self.system_bus):
@@ -168,7 +174,7 @@ class Desk:
     def _launch_x_server(self):
         ours, theirs = os.pipe()
         self._x_server = Process(
-            ["Xvfb", "-displayfd", str(theirs), "-screen", "0", f"{WIDTH}x{HEIGHT}x24",
+            ["Xvfb", "-displayfd", str(theirs), "-screen", "0", f"{self.width}x{self.height}x24",
              "-fbdir", self.path("screen"), "-wr", "-nolisten", "tcp", "-noreset"],
             self.environment, self.path("logs/x-server.log"), pass_fds=(theirs,))
         os.close(theirs)
@@ -234,12 +240,17 @@ class Desk:
 
     def park_pointer(self):
         """Moves the pointer to a corner where it is in no picture."""
-        self.xdotool("mousemove", str(WIDTH), str(HEIGHT))
+        self.xdotool("mousemove", str(self.width), str(self.height))
 
     def xdotool(self, *arguments):
         """Acts as the user's hands."""
         return subprocess.run(["xdotool", *arguments], check=True, env=self.environment,
                               capture_output=True, text=True, timeout=20).stdout
+
+    def clipboard(self):
+        """The text in the clipboard, as another program gets it."""
+        return subprocess.run(["xclip", "-out", "-selection", "clipboard"], check=True, timeout=20,
+                              env=self.environment, capture_output=True, text=True).stdout
 
     # Evidence ------------------------------------------------------------------------------------
 

@@ -14,29 +14,43 @@ Start = collections.namedtuple("Start", "time_s pid")
 
 def _escaped(text):
     """Backslashes mean something to the engine."""
-    return text.replace("\\", "\\\\").replace("\n", "\\n").replace("\t", "\\t")
+    for letter, word in (("\\", "\\\\"), ("\n", "\\n"), ("\r", "\\r"), ("\t", "\\t")):
+        text = text.replace(letter, word)
+    return text
 
 
 class Engine:
-    """One engine executable with its script, its control socket and its log."""
+    """One engine executable with its script, its control socket and its log.
 
-    def __init__(self, executable):
+    Its set-up mode is steered and watched by files of its own, as if it were a second engine.
+    """
+
+    def __init__(self, executable, mode=""):
         self.executable = executable
+        self._files = executable + mode
         self._pending = []
         # The engine writes its log only where there is one.
-        with open(executable + ".log", "a", encoding="utf-8"):
+        with open(self._files + ".log", "a", encoding="utf-8"):
             pass
 
     # Steering ------------------------------------------------------------------------------------
 
     def at_start(self, *commands):
         """What every engine started from now on does by itself."""
-        with open(self.executable + ".script", "w", encoding="utf-8") as script:
+        with open(self._files + ".script", "w", encoding="utf-8") as script:
             script.write("".join(command + "\n" for command in commands))
 
     def say(self, line):
         """Has the running engine print a line."""
         self._tell("print " + _escaped(line))
+
+    def put(self, text):
+        """Has the running engine print a text in one write, as it is, without an end of line."""
+        self._tell("write " + _escaped(text))
+
+    def make_weights(self, model):
+        """Has the running engine leave the mark by which a model counts as present."""
+        self._tell("weights " + model)
 
     def exit(self, status):
         """Has the running engine exit by itself."""
@@ -52,13 +66,13 @@ class Engine:
 
     def flood(self, size_bytes, line, then):
         """Has the engine print so many bytes of one line, then another; returns at once."""
-        self._send(f"flood {size_bytes} {line}", "print " + _escaped(then))
+        self.send(f"flood {size_bytes} {line}", "print " + _escaped(then))
 
     def flood_of_states(self, size_bytes, lines, then):
         """The same with several lines in turn, each of which changes the state."""
         block = "".join(line + "\n" for line in lines) * 200
         times = size_bytes // len(block)
-        self._send(f"repeat {times} " + _escaped(block[:-1]), "print " + _escaped(then))
+        self.send(f"repeat {times} " + _escaped(block[:-1]), "print " + _escaped(then))
 
     def _connect(self):
         """A connection to the engine that was started last, as soon as it listens."""
@@ -66,7 +80,7 @@ class Engine:
             connection = socket.socket(socket.AF_UNIX)
             connection.settimeout(20)
             try:
-                connection.connect(self.executable + ".control")
+                connection.connect(self._files + ".control")
                 return connection
             except (FileNotFoundError, ConnectionRefusedError):
                 connection.close()
@@ -74,7 +88,7 @@ class Engine:
 
         return eventually(attempt, "the engine to listen")
 
-    def _send(self, *commands):
+    def send(self, *commands):
         """Sends commands whose answers nobody waits for; the connection stays open for them."""
         connection = self._connect()
         connection.sendall("".join(command + "\n" for command in commands).encode())
@@ -107,7 +121,7 @@ class Engine:
 
     def starts(self):
         """All starts so far, from the engine's own log."""
-        with open(self.executable + ".log", encoding="utf-8", errors="replace") as log:
+        with open(self._files + ".log", encoding="utf-8", errors="replace") as log:
             words = [line.split() for line in log]
         return [Start(float(w[0]), int(w[1])) for w in words if w[2:] == ["start"]]
 

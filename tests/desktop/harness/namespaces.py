@@ -1,0 +1,23 @@
+"""Programs with mounts of their own, which nobody else sees and which end with them."""
+
+import functools
+import os
+import subprocess
+
+
+def _unshare():
+    # An ordinary user may mount within a user namespace, and keeps its own name there.
+    own = [] if os.geteuid() == 0 else ["--map-current-user", "--keep-caps"]
+    return ["unshare", *own, "--mount"]
+
+
+@functools.cache
+def can_mount():
+    """Whether this user may have mounts of its own."""
+    command = [*_unshare(), "mount", "-t", "tmpfs", "tmpfs", "/mnt"]
+    return subprocess.run(command, check=False, capture_output=True).returncode == 0
+
+
+def in_own_mounts(*commands):
+    """What a command is wrapped in so that these shell commands come before it."""
+    return [*_unshare(), "sh", "-ec", "\n".join([*commands, 'exec "$0" "$@"'])]
