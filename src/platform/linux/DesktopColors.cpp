@@ -2,9 +2,9 @@
 
 #include <QApplication>
 #include <QDBusConnection>
-#include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
+#include <QDBusVariant>
 #include <QStyle>
 #include <utility>
 
@@ -42,7 +42,7 @@ void DesktopColors::follow() {
 /// Without naming the sender: to name it, Qt would wait for the bus to say who that is.
 void DesktopColors::listen() {
   QDBusConnection::sessionBus().connect({}, kPath, kInterface, "SettingChanged", this,
-                                        SLOT(onSettingChanged(QString, QString, QDBusVariant)));
+                                        SLOT(onSettingChanged(QDBusMessage)));
 }
 
 void DesktopColors::askPortal() {
@@ -57,9 +57,9 @@ void DesktopColors::askPortal() {
   });
 }
 
-void DesktopColors::onSettingChanged(const QString& space, const QString& key,
-                                     const QDBusVariant& value) {
-  if (space == kSpace && key == kKey) hear(value.variant());
+void DesktopColors::onSettingChanged(const QDBusMessage& signal) {
+  const QVariantList arguments = signal.arguments();  // the setting's namespace, key and new value
+  if (arguments.value(0) == kSpace && arguments.value(1) == kKey) hear(arguments.value(2));
 }
 
 /// The portal answers a question with a variant within a variant.

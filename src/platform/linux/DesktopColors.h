@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QDBusVariant>
+#include <QDBusMessage>
 #include <QObject>
 #include <memory>
 
@@ -22,7 +22,7 @@ class DesktopColors final : public QObject {
   void follow();
 
  private:
-  Q_SLOT void onSettingChanged(const QString& space, const QString& key, const QDBusVariant& value);
+  Q_SLOT void onSettingChanged(const QDBusMessage& signal);
   void listen();
   void askPortal();
   void hear(const QVariant& colorScheme);
