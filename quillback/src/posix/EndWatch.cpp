@@ -25,7 +25,7 @@ bool waitFor(std::array<pollfd, kCount>& files, int milliseconds) {
 
 }  // namespace
 
-EndWatch::EndWatch(const StopSignals& signals, std::function<void()> onEnd)
+EndWatch::EndWatch(const EndSignals& signals, std::function<void()> onEnd)
     : over_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
       onEnd_(std::move(onEnd)),
       thread_([this, fd = signals.fd()] { wait(fd); }) {}

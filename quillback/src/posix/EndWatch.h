@@ -4,8 +4,8 @@
 #include <thread>
 
 #include "posix/Descriptor.h"
+#include "posix/EndSignals.h"
 #include "posix/ParentWatch.h"
-#include "posix/StopSignals.h"
 
 namespace quillback {
 
@@ -16,7 +16,7 @@ namespace quillback {
 class EndWatch {
  public:
   /// `onEnd` is called once, on the watch's thread.
-  EndWatch(const StopSignals& signals, std::function<void()> onEnd);
+  EndWatch(const EndSignals& signals, std::function<void()> onEnd);
   EndWatch(const EndWatch&) = delete;
   EndWatch& operator=(const EndWatch&) = delete;
   ~EndWatch();

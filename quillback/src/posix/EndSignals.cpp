@@ -1,4 +1,4 @@
-#include "posix/StopSignals.h"
+#include "posix/EndSignals.h"
 
 #include <pthread.h>
 #include <sys/signalfd.h>
@@ -14,7 +14,7 @@ bool isIgnored(int signal) {
   return ::sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
 }
 
-sigset_t stopSignals() {
+sigset_t endSignals() {
   sigset_t set;
   sigemptyset(&set);
   sigaddset(&set, SIGTERM);
@@ -26,8 +26,8 @@ sigset_t stopSignals() {
 
 }  // namespace
 
-StopSignals::StopSignals() {
-  const sigset_t set = stopSignals();
+EndSignals::EndSignals() {
+  const sigset_t set = endSignals();
   ::pthread_sigmask(SIG_BLOCK, &set, nullptr);
   signals_ = Descriptor(::signalfd(-1, &set, SFD_CLOEXEC | SFD_NONBLOCK));
 }

@@ -7,9 +7,9 @@ namespace quillback {
 /// The signals that ask a program to end: SIGTERM, SIGINT and SIGHUP. Made before any thread is, it
 /// holds them back from all of them.
 /// Thread: the main one, first of all.  Owns: the descriptor.
-class StopSignals {
+class EndSignals {
  public:
-  StopSignals();
+  EndSignals();
   /// Readable once such a signal has come.
   int fd() const { return signals_.get(); }
 
