@@ -241,6 +241,11 @@ class Desk:
         return subprocess.run(["xdotool", *arguments], check=True, env=self.environment,
                               capture_output=True, text=True, timeout=20).stdout
 
+    def xdotool_or_nothing(self, *arguments):
+        """What it answers; nothing where it finds nothing."""
+        return subprocess.run(["xdotool", *arguments], check=False, env=self.environment,
+                              capture_output=True, text=True, timeout=20).stdout
+
     # Evidence ------------------------------------------------------------------------------------
 
     def keep_logs(self, label):

@@ -73,6 +73,11 @@ class SoundServer:
         sources = [text.split("Source: ")[1].split()[0] for text in ours]
         return [names[source] for source in sources if source in names]  # else not connected yet
 
+    def client_names(self):
+        """The programs that are connected."""
+        text = self._pactl("list", "clients").stdout
+        return [line.split('"')[1] for line in text.splitlines() if "application.name = " in line]
+
     def clients(self):
         """How many programs are connected, the one that asks included."""
         return len(self._pactl("list", "short", "clients").stdout.splitlines())
