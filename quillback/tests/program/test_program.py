@@ -73,7 +73,8 @@ class BeginningAndEnd(Case):
     @unittest.skipIf(os.path.isdir("/dev/input") and os.geteuid() == 0, "keyboards may be read here")
     def test_without_a_key_source_it_says_what_to_do_and_stays(self):
         program = self.start()
-        line = program.texts()[program.wait_for_line("Accessibility")]
+        number = program.wait_for_line("Accessibility")
+        line = program.texts()[number]
         self.assertIn("usermod -aG input", line)
         program.wait_for_line("Ready.")
         self.assertEqual(sum(any(m in t for m in ERROR_MARKERS) for t in program.texts()), 1)

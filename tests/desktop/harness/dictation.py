@@ -10,7 +10,6 @@ from .processes import alive
 
 # The right Super key, by its place: a key symbol would press the left one as well.
 KEY_CODE = "134"
-ESCAPE_CODE = "9"
 # How long people take from seeing that they are recorded to speaking, and from the end to letting go.
 BREATH_S = 0.15
 
@@ -86,7 +85,7 @@ class Speaker:
 
     def escape(self):
         """Presses Escape while the key is held."""
-        self._desk.xdotool("key", ESCAPE_CODE)
+        self._desk.xdotool("key", "Escape")
 
     def speak(self, text):
         """Says it to the end."""
