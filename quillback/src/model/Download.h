@@ -39,9 +39,9 @@ class Download {
   std::optional<SetupFailure> run();
 
   std::string partPath() const { return partPath_; }
-  std::string recordPath() const { return partPath_ + ".json"; }
 
  private:
+  std::string recordPath() const { return partPath_ + ".json"; }
   /// What one request came to.
   struct Attempt {
     std::optional<SetupFailure> failure;

@@ -112,6 +112,9 @@ Failure Setup::makeReady(Kind kind) {
   if (!fileSize(filePath_)) {
     if (auto failure = download()) return failure;
   }
+  for (const char* leftover : {".part", ".part.json"}) {
+    if (auto failure = failureOf(removeFile(filePath_ + leftover))) return failure;
+  }
   if (auto failure = failureOf(syncFolder(folder_))) return failure;
   const Manifest::File file{pin_.fileName, pin_.sizeBytes, pin_.sha256};
   if (auto failure = writeManifest(kWhisper, {file})) return failure;
@@ -145,7 +148,7 @@ Failure Setup::download() {
   if (auto failure = download.run()) return failure;
   if (std::rename(download.partPath().c_str(), filePath_.c_str()) != 0) return failureOf(errno);
   options_.onStep("renamed");
-  return failureOf(removeFile(download.recordPath()));
+  return std::nullopt;
 }
 
 Failure Setup::writeManifest(std::string_view recogniser, std::vector<Manifest::File> files) {
