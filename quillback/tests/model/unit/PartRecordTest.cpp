@@ -18,8 +18,9 @@ TEST(PartRecordText, IsReadAsItWasWritten) {
 }
 
 TEST(PartRecordText, IsIgnoredWhenItCouldHarmARequest) {
-  for (const std::string etag :
-       {"a\r\nHost: evil", "a\nb", std::string(513, 'x').c_str(), "\x7f"}) {
+  const std::vector<std::string> harmful = {"a\r\nHost: evil", "a\nb", std::string(513, 'x'),
+                                            "\x7f"};
+  for (const std::string& etag : harmful) {
     EXPECT_EQ(parsePartRecord(formatPartRecord({kHash, etag, ""})), std::nullopt);
     EXPECT_EQ(parsePartRecord(formatPartRecord({kHash, "", etag})), std::nullopt);
   }
