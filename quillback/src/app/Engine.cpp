@@ -2,7 +2,9 @@
 
 #include <utility>
 
-#include "app/StandInRecogniser.h"
+#include "app/Home.h"
+#include "recognition/ThreadedRecogniser.h"
+#include "speech/ChosenEngine.h"
 
 namespace quillback {
 
@@ -32,9 +34,15 @@ void Engine::watchKey(const Hotkey& hotkey) {
   if (!keyWatch_) output_.print(noKeySourceLine(hotkey, source.why));
 }
 
-void Engine::loadModel(const EngineSettings&) {
-  recogniser_ = std::make_unique<StandInRecogniser>(loop_);
-  loop_.post([this] { dictation_.modelLoaded(*recogniser_); });
+void Engine::loadModel(const EngineSettings& settings) {
+  const SpeechSettings speech{settings.model, settings.language, settings.translate};
+  recogniser_ = std::make_unique<ThreadedRecogniser>(
+      loop_, makeSpeechEngine(speech, homeFolder()), [this](const LoadReport& report) {
+        for (const std::string& line : report.lines) output_.print(line);
+        if (report.isUsable) return dictation_.modelLoaded(*recogniser_);
+        exitStatus_ = 1;
+        loop_.stop();
+      });
 }
 
 }  // namespace quillback

@@ -13,12 +13,15 @@ namespace quillback {
 
 /// The parts of the running engine, put together for this desktop.
 /// Thread: the loop's.  Owns: all parts.  Borrows: the loop, the output (must outlive this).
-/// Fails by: lines of output; what is missing leaves the rest at work.
+/// Fails by: lines of output; what is missing leaves the rest at work. Without any speech model there
+/// is nothing left to do: it ends the loop with an exit status of 1.
 class Engine {
  public:
   Engine(EpollLoop& loop, Output& output, const EngineSettings& settings);
   Engine(const Engine&) = delete;
   Engine& operator=(const Engine&) = delete;
+
+  int exitStatus() const { return exitStatus_; }
 
  private:
   void watchKey(const Hotkey& hotkey);
@@ -26,6 +29,7 @@ class Engine {
 
   EpollLoop& loop_;
   Output& output_;
+  int exitStatus_ = 0;
   const WatchDescriptor watchDescriptor_;
   OwnKeys ownKeys_;
   TextSinks sinks_;

@@ -21,9 +21,9 @@ int runEngine() {
   const EndWatch endWatch(signals, [&loop] { loop.stop(); });
   const SettingsReading reading = readSettings(settingsPath(homeFolder()));
   for (const std::string& error : reading.errors) output.print(error);
-  Engine engine(loop, output, reading.settings);
+  const Engine engine(loop, output, reading.settings);
   loop.run();
-  return 0;
+  return engine.exitStatus();
 }
 
 }  // namespace quillback

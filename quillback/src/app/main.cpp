@@ -3,7 +3,9 @@
 
 #include "app/CommandLine.h"
 #include "app/RunCommand.h"
+#include "app/SetupCommand.h"
 #include "app/StandardDescriptors.h"
+#include "app/TranscribeCommand.h"
 
 using namespace quillback;
 
@@ -15,8 +17,9 @@ int main(int argumentCount, char** arguments) {
     case CommandLine::Command::run:
       return runEngine();
     case CommandLine::Command::setup:
+      return setUpModel(line.argument);
     case CommandLine::Command::transcribe:
-      return 1;
+      return printTranscript(line.argument);
     case CommandLine::Command::help:
       return std::fputs(helpText().c_str(), stdout) < 0 ? 1 : 0;
     case CommandLine::Command::version:
