@@ -14,7 +14,9 @@ namespace quillback {
 
 int setUpModel(const std::string& model) {
   LineOutput output(STDOUT_FILENO);
-  SetupOptions options{.home = homeFolder(), .model = model};
+  SetupOptions options;
+  options.home = homeFolder();
+  options.model = model;
   if (const char* url = std::getenv("QUILLBACK_MODEL_URL")) options.baseUrl = url;
   options.hasWhisper = isWhisperBuiltIn();
   options.version = engineVersion();
