@@ -30,6 +30,7 @@ class Dictating(Application):
         """Starts the program and waits until its engine is ready; every line of it is logged."""
         self.start(VOXTREL_LOG="debug")
         self.item = self._desk.tray.wait_for_item(self.process.pid)
+        self.wait_for_count("Ready.", 1)  # the tray reads so before the engine has said anything
         self.wait_until_ready()
         return self
 
