@@ -90,7 +90,7 @@ class Speaker:
 
     def speak(self, text):
         """Says it to the end."""
-        voice = self._sound.say(text)
+        voice = self._sound.say(text, latency_ms=500)
         voice.exit_status(30)
 
     def dictate(self, text):
