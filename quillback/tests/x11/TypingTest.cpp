@@ -28,12 +28,16 @@ class TypingTest : public X11Test {
     setenv("QT_QPA_PLATFORM", "xcb", 1);
     file_ = folder_ / name;
     field_.emplace(std::vector<std::string>{TEXT_FIELD, file_.string()});
-    focusField();
-    ASSERT_TRUE(runUntil([&] { return std::filesystem::exists(file_); }));
+    ASSERT_TRUE(runUntil([&] { return focusField() && std::filesystem::exists(file_); }));
   }
-  void focusField() {
-    const auto pid = std::to_string(field_->processId());
-    run("xdotool search --sync --onlyvisible --pid " + pid + " windowfocus --sync");
+  /// There is no window manager to do it. False while the window is not there.
+  bool focusField() {
+    std::ifstream in(file_.string() + ".window");
+    xcb_window_t window = XCB_NONE;
+    if (!(in >> window)) return false;
+    const auto server = XConnection::open();
+    xcb_set_input_focus(server->get(), XCB_INPUT_FOCUS_PARENT, window, XCB_CURRENT_TIME);
+    return focusedWindow(*server, XCB_NONE).focus == window;
   }
   XTestTyper& typer() {
     if (!typer_) {
@@ -53,11 +57,13 @@ class TypingTest : public X11Test {
     typer().type(text);
     ASSERT_TRUE(runUntil([&] { return typer().isIdle(); }));
   }
-  std::string typed(const std::string& text) {
+  /// What the field has after typing `text`, as soon as that is `expected`, else after a while.
+  std::string typed(const std::string& text, const std::string& expected) {
     type(text);
-    runFor(kQuiet);
+    runUntil([&] { return content() == expected; });
     return content();
   }
+  std::string typed(const std::string& text) { return typed(text, text); }
   static std::string keymap() { return outputOf("xkbcomp $DISPLAY - 2>/dev/null"); }
   static std::vector<int> pressedKeys() {
     const auto server = XConnection::open();
@@ -89,7 +95,8 @@ TEST_P(TypingInLayoutTest, AnyTextArrivesAsItIsAndTheKeymapIsAsBefore) {
   const std::string before = keymap();
   EXPECT_EQ(typed(kEverything), kEverything);
   EXPECT_EQ(keymap(), before);
-  EXPECT_EQ(typed(kEverything), kEverything + " " + kEverything);
+  const std::string twice = kEverything + " " + kEverything;
+  EXPECT_EQ(typed(kEverything, twice), twice);
   EXPECT_EQ(keymap(), before);
   EXPECT_THAT(pressedKeys(), IsEmpty());
 }
@@ -109,7 +116,7 @@ TEST_F(TypingTest, ModifiersStillHeldChangeNothing) {
   for (const std::string held : {"50", "37", "133", "134", "64", "105 keydown 62"}) {
     run("xdotool keydown " + held);
     expected += (expected.empty() ? "" : " ") + kEverything;
-    EXPECT_EQ(typed(kEverything), expected) << "with " << held;
+    EXPECT_EQ(typed(kEverything, expected), expected) << "with " << held;
     EXPECT_THAT(pressedKeys(), IsEmpty());
     run("xdotool keyup 50 keyup 37 keyup 133 keyup 134 keyup 64 keyup 105 keyup 62");
   }
@@ -139,7 +146,8 @@ TEST_F(TypingTest, MoreForeignCharactersThanSpareKeysArriveInBatches) {
 TEST_F(TypingTest, ALongTextArrivesWhole) {
   openField();
   std::string text;
-  for (int i = 0; i < 400; ++i) text += "Word " + std::to_string(i) + "; ";
+  for (int i = 0; i < 120; ++i) text += "Word " + std::to_string(i) + "; ";
+  text += "Ж.";
   EXPECT_EQ(typed(text), text);
 }
 
@@ -152,7 +160,7 @@ TEST_F(TypingTest, ABlankGoesBetweenTextsInTheSameWindowOnly) {
   field_.reset();
   openField("second");
   EXPECT_EQ(typed("four"), "four");
-  EXPECT_EQ(typed("five"), "four five");
+  EXPECT_EQ(typed("five", "four five"), "four five");
 }
 
 TEST_F(TypingTest, OurKeysAreNotTakenForTheHotkeyButTheUsersAre) {
