@@ -20,9 +20,11 @@ constexpr milliseconds kKeymapTime{20};
 constexpr milliseconds kBatchTime{300};
 /// And this late before the spare keys are empty again.
 constexpr milliseconds kRestoreTime{1000};
+/// A program that has many strokes to read is later by this much for each.
+constexpr milliseconds kStrokeTime{2};
 /// The way is cleared of held keys before each piece, in case somebody presses one meanwhile.
 constexpr std::size_t kStrokesPerPiece = 24;
-constexpr milliseconds kPieceTime{2};
+constexpr milliseconds kPieceTime{10};
 
 }  // namespace
 
@@ -61,9 +63,14 @@ void XTestTyper::later(milliseconds delay, void (XTestTyper::*step)()) {
   timer_ = loop_.after(delay, [this, step] { (this->*step)(); });
 }
 
-/// The server tells everybody of new keymaps; unread events would pile up.
+/// The server tells everybody of new keymaps as well; unread events would pile up.
 void XTestTyper::drainEvents() {
-  while (server_->nextEvent()) continue;
+  while (const auto event = server_->nextEvent()) {
+    if (event->response_type != XCB_DESTROY_NOTIFY) continue;
+    const auto& gone =
+        *static_cast<const xcb_destroy_notify_event_t*>(static_cast<void*>(event.get()));
+    if (gone.window == lastWindow_.focus) lastWindow_ = {};
+  }
   if (server_->isBroken()) descriptorWatch_.reset();
 }
 
@@ -88,7 +95,18 @@ void XTestTyper::typeNextText() {
   }
 }
 
+/// A window's number may be that of another one once it is gone.
+void XTestTyper::remember(const FocusedWindow& window) {
+  const std::uint32_t none = XCB_EVENT_MASK_NO_EVENT;
+  const std::uint32_t destruction = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
+  if (window == lastWindow_) return;
+  xcb_change_window_attributes(server_->get(), lastWindow_.focus, XCB_CW_EVENT_MASK, &none);
+  xcb_change_window_attributes(server_->get(), window.focus, XCB_CW_EVENT_MASK, &destruction);
+  lastWindow_ = window;
+}
+
 std::string XTestTyper::prepare(const std::string& text) {
+  drainEvents();
   const FocusedWindow window = focusedWindow(*server_, activeWindowAtom_);
   if (server_->isBroken()) return "the X server is gone";
   if (!window.exists()) return "no window has the focus";
@@ -100,7 +118,7 @@ std::string XTestTyper::prepare(const std::string& text) {
   auto batches = planTyping(typeable(blank + text), table_);
   if (batches.empty()) return "the keyboard has no spare key for its characters";
   batches_ = {std::make_move_iterator(batches.begin()), std::make_move_iterator(batches.end())};
-  lastWindow_ = window;
+  remember(window);
   return "";
 }
 
@@ -129,14 +147,15 @@ void XTestTyper::typePiece() {
 }
 
 void XTestTyper::endBatch() {
+  const milliseconds lateness = kStrokeTime * static_cast<int>(batches_.front().strokes.size());
   batches_.pop_front();
   if (!batches_.empty()) {
-    later(kBatchTime, &XTestTyper::beginBatch);
+    later(kBatchTime + lateness, &XTestTyper::beginBatch);
     return;
   }
   keys_.restoreLocks();
   // Without spare keys the next text may follow at once, but not from inside `type`.
-  later(spares_.areAssigned() ? kRestoreTime : milliseconds(0), &XTestTyper::restore);
+  later(spares_.areAssigned() ? kRestoreTime + lateness : milliseconds(0), &XTestTyper::restore);
 }
 
 void XTestTyper::restore() {

@@ -39,6 +39,7 @@ class XTestTyper {
   void typeNextText();
   /// Returns why the text cannot be typed, "" if it can and its batches are ready.
   std::string prepare(const std::string& text);
+  void remember(const FocusedWindow& window);
   void beginBatch();
   void typePiece();
   void endBatch();

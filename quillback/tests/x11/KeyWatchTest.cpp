@@ -1,3 +1,5 @@
+#include <sys/resource.h>
+
 #include "x11/X11Test.h"
 
 namespace quillback {
@@ -127,6 +129,20 @@ TEST_F(XInput2KeyWatchTest, WithoutAServerTheReasonIsSaid) {
   const auto [watch, why] = watchKey("f5");
   EXPECT_FALSE(watch);
   EXPECT_EQ(why, "there is no X server");
+}
+
+TEST_F(XInput2KeyWatchTest, NothingWakesUsWhileNobodyPressesAKey) {
+  const auto sleeps = [] {
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    return usage.ru_nvcsw;
+  };
+  const auto [watch, why] = watchKey("f5");
+  ASSERT_TRUE(watch) << why;
+  runFor(kQuiet);
+  const auto before = sleeps();
+  runFor(std::chrono::seconds(1));
+  EXPECT_LE(sleeps() - before, 1) << "the test's own end is one";
 }
 
 TEST_F(XInput2KeyWatchTest, OwnKeysAreNotHeardAndTheUsersSameKeyIs) {
