@@ -1,19 +1,22 @@
-# A room is one folder of src/ built as a static library. Its headers are linked into an include root
+# A room is one folder of a program's sources built as a static library. Its headers are linked into an include root
 # of its own, so that a room can include only itself and the rooms it names under KNOWS: an include
 # that the architecture forbids does not compile.
 
-set(VOXTREL_ROOMS "${CMAKE_BINARY_DIR}/rooms")
+# Whose rooms add_room makes: the prefix of the targets, the folder of the sources. A program of its own
+# sets both in its own CMakeLists.txt.
+set(ROOMS_PREFIX voxtrel)
+set(ROOMS_SOURCES "${PROJECT_SOURCE_DIR}/src")
 
-# add_room(<folder below src/> [KNOWS <room>...] [LINKS <library>...])
-# Makes the target voxtrel_<folder>, slashes turned into underscores.
+# add_room(<folder below ROOMS_SOURCES> [KNOWS <room>...] [LINKS <library>...])
+# Makes the target <prefix>_<folder>, slashes turned into underscores.
 function(add_room folder)
   cmake_parse_arguments(ROOM "" "" "KNOWS;LINKS" ${ARGN})
   string(REPLACE "/" "_" name "${folder}")
-  set(target "voxtrel_${name}")
-  set(root "${VOXTREL_ROOMS}/${name}")
+  set(target "${ROOMS_PREFIX}_${name}")
+  set(root "${CMAKE_BINARY_DIR}/rooms/${ROOMS_PREFIX}/${name}")
 
-  file(GLOB headers CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/src/${folder}/*.h")
-  file(GLOB sources CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/src/${folder}/*.cpp")
+  file(GLOB headers CONFIGURE_DEPENDS "${ROOMS_SOURCES}/${folder}/*.h")
+  file(GLOB sources CONFIGURE_DEPENDS "${ROOMS_SOURCES}/${folder}/*.cpp")
   list(FILTER sources EXCLUDE REGEX "/main\\.cpp$")
   file(REMOVE_RECURSE "${root}")
   file(MAKE_DIRECTORY "${root}/${folder}")
@@ -23,7 +26,7 @@ function(add_room folder)
   endforeach()
 
   list(TRANSFORM ROOM_KNOWS REPLACE "/" "_")
-  list(TRANSFORM ROOM_KNOWS PREPEND "voxtrel_")
+  list(TRANSFORM ROOM_KNOWS PREPEND "${ROOMS_PREFIX}_")
   if(sources)
     add_library(${target} STATIC ${sources})
     target_include_directories(${target} PUBLIC "${root}")

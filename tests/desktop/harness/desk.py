@@ -252,6 +252,11 @@ class Desk:
         return subprocess.run(["xclip", "-out", "-selection", "clipboard"], check=True, timeout=20,
                               env=self.environment, capture_output=True, text=True).stdout
 
+    def xdotool_or_nothing(self, *arguments):
+        """What it answers; nothing where it finds nothing."""
+        return subprocess.run(["xdotool", *arguments], check=False, env=self.environment,
+                              capture_output=True, text=True, timeout=20).stdout
+
     # Evidence ------------------------------------------------------------------------------------
 
     def keep_logs(self, label):

@@ -73,6 +73,11 @@ class SoundServer:
         sources = [text.split("Source: ")[1].split()[0] for text in ours]
         return [names[source] for source in sources if source in names]  # else not connected yet
 
+    def client_names(self):
+        """The programs that are connected."""
+        text = self._pactl("list", "clients").stdout
+        return [line.split('"')[1] for line in text.splitlines() if "application.name = " in line]
+
     def clients(self):
         """How many programs are connected, the one that asks included."""
         return len(self._pactl("list", "short", "clients").stdout.splitlines())
@@ -104,12 +109,13 @@ class SoundServer:
         self._players.append(player)
         return player
 
-    def say(self, text, speaker=SPEAKER):
-        """Begins to speak; returns at once."""
+    def say(self, text, speaker=SPEAKER, latency_ms=20):
+        """Begins to speak; returns at once. Words to be understood want a higher latency: where the
+        player is late, there is a gap in them."""
         path = os.path.join(self._folder, f"speech-{len(self._players)}.wav")
         subprocess.run(["espeak-ng", "-v", "en-us+edward", "-s", "165", "-w", path, text],
                        check=True, timeout=60)
-        player = self._desk.spawn("paplay", "--latency-msec=20", f"--device={speaker}", path)
+        player = self._desk.spawn("paplay", f"--latency-msec={latency_ms}", f"--device={speaker}", path)
         self._players.append(player)
         return player
 

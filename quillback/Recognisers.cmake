@@ -1,0 +1,28 @@
+# The libraries that recognise speech, as targets: quillback_pocketsphinx, and quillback_whisper_library
+# where QUILLBACK_WHISPER says so. Nothing is downloaded.
+
+# PocketSphinx's own pkg-config file names a folder that Debian does not have.
+find_path(POCKETSPHINX_INCLUDE pocketsphinx.h PATH_SUFFIXES pocketsphinx REQUIRED)
+find_path(SPHINXBASE_INCLUDE sphinxbase/err.h REQUIRED)
+find_library(POCKETSPHINX_LIBRARY pocketsphinx REQUIRED)
+find_library(SPHINXBASE_LIBRARY sphinxbase REQUIRED)
+find_path(QUILLBACK_SPHINX_MODEL en-us.lm.bin PATHS /usr/share /usr/local/share
+          PATH_SUFFIXES pocketsphinx/model/en-us REQUIRED)
+add_library(quillback_pocketsphinx INTERFACE)
+target_include_directories(quillback_pocketsphinx SYSTEM
+                           INTERFACE "${POCKETSPHINX_INCLUDE}" "${SPHINXBASE_INCLUDE}"
+                                     "${SPHINXBASE_INCLUDE}/sphinxbase")
+target_link_libraries(quillback_pocketsphinx INTERFACE "${POCKETSPHINX_LIBRARY}" "${SPHINXBASE_LIBRARY}")
+
+set(QUILLBACK_WHISPER OFF)
+find_package(whisper QUIET CONFIG GLOBAL)
+if(NOT TARGET whisper)
+  pkg_check_modules(WHISPER QUIET IMPORTED_TARGET GLOBAL whisper)
+endif()
+if(TARGET whisper OR TARGET PkgConfig::WHISPER)
+  add_library(quillback_whisper_library INTERFACE)
+  target_link_libraries(quillback_whisper_library
+                        INTERFACE $<IF:$<TARGET_EXISTS:whisper>,whisper,PkgConfig::WHISPER>)
+  set(QUILLBACK_WHISPER ON)
+endif()
+message(STATUS "quillback: Whisper (whisper.cpp's library): ${QUILLBACK_WHISPER}")

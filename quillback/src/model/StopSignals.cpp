@@ -1,0 +1,36 @@
+#include "model/StopSignals.h"
+
+#include <poll.h>
+#include <sys/signalfd.h>
+#include <unistd.h>
+
+namespace quillback {
+
+StopSignals::StopSignals() {
+  sigset_t wanted;
+  sigemptyset(&wanted);
+  for (const int number : {SIGTERM, SIGINT, SIGHUP}) sigaddset(&wanted, number);
+  pthread_sigmask(SIG_BLOCK, &wanted, &before_);
+  handle_ = FileHandle(::signalfd(-1, &wanted, SFD_CLOEXEC | SFD_NONBLOCK));
+
+  struct sigaction ignored {};
+  ignored.sa_handler = SIG_IGN;
+  sigaction(SIGPIPE, &ignored, &pipeBefore_);
+  sigaction(SIGXFSZ, &ignored, &fileSizeBefore_);
+}
+
+StopSignals::~StopSignals() {
+  // A request that has been seen must not end the process once it is let through again.
+  signalfd_siginfo taken{};
+  while (::read(handle_.get(), &taken, sizeof taken) == sizeof taken) continue;
+  sigaction(SIGPIPE, &pipeBefore_, nullptr);
+  sigaction(SIGXFSZ, &fileSizeBefore_, nullptr);
+  pthread_sigmask(SIG_SETMASK, &before_, nullptr);
+}
+
+bool StopSignals::waitFor(std::chrono::milliseconds limit) const {
+  pollfd stop{handle_.get(), POLLIN, 0};
+  return ::poll(&stop, 1, static_cast<int>(limit.count())) > 0;
+}
+
+}  // namespace quillback

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <chrono>
+#include <csignal>
+
+#include "model/FileHandle.h"
+
+namespace quillback {
+
+/// While it lives, SIGTERM, SIGINT and SIGHUP are requests to stop that somebody asks for, and writing
+/// to a closed pipe or beyond a file's limit is an error rather than the end.
+/// Thread: the one that made it; threads started earlier must have these signals blocked.
+/// Owns: the process's handling of these signals; its end restores what was before.
+class StopSignals {
+ public:
+  StopSignals();
+  StopSignals(const StopSignals&) = delete;
+  StopSignals& operator=(const StopSignals&) = delete;
+  ~StopSignals();
+
+  bool isRequested() const { return waitFor(std::chrono::milliseconds(0)); }
+  /// Waits until stop is requested, which it returns, or the time is over.
+  bool waitFor(std::chrono::milliseconds limit) const;
+  /// Readable once stop is requested.
+  int descriptor() const { return handle_.get(); }
+
+ private:
+  sigset_t before_{};
+  struct sigaction pipeBefore_ {};
+  struct sigaction fileSizeBefore_ {};
+  FileHandle handle_;
+};
+
+}  // namespace quillback

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <mutex>
+#include <string>
+#include <thread>
+
+#include "ports/Output.h"
+#include "posix/Descriptor.h"
+
+namespace quillback {
+
+/// Lines to a descriptor, each by one write. A reader who does not read keeps nobody waiting: what
+/// does not fit stays here and a thread of its own, which is there only then, hands it on.
+/// Thread: any.  Owns: a descriptor of its own for the same file; the thread.
+/// Fails by: lines are lost once the reader is gone, or is kMostWaitingBytes behind.
+class LineOutput final : public Output {
+ public:
+  static constexpr std::size_t kMostWaitingBytes = 4 << 20;
+
+  explicit LineOutput(int fd);
+  LineOutput(const LineOutput&) = delete;
+  LineOutput& operator=(const LineOutput&) = delete;
+  ~LineOutput() override;
+
+  void print(std::string_view line) override;
+
+ private:
+  void writeWaiting();
+  ssize_t writeSome() const;
+  void flushUntilStopped();
+
+  Descriptor file_;
+  const bool isSocket_;
+  Descriptor flusherWakeUp_;
+  std::mutex mutex_;     // over the fields below, and over the order of writes
+  std::string waiting_;  // whole lines, the first of which may be written in part
+  bool stopped_ = false;
+  std::thread flusher_;
+};
+
+}  // namespace quillback

@@ -1,0 +1,167 @@
+#include "x11/XTestTyper.h"
+
+#include <xcb/xtest.h>
+#include <xkbcommon/xkbcommon-x11.h>
+
+#include <algorithm>
+#include <utility>
+
+#include "x11/ServerKeyTable.h"
+
+namespace quillback {
+namespace {
+
+using std::chrono::milliseconds;
+
+/// Programs read the keymap again when they hear of a change; keys they get before they have read it
+/// would be read by the next one.
+constexpr milliseconds kKeymapTime{20};
+/// A program may be this late with its events before it reads them by the next batch's characters.
+constexpr milliseconds kBatchTime{300};
+/// And this late before the spare keys are empty again.
+constexpr milliseconds kRestoreTime{1000};
+/// A program that has many strokes to read is later by this much for each.
+constexpr milliseconds kStrokeTime{2};
+/// The way is cleared of held keys before each piece, in case somebody presses one meanwhile.
+constexpr std::size_t kStrokesPerPiece = 24;
+constexpr milliseconds kPieceTime{10};
+
+}  // namespace
+
+XTestTyper::Opened XTestTyper::open(Loop& loop, OwnKeys& ownKeys,
+                                    const WatchDescriptor& watchDescriptor, OnRefused onRefused) {
+  auto server = XConnection::open();
+  if (!server) return {nullptr, "there is no X server"};
+  if (auto why = missing(*server); !why.empty()) return {nullptr, std::move(why)};
+  // The constructor is private.
+  std::unique_ptr<XTestTyper> typer(
+      new XTestTyper(std::move(server), loop, ownKeys, std::move(onRefused)));
+  typer->descriptorWatch_ =
+      watchDescriptor(typer->server_->descriptor(), [self = typer.get()] { self->drainEvents(); });
+  return {std::move(typer), ""};
+}
+
+std::string XTestTyper::missing(const XConnection& server) {
+  const auto* test = xcb_get_extension_data(server.get(), &xcb_test_id);
+  if (test == nullptr || test->present == 0) return "the X server has no XTEST extension";
+  const int hasXkb = xkb_x11_setup_xkb_extension(
+      server.get(), XKB_X11_MIN_MAJOR_XKB_VERSION, XKB_X11_MIN_MINOR_XKB_VERSION,
+      XKB_X11_SETUP_XKB_EXTENSION_NO_FLAGS, nullptr, nullptr, nullptr, nullptr);
+  return hasXkb == 0 ? "the X server has no keyboard extension" : "";
+}
+
+XTestTyper::XTestTyper(std::unique_ptr<XConnection> server, Loop& loop, OwnKeys& ownKeys,
+                       OnRefused onRefused)
+    : server_(std::move(server)),
+      loop_(loop),
+      onRefused_(std::move(onRefused)),
+      activeWindowAtom_(server_->atom("_NET_ACTIVE_WINDOW")),
+      keys_(*server_, ownKeys),
+      spares_(*server_) {}
+
+void XTestTyper::later(milliseconds delay, void (XTestTyper::*step)()) {
+  timer_ = loop_.after(delay, [this, step] { (this->*step)(); });
+}
+
+/// The server tells everybody of new keymaps as well; unread events would pile up.
+void XTestTyper::drainEvents() {
+  while (const auto event = server_->nextEvent()) {
+    if (event->response_type != XCB_DESTROY_NOTIFY) continue;
+    const auto& gone =
+        *static_cast<const xcb_destroy_notify_event_t*>(static_cast<void*>(event.get()));
+    if (gone.window == lastWindow_.focus) lastWindow_ = {};
+  }
+  if (server_->isBroken()) descriptorWatch_.reset();
+}
+
+void XTestTyper::type(const std::string& text) {
+  const bool wasIdle = isIdle();
+  texts_.push_back(text);
+  if (wasIdle) typeNextText();
+}
+
+void XTestTyper::typeNextText() {
+  timer_.reset();
+  while (!texts_.empty()) {
+    const std::string text = std::exchange(texts_.front(), {});
+    texts_.pop_front();
+    const std::string why = prepare(text);
+    if (why.empty()) {
+      beginBatch();
+      return;
+    }
+    lastWindow_ = {};
+    onRefused_(text, why);
+  }
+}
+
+/// A window's number may be that of another one once it is gone.
+void XTestTyper::remember(const FocusedWindow& window) {
+  const std::uint32_t none = XCB_EVENT_MASK_NO_EVENT;
+  const std::uint32_t destruction = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
+  if (window == lastWindow_) return;
+  xcb_change_window_attributes(server_->get(), lastWindow_.focus, XCB_CW_EVENT_MASK, &none);
+  xcb_change_window_attributes(server_->get(), window.focus, XCB_CW_EVENT_MASK, &destruction);
+  lastWindow_ = window;
+}
+
+std::string XTestTyper::prepare(const std::string& text) {
+  drainEvents();
+  const FocusedWindow window = focusedWindow(*server_, activeWindowAtom_);
+  if (server_->isBroken()) return "the X server is gone";
+  if (!window.exists()) return "no window has the focus";
+  keys_.clearTheWay();  // a held key may choose another layout
+  auto table = serverKeyTable(*server_);
+  if (!table) return "the X server does not tell its keymap";
+  table_ = std::move(*table);
+  const std::string blank = window == lastWindow_ ? " " : "";
+  auto batches = planTyping(typeable(blank + text), table_);
+  if (batches.empty()) return "the keyboard has no spare key for its characters";
+  batches_ = {std::make_move_iterator(batches.begin()), std::make_move_iterator(batches.end())};
+  remember(window);
+  return "";
+}
+
+void XTestTyper::beginBatch() {
+  typedStrokes_ = 0;
+  if (batches_.front().spares.empty()) {
+    typePiece();
+    return;
+  }
+  spares_.assign(batches_.front().spares);
+  later(kKeymapTime, &XTestTyper::typePiece);
+}
+
+void XTestTyper::typePiece() {
+  drainEvents();
+  keys_.clearTheWay();
+  const auto& strokes = batches_.front().strokes;
+  const std::size_t end = std::min(strokes.size(), typedStrokes_ + kStrokesPerPiece);
+  for (; typedStrokes_ < end; ++typedStrokes_) keys_.press(strokes[typedStrokes_], table_);
+  server_->flush();
+  if (typedStrokes_ < strokes.size()) {
+    later(kPieceTime, &XTestTyper::typePiece);
+  } else {
+    endBatch();
+  }
+}
+
+void XTestTyper::endBatch() {
+  const milliseconds lateness = kStrokeTime * static_cast<int>(batches_.front().strokes.size());
+  batches_.pop_front();
+  if (!batches_.empty()) {
+    later(kBatchTime + lateness, &XTestTyper::beginBatch);
+    return;
+  }
+  keys_.restoreLocks();
+  // Without spare keys the next text may follow at once, but not from inside `type`.
+  later(spares_.areAssigned() ? kRestoreTime + lateness : milliseconds(0), &XTestTyper::restore);
+}
+
+void XTestTyper::restore() {
+  spares_.restore();
+  drainEvents();
+  typeNextText();
+}
+
+}  // namespace quillback

@@ -1,0 +1,6 @@
+#pragma once
+// The library's header has a member whose name is a keyword of C++.
+#pragma GCC system_header
+#define explicit explicit_
+#include <xcb/xkb.h>
+#undef explicit

@@ -1,0 +1,266 @@
+"""Setup against a server, a network or a disk that fails: how it ends, and what it keeps."""
+
+import json
+import pathlib
+import resource
+import shutil
+import socket
+import ssl
+import subprocess
+import tempfile
+import unittest
+
+from model_server import (bytes_of, cut, honest, partial, raw, redirect, reset, stall, status)
+from setup_case import (CONTENT, HTTP, NETWORK, NO_SPACE, SHA256, UNWRITABLE, WRONG_FILE,
+                        SetupCase)
+
+
+class HttpErrors(SetupCase):
+    def test_a_missing_file_is_not_asked_for_twice(self):
+        for code in (404, 401, 403, 410, 204, 501):
+            self.server.script = [status(code)]
+            before = len(self.server.requests)
+            run = self.setup()
+            self.assert_ends(run, HTTP, f"HTTP status {code}")
+            self.assertIn(self.server.host, run.lines[-1])
+            self.assertEqual(len(self.server.requests), before + 1)
+
+    def test_a_fault_that_passes_is_waited_for(self):
+        self.server.script = [status(500), status(503), status(429)]
+        run = self.setup()
+        self.assert_ready(run)
+        self.assertEqual(sum("trying again" in line for line in run.log), 3)
+
+    def test_a_fault_that_stays_ends_after_four_tries(self):
+        self.server.default = status(503)
+        self.assert_ends(self.setup(), HTTP, "HTTP status 503")
+        self.assertEqual(len(self.server.requests), 4)
+
+    def test_a_fault_in_mid_download_keeps_what_has_arrived(self):
+        self.server.script = [cut(1000), status(404)]
+        self.assert_ends(self.setup(), HTTP, "HTTP status 404")
+        self.assertEqual(self.part.read_bytes(), CONTENT[:1000])
+        self.assert_ready(self.setup())
+        self.assertEqual(self.server.ranges()[-1], "bytes=1000-")
+
+    def test_an_error_page_does_not_get_into_the_file(self):
+        self.server.script = [cut(1000), status(500)]
+        self.assert_ready(self.setup())
+
+    def test_redirects_without_end_end(self):
+        self.server.default = redirect("/again")
+        self.assert_ends(self.setup(), HTTP, "did not lead to the file")
+        self.assertEqual(len(self.server.requests), 11)
+
+    def test_a_redirect_to_a_local_file_is_not_followed(self):
+        self.server.default = redirect("file:///etc/passwd")
+        self.assert_ends(self.setup(), HTTP, "did not lead to the file")
+        self.assertEqual(len(self.server.requests), 1)
+
+    def test_an_answer_that_is_not_http_is_refused(self):
+        self.server.default = raw(b"\x00\x01\x02 what? \r\n\r\n")
+        self.assert_ends(self.setup(), HTTP, "did not lead to the file")
+
+
+class LyingServer(SetupCase):
+    LIES = ("bytes 999-2999999/3000000", "bytes 1001-2999999/3000000", "bytes 0-2999999/3000000",
+            "bytes 1000-2999998/3000000", "bytes 1000-2999999/3000001", "bytes 1000-2999999/*",
+            "bytes */3000000", "bytes 2999999-1000/3000000", "nonsense", "")
+
+    def test_about_ranges_is_asked_for_the_whole_file(self):
+        for lie in self.LIES:
+            with self.subTest(lie):
+                shutil.rmtree(self.folder, ignore_errors=True)
+                self.leave(CONTENT[:1000])
+                # The bytes are right: only the head tells that they may not be.
+                self.server.script = [partial(lie)]
+                self.server.requests.clear()
+                run = self.setup()
+                self.assert_ready(run)
+                self.assertEqual(self.server.ranges(), ["bytes=1000-", None])
+                self.assertIn("The server's answer does not fit what was asked; starting anew.",
+                              run.log)
+
+    def test_about_a_range_that_nobody_asked_for_is_not_believed(self):
+        self.server.default = partial("bytes 0-2999999/3000000")
+        self.assert_ends(self.setup(), HTTP, "other parts of the file")
+        self.assertEqual(self.server.ranges(), [None] * 4)
+
+    def test_about_the_version_is_not_believed(self):
+        self.leave(CONTENT[:1000])
+        self.server.script = [partial("bytes 1000-2999999/3000000", b"x" * 2999000)]
+        self.server.etag = '"version-2"'
+        self.assert_ready(self.setup())
+        self.assertEqual(self.server.ranges(), ["bytes=1000-", None])
+
+    def test_that_knows_no_such_range_is_asked_anew(self):
+        self.leave(CONTENT[:1000])
+        self.server.script = [bytes_of(b"", 416, Content_Range="bytes */900")]
+        self.assert_ready(self.setup())
+        self.assertEqual(self.server.ranges(), ["bytes=1000-", None])
+
+    def test_with_wrong_bytes_leaves_nothing(self):
+        self.server.content = CONTENT[:-1] + bytes([CONTENT[-1] ^ 1])
+        run = self.setup()
+        self.assert_ends(run, WRONG_FILE, "SHA-256 is wrong")
+        for path in (self.part, self.record, self.weights, self.manifest):
+            self.assertFalse(path.exists(), path)
+        self.server.content = CONTENT
+        self.assert_ready(self.setup())
+        self.assertEqual(self.server.ranges(), [None, None])
+
+    def test_with_wrong_bytes_in_the_rest_only_leaves_nothing(self):
+        self.leave(CONTENT[:1000])
+        self.server.script = [partial("bytes 1000-2999999/3000000", b"x" * 2999000)]
+        self.assert_ends(self.setup(), WRONG_FILE, "SHA-256 is wrong")
+        self.assertFalse(self.part.exists())
+        self.assert_ready(self.setup())
+
+    def test_with_a_file_of_another_length_is_left_at_once(self):
+        for length in (2_999_999, 3_000_001):
+            self.server.script = [bytes_of(b"x" * 10, Content_Length=length)]
+            self.assert_ends(self.setup(), WRONG_FILE, f"{length} bytes instead of 3000000")
+
+    def test_that_never_stops_sending_is_left(self):
+        self.server.default = bytes_of(CONTENT + b"more")
+        self.assert_ends(self.setup(), WRONG_FILE, "more than the expected file")
+        self.assertEqual(self.part.stat().st_size, 0)
+
+    def test_has_nothing_that_fits_the_real_pin(self):
+        self.assert_ends(self.setup(pin=False), WRONG_FILE,
+                         "3000000 bytes instead of 3095033483")
+
+
+class BadConnections(SetupCase):
+    def test_a_connection_that_is_always_cut_keeps_what_has_arrived(self):
+        self.server.default = cut(100_000)
+        self.assert_ends(self.setup(), NETWORK, "what has arrived is kept")
+        self.assertEqual(self.part.read_bytes(), CONTENT[:400_000])
+        self.server.default = honest
+        self.assert_ready(self.setup())
+        self.assertEqual(self.server.ranges()[-1], "bytes=400000-")
+
+    def test_an_end_without_a_length_is_not_taken_for_the_files_end(self):
+        self.server.script = [bytes_of(CONTENT[:1000])]
+        self.assert_ready(self.setup())
+        self.assertEqual(self.server.ranges(), [None, "bytes=1000-"])
+
+    def test_a_reset_is_tried_again(self):
+        self.server.script = [reset(0), reset(500_000)]
+        self.assert_ready(self.setup())
+
+    def test_a_connection_that_closes_before_an_answer_is_tried_again(self):
+        self.server.script = [raw(b"")]
+        self.assert_ready(self.setup())
+
+    def test_a_stall_is_left_and_gone_on_with(self):
+        self.server.script = [stall(1_000_000)]
+        run = self.setup("--stall-ms", "200")
+        self.assert_ready(run)
+        self.assertEqual(self.server.ranges(), [None, "bytes=1000000-"])
+
+    def test_a_stall_that_stays_ends(self):
+        self.server.default = stall(1000)
+        self.assert_ends(self.setup("--stall-ms", "100"), NETWORK, "nothing arrives any more")
+        self.assertEqual(self.part.read_bytes(), CONTENT[:4000])
+
+    def test_a_server_that_is_not_there_is_named(self):
+        with socket.socket() as unused:
+            unused.bind(("127.0.0.1", 0))
+            host = f"127.0.0.1:{unused.getsockname()[1]}"
+            run = self.setup(url=f"http://{host}")
+        self.assert_ends(run, NETWORK, host)
+        self.assertEqual(sum("trying again" in line for line in run.log), 3)
+
+    def test_a_password_in_the_address_is_not_shown(self):
+        run = self.setup(url=f"http://ann:secret@{self.server.host}")
+        self.assert_ready(run)
+        self.assertNotIn("secret", "".join(run.lines))
+
+
+class Certificates(SetupCase):
+    def setUp(self):
+        super().setUp()
+        keys = pathlib.Path(tempfile.mkdtemp(prefix="keys-"))
+        self.addCleanup(shutil.rmtree, keys)
+        self.certificate = keys / "certificate.pem"
+        subprocess.run(["openssl", "req", "-x509", "-newkey", "ec", "-pkeyopt",
+                        "ec_paramgen_curve:P-256", "-nodes", "-keyout", keys / "key.pem", "-out",
+                        self.certificate, "-days", "2", "-subj", "/CN=127.0.0.1", "-addext",
+                        "subjectAltName=IP:127.0.0.1"], check=True, capture_output=True)
+        tls = ssl.SSLContext(ssl.PROTOCOL_TLS_SERVER)
+        tls.load_cert_chain(self.certificate, keys / "key.pem")
+        self.server = self.serve(CONTENT, tls=tls)
+
+    def test_that_nobody_vouches_for_are_refused_at_once(self):
+        run = self.setup()
+        self.assert_ends(run, NETWORK, "certificate")
+        self.assertEqual(self.server.requests, [])
+        self.assertNotIn("trying again", "".join(run.lines))
+
+    def test_that_are_trusted_let_the_download_go(self):
+        self.assert_ready(self.setup("--certificates", str(self.certificate)))
+
+    def test_are_not_evaded_by_a_redirect(self):
+        plain = self.serve(CONTENT)
+        self.server.script = [redirect(plain.url + "/x")]
+        run = self.setup("--certificates", str(self.certificate))
+        self.assert_ends(run, HTTP, "did not lead to the file")
+        self.assertEqual(plain.requests, [])
+
+
+class Disks(SetupCase):
+    def test_without_room_for_it_are_not_even_begun_to_fill(self):
+        run = self.setup("--bytes", str(9 * 10**18), "--sha256", SHA256, pin=False)
+        self.assert_ends(run, NO_SPACE)
+        self.assertRegex(run.lines[-1], r"needs 9000000000000 MB more, but only \d+ MB are free in ")
+        self.assertEqual(self.server.requests, [])
+
+    def test_that_fill_up_keep_what_has_arrived(self):
+        def limit():
+            resource.setrlimit(resource.RLIMIT_FSIZE, (1_000_000, 1_000_000))
+        run = self.setup(preexec_fn=limit)
+        self.assert_ends(run, NO_SPACE, "the disk is full")
+        self.assertEqual(self.part.read_bytes(), CONTENT[:1_000_000])
+        self.assert_ready(self.setup())
+        self.assertEqual(self.server.ranges(), [None, "bytes=1000000-"])
+
+    def test_that_are_read_only_are_named(self):
+        self.home.chmod(0o555)
+        # Permissions do not bind root, unless it gives that right up.
+        prefix = ["setpriv", "--bounding-set", "-dac_override"] if not pathlib.os.geteuid() else []
+        run = self.setup(prefix=prefix)
+        self.home.chmod(0o755)
+        self.assert_ends(run, UNWRITABLE, f"{self.folder} cannot be written (Permission denied)")
+        self.assertEqual(len(run.lines), 1)
+
+    def test_with_something_in_the_way_are_named(self):
+        (self.home / ".local").write_text("")
+        self.assert_ends(self.setup(), UNWRITABLE, "Not a directory")
+        self.assert_ends(self.setup(whisper="off"), UNWRITABLE, "Not a directory")
+
+    def test_with_a_folder_in_a_files_place_are_named(self):
+        for path in (self.part, self.folder / "setup.lock", self.folder / "manifest.json.tmp",
+                     self.record.with_name(self.record.name + ".tmp")):
+            with self.subTest(path.name):
+                shutil.rmtree(self.folder, ignore_errors=True)
+                path.mkdir(parents=True)
+                self.assert_ends(self.setup(), UNWRITABLE, "Is a directory")
+                self.assertFalse(self.manifest.exists())
+
+    def test_with_a_link_in_the_parts_place_do_not_lead_elsewhere(self):
+        self.folder.mkdir(parents=True)
+        target = self.home / "precious"
+        target.write_text("precious")
+        self.part.symlink_to(target)
+        self.assert_ends(self.setup(), UNWRITABLE)
+        self.assertEqual(target.read_text(), "precious")
+
+    def test_are_told_apart_from_a_damaged_record(self):
+        self.leave(CONTENT[:1000])
+        self.record.write_text(json.dumps([1, 2, 3]))
+        self.assert_ready(self.setup())
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,88 @@
+"""The engine's program, started as the application starts it and read line by line."""
+
+import ctypes
+import os
+import signal
+import subprocess
+import tempfile
+import threading
+import time
+
+PR_SET_PDEATHSIG = 1
+_LIBC = ctypes.CDLL(None, use_errno=True)
+EXECUTABLE = os.path.join(os.environ.get("VOXTREL_PROGRAMS", ""), "quillback")
+PASSED_ON = ("ASAN_OPTIONS", "LSAN_OPTIONS", "TSAN_OPTIONS", "UBSAN_OPTIONS")
+
+
+def die_with_parent():
+    """A test that is killed must leave nothing behind."""
+    _LIBC.prctl(PR_SET_PDEATHSIG, signal.SIGKILL)
+
+
+def bare_environment(home):
+    """Nothing of this machine's own desktop: no display, no sound server."""
+    wanted = {"HOME": home, "PATH": "/usr/bin:/bin", "LANG": "C.UTF-8",
+              "PULSE_SERVER": "unix:" + os.path.join(home, "no-sound-server"),
+              "DBUS_SESSION_BUS_ADDRESS": "unix:path=" + os.path.join(home, "no-bus")}
+    wanted.update((name, os.environ[name]) for name in PASSED_ON if name in os.environ)
+    return wanted
+
+
+class EngineProgram:
+    """One running engine. `stdout`: a descriptor in place of the pipe that is read here."""
+
+    def __init__(self, *arguments, home=None, stdout=None, environment=None):
+        self._folder = None
+        if home is None:
+            self._folder = tempfile.TemporaryDirectory(prefix="quillback-test-")
+            home = self._folder.name
+        self.home = home
+        self.lines = []
+        self._arrived = threading.Condition()
+        self._reader = None
+        self.child = subprocess.Popen(
+            [EXECUTABLE, *arguments], stdin=subprocess.DEVNULL,
+            stdout=subprocess.PIPE if stdout is None else stdout, stderr=subprocess.STDOUT,
+            env=environment or bare_environment(home), preexec_fn=die_with_parent)
+        if stdout is None:
+            self._reader = threading.Thread(target=self._read, daemon=True)
+            self._reader.start()
+
+    def _read(self):
+        for line in self.child.stdout:
+            with self._arrived:
+                self.lines.append((time.monotonic(), line.decode().rstrip("\n")))
+                self._arrived.notify_all()
+
+    def texts(self):
+        """All lines so far."""
+        with self._arrived:
+            return [text for _, text in self.lines]
+
+    def wait_for_line(self, part, limit_s=10.0, after=0):
+        """Waits for a line that contains `part`; returns its number."""
+        def found():
+            return next((i for i, (_, text) in enumerate(self.lines) if i >= after and part in text),
+                        None)
+        with self._arrived:
+            if not self._arrived.wait_for(lambda: found() is not None, limit_s):
+                raise AssertionError(f"no line with {part!r}: {[text for _, text in self.lines]}")
+            return found()
+
+    def end(self, number=signal.SIGTERM):
+        """Asks it to end; returns its exit status and how long that took."""
+        begun = time.monotonic()
+        self.child.send_signal(number)
+        status = self.child.wait(10)
+        return status, time.monotonic() - begun
+
+    def close(self):
+        """Ends it whatever happens."""
+        if self.child.poll() is None:
+            self.child.kill()
+        self.child.wait()
+        if self._reader:
+            self._reader.join()
+            self.child.stdout.close()
+        if self._folder:
+            self._folder.cleanup()

@@ -1,0 +1,181 @@
+"""The engine's command line, and how it begins and ends without a desktop."""
+
+import fcntl
+import os
+import signal
+import subprocess
+import tempfile
+import time
+import unittest
+
+from engine_program import EXECUTABLE, EngineProgram, bare_environment, die_with_parent
+
+F_SETPIPE_SZ = 1031
+# Half a second is what people are promised; a sanitizer's own end is not counted.
+PROMPT_S = 0.5 if not any("SAN_OPTIONS" in name for name in os.environ) else 3.0
+ERROR_MARKERS = ("[quillback] ERROR", "[quillback] Failed", "Audio capture failed", "Accessibility",
+                 "Microphone permission")
+
+
+class Case(unittest.TestCase):
+    """Starts engines that end with the test."""
+
+    def start(self, *arguments, **options):
+        """An engine with a home of its own."""
+        program = EngineProgram(*(arguments or ("run",)), **options)
+        self.addCleanup(program.close)
+        return program
+
+    def run_to_end(self, *arguments):
+        """Runs a command that ends by itself."""
+        with tempfile.TemporaryDirectory() as home:
+            return subprocess.run([EXECUTABLE, *arguments], env=bare_environment(home), text=True,
+                                  capture_output=True, check=False, timeout=20)
+
+    def ends_well(self, program, number=signal.SIGTERM):
+        """It ends at once, and says that all is well."""
+        status, took_s = program.end(number)
+        self.assertEqual(status, 0)
+        self.assertLess(took_s, PROMPT_S)
+
+
+class CommandLine(Case):
+    """What it prints and how it exits."""
+
+    def test_help_names_the_commands(self):
+        done = self.run_to_end("--help")
+        self.assertEqual((done.returncode, done.stderr), (0, ""))
+        for word in ("run", "setup", "transcribe", "--version"):
+            self.assertIn(word, done.stdout)
+
+    def test_the_version_is_one_line(self):
+        done = self.run_to_end("--version")
+        self.assertEqual(done.returncode, 0)
+        self.assertRegex(done.stdout, r"\Aquillback \d+\.\d+\.\d+\n\Z")
+
+    def test_mistakes_exit_with_2_and_one_clear_line(self):
+        for arguments in ([], ["walk"], ["run", "now"], ["setup"], ["transcribe"], ["--version", "x"]):
+            done = self.run_to_end(*arguments)
+            self.assertEqual((done.returncode, done.stdout), (2, ""), arguments)
+            self.assertRegex(done.stderr, r"\Aquillback: .+\nTry \"quillback --help\"\.\n\Z")
+
+
+class BeginningAndEnd(Case):
+    """`quillback run` where there is nothing to work with."""
+
+    def test_it_is_ready_and_stays_without_anything(self):
+        program = self.start()
+        program.wait_for_line("Ready.")
+        time.sleep(0.3)
+        self.assertIsNone(program.child.poll())
+        self.ends_well(program)
+
+    @unittest.skipIf(os.path.isdir("/dev/input") and os.geteuid() == 0, "keyboards may be read here")
+    def test_without_a_key_source_it_says_what_to_do_and_stays(self):
+        program = self.start()
+        number = program.wait_for_line("Accessibility")
+        line = program.texts()[number]
+        self.assertIn("usermod -aG input", line)
+        program.wait_for_line("Ready.")
+        self.assertEqual(sum(any(m in t for m in ERROR_MARKERS) for t in program.texts()), 1)
+        self.ends_well(program)
+
+    def test_every_stopping_signal_ends_it(self):
+        for number in (signal.SIGTERM, signal.SIGINT, signal.SIGHUP):
+            program = self.start()
+            program.wait_for_line("Ready.")
+            self.ends_well(program, number)
+
+    def test_it_ends_whenever_it_is_asked_while_it_loads(self):
+        for delay_ms in (60, 80, 100, 130, 160, 200, 250, 300, 400):
+            program = self.start()
+            time.sleep(delay_ms / 1000)
+            self.ends_well(program)
+
+    def test_it_ends_while_nobody_reads_what_it_prints(self):
+        ours, theirs = os.pipe()
+        self.addCleanup(os.close, ours)
+        fcntl.fcntl(theirs, F_SETPIPE_SZ, 4096)
+        os.write(theirs, b"x" * 4096)
+        program = self.start(stdout=theirs)
+        os.close(theirs)
+        time.sleep(1.0)
+        self.ends_well(program)
+
+    def test_it_lives_on_when_its_reader_has_gone(self):
+        ours, theirs = os.pipe()
+        os.close(ours)
+        program = self.start(stdout=theirs)
+        os.close(theirs)
+        time.sleep(1.0)
+        self.assertIsNone(program.child.poll())
+        self.ends_well(program)
+
+    def test_it_lives_with_its_output_closed(self):
+        with tempfile.TemporaryDirectory() as home:
+            child = subprocess.Popen(
+                ["/bin/sh", "-c", 'exec "$0" run 0<&- 1>&- 2>&-', EXECUTABLE],
+                env=bare_environment(home), preexec_fn=die_with_parent)
+            time.sleep(1.0)
+            self.assertIsNone(child.poll())
+            child.send_signal(signal.SIGTERM)
+            self.assertEqual(child.wait(5), 0)
+
+    def test_it_ends_when_its_parent_is_gone(self):
+        ours, theirs = os.pipe()
+        with tempfile.TemporaryDirectory() as home, os.fdopen(ours, "rb") as lines:
+            # The engine is the parent's child and holds the pipe's other end.
+            parent = subprocess.Popen(["/bin/sh", "-c", '"$0" run & wait', EXECUTABLE],
+                                      env=bare_environment(home), stdout=theirs, stderr=theirs,
+                                      preexec_fn=die_with_parent)
+            os.close(theirs)
+            while b"Ready." not in lines.readline():
+                pass
+            begun = time.monotonic()
+            parent.kill()
+            parent.wait()
+            self.assertEqual(lines.read(), b"")  # until the engine has ended as well
+            self.assertLess(time.monotonic() - begun, PROMPT_S)
+
+    def test_a_signal_that_was_ignored_for_it_does_not_end_it(self):
+        with tempfile.TemporaryDirectory() as home:
+            child = subprocess.Popen(["/bin/sh", "-c", 'trap "" HUP; exec "$0" run', EXECUTABLE],
+                                     env=bare_environment(home), stdout=subprocess.DEVNULL,
+                                     preexec_fn=die_with_parent)
+            time.sleep(0.7)
+            child.send_signal(signal.SIGHUP)
+            time.sleep(0.3)
+            self.assertIsNone(child.poll())
+            child.send_signal(signal.SIGTERM)
+            self.assertEqual(child.wait(5), 0)
+
+
+class Settings(Case):
+    """What it says about its settings file."""
+
+    def start_with(self, text):
+        """An engine whose settings are `text`."""
+        home = tempfile.TemporaryDirectory()
+        self.addCleanup(home.cleanup)
+        folder = os.path.join(home.name, ".config", "quillback")
+        os.makedirs(folder)
+        with open(os.path.join(folder, "config.toml"), "w", encoding="utf-8") as file:
+            file.write(text)
+        program = self.start(home=home.name)
+        program.wait_for_line("Ready.")
+        return [line for line in program.texts() if "ERROR" in line and "config.toml" in line]
+
+    def test_good_settings_are_not_mentioned(self):
+        self.assertEqual(self.start_with("[audio]\nhotkey = 'shift+\\'\nhotkey_code = 42\n"), [])
+
+    def test_each_mistake_is_one_line_that_names_its_place(self):
+        lines = self.start_with("[audio]\nhotkey_code = 1\n[output]\ninsert = 3\n")
+        self.assertEqual(len(lines), 2)
+        for line, number in zip(lines, (2, 4)):
+            self.assertTrue(line.startswith("[quillback] ERROR"), line)
+            self.assertIn(f"line {number}", line)
+
+    def test_what_is_no_toml_is_one_line(self):
+        lines = self.start_with("[model\n")
+        self.assertEqual(len(lines), 1)
+        self.assertIn("line 1", lines[0])
