@@ -18,7 +18,7 @@ namespace {
 using Entry = std::map<std::string, std::string>;
 
 /// More than any entry has; a file that never ends must not be read to its end.
-constexpr qint64 kMostBytes = 64 * 1024;
+constexpr qint64 kMostBytes = qint64{64} * 1024;
 
 std::string valueOf(const Entry& entry, const std::string& key) {
   const auto found = entry.find(key);
