@@ -18,8 +18,8 @@ class RecordingOverlay;
 class StatusBarController;
 
 /// Gets the machine into a state in which the engine can work (its model fetched, its permissions
-/// granted), then creates the menu-bar
-/// controller, which starts the engine; at the end makes sure that no engine is left.
+/// granted), then creates the menu-bar controller, which starts the engine; at the end makes sure
+/// that no engine is left.
 /// Thread: the main thread.  Owns: the controller, the crash-notification delegate, the setup window.
 /// Borrows: the desktop and the overlay (must outlive this).
 /// Fails by: ending the application, after an alert, when a permission is missing.

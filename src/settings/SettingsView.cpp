@@ -33,7 +33,10 @@ std::size_t rowOf(const Table& table, std::size_t index) {
 
 SettingsView::SettingsView(ConfigManager config, const SettingsPorts& ports,
                            std::function<void()> onSaveAndRestart)
-    : config_(std::move(config)), ports_(ports), onSaveAndRestart_(std::move(onSaveAndRestart)) {
+    : config_(std::move(config)),
+      ports_(ports),
+      onSaveAndRestart_(std::move(onSaveAndRestart)),
+      launchAtLogin_(ports.userDefaults.boolForKey(kLaunchAtLoginKey)) {
   const ModelSettings settings = config_.readSettings();
   selectedHotkeyIndex_ = indexOf(kHotkeyChoices, settings.hotkey);
   selectedInputIndex_ = indexOf(kInputLanguageChoices, settings.language);
@@ -52,18 +55,14 @@ void SettingsView::selectOutput(std::size_t index) {
   selectedOutputIndex_ = rowOf(kOutputChoices, index);
 }
 
-bool SettingsView::launchAtLogin() const {
-  return ports_.userDefaults.boolForKey(kLaunchAtLoginKey);
-}
-
 void SettingsView::setLaunchAtLogin(bool enabled) {
-  if (enabled == launchAtLogin()) return;
+  if (enabled == launchAtLogin_) return;
   if (!changeLaunchAtLogin(enabled)) changed();
 }
 
 void SettingsView::appeared() {
   const bool isEnabled = ports_.loginItem.isEnabled();
-  if (isEnabled == launchAtLogin()) return;
+  if (isEnabled == launchAtLogin_) return;
   changeLaunchAtLogin(isEnabled);
   changed();
 }
@@ -71,15 +70,20 @@ void SettingsView::appeared() {
 /// False if it sprang back. Springing back is a change like any other and asks the desktop for the
 /// opposite, once: where that fails too, the value stays.
 bool SettingsView::changeLaunchAtLogin(bool enabled) {
-  ports_.userDefaults.setBool(kLaunchAtLoginKey, enabled);
+  keepLaunchAtLogin(enabled);
   if (requestLaunchAtLogin(enabled)) return true;
-  ports_.userDefaults.setBool(kLaunchAtLoginKey, !enabled);
+  keepLaunchAtLogin(!enabled);
   requestLaunchAtLogin(!enabled);
   return false;
 }
 
 bool SettingsView::requestLaunchAtLogin(bool enabled) {
   return enabled ? ports_.loginItem.enable() : ports_.loginItem.disable();
+}
+
+void SettingsView::keepLaunchAtLogin(bool enabled) {
+  launchAtLogin_ = enabled;
+  ports_.userDefaults.setBool(kLaunchAtLoginKey, enabled);
 }
 
 void SettingsView::saveAndRestart() {

@@ -55,8 +55,9 @@ class SettingsView {
   void selectInput(std::size_t index);
   void selectOutput(std::size_t index);
 
-  /// Kept in the user defaults; true where the application starts at login.
-  bool launchAtLogin() const;
+  /// True where the application starts at login. Begins as the user defaults have it and is kept
+  /// there, as far as they can be written.
+  bool launchAtLogin() const { return launchAtLogin_; }
   /// Registers or unregisters at once; where that fails, launchAtLogin() springs back.
   void setLaunchAtLogin(bool enabled);
 
@@ -73,11 +74,13 @@ class SettingsView {
  private:
   bool changeLaunchAtLogin(bool enabled);
   bool requestLaunchAtLogin(bool enabled);
+  void keepLaunchAtLogin(bool enabled);
   void changed() const;
 
   ConfigManager config_;
   const SettingsPorts ports_;
   const std::function<void()> onSaveAndRestart_;
+  bool launchAtLogin_ = false;
   std::size_t selectedHotkeyIndex_ = 0;
   std::size_t selectedInputIndex_ = 0;
   std::size_t selectedOutputIndex_ = 0;

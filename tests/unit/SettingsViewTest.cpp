@@ -25,9 +25,10 @@ struct NotedDefaults : FakeUserDefaults {
   void setBool(std::string_view key, bool value) override {
     EXPECT_EQ(key, "launchAtLogin");
     written.push_back(value);
-    FakeUserDefaults::setBool(key, value);
+    if (!forgets) FakeUserDefaults::setBool(key, value);
   }
   Flags written;
+  bool forgets = false;  // as where the file cannot be written
 };
 
 struct SettingsForm : ::testing::Test {
@@ -282,6 +283,24 @@ TEST_F(SettingsForm, SpringsBackWhenItAppearsToo) {
   EXPECT_FALSE(view->launchAtLogin());
   EXPECT_EQ(loginItem.asked, (Flags{true, false}));
   EXPECT_EQ(heard, Flags{false});
+}
+
+TEST_F(SettingsForm, CanBeSwitchedOffAgainWhereNothingCanBeKept) {
+  defaults.forgets = true;
+  open().setLaunchAtLogin(true);
+  EXPECT_TRUE(view->launchAtLogin());
+  view->setLaunchAtLogin(false);
+  EXPECT_FALSE(view->launchAtLogin());
+  EXPECT_EQ(loginItem.asked, (Flags{true, false}));
+  EXPECT_EQ(heard, Flags{});
+}
+
+TEST_F(SettingsForm, ShowsWhatTheSystemSaysWhereNothingCanBeKept) {
+  defaults.forgets = true;
+  loginItem.enabled = true;
+  open().appeared();
+  EXPECT_TRUE(view->launchAtLogin());
+  EXPECT_EQ(heard, Flags{true});
 }
 
 TEST_F(SettingsForm, LetsItsObserverGoWhileItIsCalled) {

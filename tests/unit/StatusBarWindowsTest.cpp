@@ -120,6 +120,17 @@ TEST_F(StatusBarWindows, SkippedDownloadClosesItsWindowAndStartsTheEngine) {
   EXPECT_EQ(desktop.launcher.running(), 1U);
 }
 
+TEST_F(StatusBarWindows, SkipInTheLastSecondStartsTheEngineAndTheCompletionStartsItAgain) {
+  saveWithoutWeights();
+  endSetup(0);
+  const std::size_t before = starts();
+  download().skip();
+  EXPECT_EQ(starts(), before + 1);
+  desktop.time.advance(1s);
+  EXPECT_EQ(starts(), before + 2);
+  EXPECT_EQ(desktop.launcher.running(), 1U);
+}
+
 TEST_F(StatusBarWindows, DownloadThatEndsInAClosedWindowStillStartsTheEngine) {
   saveWithoutWeights();
   desktop.forms.closeLast();

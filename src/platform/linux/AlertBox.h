@@ -12,9 +12,11 @@ namespace voxtrel {
 /// Thread: the main thread.  Deletes itself once it has been answered; destroyed before, it never
 /// answers.
 class AlertBox final : public QMessageBox {
-  Q_OBJECT  // has no native counterpart, whose buttons would be in an order of their own
+  // Has no native counterpart, whose buttons would be in an order of their own.
+  Q_OBJECT
 
-      public : AlertBox(const Alert& alert, std::function<void(std::size_t)> onAnswer);
+ public:
+  AlertBox(const Alert& alert, std::function<void(std::size_t)> onAnswer);
 
   /// Comes up in front without waiting for the answer.
   void comeUp();

@@ -5,6 +5,7 @@
 #include <QFileInfo>
 #include <QSaveFile>
 #include <QStandardPaths>
+#include <cstdlib>
 #include <utility>
 
 #include "platform/Desktop.h"
@@ -17,7 +18,7 @@ namespace {
 using Entry = std::map<std::string, std::string>;
 
 /// More than any entry has; a file that never ends must not be read to its end.
-constexpr qint64 kMostBytes = 64 * 1024;
+constexpr qint64 kMostBytes = qint64{64} * 1024;
 
 std::string valueOf(const Entry& entry, const std::string& key) {
   const auto found = entry.find(key);
@@ -50,7 +51,21 @@ bool isUtf8(const QByteArray& text) {
   return QString::fromUtf8(text).toUtf8() == text;
 }
 
+/// Whatever an AppImage starts inherits its variables: they are about a program inside it only.
+bool isInAppImage(const std::string& executable) {
+  const char* const folder = std::getenv("APPDIR");
+  if (folder == nullptr) return false;
+  const QString inside = QFileInfo(QFile::decodeName(folder)).canonicalFilePath();
+  return !inside.isEmpty() && QFile::decodeName(executable.c_str()).startsWith(inside + '/');
+}
+
 }  // namespace
+
+std::string startedProgram(const std::string& executable) {
+  const char* const image = std::getenv("APPIMAGE");
+  const bool isNamed = image != nullptr && image[0] == '/';
+  return isNamed && isInAppImage(executable) ? image : executable;
+}
 
 AutostartProgram autostartProgram(const std::string& executable, bool sandboxed) {
   if (sandboxed) return {std::string("flatpak run ") + kBundleIdentifier, "flatpak", false};

@@ -14,6 +14,11 @@ struct AutostartProgram {
   bool isReachable = false;  ///< whether this process can see the program that they name
 };
 
+/// What to start again where the program at this absolute path runs: itself, or the AppImage that it
+/// is in, which is mounted somewhere else every time.
+/// Thread: any, as long as none changes the environment.
+std::string startedProgram(const std::string& executable);
+
 /// The running program. `executable` is its absolute path; inside a sandbox it is started by name.
 AutostartProgram autostartProgram(const std::string& executable, bool sandboxed);
 

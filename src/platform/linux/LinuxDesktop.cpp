@@ -14,16 +14,6 @@
 
 namespace voxtrel {
 
-namespace {
-
-/// What starts the application again: an AppImage is mounted somewhere else every time.
-std::string startedProgram() {
-  const char* const image = std::getenv("APPIMAGE");
-  return image != nullptr && image[0] == '/' ? image : executablePath();
-}
-
-}  // namespace
-
 LinuxDesktop::LinuxDesktop(Parts parts, const std::string& version)
     : home_(voxtrel::homeDirectory()),
       parts_(std::move(parts)),
@@ -34,7 +24,7 @@ LinuxDesktop::LinuxDesktop(Parts parts, const std::string& version)
       alerts_(colors_),
       formWindows_(colors_),
       loginItem_(desktopConfigFolder(home_, isSandboxed()),
-                 autostartProgram(startedProgram(), isSandboxed())),
+                 autostartProgram(startedProgram(executablePath()), isSandboxed())),
       privacySettings_(*parts_.log, HelpPages::folderFor(executablePath()),
                        HelpPages::readerOfThisSession(isSandboxed())),
       userDefaults_(configFolder(home_)),

@@ -178,6 +178,21 @@ TEST_F(AnAutostartEntry, ofASandboxNamesTheSandboxAndIsOnAlthoughTheSandboxCanno
   EXPECT_TRUE(sandboxed.isEnabled());
 }
 
+TEST(StartedProgramTest, isTheAppImageOnlyForAProgramInsideIt) {
+  const ScratchFolder folder;
+  const std::string mounted = folder.path().string();
+  const std::string inside = mounted + "/usr/bin/voxtrel";
+  EXPECT_EQ(startedProgram(inside), inside);
+  const Variable image("APPIMAGE", "/home/ada/Voxtrel.AppImage");
+  EXPECT_EQ(startedProgram(inside), inside);
+  const Variable mount("APPDIR", mounted.c_str());
+  EXPECT_EQ(startedProgram(inside), "/home/ada/Voxtrel.AppImage");
+  EXPECT_EQ(startedProgram("/usr/bin/voxtrel"), "/usr/bin/voxtrel");
+  EXPECT_EQ(startedProgram(mounted + "2/voxtrel"), mounted + "2/voxtrel");
+  const Variable noPath("APPIMAGE", "Voxtrel.AppImage");
+  EXPECT_EQ(startedProgram(inside), inside);
+}
+
 TEST(UserFoldersTest, theFolderForSettingsIsTheNamedOneIfItIsAbsoluteElseTheHomes) {
   struct Row {
     const char* variable;
