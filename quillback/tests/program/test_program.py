@@ -8,11 +8,13 @@ import tempfile
 import time
 import unittest
 
+from harness.processes import is_sanitized
+
 from engine_program import EXECUTABLE, EngineProgram, bare_environment, die_with_parent
 
 F_SETPIPE_SZ = 1031
-# Half a second is what people are promised; a sanitizer's own end is not counted.
-PROMPT_S = 0.5 if not any("SAN_OPTIONS" in name for name in os.environ) else 3.0
+# Half a second is what people are promised; a sanitizer takes its own time.
+PROMPT_S = 3.0 if is_sanitized(EXECUTABLE) else 0.5
 ERROR_MARKERS = ("[quillback] ERROR", "[quillback] Failed", "Audio capture failed", "Accessibility",
                  "Microphone permission")
 
