@@ -54,11 +54,9 @@ struct TranscribeTest : testing::Test {
 };
 
 TEST_F(TranscribeTest, TheNinePhrasesAreUnderstoodWordForWord) {
-  const auto engine = makeSpeechEngine({}, voice.folder());
-  // Loaded once for each file, as the program would be.
   for (const char* phrase : kPhrases) {
-    const auto again = makeSpeechEngine({}, voice.folder());
-    EXPECT_EQ(transcribeFile(voice.say(phrase), *again, text, notes), TranscribeExit::done);
+    const auto engine = makeSpeechEngine({}, voice.folder());
+    EXPECT_EQ(transcribeFile(voice.say(phrase), *engine, text, notes), TranscribeExit::done);
     EXPECT_EQ(text.lines.back(), phrase);
   }
   EXPECT_THAT(notes.lines, testing::Each("Using the embedded English recogniser"));
