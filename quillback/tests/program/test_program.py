@@ -89,8 +89,9 @@ class BeginningAndEnd(Case):
             self.ends_well(program, number)
 
     def test_it_ends_whenever_it_is_asked_while_it_loads(self):
-        for delay_ms in (60, 80, 100, 130, 160, 200, 250, 300, 400):
+        for delay_ms in (0, 10, 30, 60, 100, 150, 200, 300, 400):
             program = self.start()
+            program.wait_until_signals_are_held()
             time.sleep(delay_ms / 1000)
             self.ends_well(program)
 
