@@ -9,13 +9,17 @@ namespace {
 using Command = CommandLine::Command;
 using Words = std::span<const std::string_view>;
 
+std::string quoted(std::string_view word) {
+  return std::string("\"").append(word).append("\"");
+}
+
 CommandLine mistaken(const std::string& mistake) {
   return {Command::usageError, "", mistake};
 }
 
 CommandLine alone(Command command, std::string_view name, Words rest) {
   if (rest.empty()) return {command, "", ""};
-  return mistaken("\"" + std::string(name) + "\" takes no argument");
+  return mistaken(quoted(name).append(" takes no argument"));
 }
 
 CommandLine setup(Words rest) {
@@ -69,7 +73,7 @@ CommandLine parseCommandLine(std::span<const char* const> arguments) {
   if (words[0] == "transcribe") return transcribe(rest);
   if (words[0] == "--help" || words[0] == "-h") return alone(Command::help, words[0], rest);
   if (words[0] == "--version") return alone(Command::version, words[0], rest);
-  return mistaken("unknown command \"" + std::string(words[0]) + "\"");
+  return mistaken("unknown command " + quoted(words[0]));
 }
 
 }  // namespace quillback

@@ -70,6 +70,7 @@ std::unique_ptr<ChildRun> ChildRun::start(const std::vector<std::string>& words,
   if (!file.isOpen()) return nullptr;
   std::vector<std::string> copies = words;
   std::vector<char*> pointers;
+  pointers.reserve(copies.size() + 1);
   for (std::string& copy : copies) pointers.push_back(copy.data());
   pointers.push_back(nullptr);
   const pid_t child = Setup(file.get()).spawn(pointers.data());

@@ -2,6 +2,7 @@
 
 #include <linux/input-event-codes.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <utility>
 
@@ -35,11 +36,11 @@ EvdevKeyWatch::Opened EvdevKeyWatch::open(const Hotkey& hotkey, KeyWatch::Listen
 }
 
 EvdevKeyWatch::EvdevKeyWatch(const Hotkey& hotkey, KeyWatch::Listener listener,
-                             const WatchDescriptor& watchDescriptor, OpenKeyboard openKeyboard,
+                             WatchDescriptor watchDescriptor, OpenKeyboard openKeyboard,
                              std::string folder)
     : hotkey_(hotkey),
       key_(codesOf(hotkey), std::move(listener)),
-      watchDescriptor_(watchDescriptor),
+      watchDescriptor_(std::move(watchDescriptor)),
       openKeyboard_(std::move(openKeyboard)),
       folder_(std::move(folder)),
       folderWatch_(folder_) {
@@ -65,8 +66,9 @@ void EvdevKeyWatch::add(const std::string& name) {
   auto [keyboard, isRefused] = openKeyboard_(folder_ + "/" + name, hotkey_.evdevCode);
   someRefused_ = someRefused_ || isRefused;
   if (!keyboard) return;
-  auto watch = watchDescriptor_(keyboard->descriptor(), [this, name] { handleKeys(name); });
-  devices_.emplace(name, Device{nextNumber_++, std::move(keyboard), std::move(watch)});
+  const int number = nextNumber_++;
+  auto watch = watchDescriptor_(keyboard->descriptor(), [this, number] { handleKeys(number); });
+  devices_.emplace(name, Device{number, std::move(keyboard), std::move(watch)});
 }
 
 void EvdevKeyWatch::remove(const std::string& name) {
@@ -79,15 +81,15 @@ void EvdevKeyWatch::remove(const std::string& name) {
   key_.gone(number);
 }
 
-void EvdevKeyWatch::handleKeys(const std::string& name) {
-  const std::string device = name;  // removing it destroys the task that calls this
-  const auto found = devices_.find(device);
+void EvdevKeyWatch::handleKeys(int number) {
+  const auto found = std::find_if(devices_.begin(), devices_.end(), [number](const auto& device) {
+    return device.second.number == number;
+  });
   if (found == devices_.end()) return;
-  const int number = found->second.number;
   const bool isThere = found->second.keyboard->read([this, number](int code, bool isDown) {
     isDown ? key_.down(number, code) : key_.up(number, code);
   });
-  if (!isThere) remove(device);
+  if (!isThere) remove(std::string(found->first));
 }
 
 }  // namespace quillback

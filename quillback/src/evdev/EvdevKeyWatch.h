@@ -38,15 +38,14 @@ class EvdevKeyWatch final : public KeyWatch {
     std::shared_ptr<void> descriptorWatch;
   };
 
-  EvdevKeyWatch(const Hotkey& hotkey, KeyWatch::Listener listener,
-                const WatchDescriptor& watchDescriptor, OpenKeyboard openKeyboard,
-                std::string folder);
+  EvdevKeyWatch(const Hotkey& hotkey, KeyWatch::Listener listener, WatchDescriptor watchDescriptor,
+                OpenKeyboard openKeyboard, std::string folder);
 
   void lookAtFolder();
   void handleFolder();
   void add(const std::string& name);
   void remove(const std::string& name);
-  void handleKeys(const std::string& name);
+  void handleKeys(int number);
 
   Hotkey hotkey_;
   PushToTalk key_;

@@ -43,7 +43,7 @@ struct Manifest {
 };
 
 /// Longest manifest that is read.
-inline constexpr std::size_t kMaxManifestBytes = 64 * 1024;
+inline constexpr std::size_t kMaxManifestBytes = 65'536;
 
 /// Whether `name` is a file's name that stays in its folder.
 bool isPlainFileName(std::string_view name);

@@ -17,7 +17,7 @@ struct PartRecord {
 };
 
 /// Longest record that is read.
-inline constexpr std::size_t kMaxPartRecordBytes = 16 * 1024;
+inline constexpr std::size_t kMaxPartRecordBytes = 16'384;
 
 /// Nothing unless it is whole, and its texts may stand in a request's head.
 std::optional<PartRecord> parsePartRecord(std::string_view text);

@@ -154,7 +154,7 @@ Failure Setup::download() {
 Failure Setup::writeManifest(std::string_view recogniser, std::vector<Manifest::File> files) {
   const Manifest manifest{pin_.model, std::string(recogniser), std::move(files),
                           "quillback " + options_.version};
-  const Failure failure = failureOf(replaceFile(folder_, kManifestName, formatManifest(manifest)));
+  Failure failure = failureOf(replaceFile(folder_, kManifestName, formatManifest(manifest)));
   if (!failure) options_.onStep("manifest");
   return failure;
 }

@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <poll.h>
+#include <sched.h>
 #include <sys/eventfd.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -60,7 +61,11 @@ void LineOutput::print(std::string_view line) {
   const bool othersWait = !waiting_.empty();
   waiting_ += whole;
   if (!othersWait) writeWaiting();
-  if (waiting_.empty()) return;
+  if (waiting_.empty()) {
+    // The reader was woken on this processor: it is to have the line before what we do next.
+    ::sched_yield();
+    return;
+  }
   if (!flusher_.joinable()) flusher_ = std::thread([this] { flushUntilStopped(); });
   ::eventfd_write(flusherWakeUp_.get(), 1);
 }

@@ -11,6 +11,7 @@ EngineThread::EngineThread(Loop& loop, std::unique_ptr<SpeechEngine> engine)
 void EngineThread::start(OnLoaded onLoaded) {
   thread_ = std::thread([self = shared_from_this(), onLoaded = std::move(onLoaded)] {
     self->run(onLoaded);
+    self->engine_.reset();  // here, because giving a large model back takes its time, too
     const std::lock_guard lock(self->mutex_);
     self->hasEnded_ = true;
     self->changed_.notify_all();

@@ -53,7 +53,7 @@ class EngineThread : public std::enable_shared_from_this<EngineThread> {
   void post(Loop::Task task);
 
   Loop& loop_;
-  const std::unique_ptr<SpeechEngine> engine_;
+  std::unique_ptr<SpeechEngine> engine_;  // the thread's own
   std::thread thread_;
   std::mutex posting_;  // over mayPost_, and while posting: after `stop` the loop may be gone
   bool mayPost_ = true;

@@ -1,27 +1,18 @@
 #include "speech/Transcribe.h"
 
-#include <algorithm>
 #include <atomic>
 #include <vector>
 
 #include "audio/Resampler.h"
 #include "audio/WavFile.h"
-#include "ports/Microphone.h"
 
 namespace quillback {
 namespace {
 
-/// As much as a microphone brings at once: decoding adapts to the voice between two pieces.
-constexpr std::size_t kPieceSamples = kSampleRateHz / 50;
-
 std::string recognised(SpeechEngine& engine, std::span<const std::int16_t> samples) {
   const std::atomic<bool> isDropped{false};
   engine.begin(isDropped);
-  while (!samples.empty()) {
-    const std::size_t count = std::min(samples.size(), kPieceSamples);
-    engine.hear(samples.first(count));
-    samples = samples.subspan(count);
-  }
+  engine.hear(samples);
   return engine.finish().text;
 }
 

@@ -49,22 +49,27 @@ void SphinxEngine::begin(const std::atomic<bool>& /*isDropped*/) {
   // An utterance that was dropped has left its part open.
   if (isInPart_) endPart();
   text_.clear();
-  held_.clear();
-  isHolding_ = true;
+  waiting_.clear();
+  blockSamples_ = kFirstBlockSamples;
   ps_start_stream(model_->decoder.get());
   model_->mean->begin();
 }
 
 void SphinxEngine::hear(std::span<const std::int16_t> samples) {
-  model_->mean->hear(samples);
-  if (!isHolding_) return decode(samples);
-  held_.insert(held_.end(), samples.begin(), samples.end());
-  if (held_.size() >= kHeldSamples) decodeHeld();
+  while (waiting_.size() + samples.size() >= blockSamples_) {
+    const auto rest = samples.first(blockSamples_ - waiting_.size());
+    waiting_.insert(waiting_.end(), rest.begin(), rest.end());
+    decodeBlock(waiting_);
+    waiting_.clear();
+    blockSamples_ = kBlockSamples;
+    samples = samples.subspan(rest.size());
+  }
+  waiting_.insert(waiting_.end(), samples.begin(), samples.end());
 }
 
 Transcription SphinxEngine::finish() {
   const auto start = std::chrono::steady_clock::now();
-  if (isHolding_) decodeHeld();
+  decodeBlock(waiting_);
   if (isInPart_) endPart();
   model_->mean->end();
   Transcription result;
@@ -74,13 +79,9 @@ Transcription SphinxEngine::finish() {
   return result;
 }
 
-void SphinxEngine::decodeHeld() {
-  isHolding_ = false;
-  decode(held_);
-}
-
-void SphinxEngine::decode(std::span<const std::int16_t> samples) {
+void SphinxEngine::decodeBlock(std::span<const std::int16_t> samples) {
   if (samples.empty()) return;
+  model_->mean->hear(samples);
   ps_decoder_t* const decoder = model_->decoder.get();
   if (!isInPart_) {
     isInPart_ = ps_start_utt(decoder) == 0;

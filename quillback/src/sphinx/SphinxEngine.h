@@ -16,7 +16,9 @@ namespace quillback {
 class SphinxEngine final : public SpeechEngine {
  public:
   /// Held back at the beginning, until there is a first idea of the voice: 0.2 s.
-  static constexpr std::size_t kHeldSamples = 3200;
+  static constexpr std::size_t kFirstBlockSamples = 3200;
+  /// Heard and decoded at once, however the samples arrive, so that the words do not depend on that.
+  static constexpr std::size_t kBlockSamples = 320;
   /// A part this long ends at the next pause: 8 s. Shorter ones would cut sentences.
   static constexpr std::size_t kPartSamples = 128'000;
   /// A part ends here in any case: 30 s.
@@ -36,14 +38,13 @@ class SphinxEngine final : public SpeechEngine {
  private:
   struct Model;
 
-  void decode(std::span<const std::int16_t> samples);
-  void decodeHeld();
+  void decodeBlock(std::span<const std::int16_t> samples);
   void endPart();
 
   const std::string modelFolder_;
   std::unique_ptr<Model> model_;
-  std::vector<std::int16_t> held_;
-  bool isHolding_ = false;
+  std::vector<std::int16_t> waiting_;  ///< less than a block
+  std::size_t blockSamples_ = kFirstBlockSamples;
   bool isInPart_ = false;
   std::size_t partSamples_ = 0;
   std::string text_;

@@ -33,9 +33,10 @@ constexpr std::array<Place, 11> kPlaces = {{{KEY_ESC, "ESC"},
 
 using Names = std::map<std::string, int, std::less<>>;
 
-template <std::size_t Size>
-std::string text(const char (&name)[Size]) {
-  return {name, strnlen(name, Size)};
+constexpr std::size_t kNameBytes = 4;  // with zeros behind shorter names
+
+std::string text(const char* name) {
+  return {name, strnlen(name, kNameBytes)};
 }
 
 /// Name to key code, aliases too.

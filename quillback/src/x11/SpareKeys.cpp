@@ -26,11 +26,16 @@ void SpareKeys::assign(const std::map<std::uint8_t, char32_t>& characters) {
 }
 
 void SpareKeys::restore() {
+  if (assigned_.empty()) return;
+  std::map<std::uint8_t, xcb_get_keyboard_mapping_cookie_t> questions;
   for (const auto& [code, keysym] : assigned_) {
-    const auto now = server_.answer<xcb_get_keyboard_mapping_reply_t>(
-        xcb_get_keyboard_mapping(server_.get(), code, 1));
-    if (!now || now->keysyms_per_keycode == 0) continue;
-    if (*xcb_get_keyboard_mapping_keysyms(now.get()) == keysym) map(code, XCB_NO_SYMBOL);
+    questions.emplace(code, xcb_get_keyboard_mapping(server_.get(), code, 1));
+  }
+  for (const auto& [code, question] : questions) {
+    const auto now = server_.answer<xcb_get_keyboard_mapping_reply_t>(question);
+    const bool isOurs = !now || (now->keysyms_per_keycode > 0 &&
+                                 *xcb_get_keyboard_mapping_keysyms(now.get()) == assigned_[code]);
+    if (isOurs) map(code, XCB_NO_SYMBOL);
   }
   assigned_.clear();
   server_.flush();

@@ -1,6 +1,7 @@
 #include "x11/TypingPlan.h"
 
 #include <algorithm>
+#include <array>
 #include <optional>
 
 namespace quillback {
@@ -31,7 +32,7 @@ Decoded decode(std::string_view text) {
     if ((next & 0xC0) != 0x80) return {};
     character = character << 6 | (next & 0x3Fu);
   }
-  constexpr char32_t kSmallest[] = {0, 0, 0x80, 0x800, 0x10000};
+  constexpr std::array<char32_t, 5> kSmallest = {0, 0, 0x80, 0x800, 0x10000};
   const bool isSurrogate = character >= 0xD800 && character < 0xE000;
   if (character < kSmallest[size] || character > 0x10FFFF || isSurrogate) return {};
   return {character, size, true};

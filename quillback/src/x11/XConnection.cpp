@@ -32,13 +32,14 @@ XOwned<xcb_generic_event_t> XConnection::nextEvent() const {
 
 void* XConnection::wait(unsigned sequence) const {
   using Clock = std::chrono::steady_clock;
-  const auto deadline = Clock::now() + kPatience;
+  const auto deadline = Clock::now() + (isStuck_ ? std::chrono::milliseconds(0) : kPatience);
   flush();
   for (;;) {
     void* reply = nullptr;
     xcb_generic_error_t* error = nullptr;
     if (xcb_poll_for_reply(connection_, sequence, &reply, &error) != 0) {
       std::free(error);
+      isStuck_ = false;
       return reply;
     }
     const auto left =
@@ -47,6 +48,7 @@ void* XConnection::wait(unsigned sequence) const {
     pollfd readable{descriptor(), POLLIN, 0};
     poll(&readable, 1, static_cast<int>(left.count()));
   }
+  isStuck_ = true;
   xcb_discard_reply(connection_, sequence);
   return nullptr;
 }

@@ -20,7 +20,8 @@ using XOwned = std::unique_ptr<T, XFree>;
 /// Thread: one.  Owns: the connection.
 class XConnection {
  public:
-  /// How long an answer is waited for: a server that hangs must not keep us from ending.
+  /// How long an answer is waited for: a server that hangs must not keep us from ending. The answers
+  /// after one that did not come are not waited for.
   static constexpr std::chrono::milliseconds kPatience{250};
 
   /// To the server that $DISPLAY names; nothing where there is none.
@@ -51,6 +52,7 @@ class XConnection {
 
   xcb_connection_t* connection_;
   xcb_window_t root_;
+  mutable bool isStuck_ = false;
 };
 
 }  // namespace quillback

@@ -16,10 +16,13 @@ using std::chrono::milliseconds;
 /// Programs read the keymap again when they hear of a change; keys they get before they have read it
 /// would be read by the next one.
 constexpr milliseconds kKeymapTime{20};
-/// A program may be this late with its events before it reads them by the next batch's characters.
+/// A program that gives no sign that it has read its keys may be this late before it reads them by the
+/// next batch's characters.
 constexpr milliseconds kBatchTime{300};
-/// And this late before the spare keys are empty again.
+/// Spare keys stay for at least as long, for programs that watch the focused one's keys.
 constexpr milliseconds kRestoreTime{1000};
+/// A program that gives signs, but not within this, hangs: its user has other worries.
+constexpr milliseconds kSignTime{5000};
 /// A program that has many strokes to read is later by this much for each.
 constexpr milliseconds kStrokeTime{2};
 /// The way is cleared of held keys before each piece, in case somebody presses one meanwhile.
@@ -56,6 +59,7 @@ XTestTyper::XTestTyper(std::unique_ptr<XConnection> server, Loop& loop, OwnKeys&
       loop_(loop),
       onRefused_(std::move(onRefused)),
       activeWindowAtom_(server_->atom("_NET_ACTIVE_WINDOW")),
+      ping_(*server_),
       keys_(*server_, ownKeys),
       spares_(*server_) {}
 
@@ -66,10 +70,14 @@ void XTestTyper::later(milliseconds delay, void (XTestTyper::*step)()) {
 /// The server tells everybody of new keymaps as well; unread events would pile up.
 void XTestTyper::drainEvents() {
   while (const auto event = server_->nextEvent()) {
-    if (event->response_type != XCB_DESTROY_NOTIFY) continue;
-    const auto& gone =
-        *static_cast<const xcb_destroy_notify_event_t*>(static_cast<void*>(event.get()));
-    if (gone.window == lastWindow_.focus) lastWindow_ = {};
+    if (event->response_type == XCB_DESTROY_NOTIFY) {
+      const auto& gone =
+          *static_cast<const xcb_destroy_notify_event_t*>(static_cast<void*>(event.get()));
+      if (gone.window == lastWindow_.focus) lastWindow_ = {};
+    } else if (ping_.isSign(*event)) {
+      awaitsSign_ = false;
+      if (atSign_ != nullptr) later(milliseconds(0), std::exchange(atSign_, nullptr));
+    }
   }
   if (server_->isBroken()) descriptorWatch_.reset();
 }
@@ -123,6 +131,7 @@ std::string XTestTyper::prepare(const std::string& text) {
 }
 
 void XTestTyper::beginBatch() {
+  stopAwaitingSign();
   typedStrokes_ = 0;
   if (batches_.front().spares.empty()) {
     typePiece();
@@ -149,16 +158,37 @@ void XTestTyper::typePiece() {
 void XTestTyper::endBatch() {
   const milliseconds lateness = kStrokeTime * static_cast<int>(batches_.front().strokes.size());
   batches_.pop_front();
+  awaitsSign_ = spares_.areAssigned() && ping_.ask(lastWindow_.focus);
   if (!batches_.empty()) {
-    later(kBatchTime + lateness, &XTestTyper::beginBatch);
+    atSign(&XTestTyper::beginBatch, kBatchTime + lateness);
     return;
   }
   keys_.restoreLocks();
-  // Without spare keys the next text may follow at once, but not from inside `type`.
-  later(spares_.areAssigned() ? kRestoreTime + lateness : milliseconds(0), &XTestTyper::restore);
+  if (spares_.areAssigned()) {
+    later(kRestoreTime + lateness, &XTestTyper::restoreAtSign);
+  } else {
+    // The next text may follow at once, but not from inside `type`.
+    later(milliseconds(0), &XTestTyper::restore);
+  }
+}
+
+void XTestTyper::atSign(void (XTestTyper::*step)(), milliseconds withoutSigns) {
+  if (awaitsSign_) atSign_ = step;
+  later(awaitsSign_ ? kSignTime : withoutSigns, step);
+}
+
+void XTestTyper::restoreAtSign() {
+  atSign(&XTestTyper::restore, milliseconds(0));
+}
+
+void XTestTyper::stopAwaitingSign() {
+  ping_.forget();
+  awaitsSign_ = false;
+  atSign_ = nullptr;
 }
 
 void XTestTyper::restore() {
+  stopAwaitingSign();
   spares_.restore();
   drainEvents();
   typeNextText();

@@ -8,13 +8,14 @@
 #include "x11/SpareKeys.h"
 #include "x11/TypingKeys.h"
 #include "x11/TypingPlan.h"
+#include "x11/WindowPing.h"
 
 namespace quillback {
 
 /// Types texts into whichever window has the focus, one after the other, with a blank between two
-/// that go to the same window. A character that the layout lacks is put on a spare key for a moment.
-/// Never waits: timers give the programs the time to see that. Destroying it restores everything at
-/// once and leaves out the rest of the text.
+/// that go to the same window. A character that the layout lacks is put on a spare key for a moment,
+/// until the program has read it. Never waits for programs. Destroying it restores everything at once
+/// and leaves out the rest of the text.
 /// Thread: the loop's.  Owns: a connection to the server.  Borrows: Loop, OwnKeys (must outlive this).
 /// Fails by: `onRefused` with the text and the reason.
 class XTestTyper {
@@ -43,6 +44,10 @@ class XTestTyper {
   void beginBatch();
   void typePiece();
   void endBatch();
+  /// Goes on with `step` once the program has read its keys.
+  void atSign(void (XTestTyper::*step)(), std::chrono::milliseconds withoutSigns);
+  void stopAwaitingSign();
+  void restoreAtSign();
   void restore();
   void drainEvents();
   void later(std::chrono::milliseconds delay, void (XTestTyper::*step)());
@@ -51,6 +56,9 @@ class XTestTyper {
   Loop& loop_;
   OnRefused onRefused_;
   xcb_atom_t activeWindowAtom_;
+  WindowPing ping_;
+  bool awaitsSign_ = false;
+  void (XTestTyper::*atSign_)() = nullptr;
   TypingKeys keys_;
   SpareKeys spares_;
   std::deque<std::string> texts_;

@@ -1,5 +1,6 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/ioctl.h>
 #include <sys/socket.h>
 
 #include <algorithm>
@@ -40,6 +41,16 @@ std::string readAll(const Ends& ends, std::size_t size) {
   std::string all;
   while (all.size() < size) all += readSome(ends);
   return all;
+}
+
+/// Whether so many bytes are there to be read, now or within seconds.
+bool hasArrived(const Ends& ends, int bytes) {
+  for (int look = 0; look < 5000; ++look) {
+    int waiting = 0;
+    if (::ioctl(ends.from.get(), FIONREAD, &waiting) == 0 && waiting >= bytes) return true;
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+  return false;
 }
 
 TEST(LineOutput, WritesALineAtOnceAndInOnePiece) {
@@ -101,6 +112,10 @@ TEST_P(ABlockedReader, DoesNotKeepTheOutputFromEnding) {
   const Ends ends = GetParam()();
   LineOutput output(ends.to.get());
   for (int i = 0; i < 10'000; ++i) output.print(std::string(999, 'x'));  // more than is kept
+  // Now there is room for some of what waits, but not for all of it.
+  for (int i = 0; i < 4; ++i) EXPECT_FALSE(readSome(ends).empty());
+  ASSERT_TRUE(hasArrived(ends, 4096));
+  for (int i = 0; i < 10'000; ++i) output.print("y");
 }
 
 INSTANTIATE_TEST_SUITE_P(OfAPipe, ABlockedReader, testing::Values(pipeEnds));

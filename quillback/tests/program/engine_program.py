@@ -69,6 +69,18 @@ class EngineProgram:
                 raise AssertionError(f"no line with {part!r}: {[text for _, text in self.lines]}")
             return found()
 
+    def wait_until_signals_are_held(self, limit_s=10.0):
+        """Before its main function has begun, a signal ends any program."""
+        deadline = time.monotonic() + limit_s
+        while not self._blocked_signals() & 1 << signal.SIGTERM - 1:
+            if time.monotonic() > deadline:
+                raise AssertionError("SIGTERM is not held back")
+            time.sleep(0.001)
+
+    def _blocked_signals(self):
+        with open(f"/proc/{self.child.pid}/status", encoding="ascii") as status:
+            return next(int(line.split()[1], 16) for line in status if line.startswith("SigBlk"))
+
     def end(self, number=signal.SIGTERM):
         """Asks it to end; returns its exit status and how long that took."""
         begun = time.monotonic()

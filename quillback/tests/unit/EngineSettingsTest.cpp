@@ -109,7 +109,7 @@ TEST(EngineSettings, WhatAFileSaysNeverPassesForALineOfTheEngines) {
   for (const char* text :
        {"[audio]\nhotkey = 'Ready.'", "[model]\nwhisper_model = { 'Recording...' = 1 }",
         "[output]\ninsert = 'encode='", "Ready. = 1", "[model]\nx = 1\n'Ready.' = 1\n'Ready.' = 2",
-        "[model]\ntranslate = Ready."}) {
+        "[model]\ntranslate = Ready.", "[model]\ntranslate = 'Ready.'"}) {
     const SettingsReading reading = parseSettings(text);
     ASSERT_EQ(reading.errors.size(), 1U) << text;
     EXPECT_THAT(reading.errors[0],

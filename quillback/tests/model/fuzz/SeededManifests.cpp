@@ -17,7 +17,7 @@ namespace {
 
 using namespace quillback;
 
-constexpr int kRounds = 20'000;
+constexpr int kRounds = 8'000;
 
 class Inputs {
  public:
