@@ -2,11 +2,11 @@
 
 #include <whisper.h>
 
-#include "ports/Microphone.h"
-
 #include <algorithm>
 #include <cmath>
 #include <utility>
+
+#include "ports/Microphone.h"
 
 namespace quillback {
 namespace {
