@@ -13,8 +13,8 @@ namespace quillback {
 /// Thread: one.
 class CepstralMean {
  public:
-  /// Half a second. 10, 25, 50 frames: 187, 196, 202 of 225 words of the benchmark's sentences right;
-  /// 154 without adapting.
+  /// Half a second; of 10, 25 and 50 frames the one with which most words of the benchmark's sentences
+  /// were right.
   static constexpr double kPriorFrames = 50;
 
   explicit CepstralMean(std::vector<float> prior);

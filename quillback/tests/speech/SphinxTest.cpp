@@ -77,13 +77,13 @@ TEST_F(SphinxTest, TheNinePhrasesAreUnderstoodWordForWordWhileTheyAreSpoken) {
 }
 
 TEST_F(SphinxTest, TheSameSoundGivesTheSameWordsWhateverWasSaidBefore) {
-  const Samples phrase = spoken("see you next week");
-  Samples loud = spoken("happy birthday to you");
-  for (std::int16_t& sample : loud) sample = static_cast<std::int16_t>(sample / 20);
+  // A voice that is hard to understand: the least change makes other words of it.
+  const Samples phrase = Voice::samplesOf(voice.say("thank you very much for your help", "en-us"));
+  Samples quiet = spoken("happy birthday to you");
+  for (std::int16_t& sample : quiet) sample = static_cast<std::int16_t>(sample / 20);
   const std::string alone = textOf(phrase);
-  EXPECT_EQ(alone, "see you next week");
   for (int round = 0; round < 5; ++round) {
-    textOf(loud);
+    textOf(quiet);
     EXPECT_EQ(textOf(phrase), alone);
   }
 }
