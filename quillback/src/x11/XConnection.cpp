@@ -23,6 +23,8 @@ XConnection::XConnection(xcb_connection_t* connection)
       root_(xcb_setup_roots_iterator(xcb_get_setup(connection)).data->root) {}
 
 XConnection::~XConnection() {
+  // The server throws away what it has not read once it sees that we are gone.
+  answer<xcb_get_input_focus_reply_t>(xcb_get_input_focus(connection_));
   xcb_disconnect(connection_);
 }
 

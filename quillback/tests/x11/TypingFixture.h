@@ -64,7 +64,10 @@ class TypingTest : public X11Test {
     return content();
   }
   std::string typed(const std::string& text) { return typed(text, text); }
-  static std::string keymap() { return test::outputOf("xkbcomp $DISPLAY - 2>/dev/null"); }
+  /// xkbcomp leaves out the keys that have no name.
+  static std::string keymap() {
+    return test::outputOf("xkbcomp $DISPLAY - 2>/dev/null") + test::outputOf("xmodmap -pke");
+  }
   static std::vector<int> pressedKeys() {
     const auto server = XConnection::open();
     const auto keys = server->answer<xcb_query_keymap_reply_t>(xcb_query_keymap(server->get()));

@@ -19,7 +19,7 @@ namespace quillback {
 class X11Test : public ::testing::Test {
  protected:
   static constexpr std::chrono::milliseconds kQuiet{80};
-  static constexpr std::chrono::seconds kLimit{10};
+  static constexpr std::chrono::seconds kLimit{30};
 
   WatchDescriptor watch() { return loop_.watch(); }
   void runFor(std::chrono::milliseconds span) { loop_.runFor(span); }
