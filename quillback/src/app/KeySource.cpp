@@ -33,10 +33,11 @@ KeySource openKeySource(const Hotkey& hotkey, const KeyWatch::Listener& listener
     auto opened = EvdevKeyWatch::open(hotkey, listener, watchDescriptor, LibevdevKeyboard::open);
     return {std::move(opened.watch), std::move(opened.why)};
   };
-  const bool isWayland = isWaylandSession();
-  KeySource first = isWayland ? fromKernel() : fromX11();
+  // The X server of a Wayland session sees only what is typed into windows of its own.
+  if (isWaylandSession()) return fromKernel();
+  KeySource first = fromX11();
   if (first.watch) return first;
-  KeySource second = isWayland ? fromX11() : fromKernel();
+  KeySource second = fromKernel();
   if (second.watch) return second;
   return {nullptr, first.why + "; " + second.why};
 }

@@ -82,6 +82,27 @@ class BeginningAndEnd(Case):
         self.assertEqual(sum(any(m in t for m in ERROR_MARKERS) for t in program.texts()), 1)
         self.ends_well(program)
 
+    @unittest.skipIf(os.path.isdir("/dev/input") and os.geteuid() == 0, "keyboards may be read here")
+    def test_the_x_server_of_a_wayland_session_is_no_key_source(self):
+        reading, writing = os.pipe()
+        server = subprocess.Popen(["Xvfb", "-displayfd", str(writing), "-nolisten", "tcp"],
+                                  pass_fds=(writing,), stderr=subprocess.DEVNULL,
+                                  preexec_fn=die_with_parent)
+        os.close(writing)
+        self.addCleanup(server.wait, 10)
+        self.addCleanup(server.terminate)
+        with os.fdopen(reading) as announced:
+            display = ":" + announced.readline().strip()
+        for session, is_source in (("x11", True), ("wayland", False)):
+            with self.subTest(session), tempfile.TemporaryDirectory() as home:
+                environment = {**bare_environment(home), "DISPLAY": display,
+                               "XDG_SESSION_TYPE": session}
+                program = self.start(home=home, environment=environment)
+                program.wait_for_line("Ready.")
+                says_so = any("Accessibility" in text for text in program.texts())
+                self.assertNotEqual(says_so, is_source, program.texts())
+                self.ends_well(program)
+
     def test_every_stopping_signal_ends_it(self):
         for number in (signal.SIGTERM, signal.SIGINT, signal.SIGHUP):
             program = self.start()
