@@ -10,7 +10,7 @@ STOPPED = "Voxtrel stopped — click Restart"
 RESTARTING = "Process crashed. Restarting (attempt {}/3)..."
 FINAL = "Process crashed 3 times. Stopped. Use menu bar to restart."
 # A start may come this much after its delay is over: the desk's programs share two processors.
-LATENESS_S = 0.5
+LATENESS_S = 0.9
 
 
 class Crashes(DesktopCase):

@@ -7,7 +7,7 @@ from harness.case import DesktopCase
 from harness.polling import eventually
 
 QUIT_LIMIT_S = 2.0
-LATENESS_S = 0.7
+LATENESS_S = 0.9
 
 
 class Ending(DesktopCase):

@@ -7,7 +7,7 @@ from harness.polling import eventually, stays
 READY = "Ready — hold Right Cmd"
 STOPPED = "Voxtrel stopped — click Restart"
 WAKE_DELAY_S = 1.5
-LATENESS_S = 0.5
+LATENESS_S = 0.9
 
 
 class Sleep(DesktopCase):
