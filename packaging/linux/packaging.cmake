@@ -9,7 +9,8 @@ install(FILES "${VOXTREL_PACKAGING}/org.voxtrel.Voxtrel.desktop"
         DESTINATION "${CMAKE_INSTALL_DATADIR}/applications")
 install(FILES "${VOXTREL_PACKAGING}/org.voxtrel.Voxtrel.metainfo.xml"
         DESTINATION "${CMAKE_INSTALL_DATADIR}/metainfo")
-install(FILES "${VOXTREL_PACKAGING}/voxtrel.1" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1")
+install(FILES "${VOXTREL_PACKAGING}/voxtrel.1" "${VOXTREL_PACKAGING}/quillback.1"
+        DESTINATION "${CMAKE_INSTALL_MANDIR}/man1")
 
 # Help pages: each is whole by itself, with the common style inside. The program looks for them beside
 # itself, in ../share, whether it is installed or not.

@@ -1,10 +1,12 @@
 """Hold the key, speak, and the words arrive: the application with its real engine."""
 
+import json
 import os
 import signal
 import subprocess
 import time
 
+from harness.application import MODEL
 from harness.case import PROGRAMS, DesktopCase
 from harness.dictation import BREATH_S, PHRASES, Dictating, Editor, Speaker
 from harness.polling import eventually, stays
@@ -16,6 +18,7 @@ class DictationCase(DesktopCase):
     """A desk with a microphone, an editor that has the focus, and a ready engine."""
 
     layout = "us"
+    with_model = True
 
     def setUp(self):
         super().setUp()
@@ -23,7 +26,7 @@ class DictationCase(DesktopCase):
         self.addCleanup(self.sound.stop)
         subprocess.run(["setxkbmap", self.layout], env=self.desk.environment, check=True)
         type(self).installations += 1
-        self.app = Dictating(self.desk, PROGRAMS, f"dictating{self.installations}")
+        self.app = Dictating(self.desk, PROGRAMS, f"dictating{self.installations}", self.with_model)
         self.addCleanup(self._check_reports, self.app)
         self.addCleanup(self.app.stop)
         self.editor = Editor(self.desk, f"letter{self.installations}")
@@ -52,6 +55,19 @@ class WordsInFrench(Words):
     """With a French keyboard."""
 
     layout = "fr"
+
+
+class FirstStart(DictationCase):
+    """Nothing is there yet: the engine's own setup makes it ready."""
+
+    with_model = False
+
+    def test_the_first_words_arrive(self):
+        with open(os.path.join(self.app.home, MODEL, "manifest.json"), encoding="utf-8") as file:
+            self.assertEqual(json.load(file)["files"], [])
+        self.editor.focus()
+        self.speaker.dictate(PHRASES[1])
+        self.editor.wait_for_text(PHRASES[1])
 
 
 class Mishaps(DictationCase):

@@ -18,7 +18,10 @@ int printTranscript(const std::string& file) {
   const EngineSettings& settings = reading.settings;
   const auto engine =
       makeSpeechEngine({settings.model, settings.language, settings.translate}, homeFolder());
-  return static_cast<int>(transcribeFile(file, *engine, text, notes));
+  const TranscribeExit exit = transcribeFile(file, *engine, text, notes);
+  if (!text.hasLostLines()) return static_cast<int>(exit);
+  notes.print("The words could not be written to standard output.");
+  return static_cast<int>(TranscribeExit::unwritten);
 }
 
 }  // namespace quillback

@@ -1,5 +1,6 @@
 #include <cstdio>
 #include <span>
+#include <string>
 
 #include "app/CommandLine.h"
 #include "app/RunCommand.h"
@@ -8,6 +9,15 @@
 #include "app/TranscribeCommand.h"
 
 using namespace quillback;
+
+namespace {
+
+/// Prints for a command that does nothing else; returns the exit status.
+int show(const std::string& text) {
+  return std::fputs(text.c_str(), stdout) < 0 || std::fflush(stdout) != 0 ? 1 : 0;
+}
+
+}  // namespace
 
 int main(int argumentCount, char** arguments) {
   keepStandardDescriptorsOpen();
@@ -21,9 +31,9 @@ int main(int argumentCount, char** arguments) {
     case CommandLine::Command::transcribe:
       return printTranscript(line.argument);
     case CommandLine::Command::help:
-      return std::fputs(helpText().c_str(), stdout) < 0 ? 1 : 0;
+      return show(helpText());
     case CommandLine::Command::version:
-      return std::printf("quillback %s\n", engineVersion().c_str()) < 0 ? 1 : 0;
+      return show("quillback " + engineVersion() + "\n");
     case CommandLine::Command::usageError:
       break;
   }

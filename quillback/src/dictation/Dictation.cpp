@@ -157,6 +157,7 @@ void Dictation::recognised(const Handle& take, const Transcription& result) {
   const std::string text = trimmedLine(result.text);
   if (!text.empty()) {
     output_.print(textLine(text));
+    if (saysState(text)) shown_ = Shown::anything;
     // This line says "ready" as well, and others may still be recorded or recognised.
     if (takes_.empty()) output_.print(timingLine(result.encode, result.decode));
   }

@@ -43,7 +43,8 @@ class Dictation {
  private:
   using Handle = std::shared_ptr<Take>;
   using Weak = std::weak_ptr<Take>;
-  enum class Shown { loading, ready, recording, processing };
+  /// Which state the reader believes in; `anything` after words that name one.
+  enum class Shown { loading, ready, recording, processing, anything };
 
   void startTake();
   void openMicrophone(const Handle& take);

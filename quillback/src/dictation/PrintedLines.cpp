@@ -22,6 +22,14 @@ std::string textLine(std::string_view text) {
   return std::string("[gpu-decode] text: \"").append(text).append("\"");
 }
 
+bool saysState(std::string_view words) {
+  const auto has = [words](std::string_view mark) {
+    return words.find(mark) != std::string_view::npos;
+  };
+  return has(kRecordingLine) || has(kReadyLine) || has("encode=") ||
+         (has("Processing") && has("audio"));
+}
+
 std::string timingLine(std::chrono::microseconds encode, std::chrono::microseconds decode) {
   return "encode=" + milliseconds(encode) + " decode=" + milliseconds(decode);
 }

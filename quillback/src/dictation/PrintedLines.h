@@ -17,6 +17,8 @@ inline constexpr std::string_view kRecordingLine = "Recording...";
 std::string processingLine(std::size_t samples);
 /// `[gpu-decode] text: "…"`; quotes within the text stay as they are.
 std::string textLine(std::string_view text);
+/// Whether the reader takes a line with these words for a new state.
+bool saysState(std::string_view words);
 /// "encode=12ms decode=345ms"
 std::string timingLine(std::chrono::microseconds encode, std::chrono::microseconds decode);
 /// "Audio capture failed: …"

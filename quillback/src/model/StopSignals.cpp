@@ -6,10 +6,23 @@
 
 namespace quillback {
 
+namespace {
+
+/// Whoever started us may not want an end with the terminal (nohup) or with Ctrl+C ("&" in a script).
+bool isIgnored(int number) {
+  struct sigaction action {};
+  return ::sigaction(number, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
+}
+
+}  // namespace
+
 StopSignals::StopSignals() {
   sigset_t wanted;
   sigemptyset(&wanted);
-  for (const int number : {SIGTERM, SIGINT, SIGHUP}) sigaddset(&wanted, number);
+  sigaddset(&wanted, SIGTERM);
+  for (const int number : {SIGINT, SIGHUP}) {
+    if (!isIgnored(number)) sigaddset(&wanted, number);
+  }
   pthread_sigmask(SIG_BLOCK, &wanted, &before_);
   handle_ = FileHandle(::signalfd(-1, &wanted, SFD_CLOEXEC | SFD_NONBLOCK));
 

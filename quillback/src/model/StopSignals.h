@@ -7,8 +7,9 @@
 
 namespace quillback {
 
-/// While it lives, SIGTERM, SIGINT and SIGHUP are requests to stop that somebody asks for, and writing
-/// to a closed pipe or beyond a file's limit is an error rather than the end.
+/// While it lives, SIGTERM, and SIGINT and SIGHUP where the process was not started to ignore them, are
+/// requests to stop that somebody asks for, and writing to a closed pipe or beyond a file's limit is
+/// an error rather than the end.
 /// Thread: the one that made it; threads started earlier must have these signals blocked.
 /// Owns: the process's handling of these signals; its end restores what was before.
 class StopSignals {

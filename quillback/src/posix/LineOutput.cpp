@@ -57,7 +57,10 @@ void LineOutput::print(std::string_view line) {
   std::string whole = oneLine(line);
   whole += '\n';
   const std::lock_guard lock(mutex_);
-  if (!file_.isOpen() || waiting_.size() + whole.size() > kMostWaitingBytes) return;
+  if (!file_.isOpen() || waiting_.size() + whole.size() > kMostWaitingBytes) {
+    hasLostLines_ = true;
+    return;
+  }
   const bool othersWait = !waiting_.empty();
   waiting_ += whole;
   if (!othersWait) writeWaiting();
@@ -70,6 +73,11 @@ void LineOutput::print(std::string_view line) {
   ::eventfd_write(flusherWakeUp_.get(), 1);
 }
 
+bool LineOutput::hasLostLines() const {
+  const std::lock_guard lock(mutex_);
+  return hasLostLines_;
+}
+
 void LineOutput::writeWaiting() {
   while (!waiting_.empty() && canWrite(file_.get())) {
     const ssize_t written = writeSome();
@@ -78,6 +86,7 @@ void LineOutput::writeWaiting() {
     } else if (errno == EAGAIN) {
       return;  // there is room, but not for this
     } else if (errno != EINTR) {
+      hasLostLines_ = true;
       waiting_.clear();  // nobody will ever read it
       file_ = Descriptor();
     }

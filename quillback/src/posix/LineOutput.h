@@ -14,7 +14,7 @@ namespace quillback {
 /// Lines to a descriptor, each by one write. A reader who does not read keeps nobody waiting: what
 /// does not fit stays here and a thread of its own, which is there only then, hands it on.
 /// Thread: any.  Owns: a descriptor of its own for the same file; the thread.
-/// Fails by: lines are lost once the reader is gone, or is kMostWaitingBytes behind.
+/// Fails by: `hasLostLines`: once the reader is gone, or is kMostWaitingBytes behind.
 class LineOutput final : public Output {
  public:
   static constexpr std::size_t kMostWaitingBytes = 4 << 20;
@@ -25,6 +25,7 @@ class LineOutput final : public Output {
   ~LineOutput() override;
 
   void print(std::string_view line) override;
+  bool hasLostLines() const;
 
  private:
   void writeWaiting();
@@ -34,8 +35,9 @@ class LineOutput final : public Output {
   Descriptor file_;
   const bool isSocket_;
   Descriptor flusherWakeUp_;
-  std::mutex mutex_;     // over the fields below, and over the order of writes
-  std::string waiting_;  // whole lines, the first of which may be written in part
+  mutable std::mutex mutex_;  // over the fields below, and over the order of writes
+  std::string waiting_;       // whole lines, the first of which may be written in part
+  bool hasLostLines_ = false;
   bool stopped_ = false;
   std::thread flusher_;
 };

@@ -14,6 +14,7 @@ enum class TranscribeExit {
   unreadable = 3,    ///< there is no such file, or it cannot be read
   notWav = 4,        ///< something else than a WAV file, or one of an unknown kind
   empty = 5,         ///< a WAV file without samples
+  unwritten = 6,     ///< the words did not get to standard output
 };
 
 /// Prints the words of the WAV file at `path` to `text`, and everything else to `notes`. Works on the

@@ -136,6 +136,18 @@ TEST(LineOutput, SurvivesAReaderThatHasGone) {
   output.print("to nobody");
 }
 
+TEST(LineOutput, KnowsWhetherLinesWereLost) {
+  const Descriptor full(::open("/dev/full", O_WRONLY | O_CLOEXEC));
+  LineOutput output(full.get());
+  EXPECT_FALSE(output.hasLostLines());
+  output.print("too much");
+  EXPECT_TRUE(output.hasLostLines());
+  const Descriptor nowhere(::open("/dev/null", O_WRONLY | O_CLOEXEC));
+  LineOutput good(nowhere.get());
+  good.print("fine");
+  EXPECT_FALSE(good.hasLostLines());
+}
+
 TEST(LineOutput, SurvivesAClosedDescriptor) {
   LineOutput output(-1);
   output.print("to nobody");

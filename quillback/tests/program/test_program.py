@@ -55,6 +55,16 @@ class CommandLine(Case):
         self.assertEqual(done.returncode, 0)
         self.assertRegex(done.stdout, r"\Aquillback \d+\.\d+\.\d+\n\Z")
 
+    def test_what_cannot_be_written_is_no_success(self):
+        with tempfile.TemporaryDirectory() as home, open("/dev/full", "wb") as full:
+            wav = os.path.join(home, "voice.wav")
+            subprocess.run(["espeak-ng", "-v", "en-us+edward", "-s", "165", "-w", wav,
+                            "how are you today"], check=True, timeout=20)
+            for status, arguments in ((6, ["transcribe", wav]), (1, ["--help"]), (1, ["--version"])):
+                done = subprocess.run([EXECUTABLE, *arguments], env=bare_environment(home), stdout=full,
+                                      stderr=subprocess.PIPE, check=False, timeout=20)
+                self.assertEqual(done.returncode, status, arguments)
+
     def test_mistakes_exit_with_2_and_one_clear_line(self):
         for arguments in ([], ["walk"], ["run", "now"], ["setup"], ["transcribe"], ["--version", "x"]):
             done = self.run_to_end(*arguments)

@@ -101,6 +101,22 @@ TEST_F(DictationTest, RecordsWhileAnEarlierRecordingIsRecognised) {
   EXPECT_THAT(sink_.texts, ElementsAre("first", "second"));
 }
 
+TEST_F(DictationTest, ShowsItsStateAgainAfterWordsThatNameOne) {
+  load();
+  hold(seconds(1));
+  letGo();
+  hold(seconds(2));
+  output_.take();
+  understand("Ready. Set. Go.");
+  EXPECT_THAT(output_.take(),
+              ElementsAre("[gpu-decode] text: \"Ready. Set. Go.\"", "Recording..."));
+  letGo();
+  output_.take();
+  understand("Recording...");
+  EXPECT_THAT(output_.take(), ElementsAre("[gpu-decode] text: \"Recording...\"",
+                                          "encode=0ms decode=123ms", "Ready."));
+}
+
 TEST_F(DictationTest, ACompleteRecordingWaitsForTheEarlierOne) {
   load();
   hold(seconds(1));

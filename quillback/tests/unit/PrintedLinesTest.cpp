@@ -19,6 +19,15 @@ TEST(PrintedLines, KeepQuotesWithinTheText) {
   EXPECT_EQ(textLine("say \"yes\""), "[gpu-decode] text: \"say \"yes\"\"");
 }
 
+TEST(PrintedLines, KnowWordsThatNameAState) {
+  for (const char* words : {"Ready. Go.", "Recording...", "encode=1", "Processing audio"}) {
+    EXPECT_TRUE(saysState(words)) << words;
+  }
+  for (const char* words : {"", "ready. Ready", "Recording", "Processing", "audio", "encode"}) {
+    EXPECT_FALSE(saysState(words)) << words;
+  }
+}
+
 TEST(PrintedLines, GiveTimesInWholeMilliseconds) {
   EXPECT_EQ(timingLine(499us, 123'500us), "encode=0ms decode=124ms");
 }

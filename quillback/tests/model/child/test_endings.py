@@ -122,6 +122,18 @@ class ToldToStop(SetupCase):
                 self.assert_ready(self.setup())
                 self.assertEqual(self.server.ranges(), [None, f"bytes={len(have)}-"])
 
+    def test_by_a_signal_that_is_ignored_for_it_goes_on_to_its_end(self):
+        for number, name in ((signal.SIGHUP, "HUP"), (signal.SIGINT, "INT")):
+            with self.subTest(name):
+                self.setUp()
+                self.server.script = [SLOW]
+                process = self.start(prefix=("/bin/sh", "-c", f'trap "" {name}; exec "$@"', "sh"))
+                self.assertIn("Downloading", process.stdout.readline())
+                self.assertIn("MB /", process.stdout.readline())
+                process.send_signal(number)
+                self.assert_ready(self.finish(process))
+                self.assertEqual(len(self.server.requests), 1)
+
     def test_while_data_flows_ends(self):
         self.server.script = [paced(3000, 0.005)]
         process = self.start()
