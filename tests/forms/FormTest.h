@@ -87,6 +87,7 @@ class FormTest : public ::testing::Test {
   int argc = 1;
   char name[5] = "form";
   char* argv[2] = {name, nullptr};
+  bool hasNoScreen = qputenv("QT_QPA_PLATFORM", "offscreen");  // before the application looks
   QApplication application{argc, argv};
   FormStates forms;
   DesktopColors colors;
