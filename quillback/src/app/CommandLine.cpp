@@ -31,7 +31,7 @@ CommandLine setup(Words rest) {
   if (rest.size() == 1 && rest[0].starts_with(kModelIs)) {
     return {Command::setup, std::string(rest[0].substr(kModelIs.size())), ""};
   }
-  return mistaken("\"setup\" takes \"--model NAME\"");
+  return mistaken(R"("setup" takes "--model NAME")");
 }
 
 CommandLine transcribe(Words rest) {

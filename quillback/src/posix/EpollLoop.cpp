@@ -35,7 +35,7 @@ void drain(int fd) {
 
 class EpollLoop::TimerHandle final : public Loop::Timer {
  public:
-  TimerHandle(EpollLoop& loop, TimerKey key) : loop_(loop), key_(key) {}
+  TimerHandle(EpollLoop& loop, TimerKey key) : loop_(loop), key_(std::move(key)) {}
   TimerHandle(const TimerHandle&) = delete;
   TimerHandle& operator=(const TimerHandle&) = delete;
   // An alarm that finds nothing due does no harm, so it is not set anew here.

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <cstring>
 
@@ -35,13 +36,13 @@ SettingsFile unreadable(int error) {
 
 SettingsFile readAll(int fd) {
   SettingsFile file;
-  char piece[4096];
+  std::array<char, 4096> piece{};
   for (;;) {
-    const ssize_t bytes = ::read(fd, piece, sizeof piece);
+    const ssize_t bytes = ::read(fd, piece.data(), piece.size());
     if (bytes < 0 && errno == EINTR) continue;
     if (bytes < 0) return unreadable(errno);
     if (bytes == 0) return file;
-    file.text.append(piece, static_cast<std::size_t>(bytes));
+    file.text.append(piece.data(), static_cast<std::size_t>(bytes));
     if (file.text.size() > kLongestSettingsBytes) {
       return {"", settingsError(0, "it is too long to be settings; using the defaults")};
     }

@@ -8,6 +8,7 @@
 #include <QProgressBar>
 #include <QVBoxLayout>
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 #include "platform/linux/FormColors.h"
@@ -67,9 +68,9 @@ int DownloadForm::neededHeight(int width) const {
       bar_->sizeHint().height() + View::kProgressSpacingPt + QFontMetrics(amount_->font()).height();
   const int error = error_->layout()->heightForWidth(inner);
   const QMargins margins = layout()->contentsMargins();
-  const int blocks[] = {title_->heightForWidth(inner), description_->heightForWidth(inner),
-                        std::max(progress, error), View::kLogHeightPt,
-                        std::max(skip_->sizeHint().height(), retry_->sizeHint().height())};
+  const std::array blocks = {title_->heightForWidth(inner), description_->heightForWidth(inner),
+                             std::max(progress, error), View::kLogHeightPt,
+                             std::max(skip_->sizeHint().height(), retry_->sizeHint().height())};
   int height = margins.top() + margins.bottom() - View::kSpacingPt;
   for (const int block : blocks) height += block + View::kSpacingPt;
   return height;

@@ -26,9 +26,9 @@ QString predictHandle(const QDBusConnection& bus, const QString& token) {
 
 }  // namespace
 
-MicrophoneRequest::MicrophoneRequest(const QDBusConnection& bus, Log& log,
+MicrophoneRequest::MicrophoneRequest(QDBusConnection bus, Log& log,
                                      std::function<void(bool granted)> answer, QObject* parent)
-    : QObject(parent), bus_(bus), logger_(log, "main"), answer_(std::move(answer)) {
+    : QObject(parent), bus_(std::move(bus)), logger_(log, "main"), answer_(std::move(answer)) {
   if (!bus_.isConnected()) {  // Qt would never say that such a call has ended
     QMetaObject::invokeMethod(
         this, [this] { grantUnguarded("there is no session bus"); }, Qt::QueuedConnection);

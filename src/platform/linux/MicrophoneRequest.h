@@ -20,7 +20,7 @@ class MicrophoneRequest final : public QObject {
 
  public:
   /// Asks at once. `answer` is called once, later; the object then deletes itself.
-  MicrophoneRequest(const QDBusConnection& bus, Log& log, std::function<void(bool granted)> answer,
+  MicrophoneRequest(QDBusConnection bus, Log& log, std::function<void(bool granted)> answer,
                     QObject* parent);
 
  private:

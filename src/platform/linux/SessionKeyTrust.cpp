@@ -53,7 +53,7 @@ bool SessionKeyTrust::isTrusted(bool prompt) {
   return trusted;
 }
 
-bool SessionKeyTrust::askX() {
+bool SessionKeyTrust::askX() const {
   return isKeyVisible({.session = SessionKind::x11, .hasXInput2 = sources_.offersXInput2()});
 }
 

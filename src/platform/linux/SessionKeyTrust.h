@@ -50,7 +50,7 @@ class SessionKeyTrust final : public AccessibilityTrust {
  private:
   enum class Prompt { none, due, posted };
 
-  bool askX();
+  bool askX() const;
   bool askDevicesAndPortal();
   void portalAnswered(bool isOffered);
   void postDuePrompt();
