@@ -34,7 +34,8 @@ class RealDictation(Demonstration):
         self._editor = Editor(desk, "letter")
 
     def play(self):
-        """The story: ready, recording with live bars, transcribing, the words in menu and editor."""
+        """The story: ready, recording with live bars, the words in menu and editor; then what is too short
+        or too rare to be seen on the way: transcribing, stopped, loading."""
         self._app.start_dictating()
         self._state("idle", READY)
         self._speaker.press()
@@ -53,6 +54,9 @@ class RealDictation(Demonstration):
         self._editor.wait_for_text(SPOKEN)
         self._save("editor", self._desk.screenshot())
         self._transcribing()
+        self._settle(READY)
+        self._without_engine()
+        self._loading()
 
     def _heard(self):
         line = next(line for line in self._app.lines() if "[gpu-decode]" in line)
@@ -92,6 +96,25 @@ class RealDictation(Demonstration):
             if held:
                 return
         print("  processing was over too soon for a picture")
+
+    def _without_engine(self):
+        """A restart while the engine's file is away."""
+        place = self._app.engine.executable
+        os.rename(place, place + ".away")
+        self._app.item.click("Restart")
+        self._state("stopped", "Error: quillback binary not found")
+        os.rename(place + ".away", place)
+
+    def _loading(self):
+        """This state is short, too: the new engine is held before it has its model."""
+        readies = self._app.count("Ready.")
+        self._app.item.click("Restart")
+        engine, = eventually(self._app.engine_pids, "the new engine")
+        os.kill(engine, signal.SIGSTOP)
+        if self._app.count("Ready.") == readies:
+            self._state("loading", "Loading model...")
+        os.kill(engine, signal.SIGCONT)
+        self._settle(READY)
 
 
 def main():
