@@ -45,10 +45,10 @@ class FormTest : public ::testing::Test {
     return nullptr;
   }
 
-  /// Lets the loop run until `condition`, at most for five seconds.
+  /// Lets the loop run until `condition`, at most for half a minute.
   template <typename Condition>
   static bool eventually(Condition condition) {
-    constexpr qint64 kLimitMs = 5000;
+    constexpr qint64 kLimitMs = 30000;
     QElapsedTimer waiting;
     waiting.start();
     while (!condition()) {
