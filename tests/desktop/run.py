@@ -6,9 +6,11 @@ import pathlib
 import sys
 import unittest
 
+SKIPPED = 77
 
 def main():
-    """The exit status is 0 only if tests were run and all of them passed."""
+    """The exit status is 0 only if tests were run and all of them passed; SKIPPED if some could not be run
+    and all others passed."""
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("--programs", required=True, help="the folder of the built programs")
     parser.add_argument("file", type=pathlib.Path)
@@ -21,7 +23,9 @@ def main():
     loader.testNamePatterns = [f"*{name}*" for name in options.tests] or None
     suite = loader.loadTestsFromName(options.file.stem)
     result = unittest.TextTestRunner(verbosity=2, descriptions=False).run(suite)
-    return 0 if result.testsRun and result.wasSuccessful() and not result.skipped else 1
+    if not result.testsRun or not result.wasSuccessful():
+        return 1
+    return SKIPPED if result.skipped else 0
 
 
 if __name__ == "__main__":
