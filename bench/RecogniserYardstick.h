@@ -11,7 +11,7 @@
 #include <utility>
 #include <vector>
 
-namespace quillback::bench {
+namespace voxtrel::quillback::bench {
 
 inline std::vector<std::string> wordsOf(const std::string& text) {
   std::istringstream input(text);
@@ -92,4 +92,4 @@ class RecogniserYardstick {
   const std::string folder_;
 };
 
-}  // namespace quillback::bench
+}  // namespace voxtrel::quillback::bench

@@ -12,7 +12,7 @@
 #include <QScreen>
 #include <QSystemTrayIcon>
 
-#include "settings/SettingsTables.h"
+#include "voxtrel/forms/SettingsTables.h"
 
 namespace {
 

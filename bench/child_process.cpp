@@ -19,8 +19,8 @@
 #include <thread>
 #include <vector>
 
-#include "platform/posix/Pipe.h"
-#include "platform/posix/PosixChildProcessLauncher.h"
+#include "voxtrel/platform/posix/Pipe.h"
+#include "voxtrel/platform/posix/PosixChildProcessLauncher.h"
 
 extern char** environ;
 

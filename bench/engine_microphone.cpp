@@ -14,8 +14,8 @@
 #include <thread>
 #include <vector>
 
-#include "posix/EpollLoop.h"
-#include "pulse/PulseMicrophone.h"
+#include "quillback/audio/PulseMicrophone.h"
+#include "quillback/loop/EpollLoop.h"
 
 namespace {
 
@@ -64,8 +64,8 @@ class BareRecording {
 };
 
 double ourFirstSampleMs() {
-  quillback::EpollLoop loop;
-  quillback::PulseMicrophone microphone(loop);
+  voxtrel::quillback::EpollLoop loop;
+  voxtrel::quillback::PulseMicrophone microphone(loop);
   const Clock::time_point begin = Clock::now();
   std::atomic<double> time = -1;
   std::atomic<bool> hasCome = false;

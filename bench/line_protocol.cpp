@@ -17,8 +17,8 @@
 #include <string_view>
 #include <vector>
 
-#include "engine/LineProtocol.h"
-#include "text/Utf8.h"
+#include "common/base/Utf8.h"
+#include "voxtrel/supervisor/LineProtocol.h"
 
 namespace {
 

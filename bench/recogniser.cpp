@@ -19,20 +19,20 @@
 #include <vector>
 
 #include "bench/RecogniserYardstick.h"
-#include "ports/Microphone.h"
-#include "recognition/ThreadedRecogniser.h"
-#include "sphinx/SphinxEngine.h"
+#include "quillback/ports/Microphone.h"
+#include "quillback/recognition/ThreadedRecogniser.h"
+#include "quillback/recognition/sphinx/SphinxEngine.h"
 #include "support/PostedLoop.h"
 #include "support/Voice.h"
 
 namespace {
 
 using namespace std::chrono_literals;
-using quillback::kSampleRateHz;
-using quillback::Transcription;
-using quillback::bench::countOfRightWords;
-using quillback::bench::RecogniserYardstick;
-using quillback::bench::wordsOf;
+using voxtrel::quillback::kSampleRateHz;
+using voxtrel::quillback::Transcription;
+using voxtrel::quillback::bench::countOfRightWords;
+using voxtrel::quillback::bench::RecogniserYardstick;
+using voxtrel::quillback::bench::wordsOf;
 using Clock = std::chrono::steady_clock;
 using Samples = std::vector<std::int16_t>;
 
@@ -80,11 +80,12 @@ class Ours {
   }
 
  private:
-  quillback::test::PostedLoop loop_;
+  voxtrel::quillback::test::PostedLoop loop_;
   bool isLoaded_ = false;
-  quillback::ThreadedRecogniser recogniser_{
-      loop_, std::make_unique<quillback::SphinxEngine>(quillback::sphinxModelFolder()),
-      [this](const quillback::LoadReport& /*report*/) { isLoaded_ = true; }};
+  voxtrel::quillback::ThreadedRecogniser recogniser_{
+      loop_,
+      std::make_unique<voxtrel::quillback::SphinxEngine>(voxtrel::quillback::sphinxModelFolder()),
+      [this](const voxtrel::quillback::LoadReport& /*report*/) { isLoaded_ = true; }};
 };
 
 double medianMs(std::vector<Clock::duration> times) {
@@ -99,9 +100,10 @@ Clock::duration timeOf(const std::function<void()>& work) {
 }
 
 /// The yardstick's load time is that of the same command with 10 ms of silence, measured in turn.
-void measureLatency(Ours& ours, quillback::test::Voice& voice,
+void measureLatency(Ours& ours, voxtrel::quillback::test::Voice& voice,
                     const RecogniserYardstick& yardstick) {
-  Samples samples = quillback::test::Voice::samplesOf(voice.say("i will be there in ten minutes"));
+  Samples samples =
+      voxtrel::quillback::test::Voice::samplesOf(voice.say("i will be there in ten minutes"));
   samples.resize(2U * kSampleRateHz);
   const std::string speech = yardstick.write("speech", samples);
   const std::string nothing = yardstick.write("nothing", Samples(kBlockSamples));
@@ -119,8 +121,8 @@ void measureLatency(Ours& ours, quillback::test::Voice& voice,
               medianMs(our) / decode);
 }
 
-void measureWords(Ours& ours, quillback::test::Voice& voice, const RecogniserYardstick& yardstick,
-                  const std::vector<Sentence>& sentences) {
+void measureWords(Ours& ours, voxtrel::quillback::test::Voice& voice,
+                  const RecogniserYardstick& yardstick, const std::vector<Sentence>& sentences) {
   std::size_t words = 0;
   std::map<std::string, std::size_t> right;
   std::map<std::string, int> exact;
@@ -130,7 +132,7 @@ void measureWords(Ours& ours, quillback::test::Voice& voice, const RecogniserYar
     exact[who] += wordsOf(sentence.text) == wordsOf(text) ? 1 : 0;
   };
   for (const Sentence& sentence : sentences) {
-    const auto samples = quillback::test::Voice::samplesOf(
+    const auto samples = voxtrel::quillback::test::Voice::samplesOf(
         voice.say(sentence.text, sentence.voice, sentence.wordsPerMinute));
     const std::string path = yardstick.write("sentence", samples);
     words += wordsOf(sentence.text).size();
@@ -153,7 +155,7 @@ int main(int argumentCount, char** arguments) {
     const std::string argument = arguments[at];
     (argument == "words" || argument == "latency" ? only : list) = argument;
   }
-  quillback::test::Voice voice;
+  voxtrel::quillback::test::Voice voice;
   const RecogniserYardstick yardstick(voice.folder());
   if (!yardstick.isThere()) {
     std::fprintf(stderr, "pocketsphinx_continuous or pocketsphinx_batch is not installed\n");

@@ -12,8 +12,8 @@
 #include <string_view>
 #include <vector>
 
-#include "config/SettingsReader.h"
-#include "config/SettingsWriter.h"
+#include "common/settings/SettingsReader.h"
+#include "common/settings/SettingsWriter.h"
 
 namespace {
 

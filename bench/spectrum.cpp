@@ -10,9 +10,9 @@
 #include <functional>
 #include <vector>
 
-#include "overlay/FFTBarView.h"
-#include "platform/kissfft/KissRealFft.h"
 #include "support/Samples.h"
+#include "voxtrel/overlay/FFTBarView.h"
+#include "voxtrel/platform/kissfft/KissRealFft.h"
 
 namespace {
 

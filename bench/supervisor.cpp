@@ -14,14 +14,14 @@
 #include <vector>
 
 #include "bench/EngineTimes.h"
-#include "engine/ProcessManager.h"
-#include "platform/Log.h"
-#include "platform/Notifications.h"
-#include "platform/linux/QtMainLoop.h"
-#include "platform/posix/ExecutableFolder.h"
-#include "platform/posix/PosixChildProcessLauncher.h"
-#include "platform/posix/SteadyClock.h"
-#include "platform/posix/ThreadedBackgroundQueue.h"
+#include "voxtrel/platform/Log.h"
+#include "voxtrel/platform/Notifications.h"
+#include "voxtrel/platform/linux/session/QtMainLoop.h"
+#include "voxtrel/platform/posix/ExecutableFolder.h"
+#include "voxtrel/platform/posix/PosixChildProcessLauncher.h"
+#include "voxtrel/platform/posix/SteadyClock.h"
+#include "voxtrel/platform/posix/ThreadedBackgroundQueue.h"
+#include "voxtrel/supervisor/ProcessManager.h"
 
 extern char** environ;
 

@@ -7,9 +7,9 @@
 #include "BareCapture.h"
 #include "Figures.h"
 #include "TonePlayer.h"
-#include "overlay/FFTBarView.h"
-#include "platform/kissfft/KissRealFft.h"
-#include "platform/linux/PulseMicrophone.h"
+#include "voxtrel/overlay/FFTBarView.h"
+#include "voxtrel/platform/kissfft/KissRealFft.h"
+#include "voxtrel/platform/linux/sound/PulseMicrophone.h"
 
 namespace bench {
 namespace {

@@ -11,15 +11,15 @@
 #include <cstdlib>
 #include <string_view>
 
-#include "download/ModelDownloadView.h"
 #include "overlay/Figures.h"
-#include "platform/ApplicationBundle.h"
-#include "platform/linux/DesktopColors.h"
-#include "platform/linux/QtFormWindows.h"
-#include "platform/linux/QtMainLoop.h"
-#include "platform/posix/ExecutablePath.h"
-#include "platform/posix/PosixChildProcessLauncher.h"
-#include "platform/posix/ThreadedBackgroundQueue.h"
+#include "voxtrel/download/ModelDownloadView.h"
+#include "voxtrel/platform/ApplicationBundle.h"
+#include "voxtrel/platform/linux/session/QtMainLoop.h"
+#include "voxtrel/platform/linux/windows/DesktopColors.h"
+#include "voxtrel/platform/linux/windows/QtFormWindows.h"
+#include "voxtrel/platform/posix/ExecutablePath.h"
+#include "voxtrel/platform/posix/PosixChildProcessLauncher.h"
+#include "voxtrel/platform/posix/ThreadedBackgroundQueue.h"
 
 namespace bench {
 

@@ -15,7 +15,7 @@ PARENT_INCLUDE = re.compile(r'^\s*#\s*include\s+"(\.\./|.*/\.\./)')
 def in_desktop_folder(path):
     """Only the folders of adapters may ask which system they are built for."""
     parts = path.parts
-    return parts[:2] == ("src", "platform") and len(parts) == 4
+    return parts[:3] == ("src", "voxtrel", "platform") and len(parts) > 4
 
 
 def ceiling(path):

@@ -16,7 +16,7 @@ import subprocess
 import sys
 
 TIDY = "clang-tidy-14"
-ANALYSED = ("src/", "quillback/src/", "tests/support/")
+ANALYSED = ("src/", "tests/support/")
 
 
 def commands(build, root):

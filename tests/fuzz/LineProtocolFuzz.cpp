@@ -3,10 +3,10 @@
 #include <string>
 #include <string_view>
 
+#include "common/base/Lines.h"
+#include "common/base/Utf8.h"
 #include "fuzz/FuzzEntry.h"
 #include "support/EffectsReport.h"
-#include "text/Lines.h"
-#include "text/Utf8.h"
 
 using namespace voxtrel;
 

@@ -3,10 +3,10 @@
 #include <string>
 #include <string_view>
 
-#include "config/SettingsReader.h"
-#include "config/SettingsWriter.h"
+#include "common/base/Utf8.h"
+#include "common/settings/SettingsReader.h"
+#include "common/settings/SettingsWriter.h"
 #include "fuzz/FuzzEntry.h"
-#include "text/Utf8.h"
 
 using namespace voxtrel;
 

@@ -3,9 +3,9 @@
 #include <string>
 #include <string_view>
 
-#include "download/SetupOutput.h"
+#include "common/base/Lines.h"
 #include "fuzz/FuzzEntry.h"
-#include "text/Lines.h"
+#include "voxtrel/download/SetupOutput.h"
 
 using namespace voxtrel;
 

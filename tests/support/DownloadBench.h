@@ -8,10 +8,10 @@
 #include <string_view>
 #include <vector>
 
-#include "download/ModelDownloadView.h"
 #include "support/FakeChildProcesses.h"
 #include "support/FakePorts.h"
 #include "support/ManualTime.h"
+#include "voxtrel/download/ModelDownloadView.h"
 
 namespace voxtrel {
 

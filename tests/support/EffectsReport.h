@@ -3,8 +3,8 @@
 #include <string>
 #include <string_view>
 
-#include "engine/LineProtocol.h"
-#include "text/Lines.h"
+#include "common/base/Lines.h"
+#include "voxtrel/supervisor/LineProtocol.h"
 
 namespace voxtrel {
 

@@ -5,10 +5,10 @@
 #include <utility>
 #include <vector>
 
-#include "engine/ProcessManager.h"
 #include "support/FakeChildProcesses.h"
 #include "support/FakePorts.h"
 #include "support/ManualTime.h"
+#include "voxtrel/supervisor/ProcessManager.h"
 
 namespace voxtrel::testing {
 

@@ -5,8 +5,8 @@
 #include <utility>
 #include <vector>
 
-#include "platform/ChildProcess.h"
 #include "support/ManualTime.h"
+#include "voxtrel/platform/ChildProcess.h"
 
 namespace voxtrel::testing {
 

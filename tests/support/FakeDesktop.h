@@ -3,14 +3,14 @@
 #include <memory>
 #include <string>
 
-#include "overlay/RecordingOverlay.h"
-#include "platform/Application.h"
-#include "platform/Desktop.h"
 #include "support/FakeChildProcesses.h"
 #include "support/FakeForms.h"
 #include "support/FakePorts.h"
 #include "support/ManualTime.h"
 #include "support/OverlayBench.h"
+#include "voxtrel/overlay/RecordingOverlay.h"
+#include "voxtrel/platform/Application.h"
+#include "voxtrel/platform/Desktop.h"
 
 namespace voxtrel::testing {
 

@@ -7,13 +7,13 @@
 #include <utility>
 #include <vector>
 
-#include "download/ModelDownloadView.h"
-#include "platform/Alerts.h"
-#include "platform/FormWindows.h"
-#include "platform/LoginItem.h"
-#include "platform/PrivacySettings.h"
-#include "platform/UserDefaults.h"
-#include "settings/SettingsView.h"
+#include "voxtrel/download/ModelDownloadView.h"
+#include "voxtrel/forms/SettingsView.h"
+#include "voxtrel/platform/Alerts.h"
+#include "voxtrel/platform/FormWindows.h"
+#include "voxtrel/platform/LoginItem.h"
+#include "voxtrel/platform/PrivacySettings.h"
+#include "voxtrel/platform/UserDefaults.h"
 
 namespace voxtrel::testing {
 

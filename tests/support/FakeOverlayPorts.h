@@ -8,10 +8,10 @@
 #include <utility>
 #include <vector>
 
-#include "platform/FrameTimer.h"
-#include "platform/Microphone.h"
-#include "platform/OverlayStage.h"
 #include "support/RecordingCanvas.h"
+#include "voxtrel/platform/FrameTimer.h"
+#include "voxtrel/platform/Microphone.h"
+#include "voxtrel/platform/OverlayStage.h"
 
 namespace voxtrel::testing {
 

@@ -7,13 +7,13 @@
 #include <utility>
 #include <vector>
 
-#include "platform/ApplicationBundle.h"
-#include "platform/Log.h"
-#include "platform/Notifications.h"
-#include "platform/Permissions.h"
-#include "platform/SleepWatch.h"
-#include "platform/StatusItem.h"
-#include "platform/Updater.h"
+#include "voxtrel/platform/ApplicationBundle.h"
+#include "voxtrel/platform/Log.h"
+#include "voxtrel/platform/Notifications.h"
+#include "voxtrel/platform/Permissions.h"
+#include "voxtrel/platform/SleepWatch.h"
+#include "voxtrel/platform/StatusItem.h"
+#include "voxtrel/platform/Updater.h"
 
 namespace voxtrel::testing {
 

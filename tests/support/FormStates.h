@@ -5,13 +5,13 @@
 #include <memory>
 #include <string>
 
-#include "download/ModelDownloadView.h"
-#include "settings/SettingsView.h"
 #include "support/FakeChildProcesses.h"
 #include "support/FakeForms.h"
 #include "support/FakePorts.h"
 #include "support/ManualTime.h"
 #include "support/ScratchFolder.h"
+#include "voxtrel/download/ModelDownloadView.h"
+#include "voxtrel/forms/SettingsView.h"
 
 namespace voxtrel::testing {
 

@@ -8,9 +8,9 @@
 #include <optional>
 #include <utility>
 
-#include "platform/BackgroundQueue.h"
-#include "platform/Clock.h"
-#include "platform/MainLoop.h"
+#include "voxtrel/platform/BackgroundQueue.h"
+#include "voxtrel/platform/Clock.h"
+#include "voxtrel/platform/MainLoop.h"
 
 namespace voxtrel::testing {
 

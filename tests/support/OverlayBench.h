@@ -3,10 +3,10 @@
 #include <functional>
 #include <memory>
 
-#include "overlay/RecordingOverlay.h"
 #include "support/FakeOverlayPorts.h"
 #include "support/FakePorts.h"
 #include "support/ManualTime.h"
+#include "voxtrel/overlay/RecordingOverlay.h"
 
 namespace voxtrel::testing {
 

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/Canvas.h"
+#include "voxtrel/platform/Canvas.h"
 
 namespace voxtrel::testing {
 

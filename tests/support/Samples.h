@@ -8,7 +8,7 @@
 #include <span>
 #include <vector>
 
-#include "platform/Microphone.h"
+#include "voxtrel/platform/Microphone.h"
 
 namespace voxtrel::testing {
 

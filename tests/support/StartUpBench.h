@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
-#include "app/AppDelegate.h"
 #include "support/FakeDesktop.h"
 #include "support/ScratchFolder.h"
+#include "voxtrel/app/AppDelegate.h"
 
 namespace voxtrel::testing {
 

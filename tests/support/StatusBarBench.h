@@ -9,9 +9,9 @@
 #include <string_view>
 #include <vector>
 
-#include "menubar/StatusBarController.h"
 #include "support/FakeDesktop.h"
 #include "support/ScratchFolder.h"
+#include "voxtrel/menubar/StatusBarController.h"
 
 namespace voxtrel::testing {
 

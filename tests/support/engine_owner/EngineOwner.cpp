@@ -3,7 +3,7 @@
 
 #include <cstdio>
 
-#include "platform/posix/PosixChildProcessLauncher.h"
+#include "voxtrel/platform/posix/PosixChildProcessLauncher.h"
 
 int main(int argc, char** argv) {
   if (argc != 2) return 2;

@@ -2,7 +2,7 @@
 
 #include <QDBusConnection>
 
-#include "platform/linux/KeyboardNodes.h"
+#include "voxtrel/platform/linux/permissions/KeyboardNodes.h"
 
 namespace voxtrel::testing {
 

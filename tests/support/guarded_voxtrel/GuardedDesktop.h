@@ -4,10 +4,10 @@
 #include <optional>
 #include <string>
 
-#include "platform/Desktop.h"
-#include "platform/RealFft.h"
-#include "platform/linux/SandboxMicrophoneAccess.h"
-#include "platform/linux/SessionKeyTrust.h"
+#include "voxtrel/platform/Desktop.h"
+#include "voxtrel/platform/RealFft.h"
+#include "voxtrel/platform/linux/permissions/SandboxMicrophoneAccess.h"
+#include "voxtrel/platform/linux/permissions/SessionKeyTrust.h"
 
 namespace voxtrel::testing {
 

@@ -12,9 +12,9 @@
 #include <optional>
 #include <string>
 
-#include "app/CommandLine.h"
-#include "app/QuillbackApp.h"
 #include "support/guarded_voxtrel/GuardedDesktop.h"
+#include "voxtrel/app/CommandLine.h"
+#include "voxtrel/app/QuillbackApp.h"
 
 namespace {
 

@@ -6,8 +6,8 @@
 #include <memory>
 #include <utility>
 
-#include "platform/Microphone.h"
-#include "platform/OverlayStage.h"
+#include "voxtrel/platform/Microphone.h"
+#include "voxtrel/platform/OverlayStage.h"
 
 namespace voxtrel::testing {
 

@@ -1,13 +1,13 @@
 #pragma once
 
-#include "overlay/RecordingOverlay.h"
-#include "platform/kissfft/KissRealFft.h"
-#include "platform/linux/PulseMicrophone.h"
-#include "platform/linux/QtMainLoop.h"
-#include "platform/linux/QtOverlayStage.h"
-#include "platform/linux/StandardErrorLog.h"
-#include "platform/linux/TimerFdFrameTimer.h"
 #include "support/overlay_driver/ObservedPorts.h"
+#include "voxtrel/overlay/RecordingOverlay.h"
+#include "voxtrel/platform/kissfft/KissRealFft.h"
+#include "voxtrel/platform/linux/log/StandardErrorLog.h"
+#include "voxtrel/platform/linux/overlay/QtOverlayStage.h"
+#include "voxtrel/platform/linux/overlay/TimerFdFrameTimer.h"
+#include "voxtrel/platform/linux/session/QtMainLoop.h"
+#include "voxtrel/platform/linux/sound/PulseMicrophone.h"
 
 namespace voxtrel::testing {
 

@@ -1,4 +1,4 @@
-#include "scripted_engine/Command.h"
+#include "support/scripted_engine/Command.h"
 
 #include <algorithm>
 #include <array>

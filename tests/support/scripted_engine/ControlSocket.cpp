@@ -1,4 +1,4 @@
-#include "scripted_engine/ControlSocket.h"
+#include "support/scripted_engine/ControlSocket.h"
 
 #include <sys/socket.h>
 #include <sys/un.h>

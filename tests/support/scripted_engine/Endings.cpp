@@ -1,4 +1,4 @@
-#include "scripted_engine/Endings.h"
+#include "support/scripted_engine/Endings.h"
 
 #include <sys/resource.h>
 #include <sys/time.h>
@@ -12,7 +12,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "scripted_engine/Command.h"
+#include "support/scripted_engine/Command.h"
 
 namespace scripted {
 namespace {

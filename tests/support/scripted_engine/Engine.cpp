@@ -1,4 +1,4 @@
-#include "scripted_engine/Engine.h"
+#include "support/scripted_engine/Engine.h"
 
 #include <unistd.h>
 
@@ -11,7 +11,7 @@
 #include <stdexcept>
 #include <thread>
 
-#include "scripted_engine/Endings.h"
+#include "support/scripted_engine/Endings.h"
 
 namespace scripted {
 namespace {

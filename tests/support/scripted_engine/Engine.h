@@ -4,10 +4,10 @@
 #include <string>
 #include <string_view>
 
-#include "scripted_engine/Command.h"
-#include "scripted_engine/EngineLog.h"
-#include "scripted_engine/Inheritance.h"
-#include "scripted_engine/Output.h"
+#include "support/scripted_engine/Command.h"
+#include "support/scripted_engine/EngineLog.h"
+#include "support/scripted_engine/Inheritance.h"
+#include "support/scripted_engine/Output.h"
 
 namespace scripted {
 

@@ -1,4 +1,4 @@
-#include "scripted_engine/EngineLog.h"
+#include "support/scripted_engine/EngineLog.h"
 
 #include <fcntl.h>
 #include <unistd.h>

@@ -1,4 +1,4 @@
-#include "scripted_engine/Inheritance.h"
+#include "support/scripted_engine/Inheritance.h"
 
 #include <dirent.h>
 #include <unistd.h>

@@ -1,4 +1,4 @@
-#include "scripted_engine/Output.h"
+#include "support/scripted_engine/Output.h"
 
 #include <unistd.h>
 

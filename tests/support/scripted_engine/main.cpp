@@ -11,9 +11,9 @@
 #include <string>
 #include <vector>
 
-#include "scripted_engine/ControlSocket.h"
-#include "scripted_engine/Engine.h"
-#include "scripted_engine/Help.h"
+#include "support/scripted_engine/ControlSocket.h"
+#include "support/scripted_engine/Engine.h"
+#include "support/scripted_engine/Help.h"
 
 namespace scripted {
 namespace {

@@ -1,7 +1,0 @@
-#pragma once
-
-#include <cstddef>
-#include <cstdint>
-
-/// What a fuzzer calls with bytes of its choice. The name is the fuzzer's.
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);

@@ -1,0 +1,76 @@
+#include "common/base/Utf8.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+namespace voxtrel {
+namespace {
+
+constexpr std::size_t kBlockBytes = 64;
+constexpr std::uint64_t kTopBits = 0x8080808080808080U;
+
+bool isAsciiBlock(const char* block) {
+  std::uint64_t bits = 0;
+  for (std::size_t i = 0; i < kBlockBytes; i += sizeof bits) {
+    std::uint64_t word = 0;
+    std::memcpy(&word, block + i, sizeof word);
+    bits |= word;
+  }
+  return (bits & kTopBits) == 0;
+}
+
+/// What a lead byte asks of the bytes after it. Only the second byte's range depends on the lead.
+struct Sequence {
+  std::size_t length = 0;  ///< 0: no sequence starts with this byte
+  unsigned char secondMin = 0x80;
+  unsigned char secondMax = 0xBF;
+};
+
+Sequence sequenceOf(unsigned char lead) {
+  if (lead < 0x80) return {1};
+  if (lead < 0xC2) return {};
+  if (lead < 0xE0) return {2};
+  if (lead == 0xE0) return {3, 0xA0};        // below are overlong forms
+  if (lead == 0xED) return {3, 0x80, 0x9F};  // above are the surrogates
+  if (lead < 0xF0) return {3};
+  if (lead == 0xF0) return {4, 0x90};        // below are overlong forms
+  if (lead == 0xF4) return {4, 0x80, 0x8F};  // above is past U+10FFFF
+  return lead < 0xF4 ? Sequence{4} : Sequence{};
+}
+
+/// Bytes of the well-formed sequence at the start of `bytes`, which is not empty; 0 if there is
+/// none.
+std::size_t sequenceLength(std::string_view bytes) {
+  const auto byteAt = [bytes](std::size_t i) { return static_cast<unsigned char>(bytes[i]); };
+  const Sequence sequence = sequenceOf(byteAt(0));
+  if (sequence.length < 2) return sequence.length;
+  if (sequence.length > bytes.size()) return 0;
+  if (byteAt(1) < sequence.secondMin || byteAt(1) > sequence.secondMax) return 0;
+  for (std::size_t i = 2; i < sequence.length; ++i) {
+    if ((byteAt(i) & 0xC0) != 0x80) return 0;
+  }
+  return sequence.length;
+}
+
+}  // namespace
+
+bool isValidUtf8(std::string_view bytes) {
+  while (!bytes.empty()) {
+    if (bytes.size() >= kBlockBytes && isAsciiBlock(bytes.data())) {
+      bytes.remove_prefix(kBlockBytes);
+      continue;
+    }
+    // Walk through the characters that begin in this block; the next block may be ASCII again.
+    std::size_t walked = 0;
+    while (walked < kBlockBytes && walked < bytes.size()) {
+      const std::size_t length = sequenceLength(bytes.substr(walked));
+      if (length == 0) return false;
+      walked += length;
+    }
+    bytes.remove_prefix(walked);
+  }
+  return true;
+}
+
+}  // namespace voxtrel

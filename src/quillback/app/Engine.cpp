@@ -1,0 +1,48 @@
+#include "quillback/app/Engine.h"
+
+#include <utility>
+
+#include "quillback/app/ChosenEngine.h"
+#include "quillback/app/Home.h"
+#include "quillback/recognition/ThreadedRecogniser.h"
+
+namespace voxtrel::quillback {
+
+Engine::Engine(EpollLoop& loop, Output& output, const EngineSettings& settings)
+    : loop_(loop),
+      output_(output),
+      watchDescriptor_([&loop](int descriptor, Loop::Task readable) -> std::shared_ptr<void> {
+        return loop.watch(descriptor, std::move(readable));
+      }),
+      ownKeys_(loop),
+      sinks_(loop, ownKeys_, watchDescriptor_, output),
+      microphone_(loop),
+      sink_(sinks_.make(settings.insert, isWaylandSession())),
+      dictation_(loop, microphone_, *sink_, output) {
+  watchKey(settings.hotkey);
+  loadModel(settings);
+}
+
+void Engine::watchKey(const Hotkey& hotkey) {
+  const KeyWatch::Listener listener{[this] { dictation_.keyPressed(); },
+                                    [this] { dictation_.keyReleased(); },
+                                    [this] { dictation_.keyCancelled(); }};
+  KeySource source = openKeySource(hotkey, listener, ownKeys_, watchDescriptor_, [this, hotkey] {
+    output_.print(noKeySourceLine(hotkey, "the X server is gone"));
+  });
+  keyWatch_ = std::move(source.watch);
+  if (!keyWatch_) output_.print(noKeySourceLine(hotkey, source.why));
+}
+
+void Engine::loadModel(const EngineSettings& settings) {
+  const SpeechSettings speech{settings.model, settings.language, settings.translate};
+  recogniser_ = std::make_unique<ThreadedRecogniser>(
+      loop_, makeSpeechEngine(speech, homeFolder()), [this](const LoadReport& report) {
+        for (const std::string& line : report.lines) output_.print(line);
+        if (report.isUsable) return dictation_.modelLoaded(*recogniser_);
+        exitStatus_ = 1;
+        loop_.stop();
+      });
+}
+
+}  // namespace voxtrel::quillback

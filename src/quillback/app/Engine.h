@@ -1,0 +1,44 @@
+#pragma once
+
+#include <memory>
+
+#include "quillback/app/KeySource.h"
+#include "quillback/audio/PulseMicrophone.h"
+#include "quillback/dictation/Dictation.h"
+#include "quillback/insertion/TextSinks.h"
+#include "quillback/loop/EpollLoop.h"
+#include "quillback/settings/EngineSettings.h"
+
+namespace voxtrel::quillback {
+
+/// The parts of the running engine, put together for this desktop.
+/// Thread: the loop's.  Owns: all parts.  Borrows: the loop, the output (must outlive this).
+/// Fails by: lines of output; what is missing leaves the rest at work. Without any speech model there
+/// is nothing left to do: it ends the loop with an exit status of 1.
+class Engine {
+ public:
+  Engine(EpollLoop& loop, Output& output, const EngineSettings& settings);
+  Engine(const Engine&) = delete;
+  Engine& operator=(const Engine&) = delete;
+
+  int exitStatus() const { return exitStatus_; }
+
+ private:
+  void watchKey(const Hotkey& hotkey);
+  void loadModel(const EngineSettings& settings);
+
+  EpollLoop& loop_;
+  Output& output_;
+  int exitStatus_ = 0;
+  const WatchDescriptor watchDescriptor_;
+  OwnKeys ownKeys_;
+  TextSinks sinks_;
+  PulseMicrophone microphone_;
+  // An utterance ends before its recogniser, a dictation before where its words go.
+  std::unique_ptr<TextSink> sink_;
+  std::unique_ptr<Recogniser> recogniser_;
+  Dictation dictation_;
+  std::unique_ptr<KeyWatch> keyWatch_;
+};
+
+}  // namespace voxtrel::quillback

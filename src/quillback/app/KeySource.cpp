@@ -1,0 +1,51 @@
+#include "quillback/app/KeySource.h"
+
+#include <cstdlib>
+#include <string_view>
+#include <utility>
+
+#include "quillback/keys/evdev/EvdevKeyWatch.h"
+#include "quillback/keys/evdev/LibevdevKeyboard.h"
+#include "quillback/keys/x11/XInput2KeyWatch.h"
+
+namespace voxtrel::quillback {
+namespace {
+
+std::string_view environment(const char* name) {
+  const char* value = std::getenv(name);
+  return value == nullptr ? std::string_view() : value;
+}
+
+}  // namespace
+
+bool isWaylandSession() {
+  return !environment("WAYLAND_DISPLAY").empty() || environment("XDG_SESSION_TYPE") == "wayland";
+}
+
+KeySource openKeySource(const Hotkey& hotkey, const KeyWatch::Listener& listener, OwnKeys& ownKeys,
+                        const WatchDescriptor& watchDescriptor,
+                        const std::function<void()>& onLost) {
+  const auto fromX11 = [&]() -> KeySource {
+    auto opened = XInput2KeyWatch::open(hotkey, listener, ownKeys, watchDescriptor, onLost);
+    return {std::move(opened.watch), std::move(opened.why)};
+  };
+  const auto fromKernel = [&]() -> KeySource {
+    auto opened = EvdevKeyWatch::open(hotkey, listener, watchDescriptor, LibevdevKeyboard::open);
+    return {std::move(opened.watch), std::move(opened.why)};
+  };
+  // The X server of a Wayland session sees only what is typed into windows of its own.
+  if (isWaylandSession()) return fromKernel();
+  KeySource first = fromX11();
+  if (first.watch) return first;
+  KeySource second = fromKernel();
+  if (second.watch) return second;
+  return {nullptr, first.why + "; " + second.why};
+}
+
+std::string noKeySourceLine(const Hotkey& hotkey, const std::string& why) {
+  return "[quillback] Accessibility: " + std::string(hotkey.label) + " cannot be watched (" + why +
+         "). Run it in an X11 session, or let your user read the keyboards: sudo usermod -aG input "
+         "$USER, then log in anew.";
+}
+
+}  // namespace voxtrel::quillback

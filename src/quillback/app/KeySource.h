@@ -1,0 +1,33 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "quillback/keys/OwnKeys.h"
+#include "quillback/ports/KeyWatch.h"
+#include "quillback/ports/WatchDescriptor.h"
+#include "quillback/settings/HotkeyTable.h"
+
+namespace voxtrel::quillback {
+
+/// A watch over the push-to-talk key, or why there is none.
+struct KeySource {
+  std::unique_ptr<KeyWatch> watch;
+  std::string why;  ///< for people
+};
+
+/// Whether this desktop's windows speak Wayland: an X server there sees only the keys that are meant
+/// for its own windows, and types into those alone.
+bool isWaylandSession();
+
+/// Opens the best source that works here: X11's events, or the kernel's where there is no X server or
+/// it does not see all keys. `onLost` is called where that ends later.
+[[nodiscard]] KeySource openKeySource(const Hotkey& hotkey, const KeyWatch::Listener& listener,
+                                      OwnKeys& ownKeys, const WatchDescriptor& watchDescriptor,
+                                      const std::function<void()>& onLost);
+
+/// The line that says what to do without a key source.
+std::string noKeySourceLine(const Hotkey& hotkey, const std::string& why);
+
+}  // namespace voxtrel::quillback

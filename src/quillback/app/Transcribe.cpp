@@ -1,0 +1,46 @@
+#include "quillback/app/Transcribe.h"
+
+#include <atomic>
+#include <vector>
+
+#include "quillback/audio/Resampler.h"
+#include "quillback/audio/WavFile.h"
+
+namespace voxtrel::quillback {
+namespace {
+
+std::string recognised(SpeechEngine& engine, std::span<const std::int16_t> samples) {
+  const std::atomic<bool> isDropped{false};
+  engine.begin(isDropped);
+  engine.hear(samples);
+  return engine.finish().text;
+}
+
+}  // namespace
+
+TranscribeExit transcribeFile(const std::string& path, SpeechEngine& engine, Output& text,
+                              Output& notes) {
+  const WavReading wav = readWav(path);
+  if (!wav.error.empty()) {
+    notes.print("Cannot read \"" + path + "\": " + wav.error);
+    return wav.isReadable ? TranscribeExit::notWav : TranscribeExit::unreadable;
+  }
+  if (!wav.note.empty()) notes.print(wav.note);
+  const std::vector<std::int16_t> samples = resampled(wav.samples, wav.rateHz);
+  if (samples.empty()) {
+    notes.print("\"" + path + "\" holds no sound.");
+    return TranscribeExit::empty;
+  }
+  const LoadReport report = engine.load();
+  for (const std::string& line : report.lines) notes.print(line);
+  if (!report.isUsable) return TranscribeExit::noRecogniser;
+  const std::string words = recognised(engine, samples);
+  if (words.empty()) {
+    notes.print("No words were understood.");
+  } else {
+    text.print(words);
+  }
+  return TranscribeExit::done;
+}
+
+}  // namespace voxtrel::quillback

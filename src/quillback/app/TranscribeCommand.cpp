@@ -1,0 +1,27 @@
+#include "quillback/app/TranscribeCommand.h"
+
+#include <unistd.h>
+
+#include "quillback/app/ChosenEngine.h"
+#include "quillback/app/Home.h"
+#include "quillback/app/Transcribe.h"
+#include "quillback/loop/LineOutput.h"
+#include "quillback/settings/EngineSettings.h"
+
+namespace voxtrel::quillback {
+
+int printTranscript(const std::string& file) {
+  LineOutput text(STDOUT_FILENO);
+  LineOutput notes(STDERR_FILENO);
+  const SettingsReading reading = readSettings(settingsPath(homeFolder()));
+  for (const std::string& error : reading.errors) notes.print(error);
+  const EngineSettings& settings = reading.settings;
+  const auto engine =
+      makeSpeechEngine({settings.model, settings.language, settings.translate}, homeFolder());
+  const TranscribeExit exit = transcribeFile(file, *engine, text, notes);
+  if (!text.hasLostLines()) return static_cast<int>(exit);
+  notes.print("The words could not be written to standard output.");
+  return static_cast<int>(TranscribeExit::unwritten);
+}
+
+}  // namespace voxtrel::quillback

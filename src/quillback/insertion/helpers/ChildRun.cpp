@@ -1,0 +1,98 @@
+#include "quillback/insertion/helpers/ChildRun.h"
+
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/mman.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <utility>
+
+namespace voxtrel::quillback {
+namespace {
+
+/// A file in memory: however long the text, nobody waits for the program to read it.
+Descriptor fileWith(const std::string& text) {
+  Descriptor file(memfd_create("quillback-text", MFD_CLOEXEC));
+  std::size_t written = 0;
+  while (file.isOpen() && written < text.size()) {
+    const ssize_t size = ::write(file.get(), text.data() + written, text.size() - written);
+    if (size <= 0) return {};
+    written += static_cast<std::size_t>(size);
+  }
+  if (file.isOpen()) ::lseek(file.get(), 0, SEEK_SET);
+  return file;
+}
+
+/// How the program starts: our signals' treatment is none of its business.
+class Setup {
+ public:
+  explicit Setup(int input) {
+    posix_spawn_file_actions_init(&actions_);
+    posix_spawn_file_actions_adddup2(&actions_, input, STDIN_FILENO);
+    posix_spawn_file_actions_addopen(&actions_, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+    posix_spawn_file_actions_addopen(&actions_, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
+    sigset_t none{};
+    sigset_t all{};
+    sigemptyset(&none);
+    sigfillset(&all);
+    posix_spawnattr_init(&attributes_);
+    posix_spawnattr_setsigmask(&attributes_, &none);
+    posix_spawnattr_setsigdefault(&attributes_, &all);
+    posix_spawnattr_setflags(&attributes_, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
+  }
+  Setup(const Setup&) = delete;
+  Setup& operator=(const Setup&) = delete;
+  ~Setup() {
+    posix_spawn_file_actions_destroy(&actions_);
+    posix_spawnattr_destroy(&attributes_);
+  }
+
+  /// 0 where the program cannot be started.
+  pid_t spawn(char* const* words) const {
+    pid_t child = 0;
+    return posix_spawnp(&child, words[0], &actions_, &attributes_, words, environ) == 0 ? child : 0;
+  }
+
+ private:
+  posix_spawn_file_actions_t actions_{};
+  posix_spawnattr_t attributes_{};
+};
+
+}  // namespace
+
+std::unique_ptr<ChildRun> ChildRun::start(const std::vector<std::string>& words,
+                                          const std::string& input,
+                                          const WatchDescriptor& watchDescriptor, OnEnd onEnd) {
+  const Descriptor file = fileWith(input);
+  if (!file.isOpen()) return nullptr;
+  std::vector<std::string> copies = words;
+  std::vector<char*> pointers;
+  pointers.reserve(copies.size() + 1);
+  for (std::string& copy : copies) pointers.push_back(copy.data());
+  pointers.push_back(nullptr);
+  const pid_t child = Setup(file.get()).spawn(pointers.data());
+  if (child == 0) return nullptr;
+  // The constructor is private.
+  std::unique_ptr<ChildRun> run(new ChildRun(child, std::move(onEnd)));
+  run->descriptorWatch_ =
+      watchDescriptor(run->process_.get(), [self = run.get()] { self->handleEnd(); });
+  return run;
+}
+
+ChildRun::ChildRun(int processId, OnEnd onEnd)
+    : processId_(processId),
+      process_(static_cast<int>(syscall(SYS_pidfd_open, processId, 0))),
+      onEnd_(std::move(onEnd)) {}
+
+void ChildRun::handleEnd() {
+  int status = 0;
+  if (waitpid(processId_, &status, WNOHANG) == 0) return;
+  descriptorWatch_.reset();
+  const OnEnd onEnd = std::exchange(onEnd_, nullptr);
+  if (onEnd) onEnd(WIFEXITED(status) ? WEXITSTATUS(status) : -1);
+}
+
+}  // namespace voxtrel::quillback

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <optional>
+
+#include "quillback/insertion/x11/KeyTable.h"
+#include "quillback/x11/XConnection.h"
+
+namespace voxtrel::quillback {
+
+/// How the server's keyboard writes in the layout that is chosen now; nothing where it does not
+/// answer.
+std::optional<KeyTable> serverKeyTable(const XConnection& server);
+
+}  // namespace voxtrel::quillback

@@ -1,0 +1,65 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <map>
+#include <mutex>
+#include <vector>
+
+#include "common/posix/Descriptor.h"
+#include "quillback/ports/Loop.h"
+
+namespace voxtrel::quillback {
+
+/// The loop of the thread that calls `run`; it sleeps until a task, a timer or a descriptor is due.
+/// Thread: the one that runs it; `post` and `stop` from any.  Owns: three descriptors, all tasks.
+/// Fails by: aborts with a message where the system has no descriptor left at construction.
+class EpollLoop final : public Loop {
+ public:
+  /// A descriptor that is watched; destroying it ends the watch. The descriptor must be open then.
+  class Watch {
+   public:
+    virtual ~Watch() = default;
+  };
+
+  EpollLoop();
+  EpollLoop(const EpollLoop&) = delete;
+  EpollLoop& operator=(const EpollLoop&) = delete;
+  ~EpollLoop() override;
+
+  void post(Task task) override;
+  [[nodiscard]] std::unique_ptr<Timer> after(std::chrono::milliseconds delay, Task task) override;
+  TimePoint now() const override;
+
+  /// Runs `onReadable` whenever `fd` can be read from or has failed, until the watch is gone.
+  [[nodiscard]] std::unique_ptr<Watch> watch(int fd, Task onReadable);
+
+  /// Runs what is due until `stop`; tasks that are left then stay.
+  void run();
+  /// Ends `run` after the task that is running.
+  void stop();
+
+ private:
+  class TimerHandle;
+  class WatchHandle;
+  using TimerKey = std::pair<TimePoint, std::uint64_t>;
+
+  void runPosted();
+  void runTimers();
+  void runWatch(std::uint64_t id);
+  void armTimers();
+  void add(int fd, std::uint64_t id);
+
+  Descriptor epoll_;
+  Descriptor wakeUp_;
+  Descriptor alarm_;
+  std::atomic<bool> stopped_ = false;
+  std::uint64_t nextId_;
+  std::map<TimerKey, Task> timers_;
+  TimePoint alarmAt_ = TimePoint::max();
+  std::map<std::uint64_t, std::shared_ptr<Task>> watches_;
+  std::mutex mutex_;  // over posted_
+  std::vector<Task> posted_;
+};
+
+}  // namespace voxtrel::quillback

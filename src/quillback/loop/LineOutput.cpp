@@ -1,0 +1,116 @@
+#include "quillback/loop/LineOutput.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sched.h>
+#include <sys/eventfd.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+
+#include <array>
+#include <cerrno>
+#include <string>
+
+#include "common/base/OneLine.h"
+
+namespace voxtrel::quillback {
+namespace {
+
+bool isOfKind(int fd, mode_t kind) {
+  struct stat facts {};
+  return ::fstat(fd, &facts) == 0 && (facts.st_mode & S_IFMT) == kind;
+}
+
+/// A pipe is opened once more, for a description of its own: whether writes wait is a property of
+/// that, and others write to the one that was handed down.
+Descriptor ownDescriptor(int fd) {
+  if (isOfKind(fd, S_IFIFO)) {
+    const std::string path = "/proc/self/fd/" + std::to_string(fd);
+    Descriptor own(::open(path.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC));
+    if (own.isOpen()) return own;
+  }
+  return Descriptor(::fcntl(fd, F_DUPFD_CLOEXEC, 3));
+}
+
+bool canWrite(int fd) {
+  pollfd file{fd, POLLOUT, 0};
+  return ::poll(&file, 1, 0) > 0;
+}
+
+}  // namespace
+
+LineOutput::LineOutput(int fd)
+    : file_(ownDescriptor(fd)),
+      isSocket_(isOfKind(fd, S_IFSOCK)),
+      flusherWakeUp_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
+
+LineOutput::~LineOutput() {
+  {
+    const std::lock_guard lock(mutex_);
+    stopped_ = true;
+  }
+  ::eventfd_write(flusherWakeUp_.get(), 1);
+  if (flusher_.joinable()) flusher_.join();
+}
+
+void LineOutput::print(std::string_view line) {
+  std::string whole = oneLine(line);
+  whole += '\n';
+  const std::lock_guard lock(mutex_);
+  if (!file_.isOpen() || waiting_.size() + whole.size() > kMostWaitingBytes) {
+    hasLostLines_ = true;
+    return;
+  }
+  const bool othersWait = !waiting_.empty();
+  waiting_ += whole;
+  if (!othersWait) writeWaiting();
+  if (waiting_.empty()) {
+    // The reader was woken on this processor: it is to have the line before what we do next.
+    ::sched_yield();
+    return;
+  }
+  if (!flusher_.joinable()) flusher_ = std::thread([this] { flushUntilStopped(); });
+  ::eventfd_write(flusherWakeUp_.get(), 1);
+}
+
+bool LineOutput::hasLostLines() const {
+  const std::lock_guard lock(mutex_);
+  return hasLostLines_;
+}
+
+void LineOutput::writeWaiting() {
+  while (!waiting_.empty() && canWrite(file_.get())) {
+    const ssize_t written = writeSome();
+    if (written >= 0) {
+      waiting_.erase(0, static_cast<std::size_t>(written));
+    } else if (errno == EAGAIN) {
+      return;  // there is room, but not for this
+    } else if (errno != EINTR) {
+      hasLostLines_ = true;
+      waiting_.clear();  // nobody will ever read it
+      file_ = Descriptor();
+    }
+  }
+}
+
+ssize_t LineOutput::writeSome() const {
+  if (!isSocket_) return ::write(file_.get(), waiting_.data(), waiting_.size());
+  return ::send(file_.get(), waiting_.data(), waiting_.size(), MSG_DONTWAIT | MSG_NOSIGNAL);
+}
+
+void LineOutput::flushUntilStopped() {
+  for (;;) {
+    std::array<pollfd, 2> ready{{{flusherWakeUp_.get(), POLLIN, 0}, {-1, POLLOUT, 0}}};
+    {
+      const std::lock_guard lock(mutex_);
+      if (stopped_) return;
+      writeWaiting();
+      if (!waiting_.empty()) ready[1].fd = file_.get();
+    }
+    ::poll(ready.data(), ready.size(), -1);
+    eventfd_t count = 0;
+    if (ready[0].revents != 0) ::eventfd_read(flusherWakeUp_.get(), &count);
+  }
+}
+
+}  // namespace voxtrel::quillback

@@ -1,0 +1,109 @@
+#include "quillback/model/Manifest.h"
+
+#include <algorithm>
+#include <optional>
+
+#include <nlohmann/json.hpp>
+
+namespace voxtrel::quillback {
+
+namespace {
+
+using Json = nlohmann::json;
+
+constexpr int kFormat = 1;
+constexpr std::size_t kMaxNameBytes = 200;
+constexpr std::size_t kMaxFiles = 64;
+constexpr std::size_t kSha256Digits = 64;
+
+std::optional<std::string> textOf(const Json& object, const char* key) {
+  const auto found = object.find(key);
+  if (found == object.end() || !found->is_string()) return std::nullopt;
+  return found->get<std::string>();
+}
+
+/// Only a whole, not negative number: what is written with a point or an exponent is none.
+std::optional<std::uint64_t> countOf(const Json& object, const char* key) {
+  const auto found = object.find(key);
+  if (found == object.end() || !found->is_number_unsigned()) return std::nullopt;
+  return found->get<std::uint64_t>();
+}
+
+std::optional<Manifest::File> fileOf(const Json& entry) {
+  if (!entry.is_object()) return std::nullopt;
+  const std::optional<std::string> name = textOf(entry, "name");
+  const std::optional<std::uint64_t> sizeBytes = countOf(entry, "size");
+  const std::optional<std::string> sha256 = textOf(entry, "sha256");
+  if (!name || !isPlainFileName(*name) || !sizeBytes || !sha256 || !isSha256(*sha256)) {
+    return std::nullopt;
+  }
+  return Manifest::File{*name, *sizeBytes, *sha256};
+}
+
+/// Whether the files are those that the recogniser needs.
+std::optional<std::string> disagreement(const Manifest& manifest) {
+  if (manifest.recogniser == kWhisper) {
+    if (manifest.files.empty()) return "it names no weights";
+  } else if (manifest.recogniser == kPocketSphinx) {
+    if (!manifest.files.empty()) return "it names weights that its recogniser does not have";
+  } else {
+    return "it names an unknown recogniser";
+  }
+  return std::nullopt;
+}
+
+}  // namespace
+
+bool isPlainFileName(std::string_view name) {
+  if (name.empty() || name.size() > kMaxNameBytes || name == "." || name == "..") return false;
+  return std::ranges::none_of(name, [](char c) {
+    const auto byte = static_cast<unsigned char>(c);
+    return c == '/' || byte < 0x20 || byte == 0x7f;
+  });
+}
+
+bool isSha256(std::string_view text) {
+  return text.size() == kSha256Digits && std::ranges::all_of(text, [](char c) {
+           return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f');
+         });
+}
+
+std::variant<Manifest, std::string> parseManifest(std::string_view text) {
+  if (text.size() > kMaxManifestBytes) return "it is too long";
+  const Json json = Json::parse(text, nullptr, false);
+  if (!json.is_object()) return "it is not a JSON object";
+  if (countOf(json, "format") != kFormat) return "it has an unknown format";
+
+  const std::optional<std::string> model = textOf(json, "model");
+  const std::optional<std::string> recogniser = textOf(json, "recogniser");
+  const std::optional<std::string> writtenBy = textOf(json, "written_by");
+  if (!model || !recogniser || !writtenBy) return "it lacks a member";
+
+  Manifest manifest{*model, *recogniser, {}, *writtenBy};
+  const auto files = json.find("files");
+  if (files == json.end() || !files->is_array()) return "it lacks a member";
+  if (files->size() > kMaxFiles) return "it names too many files";
+  for (const Json& entry : *files) {
+    const std::optional<Manifest::File> file = fileOf(entry);
+    if (!file) return "it describes a file wrongly";
+    manifest.files.push_back(*file);
+  }
+  if (const std::optional<std::string> wrong = disagreement(manifest)) return *wrong;
+  return manifest;
+}
+
+std::string formatManifest(const Manifest& manifest) {
+  Json files = Json::array();
+  for (const Manifest::File& file : manifest.files) {
+    files.push_back({{"name", file.name}, {"size", file.sizeBytes}, {"sha256", file.sha256}});
+  }
+  const Json json = {{"format", kFormat},
+                     {"model", manifest.model},
+                     {"recogniser", manifest.recogniser},
+                     {"files", files},
+                     {"written_by", manifest.writtenBy}};
+  // A name that is not UTF-8 is written with replacement characters rather than not at all.
+  return json.dump(2, ' ', false, Json::error_handler_t::replace) + '\n';
+}
+
+}  // namespace voxtrel::quillback

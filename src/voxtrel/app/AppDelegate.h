@@ -1,0 +1,58 @@
+#pragma once
+
+#include <memory>
+
+#include "common/base/CheckedCounter.h"
+#include "voxtrel/platform/Alerts.h"
+#include "voxtrel/platform/Application.h"
+#include "voxtrel/platform/FormWindows.h"
+#include "voxtrel/platform/Log.h"
+#include "voxtrel/platform/PrivacySettings.h"
+#include "voxtrel/platform/Subscription.h"
+#include "voxtrel/supervisor/CrashNotificationDelegate.h"
+
+namespace voxtrel {
+
+class Desktop;
+class RecordingOverlay;
+class StatusBarController;
+
+/// Gets the machine into a state in which the engine can work (its model fetched, its permissions
+/// granted), then creates the menu-bar controller, which starts the engine; at the end makes sure
+/// that no engine is left.
+/// Thread: the main thread.  Owns: the controller, the crash-notification delegate, the setup window.
+/// Borrows: the desktop and the overlay (must outlive this).
+/// Fails by: ending the application, after an alert, when a permission is missing.
+class AppDelegate : public ApplicationDelegate, public std::enable_shared_from_this<AppDelegate> {
+ public:
+  /// Starts nothing. The delegate must be held by a shared_ptr.
+  AppDelegate(Desktop& desktop, RecordingOverlay& overlay);
+
+  void applicationDidFinishLaunching() override;
+  void applicationWillTerminate() override;
+  void quitRequested() override;
+
+ private:
+  bool checkWeightsExist() const;
+  void showModelDownload();
+  void modelDownloadDone();
+  void requestPermissionsThenLaunch();
+  void continueWith(bool microphoneGranted, bool trusted);
+  void waitForAccessibility();
+  void pollAccessibility();
+  void openGate();
+  void showMicDeniedAlert();
+  void showAccessibilityTimeoutAlert();
+  void showPermissionAlert(const Alert& alert, PrivacyPane pane);
+
+  Desktop& desktop_;
+  RecordingOverlay& overlay_;
+  const Logger logger_;
+  std::shared_ptr<StatusBarController> statusBar_;
+  std::unique_ptr<FormWindow> downloadWindow_;
+  Subscription accessibilityTimer_;
+  CheckedCounter accessibilityPollCount_;
+  const std::shared_ptr<CrashNotificationDelegate> crashNotificationDelegate_;
+};
+
+}  // namespace voxtrel

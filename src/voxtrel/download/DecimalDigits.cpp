@@ -1,0 +1,56 @@
+#include "voxtrel/download/DecimalDigits.h"
+
+#include <algorithm>
+#include <array>
+
+namespace voxtrel {
+namespace {
+
+/// The zeros of all scripts; nine more digits follow each. The last five are of one kind of digits
+/// in five typefaces.
+constexpr std::array<char32_t, 68> kZeros = {
+    0x0030,  0x0660,  0x06F0,  0x07C0,  0x0966,  0x09E6,  0x0A66,  0x0AE6,  0x0B66,  0x0BE6,
+    0x0C66,  0x0CE6,  0x0D66,  0x0DE6,  0x0E50,  0x0ED0,  0x0F20,  0x1040,  0x1090,  0x17E0,
+    0x1810,  0x1946,  0x19D0,  0x1A80,  0x1A90,  0x1B50,  0x1BB0,  0x1C40,  0x1C50,  0xA620,
+    0xA8D0,  0xA900,  0xA9D0,  0xA9F0,  0xAA50,  0xABF0,  0xFF10,  0x104A0, 0x10D30, 0x11066,
+    0x110F0, 0x11136, 0x111D0, 0x112F0, 0x11450, 0x114D0, 0x11650, 0x116C0, 0x11730, 0x118E0,
+    0x11950, 0x11C50, 0x11D50, 0x11DA0, 0x11F50, 0x16A60, 0x16AC0, 0x16B50, 0x1D7CE, 0x1D7D8,
+    0x1D7E2, 0x1D7EC, 0x1D7F6, 0x1E140, 0x1E2F0, 0x1E4F0, 0x1E950, 0x1FBF0};
+constexpr char32_t kLargestDigit = 9;
+
+struct Character {
+  char32_t code = 0;
+  std::size_t length = 0;  ///< 0: nothing whole stands there
+};
+
+std::size_t lengthAfter(unsigned char lead) {
+  if (lead >= 0xF0) return 4;
+  return lead >= 0xE0 ? 3 : 2;
+}
+
+/// Of text beyond ASCII that is well-formed. Damaged text gives some character or none.
+Character characterAt(std::string_view text) {
+  const auto lead = static_cast<unsigned char>(text[0]);
+  const std::size_t length = lengthAfter(lead);
+  if (lead < 0xC0 || text.size() < length) return {};
+  char32_t code = lead & (0x7FU >> length);
+  for (const char byte : text.substr(1, length - 1)) {
+    if ((static_cast<unsigned char>(byte) & 0xC0U) != 0x80) return {};
+    code = code << 6 | (static_cast<unsigned char>(byte) & 0x3FU);
+  }
+  return {code, length};
+}
+
+}  // namespace
+
+std::size_t decimalDigitLength(std::string_view text) {
+  if (text.empty()) return 0;
+  if (static_cast<unsigned char>(text[0]) < 0x80) return text[0] >= '0' && text[0] <= '9' ? 1 : 0;
+  const Character character = characterAt(text);
+  if (character.length == 0) return 0;
+  const auto* after = std::ranges::upper_bound(kZeros, character.code);
+  if (after == kZeros.begin()) return 0;
+  return character.code - *(after - 1) <= kLargestDigit ? character.length : 0;
+}
+
+}  // namespace voxtrel

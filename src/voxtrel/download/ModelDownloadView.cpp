@@ -1,0 +1,190 @@
+#include "voxtrel/download/ModelDownloadView.h"
+
+#include <chrono>
+#include <filesystem>
+#include <utility>
+#include <variant>
+
+#include "common/base/Lines.h"
+#include "common/base/Utf8.h"
+#include "voxtrel/download/SetupOutput.h"
+#include "voxtrel/platform/BackgroundQueue.h"
+#include "voxtrel/platform/ChildProcess.h"
+#include "voxtrel/platform/MainLoop.h"
+#include "voxtrel/supervisor/EngineLocation.h"
+
+namespace voxtrel {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr std::chrono::milliseconds kAtOnce = 0ms;
+constexpr std::chrono::milliseconds kCompletionDelay = 1s;
+constexpr const char* kFirstLine = "Connecting to HuggingFace...";
+constexpr const char* kLastLine = "Done!";
+
+}  // namespace
+
+/// One run of the engine's setup. What hears the child shares it, and it holds the view and the
+/// child, until the end has been reported to the main thread, where both are let go.
+/// Thread: the main thread; `view` is read on the child's threads, never after the end is reported.
+struct ModelDownloadView::Setup {
+  MainLoop& mainLoop;
+  ChildProcessLauncher& childProcesses;
+  std::shared_ptr<ModelDownloadView> view;
+  std::shared_ptr<ChildProcess> child = nullptr;
+
+  std::shared_ptr<ModelDownloadView> end() {
+    child = nullptr;
+    return std::exchange(view, nullptr);
+  }
+};
+
+ModelDownloadView::ModelDownloadView(const ModelDownloadPorts& ports, Callbacks callbacks)
+    : ports_(ports), callbacks_(std::move(callbacks)) {}
+
+std::shared_ptr<ModelDownloadView> ModelDownloadView::create(
+    const ModelDownloadPorts& ports, const std::optional<std::string>& /*initialModel*/,
+    Callbacks callbacks) {
+  return std::shared_ptr<ModelDownloadView>(new ModelDownloadView(ports, std::move(callbacks)));
+}
+
+// What the window shows
+
+bool ModelDownloadView::showsProgress() const {
+  return downloadState_.kind == DownloadState::Kind::downloading ||
+         downloadState_.kind == DownloadState::Kind::success;
+}
+
+bool ModelDownloadView::showsAmount() const {
+  return showsProgress() && !downloadedMB_.empty();
+}
+
+bool ModelDownloadView::showsLog() const {
+  return !logLines_.empty();
+}
+
+bool ModelDownloadView::showsError() const {
+  return downloadState_.kind == DownloadState::Kind::error;
+}
+
+bool ModelDownloadView::showsRetry() const {
+  return showsError();
+}
+
+bool ModelDownloadView::skipIsEnabled() const {
+  return downloadState_.kind != DownloadState::Kind::downloading;
+}
+
+std::string ModelDownloadView::amountText() const {
+  return downloadedMB_ + " / " + totalMB_;
+}
+
+// What the user does
+
+void ModelDownloadView::appeared() {
+  if (downloadState_.kind == DownloadState::Kind::ready) startDownload();
+}
+
+void ModelDownloadView::skip() {
+  if (!skipIsEnabled() || !callbacks_.onSkip) return;
+  const auto alive = shared_from_this();  // the callback may let go of the window
+  callbacks_.onSkip();
+}
+
+void ModelDownloadView::retry() {
+  if (showsRetry()) startDownload();
+}
+
+// The setup
+
+void ModelDownloadView::startDownload() {
+  const auto alive = shared_from_this();
+  downloadState_ = {DownloadState::Kind::downloading};
+  downloadProgress_ = 0.0;
+  downloadedMB_.clear();
+  totalMB_.clear();
+  logLines_ = {kFirstLine};
+  const std::string path = binaryPath(ports_.bundle);
+  if (!fileExists(path)) {
+    fail("quillback binary not found at " + path);
+    return;
+  }
+  const auto setup = std::make_shared<Setup>(Setup{ports_.mainLoop, ports_.childProcesses, alive});
+  ports_.backgroundQueue.runAfter(kAtOnce, [setup, path] { launch(setup, path); });
+  changed();
+}
+
+/// On a background thread. The view is touched on the main thread only.
+void ModelDownloadView::launch(const std::shared_ptr<Setup>& setup, const std::string& path) {
+  ChildOptions options{
+      .executable = path,
+      .arguments = {"setup", "--model", "large-v3"},
+      .workingDirectory = std::filesystem::path(path).parent_path().string(),
+      .onOutput =
+          [setup](std::string_view bytes) {
+            if (!isValidUtf8(bytes)) return;
+            setup->mainLoop.post(
+                [view = setup->view, text = std::string(bytes)] { view->takeOutput(text); });
+          },
+      .onExit =
+          [setup](int status) {
+            setup->mainLoop.post([setup, status] { setup->end()->handleExit(status); });
+          }};
+  const auto result = setup->childProcesses.start(std::move(options));
+  if (const auto* failure = std::get_if<LaunchFailure>(&result)) {
+    setup->mainLoop.post([setup, message = "Failed to launch: " + failure->description] {
+      setup->end()->fail(message);
+    });
+    return;
+  }
+  setup->mainLoop.post([setup, child = std::get<std::shared_ptr<ChildProcess>>(result)] {
+    if (setup->view) setup->child = child;  // else it has ended already
+  });
+}
+
+void ModelDownloadView::takeOutput(std::string_view text) {
+  bool hasChanged = false;
+  forEachLine(text, [&](std::string_view piece) { hasChanged |= takePiece(piece); });
+  if (hasChanged) changed();
+}
+
+/// False if the piece says nothing.
+bool ModelDownloadView::takePiece(std::string_view piece) {
+  if (piece.empty()) return false;
+  auto progress = parseProgress(piece);
+  if (progress) {
+    downloadedMB_ = std::move(progress->downloadedMB);
+    totalMB_ = std::move(progress->totalMB);
+    downloadProgress_ = progress->fraction;
+  }
+  const bool isNewLine = isLogged(piece);
+  if (isNewLine) logLines_.emplace_back(piece);
+  return progress || isNewLine;
+}
+
+void ModelDownloadView::handleExit(int status) {
+  if (status != 0) {
+    fail("Setup failed (exit code " + std::to_string(status) + "). Check internet connection.");
+    return;
+  }
+  downloadProgress_ = 1.0;
+  downloadState_ = {DownloadState::Kind::success};
+  logLines_.emplace_back(kLastLine);
+  ports_.mainLoop.postAfter(kCompletionDelay, [view = shared_from_this()] {
+    if (view->callbacks_.onComplete) view->callbacks_.onComplete();
+  });
+  changed();
+}
+
+void ModelDownloadView::fail(std::string message) {
+  downloadState_ = {DownloadState::Kind::error, std::move(message)};
+  changed();
+}
+
+/// Calls a copy: the window may take its observer away while it runs.
+void ModelDownloadView::changed() const {
+  if (const auto onChange = onChange_) onChange();
+}
+
+}  // namespace voxtrel

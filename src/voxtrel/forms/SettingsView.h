@@ -1,0 +1,90 @@
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <string_view>
+#include <utility>
+
+#include "common/settings/ConfigManager.h"
+
+namespace voxtrel {
+
+class LoginItem;
+class UserDefaults;
+
+/// What the form needs from outside; all of it must outlive the form.
+struct SettingsPorts {
+  LoginItem& loginItem;
+  UserDefaults& userDefaults;
+};
+
+/// The settings form without its widgets: tables, selections, launch at login, saving. A window
+/// shows what this says and reports what the user did.
+/// Thread: the main thread.  Borrows: the ports.
+/// Fails by: ending the process for an index outside its table, which no picker offers.
+class SettingsView {
+ public:
+  static constexpr std::string_view kModelLabel = "Model:";
+  static constexpr std::string_view kModelName = "Whisper Large v3";
+  static constexpr std::string_view kHotkeyLabel = "Hotkey:";
+  static constexpr std::string_view kInputLanguageLabel = "Input Language:";
+  static constexpr std::string_view kOutputLabel = "Output:";
+  static constexpr std::string_view kLaunchAtLoginTitle = "Launch at Login";
+  static constexpr std::string_view kSaveTitle = "Save & Restart";
+
+  /// Key of the user defaults.
+  static constexpr std::string_view kLaunchAtLoginKey = "launchAtLogin";
+
+  /// Layout in points: every row is a label beside a control; the last one is the button alone.
+  static constexpr int kWidthPt = 420;
+  static constexpr int kHeightPt = 310;
+  static constexpr int kPaddingPt = 24;
+  static constexpr int kRowSpacingPt = 16;
+  static constexpr int kLabelWidthPt = 130;
+  static constexpr int kControlWidthPt = 200;
+
+  /// Reads the configuration once for the initial selections. `onSaveAndRestart` is called after a
+  /// save; it may close the window but not destroy this.
+  SettingsView(ConfigManager config, const SettingsPorts& ports,
+               std::function<void()> onSaveAndRestart);
+
+  std::size_t selectedHotkeyIndex() const { return selectedHotkeyIndex_; }
+  std::size_t selectedInputIndex() const { return selectedInputIndex_; }
+  std::size_t selectedOutputIndex() const { return selectedOutputIndex_; }
+  void selectHotkey(std::size_t index);
+  void selectInput(std::size_t index);
+  void selectOutput(std::size_t index);
+
+  /// True where the application starts at login. Begins as the user defaults have it and is kept
+  /// there, as far as they can be written.
+  bool launchAtLogin() const { return launchAtLogin_; }
+  /// Registers or unregisters at once; where that fails, launchAtLogin() springs back.
+  void setLaunchAtLogin(bool enabled);
+
+  /// The window has come up: what the system says about launch at login counts.
+  void appeared();
+
+  /// Writes the configuration and hands over to `onSaveAndRestart`.
+  void saveAndRestart();
+
+  /// Called after launchAtLogin() has changed by itself: it sprang back, or the system says other
+  /// than was kept.
+  void setOnChange(std::function<void()> onChange) { onChange_ = std::move(onChange); }
+
+ private:
+  bool changeLaunchAtLogin(bool enabled);
+  bool requestLaunchAtLogin(bool enabled);
+  void keepLaunchAtLogin(bool enabled);
+  void changed() const;
+
+  ConfigManager config_;
+  const SettingsPorts ports_;
+  const std::function<void()> onSaveAndRestart_;
+  bool launchAtLogin_ = false;
+  std::size_t selectedHotkeyIndex_ = 0;
+  std::size_t selectedInputIndex_ = 0;
+  std::size_t selectedOutputIndex_ = 0;
+  std::function<void()> onChange_;
+};
+
+}  // namespace voxtrel

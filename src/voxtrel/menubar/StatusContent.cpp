@@ -1,0 +1,47 @@
+#include "voxtrel/menubar/StatusContent.h"
+
+#include <algorithm>
+#include <array>
+
+namespace voxtrel {
+namespace {
+
+struct Appearance {
+  AppState state;
+  std::string_view symbol;
+  std::string_view label;
+};
+
+// One piece of constant memory: it is read 20 times a second, each time with cold caches.
+constexpr std::array<Appearance, 5> kAppearances = {{
+    {AppState::loading, "mic.badge.xmark", "Loading model..."},
+    {AppState::idle, "mic", "Ready \u2014 hold Right Cmd"},
+    {AppState::recording, "mic.fill", "Recording..."},
+    {AppState::processing, "waveform", "Transcribing..."},
+    {AppState::stopped, "mic.slash", "Voxtrel stopped \u2014 click Restart"},
+}};
+
+const Appearance& appearanceOf(AppState state) {
+  return *std::ranges::find(kAppearances, state, &Appearance::state);
+}
+
+}  // namespace
+
+std::string_view symbolFor(AppState state) {
+  return appearanceOf(state).symbol;
+}
+
+std::string_view labelFor(AppState state) {
+  return appearanceOf(state).label;
+}
+
+std::string statusTitle(AppState state, const std::string& lastError) {
+  if (state == AppState::stopped && !lastError.empty()) return "Error: " + lastError;
+  return std::string(labelFor(state));
+}
+
+std::string lastTextTitle(const std::string& lastText) {
+  return "Last: " + (lastText.empty() ? "\u2014" : lastText);
+}
+
+}  // namespace voxtrel

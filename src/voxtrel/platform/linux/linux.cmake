@@ -1,0 +1,44 @@
+# The Linux adapters, one room per outside service, and the desktop that puts them together.
+add_room(voxtrel/platform/kissfft KNOWS voxtrel/platform LINKS PkgConfig::KISSFFT)
+add_room(voxtrel/platform/posix KNOWS voxtrel/platform common/posix LINKS Threads::Threads)
+# What posix/ leaves to each system; the two need each other's code, not each other's headers.
+add_room(voxtrel/platform/linux/process KNOWS voxtrel/platform/posix)
+target_link_libraries(voxtrel_platform_posix PUBLIC $<LINK_ONLY:voxtrel_platform_linux_process>)
+
+set(CMAKE_AUTOMOC ON)
+add_room(voxtrel/platform/linux/log KNOWS voxtrel/platform LINKS PkgConfig::SYSTEMD)
+add_room(voxtrel/platform/linux/dbus LINKS PkgConfig::SYSTEMD Qt6::Core)
+add_room(voxtrel/platform/linux/x11 LINKS PkgConfig::XCB Qt6::Gui)
+add_room(voxtrel/platform/linux/tray KNOWS voxtrel/platform LINKS Qt6::Widgets Qt6::DBus Qt6::Svg)
+add_room(voxtrel/platform/linux/windows
+         KNOWS voxtrel/platform voxtrel/download voxtrel/forms voxtrel/platform/linux/tray
+               voxtrel/platform/linux/x11
+         LINKS Qt6::Widgets Qt6::DBus)
+add_room(voxtrel/platform/linux/notifications KNOWS voxtrel/platform voxtrel/platform/linux/windows
+         LINKS Qt6::Widgets Qt6::DBus)
+add_room(voxtrel/platform/linux/sound KNOWS voxtrel/platform LINKS PkgConfig::PULSE)
+add_room(voxtrel/platform/linux/overlay
+         KNOWS voxtrel/platform common/posix voxtrel/platform/linux/x11
+         LINKS Qt6::Gui PkgConfig::XCB)
+add_room(voxtrel/platform/linux/permissions
+         KNOWS voxtrel/platform common/base common/posix voxtrel/platform/linux/x11
+         LINKS Qt6::Core Qt6::DBus)
+add_room(voxtrel/platform/linux/session
+         KNOWS voxtrel/platform voxtrel/platform/posix common/posix voxtrel/platform/linux/dbus
+               voxtrel/platform/linux/windows
+         LINKS Qt6::Widgets Qt6::DBus)
+add_room(voxtrel/platform/linux
+         KNOWS voxtrel/platform common/base voxtrel/platform/posix voxtrel/platform/kissfft
+               voxtrel/platform/linux/log voxtrel/platform/linux/notifications
+               voxtrel/platform/linux/overlay voxtrel/platform/linux/permissions
+               voxtrel/platform/linux/session voxtrel/platform/linux/sound
+               voxtrel/platform/linux/tray voxtrel/platform/linux/windows
+         LINKS Qt6::Widgets Qt6::DBus)
+set(CMAKE_AUTOMOC OFF)
+add_library(voxtrel_desktop ALIAS voxtrel_platform_linux)
+
+include("${PROJECT_SOURCE_DIR}/packaging/linux/packaging.cmake")
+qt_add_resources(voxtrel_platform_linux_tray icons PREFIX /icons
+                 BASE "${VOXTREL_ICONS}/symbolic/apps" FILES ${VOXTREL_SYMBOLIC_ICONS})
+qt_add_resources(voxtrel_platform_linux_tray application_icon PREFIX /icons
+                 BASE "${VOXTREL_ICONS}/scalable/apps" FILES ${VOXTREL_APPLICATION_ICON})

@@ -1,0 +1,115 @@
+#include "voxtrel/platform/linux/overlay/FloatingWindow.h"
+
+#include <QGuiApplication>
+#include <QPainter>
+#include <QScreen>
+#include <cmath>
+#include <utility>
+
+namespace voxtrel {
+namespace {
+
+constexpr int kFramesBetweenRaises = 30;
+constexpr int kAnyCoverage = 1;
+constexpr int kHalfCoverage = 128;
+
+}  // namespace
+
+FloatingWindow::FloatingWindow(const XcbConnection& server, QScreen* screen, const QRect& geometry)
+    : QWindow(screen), server_(server), compositorQuestion_(server.askForCompositor()) {
+  setSurfaceType(QSurface::RasterSurface);
+  QSurfaceFormat translucent = format();
+  translucent.setAlphaBufferSize(8);
+  setFormat(translucent);
+  setFlags(Qt::Tool | Qt::FramelessWindowHint | Qt::X11BypassWindowManagerHint |
+           Qt::WindowStaysOnTopHint | Qt::WindowDoesNotAcceptFocus | Qt::WindowTransparentForInput);
+  setTitle(QStringLiteral("Voxtrel recording overlay"));
+  setGeometry(geometry);
+  create();
+  surface_ = XcbSurface::make(server_, *this);
+  if (!surface_) fallback_ = std::make_unique<QBackingStore>(static_cast<QWindow*>(this));
+}
+
+FloatingWindow::~FloatingWindow() {
+  (void)hasCompositor();  // an answer that nobody fetches would stay in the connection's memory
+  surface_.reset();
+  destroy();
+  server_.flush();
+}
+
+// Fetched when the server has already shown us the window, so that there is nothing to wait for.
+bool FloatingWindow::hasCompositor() {
+  if (!hasCompositor_) hasCompositor_ = server_.hasCompositor(compositorQuestion_);
+  return *hasCompositor_;
+}
+
+void FloatingWindow::setContent(double cornerRadius, Draw draw) {
+  cornerRadius_ = cornerRadius;
+  draw_ = std::move(draw);
+}
+
+void FloatingWindow::preparePainter() {
+  const double scale = devicePixelRatio();
+  const QSize sizePx(static_cast<int>(std::lround(width() * scale)),
+                     static_cast<int>(std::lround(height() * scale)));
+  if (painter_ && painter_->sizePx() == sizePx && painter_->scale() == scale) return;
+  painter_.emplace(sizePx, scale, cornerRadius_);
+  picture_ = QImage(sizePx, QImage::Format_ARGB32_Premultiplied);
+  // Where nothing can be see-through, pixels that are mostly outside the pill are left away.
+  const int coverage = hasCompositor() ? kAnyCoverage : kHalfCoverage;
+  server_.setShape(static_cast<xcb_window_t>(winId()), painter_->pixels(coverage));
+}
+
+void FloatingWindow::orderFrontRegardless() {
+  // A Wayland compositor would put it into the middle and give it the focus: better none.
+  if (QGuiApplication::platformName().startsWith(QLatin1String("wayland"))) return;
+  show();
+  // Nobody manages this window, so the server shows it at once and takes pixels right behind that;
+  // to wait until it says so would cost the user a moment.
+  if (surface_) paint();
+}
+
+void FloatingWindow::setNeedsDisplay() {
+  if (!isExposed()) return;
+  stayInFront();
+  paint();
+}
+
+// A window that opens later may be stacked above us.
+void FloatingWindow::stayInFront() {
+  if (++framesSinceRaised_ < kFramesBetweenRaises) return;
+  framesSinceRaised_ = 0;
+  raise();
+  server_.flush();  // Qt does so only after events, and there may be none
+}
+
+void FloatingWindow::exposeEvent(QExposeEvent* /*event*/) {
+  if (!isExposed()) return;
+  shown_ = QImage();  // the server may have forgotten it
+  paint();
+}
+
+void FloatingWindow::paint() {
+  if (!draw_) return;
+  preparePainter();
+  painter_->paint(picture_, draw_);
+  if (picture_ == shown_) return;  // bars at rest need not cost the server anything
+  present();
+  shown_.swap(picture_);
+  if (picture_.size() != shown_.size()) picture_ = shown_.copy();
+}
+
+void FloatingWindow::present() {
+  if (surface_) return surface_->put(picture_);
+  const QRect all(QPoint(0, 0), size());
+  if (fallback_->size() != size()) fallback_->resize(size());
+  fallback_->beginPaint(all);
+  QPainter painter(fallback_->paintDevice());
+  painter.setCompositionMode(QPainter::CompositionMode_Source);
+  painter.drawImage(all, picture_);
+  painter.end();
+  fallback_->endPaint();
+  fallback_->flush(all);
+}
+
+}  // namespace voxtrel

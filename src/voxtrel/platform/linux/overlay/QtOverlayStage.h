@@ -1,0 +1,24 @@
+#pragma once
+
+#include <optional>
+
+#include "voxtrel/platform/OverlayStage.h"
+#include "voxtrel/platform/linux/x11/XcbConnection.h"
+
+namespace voxtrel {
+
+/// The screens as Qt sees them.
+/// Thread: the main thread.  Owns: what is known of the X server, once a window has been wanted.
+class QtOverlayStage final : public OverlayStage {
+ public:
+  std::optional<Rect> mainScreenFrame() override;
+  std::vector<Rect> screenFrames() override;
+  std::unique_ptr<OverlayWindow> makeWindow(const Rect& contentRect) override;
+
+ private:
+  const XcbConnection& server();
+
+  std::optional<XcbConnection> server_;
+};
+
+}  // namespace voxtrel

@@ -1,0 +1,50 @@
+#include "voxtrel/platform/posix/ChildSetup.h"
+
+#include <fcntl.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <limits>
+
+namespace voxtrel {
+namespace {
+
+constexpr unsigned kFirstDescriptor = STDERR_FILENO + 1;
+constexpr unsigned kCloseOnExec = 1U << 2;  // the kernel's CLOSE_RANGE_CLOEXEC
+
+/// For a kernel or a sandbox without close_range.
+void closeEachOnExec() noexcept {
+  rlimit limit{};
+  if (::getrlimit(RLIMIT_NOFILE, &limit) != 0) return;
+  for (rlim_t descriptor = kFirstDescriptor; descriptor < limit.rlim_cur; ++descriptor) {
+    ::fcntl(static_cast<int>(descriptor), F_SETFD, FD_CLOEXEC);
+  }
+}
+
+}  // namespace
+
+bool dieWithParentThread(pid_t parent) noexcept {
+  if (::prctl(PR_SET_PDEATHSIG, SIGKILL) != 0) return false;
+  // A parent that ended before the request sends nothing any more.
+  if (::getppid() == parent) return true;
+  errno = ESRCH;
+  return false;
+}
+
+bool livesAsLongAsProcess() noexcept {
+  return ::gettid() == ::getpid();
+}
+
+void closeDescriptorsOnExec() noexcept {
+  constexpr unsigned kLast = std::numeric_limits<unsigned>::max();
+  if (::close_range(kFirstDescriptor, kLast, kCloseOnExec) != 0) closeEachOnExec();
+}
+
+bool openPipe(std::array<int, 2>& ends) noexcept {
+  return ::pipe2(ends.data(), O_CLOEXEC) == 0;
+}
+
+}  // namespace voxtrel

@@ -1,0 +1,119 @@
+#include "voxtrel/platform/linux/session/LogindSleepWatch.h"
+
+#include <fcntl.h>
+#include <systemd/sd-bus.h>
+
+#include <QTimer>
+#include <utility>
+
+namespace voxtrel {
+
+namespace {
+
+constexpr const char* kService = "org.freedesktop.login1";
+constexpr const char* kPath = "/org/freedesktop/login1";
+constexpr const char* kManager = "org.freedesktop.login1.Manager";
+
+/// The tray comes first; nobody sends a machine to sleep in the meantime.
+constexpr std::chrono::milliseconds kStartUpDelay{100};
+
+constexpr const char* kSleepRule =
+    "type='signal',sender='org.freedesktop.login1',path='/org/freedesktop/login1',"
+    "interface='org.freedesktop.login1.Manager',member='PrepareForSleep'";
+constexpr const char* kOwnerRule =
+    "type='signal',sender='org.freedesktop.DBus',interface='org.freedesktop.DBus',"
+    "member='NameOwnerChanged',arg0='org.freedesktop.login1'";
+
+}  // namespace
+
+LogindSleepWatch::LogindSleepWatch(Log& log) : log_(log, "ui") {
+  QTimer::singleShot(kStartUpDelay, &context_, [this] { connect(); });
+}
+
+LogindSleepWatch::~LogindSleepWatch() = default;
+
+void LogindSleepWatch::connect() {
+  bus_ = SystemBus::open([this] { reportOnce("the system bus ended the connection"); });
+  if (!bus_) {
+    reportOnce("there is no system bus");
+    return;
+  }
+  bus_->onSignal(kSleepRule, [this](sd_bus_message* signal) { prepareForSleep(signal); });
+  bus_->onSignal(kOwnerRule, [this](sd_bus_message* signal) { ownerChanged(signal); });
+  takeLock();
+}
+
+void LogindSleepWatch::takeLock() {
+  bus_->call({kService,
+              kPath,
+              kManager,
+              "Inhibit",
+              {"sleep", "Voxtrel", "Stopping the speech-to-text engine", "delay"}},
+             [this](sd_bus_message* answer) { lockAnswered(answer); });
+}
+
+/// A login manager that refuses the lock still tells when the machine sleeps.
+void LogindSleepWatch::lockAnswered(sd_bus_message* answer) {
+  if (sd_bus_message_is_method_error(answer, nullptr) != 0) {
+    const sd_bus_error* const error = sd_bus_message_get_error(answer);
+    reportOnce(error->message != nullptr ? error->message : error->name);
+    return;
+  }
+  int number = -1;
+  if (isGoingToSleep_ || sd_bus_message_read(answer, "h", &number) <= 0) return;
+  // The message closes its own descriptor.
+  lock_ = FileDescriptor(fcntl(number, F_DUPFD_CLOEXEC, 0));
+}
+
+void LogindSleepWatch::prepareForSleep(sd_bus_message* signal) {
+  int isStarting = 0;
+  if (sd_bus_message_read(signal, "b", &isStarting) <= 0) return;
+  isGoingToSleep_ = isStarting != 0;
+  if (isGoingToSleep_) {
+    callAll(onWillSleep_);
+    lock_.reset();
+  } else {
+    if (lock_.number() < 0) takeLock();
+    callAll(onDidWake_);
+  }
+}
+
+void LogindSleepWatch::ownerChanged(sd_bus_message* signal) {
+  const char* name = nullptr;
+  const char* before = nullptr;
+  const char* after = nullptr;
+  if (sd_bus_message_read(signal, "sss", &name, &before, &after) <= 0) return;
+  lock_.reset();  // what an earlier login manager gave holds up nobody
+  if (*after == '\0') return;
+  isGoingToSleep_ = false;
+  takeLock();
+}
+
+void LogindSleepWatch::reportOnce(const std::string& reason) {
+  if (std::exchange(isReported_, true)) return;
+  log_.info("Sleep is not noticed or not waited for: " + reason);
+}
+
+Subscription LogindSleepWatch::onWillSleep(std::function<void()> handler) {
+  return subscribe(onWillSleep_, std::move(handler));
+}
+
+Subscription LogindSleepWatch::onDidWake(std::function<void()> handler) {
+  return subscribe(onDidWake_, std::move(handler));
+}
+
+Subscription LogindSleepWatch::subscribe(const std::shared_ptr<Handlers>& handlers,
+                                         std::function<void()> handler) {
+  const auto entry = handlers->insert(handlers->end(), std::move(handler));
+  return Subscription([handlers = std::weak_ptr(handlers), entry] {
+    if (const auto alive = handlers.lock()) alive->erase(entry);
+  });
+}
+
+/// A handler may end subscriptions, its own too.
+void LogindSleepWatch::callAll(const std::shared_ptr<Handlers>& handlers) {
+  const auto copies = std::vector(handlers->begin(), handlers->end());
+  for (const auto& handler : copies) handler();
+}
+
+}  // namespace voxtrel

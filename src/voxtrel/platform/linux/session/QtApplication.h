@@ -1,0 +1,20 @@
+#pragma once
+
+#include "voxtrel/platform/Application.h"
+#include "voxtrel/platform/posix/TerminationSignals.h"
+
+namespace voxtrel {
+
+/// The running application on Qt's event loop. SIGTERM, SIGINT and SIGHUP ask the delegate to quit.
+/// Thread: the main thread.  Owns: the handling of those signals.  Borrows: the QApplication.
+/// Fails by: nothing.
+class QtApplication final : public Application {
+ public:
+  int run(ApplicationDelegate& delegate) override;
+  void terminate() override;
+
+ private:
+  TerminationSignals signals_;
+};
+
+}  // namespace voxtrel

@@ -1,0 +1,105 @@
+#include "voxtrel/platform/linux/session/QtMainLoop.h"
+
+#include <QCoreApplication>
+#include <QEvent>
+#include <QObject>
+#include <QPointer>
+#include <QTimer>
+#include <utility>
+
+namespace voxtrel {
+
+namespace {
+
+using std::chrono::steady_clock;
+
+/// How long posted tasks may hold the main thread before everything else gets its turn.
+constexpr std::chrono::milliseconds kBatchLimit{4};
+
+class WakeReceiver final : public QObject {
+ public:
+  explicit WakeReceiver(std::function<void()> onWake) : onWake_(std::move(onWake)) {}
+
+ protected:
+  void customEvent(QEvent*) override { onWake_(); }
+
+ private:
+  std::function<void()> onWake_;
+};
+
+std::unique_ptr<QEvent> newWakeUp() {
+  return std::make_unique<QEvent>(QEvent::User);
+}
+
+/// A timer without the signal and slot between it and its task.
+class RepeatingTimer final : public QObject {
+ public:
+  RepeatingTimer(std::chrono::milliseconds interval, QtMainLoop::Task task, QObject* parent)
+      : QObject(parent), task_(std::move(task)), id_(startTimer(interval, Qt::CoarseTimer)) {}
+
+  /// It may be its own task that ends it.
+  void end() {
+    killTimer(id_);
+    deleteLater();
+  }
+
+ protected:
+  void timerEvent(QTimerEvent*) override { task_(); }
+
+ private:
+  QtMainLoop::Task task_;
+  int id_;
+};
+
+}  // namespace
+
+QtMainLoop::QtMainLoop()
+    : wakeUp_(newWakeUp()), receiver_(std::make_unique<WakeReceiver>([this] { runBatch(); })) {}
+
+QtMainLoop::~QtMainLoop() = default;
+
+void QtMainLoop::post(Task task) {
+  QEvent* wakeUp = nullptr;
+  {
+    const std::lock_guard lock(mutex_);
+    queue_.push_back(std::move(task));
+    wakeUp = wakeUp_.release();
+  }
+  // After the lock, which the main thread wants as soon as it is awake.
+  if (wakeUp != nullptr) QCoreApplication::postEvent(receiver_.get(), wakeUp);
+}
+
+void QtMainLoop::runBatch() {
+  const auto deadline = steady_clock::now() + kBatchLimit;
+  std::unique_lock lock(mutex_);
+  wakeUp_ = newWakeUp();
+  // A task may run an event loop of its own; the wake-up lets the rest of the queue run there.
+  if (queue_.size() > 1) QCoreApplication::postEvent(receiver_.get(), wakeUp_.release());
+  while (!queue_.empty()) {
+    Task task = std::move(queue_.front());
+    queue_.pop_front();
+    lock.unlock();
+    task();
+    task = nullptr;
+    const bool outOfTime = steady_clock::now() >= deadline;
+    lock.lock();
+    if (outOfTime) break;
+  }
+  if (!queue_.empty() && wakeUp_) {
+    QCoreApplication::postEvent(receiver_.get(), wakeUp_.release());
+  }
+}
+
+void QtMainLoop::postAfter(std::chrono::milliseconds delay, Task task) {
+  QTimer::singleShot(delay, receiver_.get(), std::move(task));
+}
+
+Subscription QtMainLoop::every(std::chrono::milliseconds interval, Task task) {
+  const QPointer<RepeatingTimer> timer(
+      new RepeatingTimer(interval, std::move(task), receiver_.get()));
+  return Subscription([timer] {
+    if (timer) timer->end();
+  });
+}
+
+}  // namespace voxtrel

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <deque>
+#include <memory>
+#include <mutex>
+
+#include "voxtrel/platform/MainLoop.h"
+
+class QEvent;
+class QObject;
+
+namespace voxtrel {
+
+/// The main loop on Qt's event loop. Posted tasks wait in a queue of our own and run in batches of
+/// a few milliseconds, so that a flood of them leaves the tray, timers and D-Bus their turns.
+/// Thread: `post` from any; the others from the main thread.  Owns: tasks, timers.
+/// Fails by: nothing; what has not run when this is destroyed never runs.
+class QtMainLoop final : public MainLoop {
+ public:
+  QtMainLoop();
+  ~QtMainLoop() override;
+  QtMainLoop(const QtMainLoop&) = delete;
+  QtMainLoop& operator=(const QtMainLoop&) = delete;
+
+  void post(Task task) override;
+  void postAfter(std::chrono::milliseconds delay, Task task) override;
+  [[nodiscard]] Subscription every(std::chrono::milliseconds interval, Task task) override;
+
+ private:
+  void runBatch();
+
+  std::mutex mutex_;
+  std::deque<Task> queue_;
+  /// Made on the main thread, where Qt deletes it; null while it is on its way.
+  std::unique_ptr<QEvent> wakeUp_;
+  std::unique_ptr<QObject> receiver_;  ///< of the wake-ups; parent of the timers
+};
+
+}  // namespace voxtrel

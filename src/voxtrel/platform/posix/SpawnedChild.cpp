@@ -1,0 +1,139 @@
+#include "voxtrel/platform/posix/SpawnedChild.h"
+
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <string>
+#include <system_error>
+#include <vector>
+
+#include "common/posix/ThreadSignals.h"
+#include "voxtrel/platform/posix/ChildSetup.h"
+#include "voxtrel/platform/posix/Pipe.h"
+
+extern char** environ;  // NOLINT(readability-redundant-declaration): missing in some headers
+
+namespace voxtrel {
+namespace {
+
+/// What the child tells before it is the program. With its memory shared the parent simply looks;
+/// where a tool has turned vfork into fork (thread sanitizers do), the pipe says it. Reading the
+/// pipe costs a wait: exec wakes the parent before it closes the other end.
+struct Report {
+  Pipe pipe = Pipe::open();
+  volatile bool isShared = false;
+  volatile int error = 0;
+};
+
+/// All that the child needs, ready before it is made: it must not allocate.
+struct Plan {
+  const char* executable;
+  char* const* arguments;
+  const char* workingDirectory;  ///< null: stay
+  int output;
+  Report* report;
+  pid_t parent;
+};
+
+void takeDefaultSignals() {
+  struct sigaction byDefault {};
+  byDefault.sa_handler = SIG_DFL;
+  for (int signal = 1; signal < NSIG; ++signal) ::sigaction(signal, &byDefault, nullptr);
+  sigset_t none;
+  sigemptyset(&none);
+  ::sigprocmask(SIG_SETMASK, &none, nullptr);
+}
+
+/// Keeps standard input unless there is none to keep: one that closes on exec was not inherited but
+/// opened by the application for itself.
+bool provideStandardInput() {
+  const int flags = ::fcntl(STDIN_FILENO, F_GETFD);
+  if (flags >= 0 && (flags & FD_CLOEXEC) == 0) return true;
+  const int null = ::open("/dev/null", O_RDONLY);
+  if (null < 0) return false;
+  if (null == STDIN_FILENO) return true;
+  return ::dup2(null, STDIN_FILENO) >= 0 && ::close(null) == 0;
+}
+
+bool attachStreams(const Plan& plan) {
+  return provideStandardInput() && ::dup2(plan.output, STDOUT_FILENO) >= 0 &&
+         ::dup2(plan.output, STDERR_FILENO) >= 0;
+}
+
+bool enterWorkingDirectory(const Plan& plan) {
+  return plan.workingDirectory == nullptr || ::chdir(plan.workingDirectory) == 0;
+}
+
+/// The child's part, in memory that may still be the parent's.
+[[noreturn]] void becomeProgram(const Plan& plan) {
+  plan.report->isShared = true;
+  if (dieWithParentThread(plan.parent) && attachStreams(plan) && enterWorkingDirectory(plan)) {
+    closeDescriptorsOnExec();
+    takeDefaultSignals();
+    ::execve(plan.executable, plan.arguments, environ);
+  }
+  const int error = errno;
+  plan.report->error = error;
+  const int pipe = plan.report->pipe.writeEnd.number();
+  [[maybe_unused]] const ssize_t written = ::write(pipe, &error, sizeof error);
+  ::_exit(127);
+}
+
+/// vfork: the cost does not grow with the application's memory. The parent's thread stands still
+/// until the child has become the program or has ended, and no handler may run meanwhile: in the
+/// child it would change the parent's memory.
+pid_t forkInto(const Plan& plan) {
+  const SignalBlock block;
+  const pid_t pid = ::vfork();        // NOLINT(clang-analyzer-security.insecureAPI.vfork)
+  if (pid == 0) becomeProgram(plan);  // NOLINT(clang-analyzer-unix.Vfork): calls the kernel only
+  return pid;
+}
+
+std::vector<char*> pointersTo(std::vector<std::string>& words) {
+  std::vector<char*> pointers;
+  pointers.reserve(words.size() + 1);
+  for (std::string& word : words) pointers.push_back(word.data());
+  pointers.push_back(nullptr);
+  return pointers;
+}
+
+/// Why the program cannot run, as an errno; 0 once it does.
+int readReport(Report& report) {
+  report.pipe.writeEnd.reset();
+  if (report.isShared) return report.error;
+  int error = 0;
+  ssize_t count = 0;
+  do {
+    count = ::read(report.pipe.readEnd.number(), &error, sizeof error);
+  } while (count < 0 && errno == EINTR);
+  return count == static_cast<ssize_t>(sizeof error) ? error : 0;
+}
+
+void reap(pid_t pid) {
+  while (::waitpid(pid, nullptr, 0) < 0 && errno == EINTR) continue;
+}
+
+}  // namespace
+
+pid_t spawnChild(const ChildOptions& options, int output) {
+  std::vector<std::string> words{options.executable};
+  words.insert(words.end(), options.arguments.begin(), options.arguments.end());
+  const std::vector<char*> arguments = pointersTo(words);
+  const char* folder =
+      options.workingDirectory.empty() ? nullptr : options.workingDirectory.c_str();
+  Report report;
+  const Plan plan{
+      options.executable.c_str(), arguments.data(), folder, output, &report, ::getpid()};
+  const pid_t pid = forkInto(plan);
+  if (pid < 0) throw std::system_error(errno, std::generic_category());
+  if (const int error = readReport(report); error != 0) {
+    reap(pid);
+    throw std::system_error(error, std::generic_category());
+  }
+  return pid;
+}
+
+}  // namespace voxtrel

@@ -1,0 +1,45 @@
+#include "voxtrel/platform/posix/ThreadGroup.h"
+
+#include <system_error>
+#include <utility>
+
+#include "common/posix/ThreadSignals.h"
+
+namespace voxtrel {
+
+ThreadGroup::~ThreadGroup() {
+  std::unique_lock lock(mutex_);
+  allEnded_.wait(lock, [this] { return running_.empty(); });
+  std::thread last = std::move(ended_);
+  lock.unlock();
+  if (last.joinable()) last.join();
+}
+
+void ThreadGroup::run(std::function<void()> work) {
+  const std::lock_guard lock(mutex_);
+  const auto self = running_.emplace(running_.end());
+  try {
+    *self = std::thread([this, self, work = std::move(work)]() mutable {
+      keepSignalsAway();
+      work();
+      work = nullptr;  // what it owns goes before the thread is counted as ended
+      finish(self);
+    });
+  } catch (const std::system_error&) {
+    running_.erase(self);
+    throw;
+  }
+}
+
+void ThreadGroup::finish(Threads::iterator self) {
+  std::thread previous;
+  {
+    const std::lock_guard lock(mutex_);
+    previous = std::exchange(ended_, std::move(*self));
+    running_.erase(self);
+    if (running_.empty()) allEnded_.notify_all();
+  }
+  if (previous.joinable()) previous.join();
+}
+
+}  // namespace voxtrel

@@ -1,0 +1,107 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "quillback/app/ChosenEngine.h"
+#include "quillback/app/Transcribe.h"
+#include "quillback/recognition/sphinx/SphinxEngine.h"
+#include "support/SpeechTest.h"
+#include "support/Voice.h"
+#include "support/WavBytes.h"
+
+namespace voxtrel::quillback {
+namespace {
+
+using test::kPhrases;
+using test::Lines;
+using test::Voice;
+using test::WavBytes;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+/// Counts how often it is loaded; understands nothing.
+struct DeafEngine final : SpeechEngine {
+  LoadReport load() override {
+    ++loads;
+    return {isUsable, {"a line about the model"}};
+  }
+  void begin(const std::atomic<bool>& /*isDropped*/) override {}
+  void hear(std::span<const std::int16_t> samples) override { heard += samples.size(); }
+  Transcription finish() override { return {}; }
+
+  bool isUsable = true;
+  int loads = 0;
+  std::size_t heard = 0;
+};
+
+struct TranscribeTest : testing::Test {
+  Lines text;
+  Lines notes;
+  Voice voice;
+
+  std::string write(const WavBytes& file) const {
+    const std::string path = voice.folder() + "/written.wav";
+    const auto bytes = file.bytes();
+    std::ofstream(path, std::ios::binary)
+        .write(reinterpret_cast<const char*>(bytes.data()),
+               static_cast<std::streamsize>(bytes.size()));
+    return path;
+  }
+};
+
+TEST_F(TranscribeTest, TheNinePhrasesAreUnderstoodWordForWord) {
+  for (const char* phrase : kPhrases) {
+    const auto engine = makeSpeechEngine({}, voice.folder());
+    EXPECT_EQ(transcribeFile(voice.say(phrase), *engine, text, notes), TranscribeExit::done);
+    EXPECT_EQ(text.lines.back(), phrase);
+  }
+  EXPECT_THAT(notes.lines, testing::Each("Using the embedded English recogniser"));
+}
+
+TEST_F(TranscribeTest, AMissingFileIsSaidBeforeAnyModelIsLoaded) {
+  DeafEngine engine;
+  EXPECT_EQ(transcribeFile("/nowhere.wav", engine, text, notes), TranscribeExit::unreadable);
+  EXPECT_THAT(notes.lines, ElementsAre("Cannot read \"/nowhere.wav\": No such file or directory"));
+  EXPECT_EQ(engine.loads, 0);
+  EXPECT_THAT(text.lines, IsEmpty());
+}
+
+TEST_F(TranscribeTest, SomethingElseThanAWavFileIsSaid) {
+  DeafEngine engine;
+  const std::string path = write(WavBytes().text("not a sound at all"));
+  EXPECT_EQ(transcribeFile(path, engine, text, notes), TranscribeExit::notWav);
+  EXPECT_THAT(notes.lines, ElementsAre(HasSubstr("it is not a WAV file")));
+}
+
+TEST_F(TranscribeTest, AFileWithoutSamplesIsSaid) {
+  DeafEngine engine;
+  const std::string path = write(WavBytes().riff().format(1, 1, 44100, 16).data(0));
+  EXPECT_EQ(transcribeFile(path, engine, text, notes), TranscribeExit::empty);
+  EXPECT_THAT(notes.lines, ElementsAre(HasSubstr("holds no sound")));
+  EXPECT_EQ(engine.loads, 0);
+}
+
+TEST_F(TranscribeTest, ACutFileIsUsedWithANote) {
+  DeafEngine engine;
+  const std::string path = write(WavBytes().riff().format(1, 1, 16000, 16).data(9).number(7, 2));
+  EXPECT_EQ(transcribeFile(path, engine, text, notes), TranscribeExit::done);
+  EXPECT_EQ(engine.heard, 1U);
+  EXPECT_THAT(notes.lines, ElementsAre(HasSubstr("cut short"), "a line about the model",
+                                       "No words were understood."));
+  EXPECT_THAT(text.lines, IsEmpty());
+}
+
+TEST_F(TranscribeTest, WithoutAModelItEndsWithItsLine) {
+  DeafEngine engine;
+  engine.isUsable = false;
+  const std::string path = write(WavBytes().riff().format(1, 1, 16000, 16).data(2).number(7, 2));
+  EXPECT_EQ(transcribeFile(path, engine, text, notes), TranscribeExit::noRecogniser);
+  EXPECT_THAT(notes.lines, ElementsAre("a line about the model"));
+}
+
+}  // namespace
+}  // namespace voxtrel::quillback

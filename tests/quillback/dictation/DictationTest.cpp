@@ -1,0 +1,218 @@
+#include <gmock/gmock.h>
+
+#include "support/DictationBench.h"
+
+namespace voxtrel::quillback {
+namespace {
+
+using std::chrono::milliseconds;
+using std::chrono::minutes;
+using std::chrono::seconds;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr std::size_t kSecond = kSampleRateHz;
+
+TEST_F(DictationTest, IsReadyOnceTheModelIsLoaded) {
+  EXPECT_THAT(output_.take(), IsEmpty());
+  dictation_->modelLoaded(recogniser_);
+  EXPECT_THAT(output_.take(), ElementsAre("Ready."));
+}
+
+TEST_F(DictationTest, TurnsAHeldKeyIntoWords) {
+  load();
+  hold(milliseconds(2180));
+  EXPECT_THAT(output_.take(), ElementsAre("Recording..."));
+  dictation_->keyReleased();
+  speak(Dictation::kTail);
+  EXPECT_THAT(output_.take(), ElementsAre("Processing 2.3s audio"));
+  ASSERT_TRUE(recogniser_.isFinishing());
+  EXPECT_EQ(recogniser_.utterance->fed.size(), 2.3 * kSecond);
+  understand("one two three");
+  EXPECT_THAT(output_.take(), ElementsAre("[gpu-decode] text: \"one two three\"",
+                                          "encode=0ms decode=123ms", "Ready."));
+  EXPECT_THAT(sink_.texts, ElementsAre("one two three"));
+  EXPECT_TRUE(loop_.isIdle());
+}
+
+TEST_F(DictationTest, SaysThatItRecordsBeforeAnythingElseHappens) {
+  load();
+  dictation_->keyPressed();
+  EXPECT_THAT(output_.take(), ElementsAre("Recording..."));
+  EXPECT_EQ(microphone_.captures.size(), 1U);
+}
+
+TEST_F(DictationTest, HandsTheWordsOnAfterTheirLine) {
+  load();
+  hold(seconds(1));
+  letGo();
+  understand("yes");
+  ASSERT_EQ(sink_.linesBefore.size(), 1U);
+  EXPECT_THAT(sink_.linesBefore[0], testing::Contains("[gpu-decode] text: \"yes\""));
+}
+
+TEST_F(DictationTest, RecognisesWhileTheKeyIsHeld) {
+  load();
+  hold(seconds(1));
+  ASSERT_NE(recogniser_.utterance, nullptr);
+  EXPECT_EQ(recogniser_.utterance->fed.size(), kSecond);
+  EXPECT_FALSE(recogniser_.isFinishing());
+}
+
+TEST_F(DictationTest, KeepsTheMicrophoneOpenOnlyFromThePressToTheTailsEnd) {
+  load();
+  EXPECT_THAT(microphone_.captures, IsEmpty());
+  hold(seconds(1));
+  dictation_->keyReleased();
+  loop_.advance(Dictation::kTail - milliseconds(1));
+  EXPECT_EQ(microphone_.captures.size(), 1U);
+  EXPECT_THAT(output_.take(), ElementsAre("Recording..."));
+  loop_.advance(milliseconds(1));
+  EXPECT_THAT(microphone_.captures, IsEmpty());
+}
+
+TEST_F(DictationTest, LosesNoSamplesThatArriveAsTheMicrophoneIsClosed) {
+  load();
+  hold(seconds(1));
+  dictation_->keyReleased();
+  microphone_.hear(kSecond / 10, kLoud);  // posted, and not heard before the tail ends
+  loop_.advance(Dictation::kTail);
+  EXPECT_EQ(recogniser_.utterance->fed.size(), kSecond * 11 / 10);
+}
+
+TEST_F(DictationTest, TakesAShortPressForASlip) {
+  load();
+  dictation_->keyPressed();
+  speak(milliseconds(240));
+  loop_.advance(milliseconds(9));
+  dictation_->keyReleased();
+  EXPECT_THAT(output_.take(), ElementsAre("Recording...", "Ready."));
+  EXPECT_THAT(microphone_.captures, IsEmpty());
+  EXPECT_EQ(recogniser_.utterance, nullptr);
+  loop_.advance(minutes(10));
+  EXPECT_THAT(output_.take(), IsEmpty());
+}
+
+TEST_F(DictationTest, HearsAPressOfAQuarterOfASecond) {
+  load();
+  hold(milliseconds(250));
+  letGo();
+  EXPECT_THAT(output_.take(), ElementsAre("Recording...", "Processing 0.3s audio"));
+}
+
+TEST_F(DictationTest, IsReadyAgainWhereHardlyAnySamplesCame) {
+  load();
+  hold(milliseconds(240));
+  loop_.advance(seconds(1));
+  letGo();
+  EXPECT_THAT(output_.take(), ElementsAre("Recording...", "Ready."));
+  EXPECT_THAT(sink_.texts, IsEmpty());
+}
+
+TEST_F(DictationTest, IsReadyAgainAfterSilence) {
+  load();
+  hold(seconds(2), 32);  // -60.2 dB
+  letGo();
+  EXPECT_THAT(output_.take(), ElementsAre("Recording...", "Ready."));
+  EXPECT_EQ(recogniser_.utterance, nullptr);
+}
+
+TEST_F(DictationTest, HearsFaintSpeechInALongSilence) {
+  load();
+  hold(seconds(2), 0);
+  speak(milliseconds(100), 34);  // -59.7 dB
+  speak(seconds(2), 0);
+  letGo();
+  EXPECT_TRUE(recogniser_.isFinishing());
+}
+
+TEST_F(DictationTest, PrintsNoTextWhereNothingWasUnderstood) {
+  load();
+  hold(seconds(1));
+  letGo();
+  output_.take();
+  understand(" \n ");
+  EXPECT_THAT(output_.take(), ElementsAre("Ready."));
+  EXPECT_THAT(sink_.texts, IsEmpty());
+}
+
+TEST_F(DictationTest, PrintsTheTextOnOneLine) {
+  load();
+  hold(seconds(1));
+  letGo();
+  output_.take();
+  understand(
+      " a \"b\"\nc\xE2\x80\xA8"
+      "d\xFF ");
+  EXPECT_EQ(output_.take()[0], "[gpu-decode] text: \"a \"b\" c d\xEF\xBF\xBD\"");
+  EXPECT_THAT(sink_.texts, ElementsAre("a \"b\" c d\xEF\xBF\xBD"));
+}
+
+TEST_F(DictationTest, DropsACancelledRecording) {
+  load();
+  hold(seconds(2));
+  dictation_->keyCancelled();
+  EXPECT_THAT(output_.take(), ElementsAre("Recording...", "Ready."));
+  EXPECT_THAT(microphone_.captures, IsEmpty());
+  EXPECT_EQ(recogniser_.utterance, nullptr);
+  dictation_->keyReleased();
+  loop_.advance(minutes(10));
+  EXPECT_THAT(output_.take(), IsEmpty());
+}
+
+TEST_F(DictationTest, CancellingChangesNothingWhereNoKeyIsHeld) {
+  load();
+  dictation_->keyCancelled();
+  hold(seconds(1));
+  dictation_->keyReleased();
+  dictation_->keyCancelled();  // in the tail
+  loop_.advance(Dictation::kTail);
+  dictation_->keyCancelled();  // while it is recognised
+  ASSERT_TRUE(recogniser_.isFinishing());
+  understand("still here");
+  EXPECT_THAT(sink_.texts, ElementsAre("still here"));
+}
+
+TEST_F(DictationTest, ASecondPressWithoutAReleaseChangesNothing) {
+  load();
+  hold(seconds(1));
+  dictation_->keyPressed();
+  EXPECT_THAT(output_.take(), ElementsAre("Recording..."));
+  EXPECT_EQ(microphone_.openings, 1);
+}
+
+TEST_F(DictationTest, AReleaseWithoutAPressChangesNothing) {
+  load();
+  dictation_->keyReleased();
+  loop_.advance(seconds(1));
+  EXPECT_THAT(output_.take(), IsEmpty());
+}
+
+TEST_F(DictationTest, RecordsNothingBeforeTheModelIsThere) {
+  dictation_->keyPressed();
+  EXPECT_EQ(output_.take().size(), 1U);
+  EXPECT_EQ(microphone_.openings, 0);
+  dictation_->keyReleased();
+  dictation_->modelLoaded(recogniser_);
+  EXPECT_THAT(output_.take(), ElementsAre("Ready."));
+  EXPECT_EQ(microphone_.openings, 0);
+}
+
+TEST_F(DictationTest, RecordsFromWhenTheModelIsThereIfTheKeyIsStillHeld) {
+  dictation_->keyPressed();
+  output_.take();
+  dictation_->modelLoaded(recogniser_);
+  EXPECT_THAT(output_.take(), ElementsAre("Ready.", "Recording..."));
+  EXPECT_EQ(microphone_.captures.size(), 1U);
+}
+
+TEST_F(DictationTest, RecordsNothingIfTheKeyWasCancelledBeforeTheModelWasThere) {
+  dictation_->keyPressed();
+  dictation_->keyCancelled();
+  output_.take();
+  dictation_->modelLoaded(recogniser_);
+  EXPECT_THAT(output_.take(), ElementsAre("Ready."));
+}
+
+}  // namespace
+}  // namespace voxtrel::quillback

@@ -1,0 +1,88 @@
+#pragma once
+
+#include <filesystem>
+#include <fstream>
+#include <optional>
+
+#include "quillback/insertion/x11/XTestTyper.h"
+#include "support/X11Test.h"
+
+namespace voxtrel::quillback {
+
+inline const std::string kEverything = "Grüße, ñ, Ж, 你好, 😀 \"quotes\" \\ @ € | ~";
+
+/// A test with a text field and a typer.
+class TypingTest : public X11Test {
+ protected:
+  TypingTest() {
+    std::string name =
+        (std::filesystem::temp_directory_path() / "quillback-typing-XXXXXX").string();
+    if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("no scratch folder");
+    folder_ = name;
+  }
+  ~TypingTest() override { std::filesystem::remove_all(folder_); }
+
+  void openField(const std::string& name = "field") {
+    setenv("QT_QPA_PLATFORM", "xcb", 1);
+    file_ = folder_ / name;
+    field_.emplace(std::vector<std::string>{TEXT_FIELD, file_.string()});
+    ASSERT_TRUE(runUntil([&] { return focusField() && std::filesystem::exists(file_); }));
+  }
+  /// There is no window manager to do it. False while the window is not there.
+  bool focusField() {
+    std::ifstream in(file_.string() + ".window");
+    xcb_window_t window = XCB_NONE;
+    return in >> window && focus(window);
+  }
+  static bool focus(xcb_window_t window) {
+    const auto server = XConnection::open();
+    xcb_set_input_focus(server->get(), XCB_INPUT_FOCUS_PARENT, window, XCB_CURRENT_TIME);
+    return focusedWindow(*server, XCB_NONE).focus == window;
+  }
+  XTestTyper& typer() {
+    if (!typer_) {
+      typer_ =
+          XTestTyper::open(loop_, ownKeys_, watch(), [this](const auto& text, const auto& why) {
+            refused_.push_back(text + ": " + why);
+          }).typer;
+    }
+    return *typer_;
+  }
+  std::string content() const {
+    std::ifstream in(file_);
+    return {std::istreambuf_iterator<char>(in), {}};
+  }
+  /// Types and waits until everything is restored.
+  void type(const std::string& text) {
+    typer().type(text);
+    ASSERT_TRUE(runUntil([&] { return typer().isIdle(); }));
+  }
+  /// What the field has after typing `text`, as soon as that is `expected`, else after a while.
+  std::string typed(const std::string& text, const std::string& expected) {
+    type(text);
+    runUntil([&] { return content() == expected; });
+    return content();
+  }
+  std::string typed(const std::string& text) { return typed(text, text); }
+  /// xkbcomp leaves out the keys that have no name.
+  static std::string keymap() {
+    return test::outputOf("xkbcomp $DISPLAY - 2>/dev/null") + test::outputOf("xmodmap -pke");
+  }
+  static std::vector<int> pressedKeys() {
+    const auto server = XConnection::open();
+    const auto keys = server->answer<xcb_query_keymap_reply_t>(xcb_query_keymap(server->get()));
+    std::vector<int> pressed;
+    for (int code = 0; code < 256; ++code) {
+      if ((keys->keys[code / 8] >> (code % 8) & 1) != 0) pressed.push_back(code);
+    }
+    return pressed;
+  }
+
+  std::filesystem::path folder_;
+  std::filesystem::path file_;
+  std::optional<test::RunningProgram> field_;
+  std::unique_ptr<XTestTyper> typer_;
+  std::vector<std::string> refused_;
+};
+
+}  // namespace voxtrel::quillback

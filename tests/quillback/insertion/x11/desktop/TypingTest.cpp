@@ -1,0 +1,196 @@
+#include "quillback/insertion/x11/desktop/TypingFixture.h"
+
+namespace voxtrel::quillback {
+namespace {
+
+using test::outputOf;
+using test::run;
+using ::testing::IsEmpty;
+
+class TypingInLayoutTest : public TypingTest, public ::testing::WithParamInterface<const char*> {};
+INSTANTIATE_TEST_SUITE_P(Layouts, TypingInLayoutTest,
+                         ::testing::Values("us", "de", "fr", "ru", "gr,us", "us -variant intl"),
+                         [](const auto& parameter) {
+                           return "Layout" + std::to_string(parameter.index);
+                         });
+
+TEST_P(TypingInLayoutTest, AnyTextArrivesAsItIsAndTheKeymapIsAsBefore) {
+  run(std::string("setxkbmap ") + GetParam());
+  openField();
+  const std::string before = keymap();
+  EXPECT_EQ(typed(kEverything), kEverything);
+  EXPECT_EQ(keymap(), before);
+  const std::string twice = kEverything + " " + kEverything;
+  EXPECT_EQ(typed(kEverything, twice), twice);
+  EXPECT_EQ(keymap(), before);
+  EXPECT_THAT(pressedKeys(), IsEmpty());
+}
+
+TEST_F(TypingTest, LettersOfTheLayoutNeedNoOtherKeymap) {
+  openField();
+  typer().type("The quick brown fox, 1 + 1 = 2!");
+  const std::string during = keymap();
+  ASSERT_TRUE(runUntil([&] { return typer().isIdle(); }));
+  EXPECT_EQ(keymap(), during);
+  EXPECT_TRUE(runUntil([&] { return content() == "The quick brown fox, 1 + 1 = 2!"; }));
+}
+
+TEST_F(TypingTest, ModifiersStillHeldChangeNothing) {
+  openField();
+  std::string expected;
+  for (const std::string held : {"50", "37", "133", "134", "64", "105 keydown 62"}) {
+    run("xdotool keydown " + held);
+    expected += (expected.empty() ? "" : " ") + kEverything;
+    EXPECT_EQ(typed(kEverything, expected), expected) << "with " << held;
+    EXPECT_THAT(pressedKeys(), IsEmpty());
+    run("xdotool keyup 50 keyup 37 keyup 133 keyup 134 keyup 64 keyup 105 keyup 62");
+  }
+}
+
+TEST_F(TypingTest, CapsLockChangesNothingAndStaysOn) {
+  openField();
+  run("xdotool key Caps_Lock");
+  EXPECT_EQ(typed("Aa Ññ"), "Aa Ññ");
+  EXPECT_EQ(outputOf("xset q | grep -o 'Caps Lock: *on' | tr -d ' '"), "CapsLock:on\n");
+  run("xdotool key Caps_Lock");
+  EXPECT_EQ(outputOf("xset q | grep -o 'Caps Lock: *off' | tr -d ' '"), "CapsLock:off\n");
+}
+
+TEST_F(TypingTest, MoreForeignCharactersThanSpareKeysArriveInBatches) {
+  openField();
+  std::string text;
+  for (char32_t c = 0x4E00; c < 0x4E00 + 60; ++c) {
+    text += {static_cast<char>(0xE0 | c >> 12), static_cast<char>(0x80 | (c >> 6 & 0x3F)),
+             static_cast<char>(0x80 | (c & 0x3F))};
+  }
+  const std::string before = keymap();
+  EXPECT_EQ(typed(text), text);
+  EXPECT_EQ(keymap(), before);
+}
+
+TEST_F(TypingTest, AProgramThatIsLateStillReadsEachBatchByItsOwnCharacters) {
+  openField();
+  const std::string text = "абвгдежзийклмнопрстуфхцчшщъыьэюя";
+  kill(field_->processId(), SIGSTOP);
+  typer().type(text);
+  runFor(std::chrono::milliseconds(1500));
+  kill(field_->processId(), SIGCONT);
+  EXPECT_TRUE(runUntil([&] { return content() == text && typer().isIdle(); })) << content();
+}
+
+TEST_F(TypingTest, AProgramThatHangsIsNotWaitedForForEver) {
+  const std::string before = keymap();
+  openField();
+  kill(field_->processId(), SIGSTOP);
+  type("Ж");
+  EXPECT_EQ(keymap(), before);
+  kill(field_->processId(), SIGCONT);
+}
+
+TEST_F(TypingTest, ALongTextArrivesWhole) {
+  openField();
+  std::string text;
+  for (int i = 0; i < 60; ++i) text += "Word " + std::to_string(i) + "; ";
+  text += "Ж.";
+  EXPECT_EQ(typed(text), text);
+}
+
+TEST_F(TypingTest, ABlankGoesBetweenTextsInTheSameWindowOnly) {
+  openField("first");
+  EXPECT_EQ(typed("one"), "one");
+  typer().type("two");
+  typer().type("three\nlines");
+  EXPECT_TRUE(runUntil([&] { return content() == "one two three lines"; })) << content();
+  field_.reset();
+  openField("second");
+  EXPECT_EQ(typed("four"), "four");
+  EXPECT_EQ(typed("five", "four five"), "four five");
+}
+
+TEST_F(TypingTest, OurKeysAreNotTakenForTheHotkeyButTheUsersAre) {
+  run("setxkbmap de");
+  openField();
+  const auto [watch, why] = watchKey("right_opt");
+  ASSERT_TRUE(watch) << why;
+  run("xdotool keydown 108");
+  runFor(kQuiet);
+  EXPECT_THAT(heard_, ::testing::ElementsAre("pressed"));
+  EXPECT_EQ(typed("@ € @"), "@ € @");
+  EXPECT_THAT(heard_, ::testing::ElementsAre("pressed")) << "AltGr was typed, nobody let go";
+  run("xdotool keyup 108");
+  runFor(kQuiet);
+  run("xdotool key 108");
+  runFor(kQuiet);
+  EXPECT_THAT(heard_, ::testing::ElementsAre("pressed", "released", "pressed", "released"));
+}
+
+TEST_F(TypingTest, AKeyPressedByTheUserInTheMiddleIsHeard) {
+  openField();
+  const auto [watch, why] = watchKey("right_cmd");
+  ASSERT_TRUE(watch) << why;
+  typer().type("Ж and more");
+  run("xdotool keydown 134");
+  EXPECT_TRUE(runUntil([&] { return typer().isIdle(); }));
+  run("xdotool keyup 134");
+  runFor(kQuiet);
+  EXPECT_THAT(heard_, ::testing::ElementsAre("pressed", "released"));
+  EXPECT_EQ(content(), "Ж and more");
+}
+
+TEST_F(TypingTest, EndingInTheMiddleRestoresAtOnceAndLeavesNoKeyPressed) {
+  const std::string before = keymap();
+  run("xdotool key Caps_Lock");
+  openField();
+  typer().type(kEverything + std::string(2000, 'x'));
+  runFor(std::chrono::milliseconds(30));
+  EXPECT_NE(keymap(), before);
+  const auto start = std::chrono::steady_clock::now();
+  typer_.reset();
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(200));
+  EXPECT_EQ(keymap(), before);
+  EXPECT_THAT(pressedKeys(), IsEmpty());
+  EXPECT_EQ(outputOf("xset q | grep -o 'Caps Lock: *on' | tr -d ' '"), "CapsLock:on\n");
+  EXPECT_LT(content().size(), 2000u) << "it was not in the middle";
+}
+
+TEST_F(TypingTest, ALayoutChosenMeanwhileIsNotTouched) {
+  openField();
+  typer().type("Ж");
+  runFor(kQuiet);
+  const std::string spare = outputOf(
+      "xmodmap -pke | sed -n 's/^keycode *\\([0-9]*\\) = Cyrillic_ZHE.*/\\1/p' | tr -d '\\n'");
+  ASSERT_NE(spare, "");
+  run("setxkbmap de");
+  run("xmodmap -e 'keycode " + spare + " = F20'");
+  const std::string chosen = keymap();
+  ASSERT_TRUE(runUntil([&] { return typer().isIdle(); }));
+  EXPECT_EQ(keymap(), chosen);
+}
+
+TEST_F(TypingTest, WithoutAFocusedWindowTheTextIsRefused) {
+  const auto server = XConnection::open();
+  xcb_set_input_focus(server->get(), XCB_INPUT_FOCUS_NONE, XCB_NONE, XCB_CURRENT_TIME);
+  server->flush();
+  runFor(kQuiet);
+  typer().type("hello");
+  EXPECT_THAT(refused_, ::testing::ElementsAre("hello: no window has the focus"));
+}
+
+TEST_F(TypingTest, AServerThatDiesInTheMiddleRefusesTheNextText) {
+  openField();
+  typer().type("Ж");
+  display_.kill();
+  runFor(std::chrono::milliseconds(1500));
+  typer().type("next");
+  EXPECT_THAT(refused_, ::testing::ElementsAre("next: the X server is gone"));
+}
+
+TEST_F(TypingTest, AServerWithoutFakeKeysIsNoPlaceToType) {
+  const test::VirtualDisplay poor({"-extension", "XTEST"});
+  const auto [typer, why] = XTestTyper::open(loop_, ownKeys_, watch(), nullptr);
+  EXPECT_FALSE(typer);
+  EXPECT_EQ(why, "the X server has no XTEST extension");
+}
+
+}  // namespace
+}  // namespace voxtrel::quillback

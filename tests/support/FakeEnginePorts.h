@@ -1,0 +1,105 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "quillback/ports/Microphone.h"
+#include "quillback/ports/Output.h"
+#include "quillback/ports/Recogniser.h"
+#include "quillback/ports/TextSink.h"
+
+namespace voxtrel::quillback::test {
+
+/// Keeps the lines.
+struct FakeOutput final : Output {
+  void print(std::string_view line) override { lines.emplace_back(line); }
+  /// The lines since the last call.
+  std::vector<std::string> take() { return std::exchange(lines, {}); }
+
+  std::vector<std::string> lines;
+};
+
+/// Captures that last as long as they are not destroyed, with what they report to.
+struct FakeMicrophone final : Microphone {
+  struct OpenCapture final : Capture {
+    OpenCapture(std::vector<OpenCapture*>& open, Listener toldTo)
+        : allOpen(open), listener(std::move(toldTo)) {
+      allOpen.push_back(this);
+    }
+    OpenCapture(const OpenCapture&) = delete;
+    OpenCapture& operator=(const OpenCapture&) = delete;
+    ~OpenCapture() override { std::erase(allOpen, this); }
+
+    std::vector<OpenCapture*>& allOpen;
+    Listener listener;
+  };
+
+  std::unique_ptr<Capture> open(Listener listener) override {
+    ++openings;
+    return std::make_unique<OpenCapture>(captures, std::move(listener));
+  }
+  /// The newest open capture hears a constant tone, which is a square wave of this level.
+  void hear(std::size_t samples, std::int16_t level) const {
+    std::vector<std::int16_t> tone(samples, level);
+    for (std::size_t i = 0; i < samples; i += 2) tone[i] = static_cast<std::int16_t>(-level);
+    captures.back()->listener.onSamples(tone);
+  }
+
+  int openings = 0;
+  std::vector<OpenCapture*> captures;
+};
+
+/// Keeps what its utterances are fed; the test says what was understood.
+struct FakeRecogniser final : Recogniser {
+  struct OpenUtterance final : Utterance {
+    explicit OpenUtterance(FakeRecogniser& by) : recogniser(by) {}
+    OpenUtterance(const OpenUtterance&) = delete;
+    OpenUtterance& operator=(const OpenUtterance&) = delete;
+    ~OpenUtterance() override { recogniser.utterance = nullptr; }
+
+    void feed(std::span<const std::int16_t> samples) override {
+      fed.insert(fed.end(), samples.begin(), samples.end());
+    }
+    void finish(std::function<void(Transcription)> whenDone) override {
+      done = std::move(whenDone);
+    }
+
+    FakeRecogniser& recogniser;
+    std::vector<std::int16_t> fed;
+    std::function<void(Transcription)> done;
+  };
+
+  std::unique_ptr<Utterance> begin() override {
+    hasOverlapped = hasOverlapped || utterance != nullptr;
+    ++beginnings;
+    auto next = std::make_unique<OpenUtterance>(*this);
+    utterance = next.get();
+    return next;
+  }
+  bool isFinishing() const { return utterance != nullptr && utterance->done; }
+  void understand(const std::string& text) const {
+    utterance->done({text, std::chrono::microseconds(400), std::chrono::microseconds(123'456)});
+  }
+
+  int beginnings = 0;
+  bool hasOverlapped = false;  ///< an utterance began before the last one was gone
+  OpenUtterance* utterance = nullptr;
+};
+
+/// Keeps the texts, and how many lines had been printed before each.
+struct FakeTextSink final : TextSink {
+  explicit FakeTextSink(const FakeOutput& printed) : output(printed) {}
+  void insert(const std::string& text) override {
+    texts.push_back(text);
+    linesBefore.push_back(output.lines);
+  }
+
+  const FakeOutput& output;
+  std::vector<std::string> texts;
+  std::vector<std::vector<std::string>> linesBefore;
+};
+
+}  // namespace voxtrel::quillback::test

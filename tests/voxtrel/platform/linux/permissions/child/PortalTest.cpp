@@ -1,0 +1,278 @@
+#include <gtest/gtest.h>
+
+#include <QCoreApplication>
+#include <QDBusArgument>
+#include <QDBusObjectPath>
+#include <QDBusVariant>
+#include <QElapsedTimer>
+#include <memory>
+#include <optional>
+
+#include "support/FakePorts.h"
+#include "support/PortalDouble.h"
+#include "support/PrivateBus.h"
+#include "support/ScratchFolder.h"
+#include "voxtrel/platform/linux/permissions/SandboxMicrophoneAccess.h"
+#include "voxtrel/platform/linux/permissions/ShortcutsPortal.h"
+#include "voxtrel/platform/linux/session/QtMainLoop.h"
+
+namespace voxtrel {
+namespace {
+
+using testing::FakeLog;
+using testing::PortalDouble;
+using testing::PrivateBus;
+
+constexpr const char* kClient = "client";
+constexpr const char* kPortal = "portal";
+constexpr uint kGranted = 0;
+
+/// A session bus with the application on it, and a portal where the test wants one.
+struct APortal : ::testing::Test {
+  APortal() : portal(std::make_unique<PortalDouble>(bus.connect(kPortal))) {}
+  ~APortal() override {
+    access.reset();
+    shortcuts.reset();
+    portal.reset();
+    QDBusConnection::disconnectFromBus(kClient);
+    QDBusConnection::disconnectFromBus(kPortal);
+  }
+
+  template <typename Condition>
+  static bool becomes(Condition condition, int limitMs = 10000) {
+    QElapsedTimer timer;
+    timer.start();
+    while (!condition() && timer.elapsed() < limitMs) {
+      QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents, 20);
+    }
+    return condition();
+  }
+  /// Whatever is on its way arrives.
+  static void settle() {
+    becomes([] { return false; }, 200);
+  }
+
+  void ask() {
+    access->request([this](bool granted) {
+      ++answers;
+      isGranted = granted;
+    });
+    EXPECT_EQ(answers, 0) << "answered before the request returned";
+  }
+  bool isAnswered() {
+    return becomes([this] { return answers > 0; });
+  }
+
+  static QString tokenIn(const QDBusMessage& call) {
+    return qdbus_cast<QVariantMap>(call.arguments().at(2)).value("handle_token").toString();
+  }
+  static QString handleFor(const QDBusMessage& call) {
+    return "/org/freedesktop/portal/desktop/request/" + call.service().mid(1).replace('.', '_') +
+           '/' + tokenIn(call);
+  }
+
+  int argc = 1;
+  char name[5] = "test";
+  char* argv[2] = {name, nullptr};
+  QCoreApplication application{argc, argv};
+  PrivateBus bus;
+  QDBusConnection client = bus.connect(kClient);
+  std::unique_ptr<PortalDouble> portal;
+  ScratchFolder folder;
+  QtMainLoop mainLoop;
+  FakeLog log;
+  std::optional<ShortcutsPortal> shortcuts{client};
+  std::optional<SandboxMicrophoneAccess> access{std::in_place, mainLoop, log, client,
+                                                folder.write("marker", "").string()};
+  int answers = 0;
+  bool isGranted = false;
+};
+
+struct AMicrophonePortal : APortal {};
+
+TEST_F(AMicrophonePortal, outsideASandboxIsNotAskedAndAllIsGranted) {
+  access.emplace(mainLoop, log, client, (folder.path() / "no marker").string());
+  ask();
+  EXPECT_TRUE(isAnswered());
+  EXPECT_TRUE(isGranted);
+  EXPECT_EQ(portal->calls, 0);
+  EXPECT_TRUE(log.entries.empty());
+}
+
+TEST_F(AMicrophonePortal, isAskedForTheMicrophoneOfThisProcess) {
+  std::optional<QDBusMessage> call;
+  portal->onCall = [&](const QDBusMessage& message) { call = message; };
+  ask();
+  ASSERT_TRUE(becomes([&] { return call.has_value(); }));
+  EXPECT_EQ(call->interface(), "org.freedesktop.portal.Device");
+  EXPECT_EQ(call->member(), "AccessDevice");
+  EXPECT_EQ(call->signature(), "uasa{sv}");
+  EXPECT_EQ(call->arguments().at(0).toUInt(), static_cast<uint>(::getpid()));
+  EXPECT_EQ(call->arguments().at(1).toStringList(), QStringList{"microphone"});
+  EXPECT_NE(tokenIn(*call), "");
+}
+
+TEST_F(AMicrophonePortal, grantsOnlyByResponseZero) {
+  for (const uint response : {0U, 1U, 2U, 7U}) {
+    answers = 0;
+    portal->onCall = [&](const QDBusMessage& call) {
+      portal->reply(call, QVariant::fromValue(QDBusObjectPath(handleFor(call))));
+      portal->respond(call, handleFor(call), response);
+    };
+    ask();
+    ASSERT_TRUE(isAnswered()) << response;
+    EXPECT_EQ(isGranted, response == kGranted) << response;
+  }
+  EXPECT_TRUE(log.entries.empty());
+}
+
+TEST_F(AMicrophonePortal, isHeardAlsoWhenTheUsersAnswerComesBeforeTheCallReturns) {
+  portal->onCall = [&](const QDBusMessage& call) {
+    portal->respond(call, handleFor(call), 1);
+    portal->reply(call, QVariant::fromValue(QDBusObjectPath(handleFor(call))));
+  };
+  ask();
+  ASSERT_TRUE(isAnswered());
+  EXPECT_FALSE(isGranted);
+  settle();
+  EXPECT_EQ(answers, 1);
+}
+
+TEST_F(AMicrophonePortal, isHeardAtAnotherPathIfItChoosesOne) {
+  std::optional<QDBusMessage> call;
+  portal->onCall = [&](const QDBusMessage& message) {
+    call = message;
+    portal->reply(message, QVariant::fromValue(QDBusObjectPath("/old/portals/path")));
+  };
+  ask();
+  ASSERT_TRUE(becomes([&] { return call.has_value(); }));
+  settle();
+  portal->respond(*call, "/old/portals/path", 1);
+  ASSERT_TRUE(isAnswered());
+  EXPECT_FALSE(isGranted);
+}
+
+TEST_F(AMicrophonePortal, isWaitedForWhileTheUserThinks) {
+  std::optional<QDBusMessage> call;
+  portal->onCall = [&](const QDBusMessage& message) {
+    call = message;
+    portal->reply(message, QVariant::fromValue(QDBusObjectPath(handleFor(message))));
+  };
+  ask();
+  ASSERT_TRUE(becomes([&] { return call.has_value(); }));
+  settle();
+  EXPECT_EQ(answers, 0);
+  portal->respond(*call, handleFor(*call), kGranted);
+  ASSERT_TRUE(isAnswered());
+  EXPECT_TRUE(isGranted);
+}
+
+TEST_F(AMicrophonePortal, thatRefusesToBeAskedGuardsNothing) {
+  portal->onCall = [&](const QDBusMessage& call) {
+    portal->refuse(call, "org.freedesktop.portal.Error.NotAllowed");
+  };
+  ask();
+  ASSERT_TRUE(isAnswered());
+  EXPECT_TRUE(isGranted);
+  ASSERT_EQ(log.entries.size(), 1U);
+  EXPECT_EQ(log.entries[0].message, "The desktop does not guard the microphone: not here");
+}
+
+TEST_F(AMicrophonePortal, thatIsMissingGuardsNothing) {
+  portal.reset();
+  ask();
+  ASSERT_TRUE(isAnswered());
+  EXPECT_TRUE(isGranted);
+  EXPECT_EQ(log.entries.size(), 1U);
+}
+
+TEST_F(AMicrophonePortal, thatEndsWhileTheUserThinksLeavesNobodyWaiting) {
+  bool isAccepted = false;
+  portal->onCall = [&](const QDBusMessage& call) {
+    portal->reply(call, QVariant::fromValue(QDBusObjectPath(handleFor(call))));
+    isAccepted = true;
+  };
+  ask();
+  ASSERT_TRUE(becomes([&] { return isAccepted; }));
+  settle();
+  portal->leave();
+  ASSERT_TRUE(isAnswered());
+  EXPECT_TRUE(isGranted);
+  EXPECT_EQ(log.entries.size(), 1U);
+}
+
+TEST_F(AMicrophonePortal, whoseBusIsGoneGuardsNothing) {
+  access.emplace(mainLoop, log, QDBusConnection("no such connection"),
+                 (folder.path() / "marker").string());
+  ask();
+  ASSERT_TRUE(isAnswered());
+  EXPECT_TRUE(isGranted);
+}
+
+TEST_F(AMicrophonePortal, isHeardNoMoreOnceNobodyAsks) {
+  std::optional<QDBusMessage> call;
+  portal->onCall = [&](const QDBusMessage& message) { call = message; };
+  ask();
+  ASSERT_TRUE(becomes([&] { return call.has_value(); }));
+  access.reset();
+  portal->respond(*call, handleFor(*call), kGranted);
+  settle();
+  EXPECT_EQ(answers, 0);
+}
+
+struct AShortcutsPortal : APortal {
+  std::optional<bool> offer() {
+    std::optional<bool> offered;
+    shortcuts->ask([&](bool isOffered) { offered = isOffered; });
+    EXPECT_FALSE(offered) << "answered before the question returned";
+    becomes([&] { return offered.has_value(); });
+    return offered;
+  }
+  void answerWith(const QVariant& version) {
+    portal->onCall = [this, version](const QDBusMessage& call) {
+      EXPECT_EQ(call.member(), "Get");
+      EXPECT_EQ(call.arguments(),
+                (QVariantList{"org.freedesktop.portal.GlobalShortcuts", "version"}));
+      portal->reply(call, QVariant::fromValue(QDBusVariant(version)));
+    };
+  }
+};
+
+TEST_F(AShortcutsPortal, withAVersionOffersShortcuts) {
+  answerWith(1U);
+  EXPECT_EQ(offer(), true);
+}
+
+TEST_F(AShortcutsPortal, withoutAVersionOffersNone) {
+  answerWith(0U);
+  EXPECT_EQ(offer(), false);
+  answerWith("one");
+  EXPECT_EQ(offer(), false);
+  portal->onCall = [this](const QDBusMessage& call) { portal->reply(call, 1U); };
+  EXPECT_EQ(offer(), false) << "not the type of a property";
+  portal->onCall = [this](const QDBusMessage& call) {
+    portal->refuse(call, "org.freedesktop.DBus.Error.UnknownInterface");
+  };
+  EXPECT_EQ(offer(), false);
+}
+
+TEST_F(AShortcutsPortal, thatIsMissingOffersNone) {
+  portal.reset();
+  EXPECT_EQ(offer(), false);
+}
+
+TEST_F(AShortcutsPortal, whoseBusIsGoneOffersNone) {
+  shortcuts.emplace(QDBusConnection("no such connection"));
+  EXPECT_EQ(offer(), false);
+}
+
+TEST_F(AShortcutsPortal, thatSaysNothingForFiveSecondsOffersNone) {
+  QElapsedTimer timer;
+  timer.start();
+  EXPECT_EQ(offer(), false);
+  EXPECT_GE(timer.elapsed(), 4500);
+  EXPECT_EQ(portal->calls, 1);
+}
+
+}  // namespace
+}  // namespace voxtrel

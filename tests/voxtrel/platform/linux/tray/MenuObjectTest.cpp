@@ -1,0 +1,111 @@
+#include <gtest/gtest.h>
+
+#include <QCoreApplication>
+
+#include "voxtrel/platform/linux/tray/MenuObject.h"
+
+namespace voxtrel {
+namespace {
+
+/// What a host would be told, and what the rows' actions do, without a bus.
+class AMenuObject : public testing::Test {
+ protected:
+  AMenuObject() {
+    menu_.setRows({{.title = "Ready", .enabled = false, .action = [this] { ++refused_; }},
+                   {.title = "Quit", .action = [this] { ++chosen_; }}});
+    const MenuNode root = layout();
+    first_ = root.children.at(0).value<MenuNode>().id;
+    second_ = root.children.at(1).value<MenuNode>().id;
+    QObject::connect(&menu_, &MenuObject::ItemsPropertiesUpdated, &menu_,
+                     [this](const auto& changed, const auto& removed) {
+                       ++updates_;
+                       changed_ = changed;
+                       EXPECT_TRUE(removed.isEmpty());
+                     });
+    QObject::connect(&menu_, &MenuObject::LayoutUpdated, &menu_, [this](uint revision, int) {
+      ++layouts_;
+      revision_ = revision;
+    });
+  }
+
+  MenuNode layout() {
+    MenuNode root;
+    revision_ = menu_.GetLayout(0, -1, {}, root);
+    return root;
+  }
+
+  int argc_ = 0;
+  QCoreApplication application_{argc_, nullptr};
+  MenuObject menu_;
+  int first_ = 0;
+  int second_ = 0;
+  int chosen_ = 0;
+  int refused_ = 0;
+  int updates_ = 0;
+  int layouts_ = 0;
+  uint revision_ = 0;
+  QList<MenuRowProperties> changed_;
+};
+
+TEST_F(AMenuObject, tellsOfAChangedTitleOnceAndOfThatRowAlone) {
+  EXPECT_TRUE(menu_.setTitle(0, "Recording..."));
+  EXPECT_EQ(updates_, 1);
+  ASSERT_EQ(changed_.size(), 1);
+  EXPECT_EQ(changed_.first().id, first_);
+  EXPECT_EQ(changed_.first().properties, (QVariantMap{{"label", "Recording..."}}));
+  EXPECT_EQ(layouts_, 0);
+}
+
+TEST_F(AMenuObject, tellsNothingOfATitleThatIsTheSame) {
+  EXPECT_FALSE(menu_.setTitle(0, "Ready"));
+  EXPECT_EQ(updates_ + layouts_, 0);
+}
+
+TEST_F(AMenuObject, newRowsAreANewRevision) {
+  const uint before = revision_;
+  menu_.setRows({});
+  EXPECT_EQ(layouts_, 1);
+  EXPECT_GT(revision_, before);
+  EXPECT_TRUE(layout().children.isEmpty());
+}
+
+TEST_F(AMenuObject, runsAnActionOnlyAfterTheHostHasItsAnswer) {
+  menu_.Event(second_, "clicked", {}, 0);
+  EXPECT_EQ(chosen_, 0);
+  QCoreApplication::sendPostedEvents();
+  EXPECT_EQ(chosen_, 1);
+}
+
+TEST_F(AMenuObject, runsNoActionOfARowThatCannotBeChosen) {
+  menu_.Event(first_, "clicked", {}, 0);
+  QCoreApplication::sendPostedEvents();
+  EXPECT_EQ(refused_, 0);
+}
+
+TEST_F(AMenuObject, onlyAClickChoosesARow) {
+  for (const char* event : {"opened", "closed", "hovered"}) menu_.Event(second_, event, {}, 0);
+  QCoreApplication::sendPostedEvents();
+  EXPECT_EQ(chosen_, 0);
+}
+
+TEST_F(AMenuObject, ofAGroupOfEventsTheStrangersAreTold) {
+  EXPECT_EQ(menu_.EventGroup({{99, "clicked", {}, 0}, {second_, "clicked", {}, 0}}),
+            QList<int>{99});
+  QCoreApplication::sendPostedEvents();
+  EXPECT_EQ(chosen_, 1);
+}
+
+TEST_F(AMenuObject, needsNoUpdateBeforeItIsShown) {
+  QList<int> strangers;
+  EXPECT_FALSE(menu_.AboutToShow(0));
+  EXPECT_TRUE(menu_.AboutToShowGroup({0, first_, 99}, strangers).isEmpty());
+  EXPECT_EQ(strangers, QList<int>{99});
+}
+
+TEST_F(AMenuObject, tellsASinglePropertyOfARow) {
+  EXPECT_EQ(menu_.GetProperty(second_, "label").variant(), "Quit");
+  EXPECT_EQ(menu_.GetProperty(first_, "enabled").variant(), false);
+}
+
+}  // namespace
+}  // namespace voxtrel

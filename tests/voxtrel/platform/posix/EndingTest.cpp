@@ -1,0 +1,118 @@
+#include <atomic>
+#include <csignal>
+#include <future>
+
+#include "voxtrel/platform/posix/ChildTest.h"
+
+namespace voxtrel {
+namespace {
+
+using EndingTest = ChildTest;
+
+TEST_F(EndingTest, TheStatusIsTheExitCode) {
+  for (const int code : {0, 1, 3, 127, 255}) {
+    EXPECT_EQ(statusOf({"--exit", std::to_string(code)}), code);
+  }
+}
+
+TEST_F(EndingTest, TheStatusIsTheNumberOfTheSignalThatEndedTheChild) {
+  for (int signal = 1; signal < NSIG; ++signal) {
+    const bool isInternal = signal > 31 && signal < SIGRTMIN;
+    const bool endsNothing = signal == SIGCHLD || signal == SIGCONT || signal == SIGURG ||
+                             signal == SIGWINCH || signal == SIGSTOP || signal == SIGTSTP ||
+                             signal == SIGTTIN || signal == SIGTTOU;
+    if (isInternal || endsNothing) continue;
+    EXPECT_EQ(statusOf({"--signal", std::to_string(signal)}), signal);
+  }
+}
+
+TEST_F(EndingTest, TerminateIsSigtermAndTheChildMayExitInItsOwnWay) {
+  const StartedChild child = engine({"--on-term", "7 50 bye", "--print", "ready"});
+  ASSERT_TRUE(eventually([&] { return child.record->contains("ready"); }));
+  EXPECT_TRUE(child.process->isRunning());
+  child.process->terminate();
+  child.process->waitUntilExit();
+  EXPECT_FALSE(child.process->isRunning());
+  EXPECT_EQ(child.record->waitForStatus(), 7);
+  EXPECT_EQ(child.record->output(), "ready\nbye\n");
+}
+
+TEST_F(EndingTest, AChildThatIgnoresSigtermRunsOnUntilItIsKilled) {
+  const StartedChild child =
+      engine({"--ignore-term", "--print", "deaf", "--sleep", "100", "--print", "still here"});
+  ASSERT_TRUE(eventually([&] { return child.record->contains("deaf"); }));
+  child.process->terminate();
+  ASSERT_TRUE(eventually([&] { return child.record->contains("still here"); }));
+  EXPECT_TRUE(child.process->isRunning());
+  child.process->kill();
+  child.process->waitUntilExit();
+  EXPECT_FALSE(child.process->isRunning());
+  EXPECT_EQ(child.record->waitForStatus(), SIGKILL);
+}
+
+TEST_F(EndingTest, SignalsToAChildThatHasEndedGoNowhere) {
+  const StartedChild child = engine({"--exit", "3"});
+  child.process->waitUntilExit();
+  child.process->terminate();
+  child.process->kill();
+  child.process->waitUntilExit();
+  EXPECT_EQ(child.record->waitForStatus(), 3);
+}
+
+TEST_F(EndingTest, LettingGoOfAChildEndsIt) {
+  StartedChild child = engine({"--ignore-term"});
+  child.process.reset();
+  EXPECT_EQ(child.record->waitForStatus(), SIGKILL);
+}
+
+TEST_F(EndingTest, AChildLetGoOfByItsOwnExitReportIsNoTrouble) {
+  auto keeper = std::make_shared<std::shared_ptr<ChildProcess>>();
+  auto done = std::make_shared<std::atomic<bool>>(false);
+  ChildOptions options;
+  options.executable = SCRIPTED_ENGINE;
+  options.arguments = {"run"};
+  options.onExit = [keeper, done](int) {
+    keeper->reset();
+    *done = true;
+  };
+  auto result = launcher_.start(std::move(options));
+  *keeper = std::get<std::shared_ptr<ChildProcess>>(std::move(result));
+  (*keeper)->terminate();
+  EXPECT_TRUE(eventually([&] { return done->load(); }));
+}
+
+TEST_F(EndingTest, TheLaunchersEndEndsItsChildrenAndWaitsForTheirReports) {
+  const auto record = std::make_shared<ChildRecord>();
+  auto launcher = std::make_unique<PosixChildProcessLauncher>();
+  ChildOptions options;
+  options.executable = SCRIPTED_ENGINE;
+  options.arguments = {"run", "--ignore-term"};
+  options.onExit = [record](int status) { record->setStatus(status); };
+  const auto held = launcher->start(std::move(options));
+  launcher.reset();
+  EXPECT_EQ(record->status(), SIGKILL);
+  EXPECT_FALSE(std::get<std::shared_ptr<ChildProcess>>(held)->isRunning());
+}
+
+TEST_F(EndingTest, EndAndReapingDoNotWaitForTheOutputToBeTaken) {
+  std::promise<void> release;
+  std::atomic<bool> isTaking = false;
+  std::atomic<bool> isReported = false;
+  ChildOptions options;
+  options.executable = SCRIPTED_ENGINE;
+  options.arguments = {"run", "--print", "slow", "--exit", "0"};
+  options.onOutput = [&](std::string_view) {
+    isTaking = true;
+    release.get_future().wait();
+  };
+  options.onExit = [&](int) { isReported = true; };
+  const auto result = launcher_.start(std::move(options));
+  const auto& child = *std::get<std::shared_ptr<ChildProcess>>(result);
+  ASSERT_TRUE(eventually([&] { return isTaking.load() && !child.isRunning(); }));
+  EXPECT_FALSE(isReported);
+  release.set_value();
+  EXPECT_TRUE(eventually([&] { return isReported.load(); }));
+}
+
+}  // namespace
+}  // namespace voxtrel
