@@ -94,7 +94,7 @@ void measureAdapter(PosixChildProcessLauncher& launcher, Caller caller, Times& t
     const auto begin = Clock::now();
     auto result = launcher.start(std::move(options));
     times.startUs.push_back(microsecondsSince(begin));
-    child = std::get<std::shared_ptr<ChildProcess>>(std::move(result));
+    child = std::move(*result);
   };
   if (caller == Caller::mainThread) {
     start();

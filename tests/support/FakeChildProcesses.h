@@ -52,7 +52,7 @@ struct FakeLauncher : ChildProcessLauncher {
     startedAt.push_back(time.now());
     if (const auto why = failure) {
       if (onFailing) onFailing();
-      return LaunchFailure{*why};
+      return tl::unexpected(*why);
     }
     const auto child = std::make_shared<FakeChild>(std::move(options), time);
     child->endsAfterTerminate = endsAfterTerminate;

@@ -34,50 +34,48 @@ struct FakeApplication : Application {
   std::function<void()> onTerminate;
 };
 
-/// A desktop on which nothing happens but what the test does.
-struct FakeDesktop : Desktop {
-  AccessibilityTrust& accessibilityTrust() override { return trust; }
-  Alerts& alerts() override { return fakeAlerts; }
-  Application& application() override { return app; }
-  ApplicationBundle& bundle() override { return applicationBundle; }
-  BackgroundQueue& backgroundQueue() override { return time; }
-  ChildProcessLauncher& childProcesses() override { return launcher; }
-  Clock& clock() override { return time; }
-  FormWindows& formWindows() override { return forms; }
-  FrameTimer& frameTimer() override { return overlayWorld.frameTimer; }
-  Log& log() override { return fakeLog; }
-  LoginItem& loginItem() override { return fakeLoginItem; }
-  MainLoop& mainLoop() override { return time; }
-  Microphone& microphone() override { return overlayWorld.microphone; }
-  MicrophoneAccess& microphoneAccess() override { return access; }
-  Notifications& notifications() override { return fakeNotifications; }
-  OverlayStage& overlayStage() override { return overlayWorld.stage; }
-  PrivacySettings& privacySettings() override { return privacy; }
-  SleepWatch& sleepWatch() override { return sleep; }
-  StatusItem& statusItem() override { return item; }
-  Updater& updater() override { return fakeUpdater; }
-  UserDefaults& userDefaults() override { return defaults; }
-  std::unique_ptr<RealFft> makeRealFft() override { return nullptr; }
-  std::string homeDirectory() const override { return home; }
-
-  std::string home = "/nonexistent";
+/// A desktop on which only the test acts.
+struct FakeDesktop {
   ManualTime time;
   FakeTrust trust;
-  FakeAlerts fakeAlerts;
-  FakeApplication app;
-  FakeBundle applicationBundle;
+  FakeAlerts alerts;
+  FakeApplication application;
+  FakeBundle bundle;
   FakeFormWindows forms;
   FakeLauncher launcher{time};
-  FakeLoginItem fakeLoginItem;
-  FakeLog fakeLog;
+  FakeLoginItem loginItem;
+  FakeLog log;
   FakeMicrophoneAccess access;
   OverlayWorld overlayWorld;
-  FakeNotifications fakeNotifications;
+  FakeNotifications notifications;
   FakePrivacySettings privacy;
   FakeSleepWatch sleep;
   FakeStatusItem item;
-  FakeUpdater fakeUpdater;
+  FakeUpdater updater;
   FakeUserDefaults defaults;
+  Desktop ports{.accessibilityTrust = trust,
+                .alerts = alerts,
+                .application = application,
+                .bundle = bundle,
+                .backgroundQueue = time,
+                .childProcesses = launcher,
+                .clock = time,
+                .formWindows = forms,
+                .frameTimer = overlayWorld.frameTimer,
+                .log = log,
+                .loginItem = loginItem,
+                .mainLoop = time,
+                .microphone = overlayWorld.microphone,
+                .microphoneAccess = access,
+                .notifications = notifications,
+                .overlayStage = overlayWorld.stage,
+                .privacySettings = privacy,
+                .sleepWatch = sleep,
+                .statusItem = item,
+                .updater = updater,
+                .userDefaults = defaults,
+                .makeRealFft = {},
+                .homeDirectory = "/nonexistent"};
 };
 
 }  // namespace voxtrel::testing

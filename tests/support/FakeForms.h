@@ -11,9 +11,8 @@
 #include "voxtrel/forms/SettingsView.h"
 #include "voxtrel/platform/Alerts.h"
 #include "voxtrel/platform/FormWindows.h"
-#include "voxtrel/platform/LoginItem.h"
-#include "voxtrel/platform/PrivacySettings.h"
-#include "voxtrel/platform/UserDefaults.h"
+#include "voxtrel/platform/Permissions.h"
+#include "voxtrel/platform/Preferences.h"
 
 namespace voxtrel::testing {
 

@@ -7,13 +7,12 @@
 #include <utility>
 #include <vector>
 
-#include "voxtrel/platform/ApplicationBundle.h"
+#include "voxtrel/platform/Application.h"
 #include "voxtrel/platform/Log.h"
 #include "voxtrel/platform/Notifications.h"
 #include "voxtrel/platform/Permissions.h"
 #include "voxtrel/platform/SleepWatch.h"
 #include "voxtrel/platform/StatusItem.h"
-#include "voxtrel/platform/Updater.h"
 
 namespace voxtrel::testing {
 

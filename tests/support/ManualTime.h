@@ -8,9 +8,7 @@
 #include <optional>
 #include <utility>
 
-#include "voxtrel/platform/BackgroundQueue.h"
-#include "voxtrel/platform/Clock.h"
-#include "voxtrel/platform/MainLoop.h"
+#include "voxtrel/platform/Scheduling.h"
 
 namespace voxtrel::testing {
 

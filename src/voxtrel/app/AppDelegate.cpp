@@ -7,11 +7,10 @@
 #include "voxtrel/forms/SettingsView.h"
 #include "voxtrel/menubar/StatusBarController.h"
 #include "voxtrel/platform/Desktop.h"
-#include "voxtrel/platform/LoginItem.h"
-#include "voxtrel/platform/MainLoop.h"
 #include "voxtrel/platform/Notifications.h"
 #include "voxtrel/platform/Permissions.h"
-#include "voxtrel/platform/UserDefaults.h"
+#include "voxtrel/platform/Preferences.h"
+#include "voxtrel/platform/Scheduling.h"
 #include "voxtrel/supervisor/CrashNotificationHelper.h"
 
 namespace voxtrel {
@@ -31,39 +30,39 @@ NotificationCategory crashCategory() {
                        .foreground = true}}};
 }
 
-StatusBarPorts statusBarPorts(Desktop& desktop, RecordingOverlay& overlay) {
-  return {.process = {.bundle = desktop.bundle(),
-                      .backgroundQueue = desktop.backgroundQueue(),
-                      .childProcesses = desktop.childProcesses(),
-                      .clock = desktop.clock(),
-                      .log = desktop.log(),
-                      .mainLoop = desktop.mainLoop(),
-                      .notifications = desktop.notifications()},
-          .application = desktop.application(),
-          .config = ConfigManager(desktop.homeDirectory()),
-          .formWindows = desktop.formWindows(),
-          .loginItem = desktop.loginItem(),
+StatusBarPorts statusBarPorts(const Desktop& desktop, RecordingOverlay& overlay) {
+  return {.process = {.bundle = desktop.bundle,
+                      .backgroundQueue = desktop.backgroundQueue,
+                      .childProcesses = desktop.childProcesses,
+                      .clock = desktop.clock,
+                      .log = desktop.log,
+                      .mainLoop = desktop.mainLoop,
+                      .notifications = desktop.notifications},
+          .application = desktop.application,
+          .config = ConfigManager(desktop.homeDirectory),
+          .formWindows = desktop.formWindows,
+          .loginItem = desktop.loginItem,
           .overlay = overlay,
-          .sleepWatch = desktop.sleepWatch(),
-          .statusItem = desktop.statusItem(),
-          .updater = desktop.updater(),
-          .userDefaults = desktop.userDefaults()};
+          .sleepWatch = desktop.sleepWatch,
+          .statusItem = desktop.statusItem,
+          .updater = desktop.updater,
+          .userDefaults = desktop.userDefaults};
 }
 
 }  // namespace
 
-AppDelegate::AppDelegate(Desktop& desktop, RecordingOverlay& overlay)
+AppDelegate::AppDelegate(const Desktop& desktop, RecordingOverlay& overlay)
     : desktop_(desktop),
       overlay_(overlay),
-      logger_(desktop.log(), "main"),
+      logger_(desktop.log, "main"),
       crashNotificationDelegate_(std::make_shared<CrashNotificationDelegate>()) {}
 
 void AppDelegate::applicationDidFinishLaunching() {
   logger_.info("Voxtrel launching");
-  if (desktop_.userDefaults().boolForKey(SettingsView::kLaunchAtLoginKey)) {
-    static_cast<void>(desktop_.loginItem().enable());  // no reason not to start
+  if (desktop_.userDefaults.boolForKey(SettingsView::kLaunchAtLoginKey)) {
+    static_cast<void>(desktop_.loginItem.enable());  // no reason not to start
   }
-  Notifications& notifications = desktop_.notifications();
+  Notifications& notifications = desktop_.notifications;
   notifications.setCategories({crashCategory()});
   notifications.setDelegate(crashNotificationDelegate_);
   notifications.requestAuthorization();
@@ -75,7 +74,7 @@ void AppDelegate::applicationDidFinishLaunching() {
 }
 
 bool AppDelegate::checkWeightsExist() const {
-  const ConfigManager config(desktop_.homeDirectory());
+  const ConfigManager config(desktop_.homeDirectory);
   return config.weightsExist(config.readWhisperModel());
 }
 
@@ -83,11 +82,11 @@ void AppDelegate::showModelDownload() {
   const auto done = [weak = weak_from_this()] {
     if (const auto self = weak.lock()) self->modelDownloadDone();
   };
-  downloadWindow_ = desktop_.formWindows().makeWindow(
-      kSetupWindow, ModelDownloadView::create({.bundle = desktop_.bundle(),
-                                               .backgroundQueue = desktop_.backgroundQueue(),
-                                               .childProcesses = desktop_.childProcesses(),
-                                               .mainLoop = desktop_.mainLoop()},
+  downloadWindow_ = desktop_.formWindows.makeWindow(
+      kSetupWindow, ModelDownloadView::create({.bundle = desktop_.bundle,
+                                               .backgroundQueue = desktop_.backgroundQueue,
+                                               .childProcesses = desktop_.childProcesses,
+                                               .mainLoop = desktop_.mainLoop},
                                               std::nullopt, {.onComplete = done, .onSkip = done}));
   downloadWindow_->makeKeyAndOrderFront();
 }
@@ -100,9 +99,9 @@ void AppDelegate::modelDownloadDone() {
 }
 
 void AppDelegate::requestPermissionsThenLaunch() {
-  const bool trusted = desktop_.accessibilityTrust().isTrusted(true);
-  desktop_.microphoneAccess().request(
-      [weak = weak_from_this(), &mainLoop = desktop_.mainLoop(), trusted](bool granted) {
+  const bool trusted = desktop_.accessibilityTrust.isTrusted(true);
+  desktop_.microphoneAccess.request(
+      [weak = weak_from_this(), &mainLoop = desktop_.mainLoop, trusted](bool granted) {
         mainLoop.post([weak, granted, trusted] {
           if (const auto self = weak.lock()) self->continueWith(granted, trusted);
         });
@@ -123,13 +122,13 @@ void AppDelegate::continueWith(bool microphoneGranted, bool trusted) {
 void AppDelegate::waitForAccessibility() {
   accessibilityPollCount_.reset();
   accessibilityTimer_ =
-      desktop_.mainLoop().every(kAccessibilityPollInterval, [weak = weak_from_this()] {
+      desktop_.mainLoop.every(kAccessibilityPollInterval, [weak = weak_from_this()] {
         if (const auto self = weak.lock()) self->pollAccessibility();
       });
 }
 
 void AppDelegate::pollAccessibility() {
-  if (desktop_.accessibilityTrust().isTrusted(false)) {
+  if (desktop_.accessibilityTrust.isTrusted(false)) {
     accessibilityTimer_.reset();
     openGate();
   } else if (accessibilityPollCount_.increment() == kAccessibilityPollLimit) {
@@ -165,9 +164,9 @@ void AppDelegate::showAccessibilityTimeoutAlert() {
 
 void AppDelegate::showPermissionAlert(const Alert& alert, PrivacyPane pane) {
   constexpr std::size_t kOpenSettings = 0;
-  desktop_.alerts().runModal(alert, [&desktop = desktop_, pane](std::size_t button) {
-    if (button == kOpenSettings) desktop.privacySettings().open(pane);
-    desktop.application().terminate();
+  desktop_.alerts.runModal(alert, [&desktop = desktop_, pane](std::size_t button) {
+    if (button == kOpenSettings) desktop.privacySettings.open(pane);
+    desktop.application.terminate();
   });
 }
 
@@ -175,7 +174,7 @@ void AppDelegate::quitRequested() {
   if (statusBar_) {
     statusBar_->quit();
   } else {
-    desktop_.application().terminate();
+    desktop_.application.terminate();
   }
 }
 

@@ -7,13 +7,13 @@
 #include "voxtrel/platform/Application.h"
 #include "voxtrel/platform/FormWindows.h"
 #include "voxtrel/platform/Log.h"
-#include "voxtrel/platform/PrivacySettings.h"
+#include "voxtrel/platform/Permissions.h"
 #include "voxtrel/platform/Subscription.h"
 #include "voxtrel/supervisor/CrashNotificationDelegate.h"
 
 namespace voxtrel {
 
-class Desktop;
+struct Desktop;
 class RecordingOverlay;
 class StatusBarController;
 
@@ -26,7 +26,7 @@ class StatusBarController;
 class AppDelegate : public ApplicationDelegate, public std::enable_shared_from_this<AppDelegate> {
  public:
   /// Starts nothing. The delegate must be held by a shared_ptr.
-  AppDelegate(Desktop& desktop, RecordingOverlay& overlay);
+  AppDelegate(const Desktop& desktop, RecordingOverlay& overlay);
 
   void applicationDidFinishLaunching() override;
   void applicationWillTerminate() override;
@@ -45,7 +45,7 @@ class AppDelegate : public ApplicationDelegate, public std::enable_shared_from_t
   void showAccessibilityTimeoutAlert();
   void showPermissionAlert(const Alert& alert, PrivacyPane pane);
 
-  Desktop& desktop_;
+  const Desktop& desktop_;
   RecordingOverlay& overlay_;
   const Logger logger_;
   std::shared_ptr<StatusBarController> statusBar_;

@@ -9,18 +9,18 @@ namespace voxtrel {
 
 namespace {
 
-OverlayPorts overlayPorts(Desktop& desktop) {
-  return {.stage = desktop.overlayStage(),
-          .microphone = desktop.microphone(),
-          .frameTimer = desktop.frameTimer(),
-          .mainLoop = desktop.mainLoop(),
-          .log = desktop.log(),
-          .makeFft = [&desktop] { return desktop.makeRealFft(); }};
+OverlayPorts overlayPorts(const Desktop& desktop) {
+  return {.stage = desktop.overlayStage,
+          .microphone = desktop.microphone,
+          .frameTimer = desktop.frameTimer,
+          .mainLoop = desktop.mainLoop,
+          .log = desktop.log,
+          .makeFft = desktop.makeRealFft};
 }
 
 }  // namespace
 
-QuillbackApp::QuillbackApp(Desktop& desktop)
+QuillbackApp::QuillbackApp(const Desktop& desktop)
     : desktop_(desktop),
       overlay_(std::make_unique<RecordingOverlay>(overlayPorts(desktop))),
       appDelegate_(std::make_shared<AppDelegate>(desktop, *overlay_)) {}
@@ -28,7 +28,7 @@ QuillbackApp::QuillbackApp(Desktop& desktop)
 QuillbackApp::~QuillbackApp() = default;
 
 int QuillbackApp::run() {
-  return desktop_.application().run(*appDelegate_);
+  return desktop_.application.run(*appDelegate_);
 }
 
 }  // namespace voxtrel

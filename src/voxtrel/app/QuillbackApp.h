@@ -5,21 +5,21 @@
 namespace voxtrel {
 
 class AppDelegate;
-class Desktop;
+struct Desktop;
 class RecordingOverlay;
 
 /// The program: the rooms, put together on a desktop.
 /// Thread: the main thread.  Owns: the delegate, the overlay.  Borrows: the desktop.
 class QuillbackApp {
  public:
-  explicit QuillbackApp(Desktop& desktop);
+  explicit QuillbackApp(const Desktop& desktop);
   ~QuillbackApp();
 
   /// Runs until the application is told to quit; returns the process's exit status.
   int run();
 
  private:
-  Desktop& desktop_;
+  const Desktop& desktop_;
   std::unique_ptr<RecordingOverlay> overlay_;
   std::shared_ptr<AppDelegate> appDelegate_;
 };

@@ -29,7 +29,7 @@ int main(int argc, char** argv) {
       break;
   }
 
-  const auto connection = voxtrel::connectToDesktop(argc, argv, voxtrel::applicationVersion());
-  if (!connection.desktop) return connection.exitStatus;
-  return voxtrel::QuillbackApp(*connection.desktop).run();
+  const auto desktop = voxtrel::connectToDesktop(argc, argv, voxtrel::applicationVersion());
+  if (!desktop) return desktop.error();
+  return voxtrel::QuillbackApp(**desktop).run();
 }

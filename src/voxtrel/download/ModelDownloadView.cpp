@@ -8,9 +8,8 @@
 #include "common/base/Lines.h"
 #include "common/base/Utf8.h"
 #include "voxtrel/download/SetupOutput.h"
-#include "voxtrel/platform/BackgroundQueue.h"
 #include "voxtrel/platform/ChildProcess.h"
-#include "voxtrel/platform/MainLoop.h"
+#include "voxtrel/platform/Scheduling.h"
 #include "voxtrel/supervisor/EngineLocation.h"
 
 namespace voxtrel {
@@ -132,13 +131,12 @@ void ModelDownloadView::launch(const std::shared_ptr<Setup>& setup, const std::s
             setup->mainLoop.post([setup, status] { setup->end()->handleExit(status); });
           }};
   const auto result = setup->childProcesses.start(std::move(options));
-  if (const auto* failure = std::get_if<LaunchFailure>(&result)) {
-    setup->mainLoop.post([setup, message = "Failed to launch: " + failure->description] {
-      setup->end()->fail(message);
-    });
+  if (!result) {
+    setup->mainLoop.post(
+        [setup, message = "Failed to launch: " + result.error()] { setup->end()->fail(message); });
     return;
   }
-  setup->mainLoop.post([setup, child = std::get<std::shared_ptr<ChildProcess>>(result)] {
+  setup->mainLoop.post([setup, child = *result] {
     if (setup->view) setup->child = child;  // else it has ended already
   });
 }

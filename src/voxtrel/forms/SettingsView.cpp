@@ -6,8 +6,7 @@
 #include <utility>
 
 #include "voxtrel/forms/SettingsTables.h"
-#include "voxtrel/platform/LoginItem.h"
-#include "voxtrel/platform/UserDefaults.h"
+#include "voxtrel/platform/Preferences.h"
 
 namespace voxtrel {
 namespace {

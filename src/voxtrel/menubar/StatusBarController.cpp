@@ -9,9 +9,8 @@
 #include "voxtrel/menubar/StatusContent.h"
 #include "voxtrel/overlay/RecordingOverlay.h"
 #include "voxtrel/platform/Application.h"
-#include "voxtrel/platform/MainLoop.h"
+#include "voxtrel/platform/Scheduling.h"
 #include "voxtrel/platform/SleepWatch.h"
-#include "voxtrel/platform/Updater.h"
 
 namespace voxtrel {
 namespace {

@@ -7,10 +7,10 @@
 #include "voxtrel/overlay/FFTBarView.h"
 #include "voxtrel/platform/FrameTimer.h"
 #include "voxtrel/platform/Log.h"
-#include "voxtrel/platform/MainLoop.h"
 #include "voxtrel/platform/Microphone.h"
 #include "voxtrel/platform/OverlayStage.h"
 #include "voxtrel/platform/RealFft.h"
+#include "voxtrel/platform/Scheduling.h"
 #include "voxtrel/platform/Subscription.h"
 
 namespace voxtrel {

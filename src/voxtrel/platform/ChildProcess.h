@@ -4,8 +4,9 @@
 #include <memory>
 #include <string>
 #include <string_view>
-#include <variant>
 #include <vector>
+
+#include <tl/expected.hpp>
 
 namespace voxtrel {
 
@@ -44,16 +45,12 @@ class ChildProcess {
   virtual void waitUntilExit() = 0;
 };
 
-/// Why a child could not be started, in words for the user.
-struct LaunchFailure {
-  std::string description;
-};
-
 /// Starts child processes, which end with the application however it ends.
 /// Thread: any; several starts may overlap.
 class ChildProcessLauncher {
  public:
-  using Result = std::variant<std::shared_ptr<ChildProcess>, LaunchFailure>;
+  /// The child, or a message for the user that says why it could not be started.
+  using Result = tl::expected<std::shared_ptr<ChildProcess>, std::string>;
 
   virtual ~ChildProcessLauncher() = default;
 

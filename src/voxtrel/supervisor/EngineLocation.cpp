@@ -3,7 +3,7 @@
 #include <filesystem>
 #include <system_error>
 
-#include "voxtrel/platform/ApplicationBundle.h"
+#include "voxtrel/platform/Application.h"
 
 namespace voxtrel {
 

@@ -1,14 +1,11 @@
 #include "voxtrel/supervisor/ProcessManager.h"
 
 #include <utility>
-#include <variant>
 
 #include "common/base/Lines.h"
 #include "common/base/Utf8.h"
-#include "voxtrel/platform/BackgroundQueue.h"
 #include "voxtrel/platform/ChildProcess.h"
-#include "voxtrel/platform/Clock.h"
-#include "voxtrel/platform/MainLoop.h"
+#include "voxtrel/platform/Scheduling.h"
 #include "voxtrel/supervisor/CrashNotificationHelper.h"
 #include "voxtrel/supervisor/CrashPolicy.h"
 #include "voxtrel/supervisor/EngineLocation.h"
@@ -101,15 +98,15 @@ void ProcessManager::start(const std::string& path, Generation generation) {
                                self->handleExit(status, generation);
                            }};
   auto result = ports_.childProcesses.start(std::move(options));
-  if (const auto* failure = std::get_if<LaunchFailure>(&result)) {
+  if (!result) {
     {
       const std::lock_guard guard(lock_);
-      if (startedGeneration_ == generation) lastError_ = failure->description;
+      if (startedGeneration_ == generation) lastError_ = result.error();
     }
     setStopped(generation);
     return;
   }
-  adopt(std::get<std::shared_ptr<ChildProcess>>(std::move(result)), generation);
+  adopt(std::move(*result), generation);
 }
 
 // Between the raising of the generation and the end of the start, another thread may have stopped

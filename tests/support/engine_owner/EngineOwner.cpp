@@ -16,8 +16,8 @@ int main(int argc, char** argv) {
   };
   voxtrel::PosixChildProcessLauncher launcher;
   const auto result = launcher.start(std::move(options));
-  if (const auto* failure = std::get_if<voxtrel::LaunchFailure>(&result)) {
-    std::fprintf(stderr, "%s\n", failure->description.c_str());
+  if (!result) {
+    std::fprintf(stderr, "%s\n", result.error().c_str());
     return 1;
   }
   for (;;) ::pause();

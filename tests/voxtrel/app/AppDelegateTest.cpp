@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "support/StartUpBench.h"
+#include "support/StartUpFixture.h"
 
 namespace voxtrel {
 namespace {
@@ -8,19 +8,19 @@ namespace {
 using namespace std::chrono_literals;
 using Texts = std::vector<std::string>;
 
-using StartUp = testing::StartUpBench;
+using StartUp = testing::StartUpFixture;
 
 TEST_F(StartUp, SetsUpTheNotifications) {
   finishLaunching();
-  ASSERT_EQ(desktop.fakeNotifications.categories.size(), 1U);
-  const NotificationCategory& category = desktop.fakeNotifications.categories.front();
+  ASSERT_EQ(desktop.notifications.categories.size(), 1U);
+  const NotificationCategory& category = desktop.notifications.categories.front();
   EXPECT_EQ(category.identifier, "CRASH_CATEGORY");
   ASSERT_EQ(category.actions.size(), 1U);
   EXPECT_EQ(category.actions.front().identifier, "RESTART_ACTION");
   EXPECT_EQ(category.actions.front().title, "Restart");
   EXPECT_TRUE(category.actions.front().foreground);
-  EXPECT_FALSE(desktop.fakeNotifications.delegate.expired());
-  EXPECT_EQ(desktop.fakeNotifications.setUp, (Texts{"categories", "delegate", "authorization"}));
+  EXPECT_FALSE(desktop.notifications.delegate.expired());
+  EXPECT_EQ(desktop.notifications.setUp, (Texts{"categories", "delegate", "authorization"}));
 }
 
 TEST_F(StartUp, StartsTheEngineOnceRightAfterTheMicrophoneAnswer) {
@@ -40,7 +40,7 @@ TEST_F(StartUp, MakesTheRestartButtonWork) {
   finishLaunching();
   answerMicrophone(true);
   bool completed = false;
-  desktop.fakeNotifications.delegate.lock()->didReceive(
+  desktop.notifications.delegate.lock()->didReceive(
       {.actionIdentifier = "RESTART_ACTION", .notificationIdentifier = ""},
       [&] { completed = true; });
   EXPECT_EQ(starts(), 2U);
@@ -50,29 +50,29 @@ TEST_F(StartUp, MakesTheRestartButtonWork) {
 TEST_F(StartUp, WarnsWhenTheMicrophoneIsRefusedAndEndsOnceAnswered) {
   finishLaunching();
   answerMicrophone(false);
-  EXPECT_EQ(desktop.fakeLog.entries.back(),
+  EXPECT_EQ(desktop.log.entries.back(),
             (testing::FakeLog::Entry{LogLevel::error, "main", "Microphone permission denied"}));
-  ASSERT_EQ(desktop.fakeAlerts.shown.size(), 1U);
-  const Alert& alert = desktop.fakeAlerts.shown.front();
+  ASSERT_EQ(desktop.alerts.shown.size(), 1U);
+  const Alert& alert = desktop.alerts.shown.front();
   EXPECT_EQ(alert.messageText, "Microphone Permission Required");
   EXPECT_EQ(alert.informativeText,
             "Voxtrel needs microphone access to capture audio for speech-to-text. Please grant "
             "access in System Settings > Privacy & Security > Microphone, then relaunch the app.");
   EXPECT_EQ(alert.buttons, (Texts{"Open Settings", "Quit"}));
-  EXPECT_EQ(desktop.app.terminations, 0);
-  desktop.fakeAlerts.onAnswer(1);
+  EXPECT_EQ(desktop.application.terminations, 0);
+  desktop.alerts.onAnswer(1);
   EXPECT_TRUE(desktop.privacy.opened.empty());
-  EXPECT_EQ(desktop.app.terminations, 1);
+  EXPECT_EQ(desktop.application.terminations, 1);
   EXPECT_EQ(starts(), 0U);
 }
 
 TEST_F(StartUp, OpensTheMicrophonePaneBeforeItEnds) {
   finishLaunching();
   answerMicrophone(false);
-  desktop.app.onTerminate = [&] { EXPECT_EQ(desktop.privacy.opened.size(), 1U); };
-  desktop.fakeAlerts.onAnswer(0);
+  desktop.application.onTerminate = [&] { EXPECT_EQ(desktop.privacy.opened.size(), 1U); };
+  desktop.alerts.onAnswer(0);
   EXPECT_EQ(desktop.privacy.opened, std::vector{PrivacyPane::microphone});
-  EXPECT_EQ(desktop.app.terminations, 1);
+  EXPECT_EQ(desktop.application.terminations, 1);
 }
 
 TEST_F(StartUp, OpensTheGateOnTheTickAfterTrustIsGranted) {
@@ -89,7 +89,7 @@ TEST_F(StartUp, OpensTheGateOnTheTickAfterTrustIsGranted) {
   EXPECT_EQ(desktop.trust.prompts.size(), 22U);  // one with a prompt, then 21 ticks
   desktop.time.advance(60s);
   EXPECT_EQ(starts(), 1U);
-  EXPECT_EQ(desktop.app.terminations, 0);
+  EXPECT_EQ(desktop.application.terminations, 0);
 }
 
 TEST_F(StartUp, WarnsAtTheSixtiethTickWithoutTrustAndEndsOnceAnswered) {
@@ -97,12 +97,12 @@ TEST_F(StartUp, WarnsAtTheSixtiethTickWithoutTrustAndEndsOnceAnswered) {
   finishLaunching();
   answerMicrophone(true);
   desktop.time.advance(29999ms);
-  EXPECT_TRUE(desktop.fakeAlerts.shown.empty());
+  EXPECT_TRUE(desktop.alerts.shown.empty());
   desktop.time.advance(1ms);
   EXPECT_EQ(desktop.trust.prompts.size(), 61U);
   EXPECT_EQ(desktop.time.timersRunning, 0);
-  ASSERT_EQ(desktop.fakeAlerts.shown.size(), 1U);
-  const Alert& alert = desktop.fakeAlerts.shown.front();
+  ASSERT_EQ(desktop.alerts.shown.size(), 1U);
+  const Alert& alert = desktop.alerts.shown.front();
   EXPECT_EQ(alert.messageText, "Accessibility Permission Required");
   EXPECT_EQ(
       alert.informativeText,
@@ -113,29 +113,29 @@ TEST_F(StartUp, WarnsAtTheSixtiethTickWithoutTrustAndEndsOnceAnswered) {
   desktop.trust.trusted = true;  // too late
   desktop.time.advance(60s);
   EXPECT_EQ(starts(), 0U);
-  EXPECT_EQ(desktop.app.terminations, 0);
-  desktop.fakeAlerts.onAnswer(0);
+  EXPECT_EQ(desktop.application.terminations, 0);
+  desktop.alerts.onAnswer(0);
   EXPECT_EQ(desktop.privacy.opened, std::vector{PrivacyPane::accessibility});
-  EXPECT_EQ(desktop.app.terminations, 1);
+  EXPECT_EQ(desktop.application.terminations, 1);
 }
 
 TEST_F(StartUp, RegistersTheLoginItemThatTheUserDefaultsAskFor) {
   desktop.defaults.values["launchAtLogin"] = true;
   finishLaunching();
-  EXPECT_EQ(desktop.fakeLoginItem.asked, std::vector<bool>{true});
+  EXPECT_EQ(desktop.loginItem.asked, std::vector<bool>{true});
 }
 
 TEST_F(StartUp, LeavesTheLoginItemAloneUnlessTheUserDefaultsAskForIt) {
-  desktop.fakeLoginItem.enabled = true;
+  desktop.loginItem.enabled = true;
   desktop.defaults.values["launchAtLogin"] = false;
   finishLaunching();
-  EXPECT_TRUE(desktop.fakeLoginItem.asked.empty());
-  EXPECT_TRUE(desktop.fakeLoginItem.enabled);
+  EXPECT_TRUE(desktop.loginItem.asked.empty());
+  EXPECT_TRUE(desktop.loginItem.enabled);
 }
 
 TEST_F(StartUp, GoesOnWithoutALoginItemThatCannotBeRegistered) {
   desktop.defaults.values["launchAtLogin"] = true;
-  desktop.fakeLoginItem.canEnable = false;
+  desktop.loginItem.canEnable = false;
   finishLaunching();
   answerMicrophone(true);
   EXPECT_EQ(starts(), 1U);
@@ -153,14 +153,14 @@ TEST_F(StartUp, QuitRequestStopsTheEngineAndEndsTheApplication) {
   answerMicrophone(true);
   delegate->quitRequested();
   EXPECT_EQ(desktop.launcher.running(), 0U);
-  EXPECT_EQ(desktop.app.terminations, 1);
+  EXPECT_EQ(desktop.application.terminations, 1);
   EXPECT_EQ(logged("main").back(), "Voxtrel terminating");
 }
 
 TEST_F(StartUp, QuitRequestBeforeTheGateEndsTheApplication) {
   finishLaunching();
   delegate->quitRequested();
-  EXPECT_EQ(desktop.app.terminations, 1);
+  EXPECT_EQ(desktop.application.terminations, 1);
 }
 
 TEST_F(StartUp, TerminationStopsAnEngineThatNobodyAskedToStop) {

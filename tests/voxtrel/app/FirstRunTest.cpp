@@ -2,7 +2,7 @@
 
 #include <filesystem>
 
-#include "support/StartUpBench.h"
+#include "support/StartUpFixture.h"
 
 namespace voxtrel {
 namespace {
@@ -10,7 +10,7 @@ namespace {
 using namespace std::chrono_literals;
 
 /// The start on a machine that has no model yet.
-struct FirstRun : testing::StartUpBench {
+struct FirstRun : testing::StartUpFixture {
   FirstRun() {
     std::filesystem::remove(home.path() / kManifestPath);
     finishLaunching();
@@ -75,7 +75,7 @@ TEST_F(FirstRun, StaysParkedWhenTheWindowIsClosed) {
   desktop.time.advance(60s);
   EXPECT_FALSE(microphoneWasAsked());
   EXPECT_EQ(desktop.item.menusSet, 0);
-  EXPECT_EQ(desktop.app.terminations, 0);
+  EXPECT_EQ(desktop.application.terminations, 0);
 }
 
 TEST_F(FirstRun, GoesOnWhenTheSetupBehindAClosedWindowSucceeds) {

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "support/StatusBarBench.h"
+#include "support/StatusBarFixture.h"
 
 namespace voxtrel {
 namespace {
@@ -8,7 +8,7 @@ namespace {
 using namespace std::chrono_literals;
 using Texts = std::vector<std::string>;
 
-using StatusBar = testing::StatusBarBench;
+using StatusBar = testing::StatusBarFixture;
 
 TEST_F(StatusBar, BeginsWithTheLoadingSymbolTheIdleLabelAndARunningEngine) {
   EXPECT_EQ(desktop.item.symbol, "mic.badge.xmark");
@@ -110,7 +110,7 @@ TEST_F(StatusBar, CommandsReachSettingsAndUpdater) {
   desktop.item.choose(Row::settings);
   EXPECT_EQ(desktop.forms.windows.size(), 1U);
   desktop.item.choose(Row::updates);
-  EXPECT_EQ(desktop.fakeUpdater.checks, 1);
+  EXPECT_EQ(desktop.updater.checks, 1);
 }
 
 TEST_F(StatusBar, RestartReplacesTheEngineAndStopsItForThreeSecondsAtMost) {
@@ -130,22 +130,21 @@ TEST_F(StatusBar, RestartAfterGivingUpGrantsAllRelaunchesAgain) {
   EXPECT_EQ(starts(), 4U);
   desktop.item.choose(Row::restart);
   EXPECT_EQ(starts(), 5U);
-  desktop.fakeNotifications.posted.clear();
+  desktop.notifications.posted.clear();
   desktop.launcher.last().exit(1);
-  EXPECT_EQ(desktop.fakeNotifications.bodies(),
-            Texts{"Process crashed. Restarting (attempt 1/3)..."});
+  EXPECT_EQ(desktop.notifications.bodies(), Texts{"Process crashed. Restarting (attempt 1/3)..."});
 }
 
 TEST_F(StatusBar, QuitStopsTheEngineBeforeTheApplicationEndsAndShutdownMayBeRepeated) {
   desktop.launcher.last().endsAfterTerminate.reset();
   const auto before = desktop.time.now();
   std::size_t runningAtTerminate = 1;
-  desktop.app.onTerminate = [&] {
+  desktop.application.onTerminate = [&] {
     runningAtTerminate = desktop.launcher.running();
     controller->shutdown();
   };
   desktop.item.choose(Row::quit);
-  EXPECT_EQ(desktop.app.terminations, 1);
+  EXPECT_EQ(desktop.application.terminations, 1);
   EXPECT_EQ(runningAtTerminate, 0U);
   EXPECT_EQ(desktop.time.now() - before, 2s);
   EXPECT_EQ(desktop.sleep.removed, (Texts{"sleep", "wake"}));
@@ -200,8 +199,7 @@ TEST_F(StatusBar, WakeKeepsTheCrashCount) {
   desktop.sleep.didWake();
   desktop.time.advance(2s);
   desktop.launcher.last().exit(1);
-  EXPECT_EQ(desktop.fakeNotifications.bodies().back(),
-            "Process crashed. Restarting (attempt 2/3)...");
+  EXPECT_EQ(desktop.notifications.bodies().back(), "Process crashed. Restarting (attempt 2/3)...");
 }
 
 TEST_F(StatusBar, ThatIsGoneBeforeTheLaunchAfterWakeLaunchesNothing) {

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "support/StatusBarBench.h"
+#include "support/StatusBarFixture.h"
 
 namespace voxtrel {
 namespace {
@@ -11,7 +11,7 @@ constexpr std::string_view kConfigPath = ".config/quillback/config.toml";
 constexpr std::string_view kManifestPath =
     ".local/share/quillback/weights/whisper-large-v3/manifest.json";
 
-struct StatusBarWindows : testing::StatusBarBench {
+struct StatusBarWindows : testing::StatusBarFixture {
   testing::FakeFormWindows::State& window(std::size_t index) {
     return *desktop.forms.windows.at(index);
   }
@@ -81,8 +81,7 @@ TEST_F(StatusBarWindows, SavingGrantsTheFullCrashAllowanceAgain) {
   openSettings();
   window(0).settings->saveAndRestart();
   desktop.launcher.last().exit(1);
-  EXPECT_EQ(desktop.fakeNotifications.bodies().back(),
-            "Process crashed. Restarting (attempt 1/3)...");
+  EXPECT_EQ(desktop.notifications.bodies().back(), "Process crashed. Restarting (attempt 1/3)...");
 }
 
 TEST_F(StatusBarWindows, SavingWithoutTheModelStopsTheEngineAndDownloads) {

@@ -3,7 +3,7 @@
 #include <set>
 
 #include "common/base/CheckedCounter.h"
-#include "support/EngineBench.h"
+#include "support/EngineFixture.h"
 #include "voxtrel/supervisor/CrashNotificationDelegate.h"
 #include "voxtrel/supervisor/CrashPolicy.h"
 
@@ -11,7 +11,7 @@ namespace voxtrel {
 namespace {
 
 using namespace std::chrono_literals;
-using testing::EngineBench;
+using testing::EngineFixture;
 using States = std::vector<AppState>;
 using Texts = std::vector<std::string>;
 
@@ -36,7 +36,7 @@ struct CrashRecovery : ::testing::Test {
     }
   }
 
-  EngineBench bench;
+  EngineFixture bench;
 };
 
 TEST_F(CrashRecovery, CleanExitStopsWithoutNotificationOrRelaunch) {

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "support/EngineBench.h"
+#include "support/EngineFixture.h"
 #include "voxtrel/supervisor/EngineLocation.h"
 #include "voxtrel/supervisor/ProcessManager.h"
 
@@ -8,13 +8,13 @@ namespace voxtrel {
 namespace {
 
 using namespace std::chrono_literals;
-using testing::EngineBench;
+using testing::EngineFixture;
 using testing::FakeBundle;
 using testing::FakeChild;
 using States = std::vector<AppState>;
 
 TEST(EngineStatus, IsLoadingBeforeAnythingWasLaunched) {
-  const EngineBench bench;
+  const EngineFixture bench;
   EXPECT_EQ(bench.manager->state(), AppState::loading);
   EXPECT_EQ(bench.manager->lastText(), "");
   EXPECT_EQ(bench.manager->lastError(), "");
@@ -22,14 +22,14 @@ TEST(EngineStatus, IsLoadingBeforeAnythingWasLaunched) {
 }
 
 TEST(EngineStatus, NotifiesTheObserverAlsoOfAStateThatIsAlreadyCurrent) {
-  EngineBench bench;
+  EngineFixture bench;
   bench.manager->launch();
   bench.print("Ready.\nReady.\n");
   EXPECT_EQ(bench.heard, (States{AppState::loading, AppState::idle, AppState::idle}));
 }
 
 TEST(EngineStatus, IsStoredAtOnceAndHeardOfOnTheMainLoopWithItsOwnValue) {
-  EngineBench bench;
+  EngineFixture bench;
   bench.manager->launch();
   bench.time.runPosted();
   bench.heard.clear();
@@ -41,7 +41,7 @@ TEST(EngineStatus, IsStoredAtOnceAndHeardOfOnTheMainLoopWithItsOwnValue) {
 }
 
 TEST(EngineStatus, IsStoredWithoutAnObserver) {
-  EngineBench bench;
+  EngineFixture bench;
   bench.manager->setOnStateChange(nullptr);
   bench.manager->launch();
   bench.print("Ready.\n");
@@ -49,7 +49,7 @@ TEST(EngineStatus, IsStoredWithoutAnObserver) {
 }
 
 TEST(EngineStatus, DropsANotificationWhoseSupervisorIsGone) {
-  EngineBench bench;
+  EngineFixture bench;
   bench.manager->launch();
   bench.manager.reset();
   bench.time.runPosted();
@@ -66,7 +66,7 @@ TEST(EngineLocation, IsBesideTheApplicationElseInTheSystemFolder) {
 }
 
 TEST(Launch, StartsTheEngineWithTheSingleArgumentRun) {
-  EngineBench bench;
+  EngineFixture bench;
   bench.manager->launch();
   ASSERT_EQ(bench.launcher.children.size(), 1U);
   const ChildOptions& options = bench.launcher.last().options;
@@ -77,7 +77,7 @@ TEST(Launch, StartsTheEngineWithTheSingleArgumentRun) {
 }
 
 TEST(Launch, WithoutAnEngineLogsAndStopsEachTimeAndCountsNoCrash) {
-  EngineBench bench;
+  EngineFixture bench;
   bench.bundle.engine = "/nonexistent/quillback";
   for (std::size_t launches = 1; launches <= 5; ++launches) {
     bench.manager->launch();
@@ -94,7 +94,7 @@ TEST(Launch, WithoutAnEngineLogsAndStopsEachTimeAndCountsNoCrash) {
 }
 
 TEST(Launch, ThatFailsShowsWhyAndIsNotRepeated) {
-  EngineBench bench;
+  EngineFixture bench;
   bench.launcher.failure = "Cannot start quillback: Permission denied";
   bench.manager->launch();
   bench.time.advance(10s);
@@ -106,7 +106,7 @@ TEST(Launch, ThatFailsShowsWhyAndIsNotRepeated) {
 }
 
 TEST(Launch, ForgetsTheLastErrorAndKeepsTheLastText) {
-  EngineBench bench;
+  EngineFixture bench;
   bench.manager->launch();
   bench.print("[quillback] ERROR one\n[gpu-decode] text: \"hello\"\n");
   bench.manager->launch();
@@ -115,7 +115,7 @@ TEST(Launch, ForgetsTheLastErrorAndKeepsTheLastText) {
 }
 
 TEST(Launch, ReplacesTheRunningEngine) {
-  EngineBench bench;
+  EngineFixture bench;
   bench.manager->launch();
   bench.manager->launch();
   ASSERT_EQ(bench.launcher.children.size(), 2U);
@@ -125,7 +125,7 @@ TEST(Launch, ReplacesTheRunningEngine) {
 }
 
 TEST(Launch, IgnoresWhatTheReplacedEnginePrintsAndHowItEnds) {
-  EngineBench bench;
+  EngineFixture bench;
   bench.launcher.endsAfterTerminate = 200ms;
   bench.manager->launch();
   const auto old = bench.launcher.children.back();
@@ -143,7 +143,7 @@ TEST(Launch, IgnoresWhatTheReplacedEnginePrintsAndHowItEnds) {
 }
 
 TEST(Launch, LeavesOneEngineWhenAnotherLaunchOvertakesIt) {
-  EngineBench bench;
+  EngineFixture bench;
   bool overtaken = false;
   bench.launcher.onStarted = [&](FakeChild& /*child*/) {
     if (!std::exchange(overtaken, true)) bench.manager->launch();
@@ -159,7 +159,7 @@ TEST(Launch, LeavesOneEngineWhenAnotherLaunchOvertakesIt) {
 }
 
 TEST(Launch, StopsTheEngineThatAnotherLaunchStartedBetweenItsOwnStopAndStart) {
-  EngineBench bench;
+  EngineFixture bench;
   bench.launcher.endsAfterTerminate = 200ms;
   bool overtaken = false;
   bench.bundle.onAsked = [&] {
@@ -180,14 +180,14 @@ TEST(Launch, StopsTheEngineThatAnotherLaunchStartedBetweenItsOwnStopAndStart) {
 }
 
 TEST(Launch, LeavesNoEngineWhenAStopOvertakesIt) {
-  EngineBench bench;
+  EngineFixture bench;
   bench.launcher.onStarted = [&](FakeChild& /*child*/) { bench.manager->stopAndWait(2s); };
   bench.manager->launch();
   EXPECT_EQ(bench.launcher.running(), 0U);
 }
 
 TEST(Launch, ThatWasOvertakenAndFailsLeavesTheLaterOneItsState) {
-  EngineBench bench;
+  EngineFixture bench;
   bench.launcher.failure = "Cannot start quillback: Exec format error";
   bench.launcher.onFailing = [&] {
     bench.launcher.failure.reset();
@@ -200,7 +200,7 @@ TEST(Launch, ThatWasOvertakenAndFailsLeavesTheLaterOneItsState) {
 }
 
 TEST(StopAndWait, EndsThePollingAsSoonAsTheEngineHasEndedAndSendsNoKill) {
-  EngineBench bench;
+  EngineFixture bench;
   bench.launcher.endsAfterTerminate = 120ms;
   bench.manager->launch();
   const auto before = bench.time.now();
@@ -211,7 +211,7 @@ TEST(StopAndWait, EndsThePollingAsSoonAsTheEngineHasEndedAndSendsNoKill) {
 }
 
 TEST(StopAndWait, KillsAnEngineThatIgnoresTheRequestAfterTheTimeoutAndWaitsForItsEnd) {
-  EngineBench bench;
+  EngineFixture bench;
   bench.launcher.endsAfterTerminate.reset();
   bench.manager->launch();
   const auto before = bench.time.now();
@@ -222,7 +222,7 @@ TEST(StopAndWait, KillsAnEngineThatIgnoresTheRequestAfterTheTimeoutAndWaitsForIt
 }
 
 TEST(StopAndWait, InALaunchTakesThreeSecondsBeforeTheKill) {
-  EngineBench bench;
+  EngineFixture bench;
   bench.launcher.endsAfterTerminate.reset();
   bench.manager->launch();
   bench.manager->launch();
@@ -230,7 +230,7 @@ TEST(StopAndWait, InALaunchTakesThreeSecondsBeforeTheKill) {
 }
 
 TEST(StopAndWait, KeepsTheStateAndAnnouncesNothing) {
-  EngineBench bench;
+  EngineFixture bench;
   bench.manager->launch();
   bench.print("Recording...\n");
   bench.heard.clear();
@@ -243,7 +243,7 @@ TEST(StopAndWait, KeepsTheStateAndAnnouncesNothing) {
 }
 
 TEST(StopAndWait, WithoutAnEngineReturnsAtOnce) {
-  EngineBench bench;
+  EngineFixture bench;
   const auto before = bench.time.now();
   bench.manager->stopAndWait(3s);
   bench.manager->launch();
@@ -254,7 +254,7 @@ TEST(StopAndWait, WithoutAnEngineReturnsAtOnce) {
 }
 
 TEST(StopAndWait, DoesNotForgetAnEngineThatAnotherThreadStartedMeanwhile) {
-  EngineBench bench;
+  EngineFixture bench;
   bench.launcher.endsAfterTerminate = 200ms;
   bench.manager->launch();
   bench.time.happensAfter(100ms, [&] { bench.manager->launch(); });
@@ -266,7 +266,7 @@ TEST(StopAndWait, DoesNotForgetAnEngineThatAnotherThreadStartedMeanwhile) {
 }
 
 TEST(Supervisor, ThatIsGoneHearsNothing) {
-  EngineBench bench;
+  EngineFixture bench;
   bench.manager->launch();
   const auto child = bench.launcher.children.back();
   bench.manager.reset();

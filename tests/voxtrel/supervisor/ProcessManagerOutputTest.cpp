@@ -1,12 +1,12 @@
 #include <gtest/gtest.h>
 
-#include "support/EngineBench.h"
+#include "support/EngineFixture.h"
 
 namespace voxtrel {
 namespace {
 
 using namespace std::chrono_literals;
-using testing::EngineBench;
+using testing::EngineFixture;
 using States = std::vector<AppState>;
 
 struct EngineOutput : ::testing::Test {
@@ -15,7 +15,7 @@ struct EngineOutput : ::testing::Test {
     bench.time.runPosted();
     bench.heard.clear();
   }
-  EngineBench bench;
+  EngineFixture bench;
 };
 
 TEST_F(EngineOutput, SetsTheStatesInTheOrderOfTheLines) {

@@ -4,46 +4,144 @@
 #include <QDBusConnection>
 #include <csignal>
 #include <cstdlib>
+#include <memory>
 
 #include "common/base/HomeDirectory.h"
+#include "voxtrel/platform/kissfft/KissRealFft.h"
 #include "voxtrel/platform/linux/log/OpenLog.h"
+#include "voxtrel/platform/linux/notifications/FreedesktopNotifications.h"
+#include "voxtrel/platform/linux/overlay/QtOverlayStage.h"
+#include "voxtrel/platform/linux/overlay/TimerFdFrameTimer.h"
+#include "voxtrel/platform/linux/permissions/HelpPages.h"
+#include "voxtrel/platform/linux/permissions/SandboxMicrophoneAccess.h"
+#include "voxtrel/platform/linux/permissions/SessionKeyTrust.h"
+#include "voxtrel/platform/linux/session/AutostartEntry.h"
 #include "voxtrel/platform/linux/session/DisplayConnection.h"
+#include "voxtrel/platform/linux/session/LogindSleepWatch.h"
+#include "voxtrel/platform/linux/session/QSettingsUserDefaults.h"
+#include "voxtrel/platform/linux/session/QtApplication.h"
+#include "voxtrel/platform/linux/session/QtMainLoop.h"
 #include "voxtrel/platform/linux/session/SingleInstance.h"
-#include "voxtrel/platform/linux/session/UserFolders.h"
+#include "voxtrel/platform/linux/sound/PulseMicrophone.h"
+#include "voxtrel/platform/linux/tray/TrayStatusItem.h"
+#include "voxtrel/platform/linux/windows/DesktopColors.h"
+#include "voxtrel/platform/linux/windows/QtAlerts.h"
+#include "voxtrel/platform/linux/windows/QtFormWindows.h"
+#include "voxtrel/platform/linux/windows/UpdateNotice.h"
+#include "voxtrel/platform/posix/ExecutableFolder.h"
 #include "voxtrel/platform/posix/ExecutablePath.h"
+#include "voxtrel/platform/posix/PosixChildProcessLauncher.h"
+#include "voxtrel/platform/posix/SteadyClock.h"
+#include "voxtrel/platform/posix/ThreadedBackgroundQueue.h"
 
 namespace voxtrel {
+namespace {
 
-LinuxDesktop::LinuxDesktop(Parts parts, const std::string& version)
-    : home_(voxtrel::homeDirectory()),
-      parts_(std::move(parts)),
+/// A desktop that follows freedesktop.org's conventions.
+/// Thread: the main thread.  Owns: every adapter; each is made after those it uses.
+class LinuxDesktop {
+ public:
+  struct Parts {
+    std::unique_ptr<Log> log;
+    std::unique_ptr<QApplication> qtApplication;
+    std::unique_ptr<SingleInstance> instance;
+  };
+
+  LinuxDesktop(Parts parts, const std::string& version, const LinuxPlaces& places);
+
+  const Desktop& ports() const { return ports_; }
+
+ private:
+  Parts parts_;
+  QtApplication application_;
+  QtMainLoop mainLoop_;
+  SteadyClock clock_;
+  ExecutableFolder bundle_;
+  PulseMicrophone microphone_;
+  QtOverlayStage overlayStage_;
+  TimerFdFrameTimer frameTimer_;
+  SandboxMicrophoneAccess microphoneAccess_;
+  FreedesktopNotifications notifications_;
+  SessionKeyTrust accessibilityTrust_;
+  LogindSleepWatch sleepWatch_;
+  TrayStatusItem statusItem_;
+  DesktopColors colors_;
+  QtAlerts alerts_;
+  QtFormWindows formWindows_;
+  AutostartEntry loginItem_;
+  HelpPages privacySettings_;
+  QSettingsUserDefaults userDefaults_;
+  UpdateNotice updater_;
+  // After the others, because their threads may call into everything above until they have ended.
+  PosixChildProcessLauncher childProcesses_;
+  ThreadedBackgroundQueue backgroundQueue_;
+  const Desktop ports_;
+};
+
+SessionKeyTrust::Sources keySources(const LinuxPlaces& places) {
+  auto sources = SessionKeyTrust::sourcesOfThisSession();
+  sources.canReadKeyboard = places.canReadKeyboard;
+  return sources;
+}
+
+LinuxDesktop::LinuxDesktop(Parts parts, const std::string& version, const LinuxPlaces& places)
+    : parts_(std::move(parts)),
       bundle_(executablePath()),
-      microphoneAccess_(mainLoop_, *parts_.log, QDBusConnection::sessionBus(), kSandboxMarker),
-      accessibilityTrust_(SessionKeyTrust::sourcesOfThisSession(), notifications_),
+      microphoneAccess_(mainLoop_, *parts_.log, QDBusConnection::sessionBus(),
+                        places.sandboxMarker),
+      accessibilityTrust_(keySources(places), notifications_),
       sleepWatch_(*parts_.log),
       alerts_(colors_),
       formWindows_(colors_),
-      loginItem_(desktopConfigFolder(home_, isSandboxed()),
+      loginItem_(desktopConfigFolder(homeDirectory(), isSandboxed()),
                  autostartProgram(startedProgram(executablePath()), isSandboxed())),
       privacySettings_(*parts_.log, HelpPages::folderFor(executablePath()),
                        HelpPages::readerOfThisSession(isSandboxed())),
-      userDefaults_(configFolder(home_)),
-      updater_(version) {}
+      userDefaults_(configFolder(homeDirectory())),
+      updater_(version),
+      ports_{.accessibilityTrust = accessibilityTrust_,
+             .alerts = alerts_,
+             .application = application_,
+             .bundle = bundle_,
+             .backgroundQueue = backgroundQueue_,
+             .childProcesses = childProcesses_,
+             .clock = clock_,
+             .formWindows = formWindows_,
+             .frameTimer = frameTimer_,
+             .log = *parts_.log,
+             .loginItem = loginItem_,
+             .mainLoop = mainLoop_,
+             .microphone = microphone_,
+             .microphoneAccess = microphoneAccess_,
+             .notifications = notifications_,
+             .overlayStage = overlayStage_,
+             .privacySettings = privacySettings_,
+             .sleepWatch = sleepWatch_,
+             .statusItem = statusItem_,
+             .updater = updater_,
+             .userDefaults = userDefaults_,
+             .makeRealFft = KissRealFft::make,
+             .homeDirectory = homeDirectory()} {}
 
-LinuxDesktop::~LinuxDesktop() = default;
+}  // namespace
 
-DesktopConnection connectToDesktop(int& argc, char** argv, const std::string& version) {
-  // Whoever reads our standard error may go away; that is no reason to end.
+DesktopConnection connectToLinux(int& argc, char** argv, const std::string& version,
+                                 const LinuxPlaces& places) {
+  // The reader of our standard error may go away; that is no reason to end.
   std::signal(SIGPIPE, SIG_IGN);
   LinuxDesktop::Parts parts;
   parts.log = openLog();
   parts.qtApplication = connectToDisplay(argc, argv, version);
-  if (!parts.qtApplication) return {nullptr, EXIT_FAILURE};
+  if (!parts.qtApplication) return tl::unexpected(EXIT_FAILURE);
   parts.instance = std::make_unique<SingleInstance>(*parts.log);
   SingleInstance& instance = *parts.instance;
-  auto desktop = std::make_unique<LinuxDesktop>(std::move(parts), version);
-  if (!instance.isFirst()) return {nullptr, EXIT_SUCCESS};
-  return {std::move(desktop), EXIT_SUCCESS};
+  const auto desktop = std::make_shared<LinuxDesktop>(std::move(parts), version, places);
+  if (!instance.isFirst()) return tl::unexpected(EXIT_SUCCESS);
+  return std::shared_ptr<const Desktop>(desktop, &desktop->ports());
+}
+
+DesktopConnection connectToDesktop(int& argc, char** argv, const std::string& version) {
+  return connectToLinux(argc, argv, version, {});
 }
 
 }  // namespace voxtrel

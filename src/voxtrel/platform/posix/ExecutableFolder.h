@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "voxtrel/platform/ApplicationBundle.h"
+#include "voxtrel/platform/Application.h"
 
 namespace voxtrel {
 

@@ -47,7 +47,7 @@ ChildProcessLauncher::Result PosixChildProcessLauncher::start(ChildOptions optio
     remember(child);
     return child;
   } catch (const std::system_error& error) {
-    return LaunchFailure{"Cannot start " + executable + ": " + error.code().message()};
+    return tl::unexpected("Cannot start " + executable + ": " + error.code().message());
   }
 }
 

@@ -15,7 +15,7 @@ class ChildSupervision;
 /// its output.
 /// Thread: any; destroyed by none of its children's.  Owns: the threads. Its end ends the children
 /// that still run and waits until their last callback has returned.
-/// Fails by: a LaunchFailure.
+/// Fails by: a message that says why.
 class PosixChildProcessLauncher : public ChildProcessLauncher {
  public:
   PosixChildProcessLauncher();

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "voxtrel/platform/Clock.h"
+#include "voxtrel/platform/Scheduling.h"
 
 namespace voxtrel {
 

@@ -6,7 +6,7 @@
 #include <map>
 #include <mutex>
 
-#include "voxtrel/platform/BackgroundQueue.h"
+#include "voxtrel/platform/Scheduling.h"
 #include "voxtrel/platform/posix/ThreadGroup.h"
 
 namespace voxtrel {

@@ -12,10 +12,10 @@ StartedChild ChildTest::start(const std::string& executable, const Words& words,
   options.onOutput = [record = child.record](std::string_view bytes) { record->addOutput(bytes); };
   options.onExit = [record = child.record](int status) { record->setStatus(status); };
   const auto result = launcher_.start(std::move(options));
-  if (const auto* failure = std::get_if<LaunchFailure>(&result)) {
-    child.failure = failure->description;
+  if (result) {
+    child.process = *result;
   } else {
-    child.process = std::get<std::shared_ptr<ChildProcess>>(result);
+    child.failure = result.error();
   }
   return child;
 }

@@ -76,7 +76,7 @@ TEST_F(EndingTest, AChildLetGoOfByItsOwnExitReportIsNoTrouble) {
     *done = true;
   };
   auto result = launcher_.start(std::move(options));
-  *keeper = std::get<std::shared_ptr<ChildProcess>>(std::move(result));
+  *keeper = std::move(*result);
   (*keeper)->terminate();
   EXPECT_TRUE(eventually([&] { return done->load(); }));
 }
@@ -91,7 +91,7 @@ TEST_F(EndingTest, TheLaunchersEndEndsItsChildrenAndWaitsForTheirReports) {
   const auto held = launcher->start(std::move(options));
   launcher.reset();
   EXPECT_EQ(record->status(), SIGKILL);
-  EXPECT_FALSE(std::get<std::shared_ptr<ChildProcess>>(held)->isRunning());
+  EXPECT_FALSE((*held)->isRunning());
 }
 
 TEST_F(EndingTest, EndAndReapingDoNotWaitForTheOutputToBeTaken) {
@@ -107,7 +107,7 @@ TEST_F(EndingTest, EndAndReapingDoNotWaitForTheOutputToBeTaken) {
   };
   options.onExit = [&](int) { isReported = true; };
   const auto result = launcher_.start(std::move(options));
-  const auto& child = *std::get<std::shared_ptr<ChildProcess>>(result);
+  const auto& child = **result;
   ASSERT_TRUE(eventually([&] { return isTaking.load() && !child.isRunning(); }));
   EXPECT_FALSE(isReported);
   release.set_value();

@@ -121,7 +121,7 @@ TEST_F(OutputTest, EverythingThatIsThereComesInOneRead) {
   };
   options.onExit = [&](int) { isDone = true; };
   const auto result = launcher_.start(std::move(options));
-  std::get<std::shared_ptr<ChildProcess>>(result)->waitUntilExit();
+  (*result)->waitUntilExit();
   mayRead.set_value();
   ASSERT_TRUE(eventually([&] { return isDone.load(); }));
   EXPECT_EQ(reads, 2);
@@ -180,7 +180,7 @@ TEST_F(OutputTest, NobodyNeedsToListen) {
   options.executable = SCRIPTED_ENGINE;
   options.arguments = {"run", "--flood", "1M", "--exit", "0"};
   const auto result = launcher_.start(std::move(options));
-  std::get<std::shared_ptr<ChildProcess>>(result)->waitUntilExit();
+  (*result)->waitUntilExit();
 }
 
 }  // namespace

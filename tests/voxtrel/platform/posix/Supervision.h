@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "support/FakePorts.h"
-#include "voxtrel/platform/MainLoop.h"
+#include "voxtrel/platform/Scheduling.h"
 #include "voxtrel/platform/posix/ExecutableFolder.h"
 #include "voxtrel/platform/posix/PosixChildProcessLauncher.h"
 #include "voxtrel/platform/posix/SteadyClock.h"

@@ -6,7 +6,7 @@
 
 #include "common/base/SessionKind.h"
 #include "voxtrel/platform/Log.h"
-#include "voxtrel/platform/PrivacySettings.h"
+#include "voxtrel/platform/Permissions.h"
 
 namespace voxtrel {
 

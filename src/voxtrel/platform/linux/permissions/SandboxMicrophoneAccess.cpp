@@ -4,7 +4,7 @@
 
 #include <utility>
 
-#include "voxtrel/platform/MainLoop.h"
+#include "voxtrel/platform/Scheduling.h"
 #include "voxtrel/platform/linux/permissions/MicrophoneRequest.h"
 
 namespace voxtrel {

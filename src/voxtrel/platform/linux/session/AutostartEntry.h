@@ -3,7 +3,7 @@
 #include <map>
 #include <string>
 
-#include "voxtrel/platform/LoginItem.h"
+#include "voxtrel/platform/Preferences.h"
 
 namespace voxtrel {
 

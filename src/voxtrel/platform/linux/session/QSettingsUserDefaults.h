@@ -3,7 +3,7 @@
 #include <QString>
 #include <string>
 
-#include "voxtrel/platform/UserDefaults.h"
+#include "voxtrel/platform/Preferences.h"
 
 namespace voxtrel {
 

@@ -4,7 +4,7 @@
 #include <memory>
 #include <mutex>
 
-#include "voxtrel/platform/MainLoop.h"
+#include "voxtrel/platform/Scheduling.h"
 
 class QEvent;
 class QObject;

@@ -3,7 +3,7 @@
 #include <string>
 #include <utility>
 
-#include "voxtrel/platform/Updater.h"
+#include "voxtrel/platform/Application.h"
 #include "voxtrel/platform/linux/windows/NoticeBox.h"
 
 namespace voxtrel {

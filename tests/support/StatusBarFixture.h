@@ -16,28 +16,28 @@
 namespace voxtrel::testing {
 
 /// The controller on a desktop on which only the test acts.
-struct StatusBarBench : ::testing::Test {
+struct StatusBarFixture : ::testing::Test {
   static constexpr std::chrono::milliseconds kTick{50};
   enum Row : std::size_t { status, lastText, separator, settings, updates, restart, quit };
 
-  StatusBarBench() { controller = StatusBarController::create(ports()); }
+  StatusBarFixture() { controller = StatusBarController::create(ports()); }
 
   StatusBarPorts ports() {
-    return {.process = {.bundle = desktop.applicationBundle,
+    return {.process = {.bundle = desktop.bundle,
                         .backgroundQueue = desktop.time,
                         .childProcesses = desktop.launcher,
                         .clock = desktop.time,
-                        .log = desktop.fakeLog,
+                        .log = desktop.log,
                         .mainLoop = desktop.time,
-                        .notifications = desktop.fakeNotifications},
-            .application = desktop.app,
+                        .notifications = desktop.notifications},
+            .application = desktop.application,
             .config = ConfigManager(home.path().string()),
             .formWindows = desktop.forms,
-            .loginItem = desktop.fakeLoginItem,
+            .loginItem = desktop.loginItem,
             .overlay = overlay,
             .sleepWatch = desktop.sleep,
             .statusItem = desktop.item,
-            .updater = desktop.fakeUpdater,
+            .updater = desktop.updater,
             .userDefaults = desktop.defaults};
   }
 
@@ -50,7 +50,7 @@ struct StatusBarBench : ::testing::Test {
   std::size_t starts() const { return desktop.launcher.startedAt.size(); }
   std::vector<std::string> logged() const {
     std::vector<std::string> messages;
-    for (const auto& entry : desktop.fakeLog.entries) {
+    for (const auto& entry : desktop.log.entries) {
       EXPECT_EQ(entry.category, "ui");
       messages.push_back(entry.message);
     }

@@ -13,7 +13,7 @@
 namespace voxtrel::testing {
 
 /// A supervisor with everything around it under the test's control.
-struct EngineBench {
+struct EngineFixture {
   ManualTime time;
   FakeBundle bundle;
   FakeLog log;
@@ -22,7 +22,7 @@ struct EngineBench {
   std::shared_ptr<ProcessManager> manager = std::make_shared<ProcessManager>(ports());
   std::vector<AppState> heard;  // by the observer
 
-  EngineBench() {
+  EngineFixture() {
     manager->setOnStateChange([this](AppState state) { heard.push_back(state); });
   }
 

@@ -13,11 +13,11 @@
 namespace voxtrel::testing {
 
 /// The delegate on a desktop on which only the test acts, with the model's weights in place.
-struct StartUpBench : ::testing::Test {
-  StartUpBench() {
-    desktop.home = home.path().string();
+struct StartUpFixture : ::testing::Test {
+  StartUpFixture() {
+    desktop.ports.homeDirectory = home.path().string();
     home.write(kManifestPath, "{}");
-    desktop.app.onTerminate = [this] { delegate->applicationWillTerminate(); };
+    desktop.application.onTerminate = [this] { delegate->applicationWillTerminate(); };
   }
 
   void finishLaunching() { delegate->applicationDidFinishLaunching(); }
@@ -28,7 +28,7 @@ struct StartUpBench : ::testing::Test {
   std::size_t starts() const { return desktop.launcher.startedAt.size(); }
   std::vector<std::string> logged(const std::string& category) const {
     std::vector<std::string> messages;
-    for (const auto& entry : desktop.fakeLog.entries) {
+    for (const auto& entry : desktop.log.entries) {
       if (entry.category == category) messages.push_back(entry.message);
     }
     return messages;
@@ -39,7 +39,7 @@ struct StartUpBench : ::testing::Test {
   ScratchFolder home;
   FakeDesktop desktop;
   FakeOverlay overlay;
-  std::shared_ptr<AppDelegate> delegate = std::make_shared<AppDelegate>(desktop, overlay);
+  std::shared_ptr<AppDelegate> delegate = std::make_shared<AppDelegate>(desktop.ports, overlay);
 };
 
 }  // namespace voxtrel::testing
