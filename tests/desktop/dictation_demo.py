@@ -13,7 +13,7 @@ import time
 sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
 from demo import ENLARGED, MARGIN_PX, READY, Demonstration
 from harness.desk import Desk
-from harness.dictation import BREATH_S, Dictating, Editor, Speaker
+from harness.dictation import Dictating, Editor, Speaker
 from harness.pill import Pill
 from harness.polling import eventually
 from harness.screen import Rect
@@ -40,11 +40,11 @@ class RealDictation(Demonstration):
         self._state("idle", READY)
         self._speaker.press()
         self._state("recording", "Recording...")
-        time.sleep(BREATH_S)
+        self._speaker.keep_holding()
         voice = self._sound.say(SPOKEN, latency_ms=500)
         self._overlay()
         voice.exit_status(30)
-        time.sleep(BREATH_S)
+        self._speaker.keep_holding()
         self._speaker.release()
         self._app.wait_for_count("[gpu-decode]", 1)
         self._settle(READY)
@@ -86,8 +86,7 @@ class RealDictation(Demonstration):
             self._speaker.release()
             self._app.wait_for_count("Processing", processings + 1)
             os.kill(engine, signal.SIGSTOP)
-            time.sleep(0.1)  # what it had printed is read
-            held = self._app.count("[gpu-decode]") == texts
+            held = self._is_shown_as_transcribing(texts)
             if held:
                 self._state("processing", "Transcribing...")
             os.kill(engine, signal.SIGCONT)
@@ -96,6 +95,13 @@ class RealDictation(Demonstration):
             if held:
                 return
         print("  processing was over too soon for a picture")
+
+    def _is_shown_as_transcribing(self, texts):
+        """Whether the state is shown before the engine's text has come."""
+        def has_text():
+            return self._app.count("[gpu-decode]") > texts
+        eventually(lambda: has_text() or self._app.item.status() == "Transcribing...", "the state")
+        return not has_text()
 
     def _without_engine(self):
         """A restart while the engine's file is away."""

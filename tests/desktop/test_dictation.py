@@ -8,7 +8,7 @@ import time
 
 from harness.application import MODEL
 from harness.case import PROGRAMS, DesktopCase
-from harness.dictation import BREATH_S, PHRASES, Dictating, Editor, Speaker
+from harness.dictation import PHRASES, Dictating, Editor, Speaker
 from harness.polling import eventually, stays
 from harness.processes import is_sanitized
 from harness.sound import SoundServer
@@ -80,7 +80,6 @@ class Mishaps(DictationCase):
 
     def test_escape_drops_what_was_said(self):
         self.speaker.press()
-        time.sleep(BREATH_S)
         self.speaker.speak("nice to meet you")
         self.speaker.escape()
         self.app.wait_until_ready()
@@ -97,7 +96,8 @@ class Mishaps(DictationCase):
 
     def test_silence_writes_nothing(self):
         self.speaker.press()
-        time.sleep(1.0)
+        self.app.item.wait_for_status("Recording...")
+        self.speaker.keep_holding(1.0)
         self.speaker.release()
         self.app.wait_for_count("Ready.", 2)
         self.assertEqual(self.app.count("[gpu-decode]"), 0)
@@ -105,7 +105,8 @@ class Mishaps(DictationCase):
 
     def test_the_microphone_vanishes_while_the_key_is_held(self):
         self.speaker.press()
-        time.sleep(0.3)
+        self.app.item.wait_for_status("Recording...")
+        self.speaker.keep_holding(0.3)
         self.sound.remove_microphone()
         self.app.wait_for_count("Audio capture failed", 1)
         self.app.wait_until_ready()
@@ -125,7 +126,8 @@ class Mishaps(DictationCase):
 
     def test_a_killed_engine_comes_back_and_the_next_dictation_works(self):
         self.speaker.press()
-        time.sleep(0.3)
+        self.app.item.wait_for_status("Recording...")
+        self.speaker.keep_holding(0.3)
         first = self.app.engine_pids()
         self.assertEqual(len(first), 1)
         os.kill(first[0], signal.SIGKILL)
@@ -153,8 +155,9 @@ class Endings(DictationCase):
     def test_while_it_records(self):
         self.speaker.press()
         self.sound.say(PHRASES[0])
-        time.sleep(0.5)
-        self.assertIn("quillback", self.sound.client_names())
+        eventually(lambda: "quillback" in self.sound.client_names(), "the open microphone")
+        self.app.item.wait_for_status("Recording...")
+        self.speaker.keep_holding(0.5)
         self.ends_promptly()
 
     def test_while_it_transcribes(self):

@@ -1,9 +1,9 @@
 """Two hundred dictations in a row, after which the engine is as small as after the first ones."""
 
 import os
-import time
 
 from harness.dictation import KEY_CODE
+from harness.polling import stays
 from test_dictation import DictationCase
 
 DICTATIONS = 200
@@ -32,7 +32,7 @@ class ManyDictations(DictationCase):
     def hold(self, duration_s, readies):
         """Holds the key, and waits until the engine has been ready so many times."""
         self.desk.xdotool("keydown", KEY_CODE)
-        time.sleep(duration_s)
+        stays(self.app.engine_pids, "an engine", duration_s)
         self.desk.xdotool("keyup", KEY_CODE)
         self.app.wait_for_count("Ready.", readies)
 

@@ -40,7 +40,7 @@ class Upkeep(DesktopCase):
         self.driver.show()
         eventually(lambda: self.driver.stats()["frames"] > 10, "the first frames")
         before, started = self.driver.stats(), time.monotonic()
-        time.sleep(PACED_S)
+        stays(self.driver.is_running, "the overlay", PACED_S)
         after, ended = self.driver.stats(), time.monotonic()
         rate = (after["frames"] - before["frames"]) / (ended - started)
         self.between(rate, FRAMES_PER_SECOND - TOLERANCE_FPS, FRAMES_PER_SECOND + TOLERANCE_FPS,
@@ -55,7 +55,7 @@ class Upkeep(DesktopCase):
         self.driver.show()
         eventually(lambda: self.driver.stats()["blocks"] > 0, "the first block")
         before, started = self.driver.stats(), time.monotonic()
-        time.sleep(3)
+        stays(self.driver.is_running, "the overlay", 3)
         after, ended = self.driver.stats(), time.monotonic()
         self.assertEqual(after["rate"], 16000)
         self.between((after["blocks"] - before["blocks"]) / (ended - started), 30.0, 32.5,

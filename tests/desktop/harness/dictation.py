@@ -2,10 +2,9 @@
 
 import os
 import shutil
-import time
 
 from .application import Application
-from .polling import eventually
+from .polling import eventually, stays
 from .processes import alive
 
 # The right Super key, by its place: a key symbol would press the left one as well.
@@ -81,6 +80,10 @@ class Speaker:
         self._desk.xdotool("keydown", KEY_CODE)
         self._app.wait_for_count("Recording...", before + 1)
 
+    def keep_holding(self, for_s=BREATH_S):
+        """Holds the key that long; the engine must record all the while."""
+        stays(lambda: self._app.item.status() == "Recording...", "recording", for_s)
+
     def release(self):
         """Lets go of the key."""
         self._desk.xdotool("keyup", KEY_CODE)
@@ -97,9 +100,10 @@ class Speaker:
     def dictate(self, text):
         """One whole dictation; waits for its words in the menu."""
         self.press()
-        time.sleep(BREATH_S)
+        self._app.item.wait_for_status("Recording...")
+        self.keep_holding()
         self.speak(text)
-        time.sleep(BREATH_S)
+        self.keep_holding()
         self.release()
         self._app.item.wait_for_last_text("Last: " + text, 20.0)
         self._app.wait_until_ready()
@@ -125,7 +129,8 @@ class Editor:
     def focus(self):
         """Gives it the keys."""
         self._desk.xdotool("windowactivate", "--sync", self._window)
-        time.sleep(0.2)
+        eventually(lambda: self._desk.xdotool_or_nothing("getwindowfocus").strip() == self._window,
+                   "the editor's focus")
 
     def text(self):
         """Saves the file and reads it."""

@@ -25,6 +25,10 @@ class OverlayDriver:
         """The process id."""
         return self._child.pid
 
+    def is_running(self):
+        """Whether it has not ended."""
+        return self._child.poll() is None
+
     def ask(self, command):
         """Sends a command; returns the answer."""
         self._child.stdin.write(command + "\n")

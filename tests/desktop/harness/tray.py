@@ -70,6 +70,10 @@ class TrayItem:
         self._menu().Event(row.identifier, "clicked", dbus.String("", variant_level=1),
                            dbus.UInt32(0))
 
+    def status(self):
+        """The text of the status row."""
+        return self.rows()[0].text
+
     def wait_for_status(self, text, limit_s=5.0):
         """Waits until the first row reads `text`."""
         self._wait_for_row(0, text, limit_s)

@@ -8,6 +8,8 @@ import tempfile
 import threading
 import time
 
+from harness.polling import eventually, stays
+
 PR_SET_PDEATHSIG = 1
 _LIBC = ctypes.CDLL(None, use_errno=True)
 EXECUTABLE = os.path.join(os.environ.get("VOXTREL_PROGRAMS", ""), "quillback")
@@ -17,6 +19,13 @@ PASSED_ON = ("ASAN_OPTIONS", "LSAN_OPTIONS", "TSAN_OPTIONS", "UBSAN_OPTIONS")
 def die_with_parent():
     """A test that is killed must leave nothing behind."""
     _LIBC.prctl(PR_SET_PDEATHSIG, signal.SIGKILL)
+
+
+def holds_back(pid, number):
+    """Whether the process blocks the signal, as the engine does as soon as its main function runs."""
+    with open(f"/proc/{pid}/status", encoding="ascii") as status:
+        blocked = next(int(line.split()[1], 16) for line in status if line.startswith("SigBlk"))
+    return bool(blocked & 1 << number - 1)
 
 
 def bare_environment(home):
@@ -71,15 +80,11 @@ class EngineProgram:
 
     def wait_until_signals_are_held(self, limit_s=10.0):
         """Before its main function has begun, a signal ends any program."""
-        deadline = time.monotonic() + limit_s
-        while not self._blocked_signals() & 1 << signal.SIGTERM - 1:
-            if time.monotonic() > deadline:
-                raise AssertionError("SIGTERM is not held back")
-            time.sleep(0.001)
+        eventually(lambda: holds_back(self.child.pid, signal.SIGTERM), "SIGTERM held back", limit_s)
 
-    def _blocked_signals(self):
-        with open(f"/proc/{self.child.pid}/status", encoding="ascii") as status:
-            return next(int(line.split()[1], 16) for line in status if line.startswith("SigBlk"))
+    def stays_alive(self, for_s):
+        """Fails if it ends meanwhile."""
+        stays(lambda: self.child.poll() is None, "the engine", for_s)
 
     def end(self, number=signal.SIGTERM):
         """Asks it to end; returns its exit status and how long that took."""

@@ -8,9 +8,10 @@ import tempfile
 import time
 import unittest
 
+from engine_program import (EXECUTABLE, EngineProgram, bare_environment, die_with_parent,
+                            holds_back)
+from harness.polling import eventually, stays
 from harness.processes import is_sanitized
-
-from engine_program import EXECUTABLE, EngineProgram, bare_environment, die_with_parent
 
 F_SETPIPE_SZ = 1031
 # Half a second is what people are promised; a sanitizer takes its own time.
@@ -78,8 +79,7 @@ class BeginningAndEnd(Case):
     def test_it_is_ready_and_stays_without_anything(self):
         program = self.start()
         program.wait_for_line("Ready.")
-        time.sleep(0.3)
-        self.assertIsNone(program.child.poll())
+        program.stays_alive(0.3)
         self.ends_well(program)
 
     @unittest.skipIf(os.path.isdir("/dev/input") and os.geteuid() == 0, "keyboards may be read here")
@@ -123,7 +123,7 @@ class BeginningAndEnd(Case):
         for delay_ms in (0, 10, 30, 60, 100, 150, 200, 300, 400):
             program = self.start()
             program.wait_until_signals_are_held()
-            time.sleep(delay_ms / 1000)
+            program.stays_alive(delay_ms / 1000)
             self.ends_well(program)
 
     def test_it_ends_while_nobody_reads_what_it_prints(self):
@@ -133,7 +133,7 @@ class BeginningAndEnd(Case):
         os.write(theirs, b"x" * 4096)
         program = self.start(stdout=theirs)
         os.close(theirs)
-        time.sleep(1.0)
+        program.stays_alive(1.0)
         self.ends_well(program)
 
     def test_it_lives_on_when_its_reader_has_gone(self):
@@ -141,8 +141,7 @@ class BeginningAndEnd(Case):
         os.close(ours)
         program = self.start(stdout=theirs)
         os.close(theirs)
-        time.sleep(1.0)
-        self.assertIsNone(program.child.poll())
+        program.stays_alive(1.0)
         self.ends_well(program)
 
     def test_it_lives_with_its_output_closed(self):
@@ -150,8 +149,7 @@ class BeginningAndEnd(Case):
             child = subprocess.Popen(
                 ["/bin/sh", "-c", 'exec "$0" run 0<&- 1>&- 2>&-', EXECUTABLE],
                 env=bare_environment(home), preexec_fn=die_with_parent)
-            time.sleep(1.0)
-            self.assertIsNone(child.poll())
+            stays(lambda: child.poll() is None, "the engine", 1.0)
             child.send_signal(signal.SIGTERM)
             self.assertEqual(child.wait(5), 0)
 
@@ -176,10 +174,9 @@ class BeginningAndEnd(Case):
             child = subprocess.Popen(["/bin/sh", "-c", 'trap "" HUP; exec "$0" run', EXECUTABLE],
                                      env=bare_environment(home), stdout=subprocess.DEVNULL,
                                      preexec_fn=die_with_parent)
-            time.sleep(0.7)
+            eventually(lambda: holds_back(child.pid, signal.SIGTERM), "the engine's main function", 10)
             child.send_signal(signal.SIGHUP)
-            time.sleep(0.3)
-            self.assertIsNone(child.poll())
+            stays(lambda: child.poll() is None, "the engine", 0.3)
             child.send_signal(signal.SIGTERM)
             self.assertEqual(child.wait(5), 0)
 
