@@ -6,11 +6,12 @@ find_package(PkgConfig REQUIRED)
 # window; its spectrum.
 find_package(Qt6 6.4 REQUIRED COMPONENTS Core Gui Widgets DBus Svg)
 pkg_check_modules(SYSTEMD REQUIRED IMPORTED_TARGET libsystemd)
-pkg_check_modules(XCB REQUIRED IMPORTED_TARGET xcb xcb-shape)
+pkg_check_modules(XCB_WINDOWS REQUIRED IMPORTED_TARGET xcb xcb-shape xcb-xinput)
 pkg_check_modules(KISSFFT REQUIRED IMPORTED_TARGET kissfft-float)
 
-# Both: the sound servers of Linux desktops, PipeWire included.
+# Both: the sound servers of Linux desktops, PipeWire included; the X server.
 pkg_check_modules(PULSE REQUIRED IMPORTED_TARGET libpulse)
+pkg_check_modules(XCB REQUIRED IMPORTED_TARGET xcb)
 
 # The engine's settings: typed keys of their own language, with the line of every mistake.
 find_package(tomlplusplus REQUIRED)

@@ -2,9 +2,9 @@
 
 #include <string>
 
+#include "common/x11/XConnection.h"
 #include "quillback/insertion/clipboard/Clipboard.h"
 #include "quillback/ports/WatchDescriptor.h"
-#include "quillback/x11/XConnection.h"
 
 namespace voxtrel::quillback {
 

@@ -2,7 +2,7 @@
 
 #include <xkbcommon/xkbcommon-x11.h>
 
-#include "quillback/x11/XcbXkb.h"
+#include "common/x11/XcbXkb.h"
 
 namespace voxtrel::quillback {
 namespace {
@@ -17,7 +17,7 @@ using Owned = std::unique_ptr<T, Released>;
 }  // namespace
 
 std::optional<KeyTable> serverKeyTable(const XConnection& server) {
-  const auto state = server.answer<xcb_xkb_get_state_reply_t>(
+  const auto state = server.reply<xcb_xkb_get_state_reply_t>(
       xcb_xkb_get_state(server.get(), XCB_XKB_ID_USE_CORE_KBD));
   if (!state) return std::nullopt;
   const Owned<xkb_context> context(xkb_context_new(XKB_CONTEXT_NO_DEFAULT_INCLUDES));

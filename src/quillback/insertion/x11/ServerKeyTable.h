@@ -2,8 +2,8 @@
 
 #include <optional>
 
+#include "common/x11/XConnection.h"
 #include "quillback/insertion/x11/KeyTable.h"
-#include "quillback/x11/XConnection.h"
 
 namespace voxtrel::quillback {
 

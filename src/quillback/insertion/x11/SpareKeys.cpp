@@ -32,7 +32,7 @@ void SpareKeys::restore() {
     questions.emplace(code, xcb_get_keyboard_mapping(server_.get(), code, 1));
   }
   for (const auto& [code, question] : questions) {
-    const auto now = server_.answer<xcb_get_keyboard_mapping_reply_t>(question);
+    const auto now = server_.reply<xcb_get_keyboard_mapping_reply_t>(question);
     const bool isOurs = !now || (now->keysyms_per_keycode > 0 &&
                                  *xcb_get_keyboard_mapping_keysyms(now.get()) == assigned_[code]);
     if (isOurs) map(code, XCB_NO_SYMBOL);

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <map>
 
-#include "quillback/x11/XConnection.h"
+#include "common/x11/XConnection.h"
 
 namespace voxtrel::quillback {
 

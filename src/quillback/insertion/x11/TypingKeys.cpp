@@ -4,7 +4,7 @@
 
 #include <utility>
 
-#include "quillback/x11/XcbXkb.h"
+#include "common/x11/XcbXkb.h"
 
 namespace voxtrel::quillback {
 namespace {
@@ -23,7 +23,7 @@ void TypingKeys::send(std::uint8_t code, bool isDown) {
 }
 
 void TypingKeys::letGoOfHeldKeys() {
-  const auto held = server_.answer<xcb_query_keymap_reply_t>(xcb_query_keymap(server_.get()));
+  const auto held = server_.reply<xcb_query_keymap_reply_t>(xcb_query_keymap(server_.get()));
   if (!held) return;
   for (unsigned code = 0; code < 8 * sizeof held->keys; ++code) {
     if ((held->keys[code / 8] >> (code % 8) & 1) == 0) continue;
@@ -32,7 +32,7 @@ void TypingKeys::letGoOfHeldKeys() {
 }
 
 void TypingKeys::takeLocksOff() {
-  const auto state = server_.answer<xcb_xkb_get_state_reply_t>(
+  const auto state = server_.reply<xcb_xkb_get_state_reply_t>(
       xcb_xkb_get_state(server_.get(), XCB_XKB_ID_USE_CORE_KBD));
   if (!state) return;
   const auto locked = static_cast<std::uint8_t>(state->lockedMods & kLocks);

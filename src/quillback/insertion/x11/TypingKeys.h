@@ -1,8 +1,8 @@
 #pragma once
 
+#include "common/x11/XConnection.h"
 #include "quillback/insertion/x11/KeyTable.h"
 #include "quillback/keys/OwnKeys.h"
-#include "quillback/x11/XConnection.h"
 
 namespace voxtrel::quillback {
 

@@ -17,7 +17,7 @@ WindowPing::WindowPing(const XConnection& server)
       ping_(server.atom("_NET_WM_PING")) {}
 
 bool WindowPing::understandsPings(xcb_window_t window) const {
-  const auto reply = server_.answer<xcb_get_property_reply_t>(
+  const auto reply = server_.reply<xcb_get_property_reply_t>(
       xcb_get_property(server_.get(), 0, window, protocols_, XCB_ATOM_ATOM, 0, kMostProtocols));
   if (!reply || reply->format != 32) return false;
   const std::span protocols(static_cast<const xcb_atom_t*>(xcb_get_property_value(reply.get())),
@@ -28,7 +28,7 @@ bool WindowPing::understandsPings(xcb_window_t window) const {
 xcb_window_t WindowPing::pingable(xcb_window_t window) const {
   for (int i = 0; i < kMostWindowsAround && window != XCB_NONE && window != server_.root(); ++i) {
     if (understandsPings(window)) return window;
-    const auto tree = server_.answer<xcb_query_tree_reply_t>(xcb_query_tree(server_.get(), window));
+    const auto tree = server_.reply<xcb_query_tree_reply_t>(xcb_query_tree(server_.get(), window));
     window = tree ? tree->parent : static_cast<xcb_window_t>(XCB_NONE);
   }
   return XCB_NONE;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "quillback/x11/XConnection.h"
+#include "common/x11/XConnection.h"
 
 namespace voxtrel::quillback {
 

@@ -7,7 +7,7 @@
 #include <map>
 #include <string>
 
-#include "quillback/x11/XcbXkb.h"
+#include "common/x11/XcbXkb.h"
 
 namespace voxtrel::quillback {
 namespace {
@@ -42,7 +42,7 @@ std::string text(const char* name) {
 /// Name to key code, aliases too.
 Names namedKeys(const XConnection& server) {
   constexpr std::uint32_t kWanted = XCB_XKB_NAME_DETAIL_KEY_NAMES | XCB_XKB_NAME_DETAIL_KEY_ALIASES;
-  const auto reply = server.answer<xcb_xkb_get_names_reply_t>(
+  const auto reply = server.reply<xcb_xkb_get_names_reply_t>(
       xcb_xkb_get_names(server.get(), XCB_XKB_ID_USE_CORE_KBD, kWanted));
   if (!reply) return {};
   xcb_xkb_get_names_value_list_t lists{};

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "common/x11/XConnection.h"
 #include "quillback/keys/PushToTalk.h"
 #include "quillback/settings/HotkeyTable.h"
-#include "quillback/x11/XConnection.h"
 
 namespace voxtrel::quillback {
 

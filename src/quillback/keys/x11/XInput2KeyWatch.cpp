@@ -4,7 +4,7 @@
 
 #include <utility>
 
-#include "quillback/x11/XcbXkb.h"
+#include "common/x11/XcbXkb.h"
 
 namespace voxtrel::quillback {
 namespace {
@@ -43,12 +43,12 @@ XInput2KeyWatch::Opened XInput2KeyWatch::open(const Hotkey& hotkey, KeyWatch::Li
 std::string XInput2KeyWatch::missing(const XConnection& server) {
   const auto* input = xcb_get_extension_data(server.get(), &xcb_input_id);
   if (input == nullptr || input->present == 0) return "the X server has no XInput extension";
-  const auto version = server.answer<xcb_input_xi_query_version_reply_t>(
+  const auto version = server.reply<xcb_input_xi_query_version_reply_t>(
       xcb_input_xi_query_version(server.get(), 2, 2));
   if (!version || version->major_version < 2) return "the X server has no XInput 2";
   const auto* xkb = xcb_get_extension_data(server.get(), &xcb_xkb_id);
   if (xkb == nullptr || xkb->present == 0) return "the X server has no keyboard extension";
-  if (!server.answer<xcb_xkb_use_extension_reply_t>(xcb_xkb_use_extension(server.get(), 1, 0))) {
+  if (!server.reply<xcb_xkb_use_extension_reply_t>(xcb_xkb_use_extension(server.get(), 1, 0))) {
     return "the X server refused its keyboard extension";
   }
   return "";

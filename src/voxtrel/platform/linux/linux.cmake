@@ -8,8 +8,9 @@ target_link_libraries(voxtrel_platform_posix PUBLIC $<LINK_ONLY:voxtrel_platform
 set(CMAKE_AUTOMOC ON)
 add_room(voxtrel/platform/linux/log KNOWS voxtrel/platform LINKS PkgConfig::SYSTEMD)
 add_room(voxtrel/platform/linux/dbus LINKS PkgConfig::SYSTEMD Qt6::Core)
-add_room(voxtrel/platform/linux/x11 LINKS PkgConfig::XCB Qt6::Gui)
-add_room(voxtrel/platform/linux/tray KNOWS voxtrel/platform LINKS Qt6::Widgets Qt6::DBus Qt6::Svg)
+add_room(voxtrel/platform/linux/x11 KNOWS common/x11 LINKS PkgConfig::XCB_WINDOWS Qt6::Gui)
+add_room(voxtrel/platform/linux/tray KNOWS voxtrel/platform voxtrel/platform/linux/x11
+         LINKS Qt6::Widgets Qt6::DBus Qt6::Svg)
 add_room(voxtrel/platform/linux/windows
          KNOWS voxtrel/platform voxtrel/download voxtrel/forms voxtrel/platform/linux/tray
                voxtrel/platform/linux/x11
@@ -19,7 +20,7 @@ add_room(voxtrel/platform/linux/notifications KNOWS voxtrel/platform voxtrel/pla
 add_room(voxtrel/platform/linux/sound KNOWS voxtrel/platform LINKS PkgConfig::PULSE)
 add_room(voxtrel/platform/linux/overlay
          KNOWS voxtrel/platform common/posix voxtrel/platform/linux/x11
-         LINKS Qt6::Gui PkgConfig::XCB)
+         LINKS Qt6::Gui)
 add_room(voxtrel/platform/linux/permissions
          KNOWS voxtrel/platform common/base common/posix voxtrel/platform/linux/x11
          LINKS Qt6::Core Qt6::DBus)

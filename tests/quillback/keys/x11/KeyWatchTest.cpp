@@ -77,7 +77,7 @@ TEST_F(XInput2KeyWatchTest, TheKeyIsHeardWhileAnotherProgramGrabsTheKeyboard) {
   const auto [watch, why] = watchKey("f6");
   ASSERT_TRUE(watch) << why;
   const auto grabber = XConnection::open();
-  const auto grab = grabber->answer<xcb_grab_keyboard_reply_t>(
+  const auto grab = grabber->reply<xcb_grab_keyboard_reply_t>(
       xcb_grab_keyboard(grabber->get(), 1, grabber->root(), XCB_CURRENT_TIME, XCB_GRAB_MODE_ASYNC,
                         XCB_GRAB_MODE_ASYNC));
   ASSERT_TRUE(grab);

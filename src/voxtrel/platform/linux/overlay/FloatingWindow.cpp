@@ -15,7 +15,7 @@ constexpr int kHalfCoverage = 128;
 
 }  // namespace
 
-FloatingWindow::FloatingWindow(const XcbConnection& server, QScreen* screen, const QRect& geometry)
+FloatingWindow::FloatingWindow(const XServer& server, QScreen* screen, const QRect& geometry)
     : QWindow(screen), server_(server), compositorQuestion_(server.askForCompositor()) {
   setSurfaceType(QSurface::RasterSurface);
   QSurfaceFormat translucent = format();

@@ -9,7 +9,7 @@
 #include "voxtrel/platform/OverlayStage.h"
 #include "voxtrel/platform/linux/overlay/PillPainter.h"
 #include "voxtrel/platform/linux/overlay/XcbSurface.h"
-#include "voxtrel/platform/linux/x11/XcbConnection.h"
+#include "voxtrel/platform/linux/x11/XServer.h"
 
 namespace voxtrel {
 
@@ -19,7 +19,7 @@ namespace voxtrel {
 class FloatingWindow final : public OverlayWindow, private QWindow {
  public:
   /// `geometry` in Qt's coordinates.
-  FloatingWindow(const XcbConnection& server, QScreen* screen, const QRect& geometry);
+  FloatingWindow(const XServer& server, QScreen* screen, const QRect& geometry);
   ~FloatingWindow() override;
 
   void setContent(double cornerRadius, Draw draw) override;
@@ -34,7 +34,7 @@ class FloatingWindow final : public OverlayWindow, private QWindow {
   void present();
   void stayInFront();
 
-  const XcbConnection& server_;
+  const XServer& server_;
   xcb_get_selection_owner_cookie_t compositorQuestion_;
   std::optional<bool> hasCompositor_;
   std::unique_ptr<XcbSurface> surface_;

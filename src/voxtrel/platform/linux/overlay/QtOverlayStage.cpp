@@ -46,7 +46,7 @@ QScreen* screenOf(const std::optional<QRect>& window) {
 
 }  // namespace
 
-const XcbConnection& QtOverlayStage::server() {
+const XServer& QtOverlayStage::server() {
   if (!server_) server_.emplace();
   return *server_;
 }

@@ -3,7 +3,7 @@
 #include <optional>
 
 #include "voxtrel/platform/OverlayStage.h"
-#include "voxtrel/platform/linux/x11/XcbConnection.h"
+#include "voxtrel/platform/linux/x11/XServer.h"
 
 namespace voxtrel {
 
@@ -16,9 +16,9 @@ class QtOverlayStage final : public OverlayStage {
   std::unique_ptr<OverlayWindow> makeWindow(const Rect& contentRect) override;
 
  private:
-  const XcbConnection& server();
+  const XServer& server();
 
-  std::optional<XcbConnection> server_;
+  std::optional<XServer> server_;
 };
 
 }  // namespace voxtrel

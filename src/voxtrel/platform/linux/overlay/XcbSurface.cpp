@@ -3,7 +3,7 @@
 #include <QSysInfo>
 #include <QWindow>
 
-#include "voxtrel/platform/linux/x11/XcbConnection.h"
+#include "voxtrel/platform/linux/x11/XServer.h"
 
 namespace voxtrel {
 namespace {
@@ -21,8 +21,7 @@ bool keepsPixelsAsWeDo(const xcb_setup_t* setup, std::uint8_t depth) {
 
 }  // namespace
 
-std::unique_ptr<XcbSurface> XcbSurface::make(const XcbConnection& connection,
-                                             const QWindow& window) {
+std::unique_ptr<XcbSurface> XcbSurface::make(const XServer& connection, const QWindow& window) {
   // The format is the one that the server gave, with alpha or without.
   const std::uint8_t depth = window.format().alphaBufferSize() > 0 ? 32 : 24;
   if (!connection || !keepsPixelsAsWeDo(xcb_get_setup(connection.native()), depth)) return nullptr;

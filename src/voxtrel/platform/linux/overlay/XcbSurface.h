@@ -9,7 +9,7 @@ class QWindow;
 
 namespace voxtrel {
 
-class XcbConnection;
+class XServer;
 
 /// Puts small pictures into a window. Qt's own way waits for the server's answer before it paints the
 /// same pixels again, which at 60 frames a second costs more than the painting; this one copies the
@@ -18,7 +18,7 @@ class XcbConnection;
 class XcbSurface {
  public:
   /// Null if the server does not keep pixels as we do.
-  static std::unique_ptr<XcbSurface> make(const XcbConnection& connection, const QWindow& window);
+  static std::unique_ptr<XcbSurface> make(const XServer& connection, const QWindow& window);
 
   XcbSurface(const XcbSurface&) = delete;
   XcbSurface& operator=(const XcbSurface&) = delete;

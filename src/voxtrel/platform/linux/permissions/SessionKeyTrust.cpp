@@ -6,7 +6,7 @@
 
 #include "voxtrel/platform/linux/permissions/KeyboardNodes.h"
 #include "voxtrel/platform/linux/permissions/ShortcutsPortal.h"
-#include "voxtrel/platform/linux/x11/XInputQuery.h"
+#include "voxtrel/platform/linux/x11/XServer.h"
 
 namespace voxtrel {
 

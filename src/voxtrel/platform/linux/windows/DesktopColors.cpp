@@ -33,7 +33,7 @@ bool isPlain() {
 
 void DesktopColors::follow() {
   if (std::exchange(isFollowing_, true) || !isPlain()) return;
-  theme_ = std::make_unique<XThemeName>([this] { apply(); });
+  theme_ = std::make_unique<XTheme>([this] { apply(); });
   apply();
   listen();
   askPortal();
@@ -74,7 +74,7 @@ void DesktopColors::hear(const QVariant& colorScheme) {
 }
 
 void DesktopColors::apply() {
-  const bool isDark = portalsWish_ == Wish::none ? theme_->read().toLower().endsWith("-dark")
+  const bool isDark = portalsWish_ == Wish::none ? theme_->name().toLower().endsWith("-dark")
                                                  : portalsWish_ == Wish::dark;
   if (std::exchange(isDark_, isDark) == isDark) return;
   QApplication::setPalette(isDark ? darkPalette() : QPalette());

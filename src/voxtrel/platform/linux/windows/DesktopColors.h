@@ -4,7 +4,7 @@
 #include <QObject>
 #include <memory>
 
-#include "voxtrel/platform/linux/x11/XThemeName.h"
+#include "voxtrel/platform/linux/x11/XTheme.h"
 
 namespace voxtrel {
 
@@ -33,7 +33,7 @@ class DesktopColors final : public QObject {
   bool isFollowing_ = false;
   bool isDark_ = false;
   Wish portalsWish_ = Wish::none;
-  std::unique_ptr<XThemeName> theme_;
+  std::unique_ptr<XTheme> theme_;
 };
 
 }  // namespace voxtrel

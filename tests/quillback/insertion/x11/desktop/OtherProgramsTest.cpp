@@ -19,13 +19,13 @@ class OtherProgramsTest : public TypingTest, public ::testing::WithParamInterfac
   static xcb_window_t shownWindow() {
     const auto server = XConnection::open();
     const auto tree =
-        server->answer<xcb_query_tree_reply_t>(xcb_query_tree(server->get(), server->root()));
+        server->reply<xcb_query_tree_reply_t>(xcb_query_tree(server->get(), server->root()));
     for (int i = 0; i < xcb_query_tree_children_length(tree.get()); ++i) {
       const xcb_window_t window = xcb_query_tree_children(tree.get())[i];
-      const auto state = server->answer<xcb_get_window_attributes_reply_t>(
+      const auto state = server->reply<xcb_get_window_attributes_reply_t>(
           xcb_get_window_attributes(server->get(), window));
       const auto size =
-          server->answer<xcb_get_geometry_reply_t>(xcb_get_geometry(server->get(), window));
+          server->reply<xcb_get_geometry_reply_t>(xcb_get_geometry(server->get(), window));
       if (state && state->map_state == XCB_MAP_STATE_VIEWABLE && size && size->width > 100) {
         return window;
       }

@@ -70,7 +70,7 @@ class TypingTest : public X11Test {
   }
   static std::vector<int> pressedKeys() {
     const auto server = XConnection::open();
-    const auto keys = server->answer<xcb_query_keymap_reply_t>(xcb_query_keymap(server->get()));
+    const auto keys = server->reply<xcb_query_keymap_reply_t>(xcb_query_keymap(server->get()));
     std::vector<int> pressed;
     for (int code = 0; code < 256; ++code) {
       if ((keys->keys[code / 8] >> (code % 8) & 1) != 0) pressed.push_back(code);

@@ -1,5 +1,5 @@
 #pragma once
-// The library's header has a member whose name is a keyword of C++.
+// The library's header has a member named `explicit`, a keyword of C++.
 #pragma GCC system_header
 #define explicit explicit_
 #include <xcb/xkb.h>

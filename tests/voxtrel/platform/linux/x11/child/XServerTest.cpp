@@ -3,7 +3,7 @@
 #include <QProcess>
 
 #include "support/XServerDouble.h"
-#include "voxtrel/platform/linux/x11/XInputQuery.h"
+#include "voxtrel/platform/linux/x11/XServer.h"
 
 namespace voxtrel {
 namespace {
@@ -15,29 +15,29 @@ bool isOffered(XServerDouble::Offer offer) {
   return offersXInput2(server.display().c_str());
 }
 
-TEST(XInputQueryTest, aServerWithVersionTwoOrLaterOffersIt) {
+TEST(XServerTest, aServerWithVersionTwoOrLaterOffersIt) {
   EXPECT_TRUE(isOffered({.hasExtension = true, .majorVersion = 2}));
   EXPECT_TRUE(isOffered({.hasExtension = true, .majorVersion = 3}));
 }
 
-TEST(XInputQueryTest, aServerWithAnEarlierVersionDoesNot) {
+TEST(XServerTest, aServerWithAnEarlierVersionDoesNot) {
   EXPECT_FALSE(isOffered({.hasExtension = true, .majorVersion = 1}));
 }
 
-TEST(XInputQueryTest, aServerThatDoesNotKnowTheQuestionDoesNot) {
+TEST(XServerTest, aServerThatDoesNotKnowTheQuestionDoesNot) {
   EXPECT_FALSE(isOffered({.hasExtension = true, .majorVersion = 0}));
 }
 
-TEST(XInputQueryTest, aServerWithoutTheExtensionDoesNot) {
+TEST(XServerTest, aServerWithoutTheExtensionDoesNot) {
   EXPECT_FALSE(isOffered({.hasExtension = false, .majorVersion = 2}));
 }
 
-TEST(XInputQueryTest, aServerThatIsNotThereDoesNot) {
+TEST(XServerTest, aServerThatIsNotThereDoesNot) {
   EXPECT_FALSE(offersXInput2("127.0.0.1:59535"));
   EXPECT_FALSE(offersXInput2("no display at all"));
 }
 
-TEST(XInputQueryTest, aRealServerOffersIt) {
+TEST(XServerTest, aRealServerOffersIt) {
   QProcess server;
   server.start("Xvfb", {"-displayfd", "1", "-screen", "0", "320x200x24", "-nolisten", "tcp"});
   ASSERT_TRUE(server.waitForReadyRead(20000)) << server.errorString().toStdString();

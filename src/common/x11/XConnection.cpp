@@ -1,30 +1,34 @@
-#include "quillback/x11/XConnection.h"
+#include "common/x11/XConnection.h"
 
 #include <poll.h>
 #include <xcb/xcbext.h>
 
 #include <cstdint>
 
-namespace voxtrel::quillback {
+namespace voxtrel {
 
-std::unique_ptr<XConnection> XConnection::open() {
-  int screen = 0;
-  xcb_connection_t* connection = xcb_connect(nullptr, &screen);
+std::unique_ptr<XConnection> XConnection::open(const char* display) {
+  xcb_connection_t* connection = xcb_connect(display, nullptr);
   if (xcb_connection_has_error(connection) != 0) {
     xcb_disconnect(connection);
     return nullptr;
   }
-  // The constructor is private.
-  return std::unique_ptr<XConnection>(new XConnection(connection));
+  return std::unique_ptr<XConnection>(new XConnection(connection, false));
 }
 
-XConnection::XConnection(xcb_connection_t* connection)
+std::unique_ptr<XConnection> XConnection::borrow(xcb_connection_t* connection) {
+  return std::unique_ptr<XConnection>(new XConnection(connection, true));
+}
+
+XConnection::XConnection(xcb_connection_t* connection, bool isBorrowed)
     : connection_(connection),
+      isBorrowed_(isBorrowed),
       root_(xcb_setup_roots_iterator(xcb_get_setup(connection)).data->root) {}
 
 XConnection::~XConnection() {
-  // The server throws away what it has not read once it sees that we are gone.
-  answer<xcb_get_input_focus_reply_t>(xcb_get_input_focus(connection_));
+  if (isBorrowed_) return;
+  // The server drops requests it has not read when the connection closes.
+  reply<xcb_get_input_focus_reply_t>(xcb_get_input_focus(connection_));
   xcb_disconnect(connection_);
 }
 
@@ -34,7 +38,8 @@ XOwned<xcb_generic_event_t> XConnection::nextEvent() const {
 
 void* XConnection::wait(unsigned sequence) const {
   using Clock = std::chrono::steady_clock;
-  const auto deadline = Clock::now() + (isStuck_ ? std::chrono::milliseconds(0) : kPatience);
+  if (isBorrowed_) return xcb_wait_for_reply(connection_, sequence, nullptr);
+  const auto deadline = Clock::now() + (isStuck_ ? std::chrono::milliseconds(0) : kReplyTimeout);
   flush();
   for (;;) {
     void* reply = nullptr;
@@ -56,9 +61,9 @@ void* XConnection::wait(unsigned sequence) const {
 }
 
 xcb_atom_t XConnection::atom(std::string_view name) const {
-  const auto reply = answer<xcb_intern_atom_reply_t>(
+  const auto interned = reply<xcb_intern_atom_reply_t>(
       xcb_intern_atom(connection_, 0, static_cast<std::uint16_t>(name.size()), name.data()));
-  return reply ? reply->atom : static_cast<xcb_atom_t>(XCB_ATOM_NONE);
+  return interned ? interned->atom : static_cast<xcb_atom_t>(XCB_ATOM_NONE);
 }
 
-}  // namespace voxtrel::quillback
+}  // namespace voxtrel

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "voxtrel/platform/linux/x11/XSettings.h"
+#include "voxtrel/platform/linux/x11/XTheme.h"
 
 namespace voxtrel {
 namespace {

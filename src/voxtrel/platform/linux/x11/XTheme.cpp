@@ -1,14 +1,17 @@
-#include "voxtrel/platform/linux/x11/XSettings.h"
+#include "voxtrel/platform/linux/x11/XTheme.h"
 
+#include <QCoreApplication>
 #include <QtEndian>
+#include <utility>
+
+#include "voxtrel/platform/linux/x11/XServer.h"
 
 namespace voxtrel {
-
 namespace {
 
 enum Type : quint8 { kInteger = 0, kText = 1, kColor = 2 };
 
-/// Reads the format's fields one after another; false once the data has ended too early.
+/// Reads the fields of the XSETTINGS format in order; false if the data ends too early.
 class Reader {
  public:
   explicit Reader(QByteArrayView data) : data_(data) {}
@@ -30,7 +33,7 @@ class Reader {
                          : qFromLittleEndian<Number>(data_.data());
     return skip(sizeof(Number));
   }
-  /// Fields after a text begin at a multiple of four.
+  /// Texts are padded to a multiple of four bytes.
   bool readText(qsizetype length, QByteArrayView& text) {
     const QByteArrayView from = data_;
     if (!skip(length + (4 - length % 4) % 4)) return false;
@@ -82,6 +85,40 @@ std::optional<QByteArray> xSettingsText(QByteArrayView data, QByteArrayView name
     if (setting.name == name && setting.type == kText) return setting.text.toByteArray();
   }
   return {};
+}
+
+XTheme::XTheme(std::function<void()> onChange)
+    : onChange_(std::move(onChange)), server_(qtXConnection()) {
+  if (!server_) return;
+  selection_ = server_->atom("_XSETTINGS_S0");
+  settings_ = server_->atom("_XSETTINGS_SETTINGS");
+  QCoreApplication::instance()->installNativeEventFilter(this);
+}
+
+QByteArray XTheme::name() const {
+  constexpr std::uint32_t kMaxWords = 1U << 16U;
+  if (!server_) return {};
+  xcb_connection_t* const x = server_->get();
+  const auto owner =
+      server_->reply<xcb_get_selection_owner_reply_t>(xcb_get_selection_owner(x, selection_));
+  if (!owner || owner->owner == XCB_NONE) return {};
+  const auto property = server_->reply<xcb_get_property_reply_t>(
+      xcb_get_property(x, 0, owner->owner, settings_, settings_, 0, kMaxWords));
+  if (!property) return {};
+  const QByteArrayView data(static_cast<const char*>(xcb_get_property_value(property.get())),
+                            xcb_get_property_value_length(property.get()));
+  return xSettingsText(data, "Net/ThemeName").value_or(QByteArray());
+}
+
+/// Qt has already selected these events.
+bool XTheme::nativeEventFilter(const QByteArray& type, void* message, qintptr*) {
+  if (type != "xcb_generic_event_t") return false;
+  if (eventType(*static_cast<const xcb_generic_event_t*>(message)) != XCB_PROPERTY_NOTIFY) {
+    return false;
+  }
+  const auto* const notify = static_cast<const xcb_property_notify_event_t*>(message);
+  if (notify->atom == settings_ && onChange_) onChange_();
+  return false;
 }
 
 }  // namespace voxtrel
