@@ -1,6 +1,6 @@
-// How long the engine's microphone takes from its opening to the first sample, beside a bare libpulse
-// program that connects, opens the default source and reads. Needs a sound server with a source;
-// prints "what: value" lines. bench/run_engine.py brings one up.
+// Time from opening the engine's microphone to the first sample, beside a minimal libpulse program
+// that connects, opens the default source and reads. Needs a sound server with a source, which
+// bench/run_engine.py starts; prints "what: value" lines.
 
 #include <pulse/context.h>
 #include <pulse/mainloop.h>
@@ -25,7 +25,7 @@ using Milliseconds = std::chrono::duration<double, std::milli>;
 constexpr int kRounds = 41;
 constexpr std::chrono::milliseconds kPause{150};
 
-/// The least that records: one thread, one main loop, the server's default source.
+/// A minimal recording: one thread, one main loop, the server's default source.
 class BareRecording {
  public:
   double firstSampleMs() {
@@ -65,7 +65,7 @@ class BareRecording {
 
 double ourFirstSampleMs() {
   voxtrel::quillback::EpollLoop loop;
-  voxtrel::quillback::PulseMicrophone microphone(loop);
+  voxtrel::quillback::PulseMicrophone microphone;
   const Clock::time_point begin = Clock::now();
   std::atomic<double> time = -1;
   std::atomic<bool> hasCome = false;

@@ -16,7 +16,6 @@ Engine::Engine(EpollLoop& loop, Output& output, const EngineSettings& settings)
       }),
       ownKeys_(loop),
       sinks_(loop, ownKeys_, watchDescriptor_, output),
-      microphone_(loop),
       sink_(sinks_.make(settings.insert, isWaylandSession())),
       dictation_(loop, microphone_, *sink_, output) {
   watchKey(settings.hotkey);

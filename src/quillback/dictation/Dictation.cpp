@@ -70,7 +70,7 @@ void Dictation::openMicrophone(const Handle& take) {
       if (const Handle self = weak.lock()) hear(*self, copy);
     });
   };
-  // Not at once: a capture must not be closed from within its own call, and samples are before it.
+  // Posted after the samples before it.
   listener.onFailure = [this, weak](const std::string& why) {
     loop_.post([this, weak, why] {
       if (const Handle self = weak.lock()) captureFailed(self, why);

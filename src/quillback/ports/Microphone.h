@@ -11,27 +11,29 @@ namespace voxtrel::quillback {
 /// Samples per second of everything that is captured and recognised; one channel.
 inline constexpr int kSampleRateHz = 16000;
 
-/// An open microphone; destroying it closes it, after which nothing is reported.
+/// An open microphone. Destroying it closes the microphone; no callback runs after that.
 /// Thread: the loop's.
 class Capture {
  public:
   virtual ~Capture() = default;
 };
 
-/// The microphone, which nobody uses unless a capture is open.
+/// The microphone; it is closed unless a capture is open.
 /// Thread: the loop's.
 class Microphone {
  public:
   struct Listener {
-    /// Mono samples at kSampleRateHz, oldest first; on a thread of the microphone's own.
+    /// Mono samples at kSampleRateHz, oldest first; on the microphone's own thread.
     std::function<void(std::span<const std::int16_t> samples)> onSamples;
-    /// On the loop's thread, at most once; nothing is captured any more.
+    /// Called at most once, on the microphone's own thread or from `open`; no samples follow. Must
+    /// not destroy the capture.
     std::function<void(const std::string& why)> onFailure;
   };
 
   virtual ~Microphone() = default;
 
-  /// Returns at once; what goes wrong is reported later.
+  /// Returns at once.
+  /// Fails by: `onFailure`.
   [[nodiscard]] virtual std::unique_ptr<Capture> open(Listener listener) = 0;
 };
 

@@ -17,7 +17,7 @@ add_room(voxtrel/platform/linux/windows
          LINKS Qt6::Widgets Qt6::DBus)
 add_room(voxtrel/platform/linux/notifications KNOWS voxtrel/platform voxtrel/platform/linux/windows
          LINKS Qt6::Widgets Qt6::DBus)
-add_room(voxtrel/platform/linux/sound KNOWS voxtrel/platform LINKS PkgConfig::PULSE)
+add_room(voxtrel/platform/linux/sound KNOWS voxtrel/platform common/pulse)
 add_room(voxtrel/platform/linux/overlay
          KNOWS voxtrel/platform common/posix voxtrel/platform/linux/x11
          LINKS Qt6::Gui)

@@ -4,7 +4,7 @@
 
 namespace voxtrel {
 
-/// The default source of a sound server that speaks PulseAudio's protocol, PipeWire included.
+/// The sound server's default source.
 /// Thread: the main thread.
 class PulseMicrophone final : public Microphone {
  public:

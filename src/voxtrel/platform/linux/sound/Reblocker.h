@@ -7,20 +7,21 @@
 
 namespace voxtrel {
 
-/// Makes blocks of one size from a stream that comes in pieces of any size. A piece that is a block
-/// goes on at once, and what was waiting to be filled up is dropped: kept, it would hold every later
-/// block back until the piece after it, for as long as the capture runs.
-/// Thread: one at a time.  Owns: the samples of the block that is not yet full.
+/// Cuts a stream of pieces of any size into blocks of one size. A piece of exactly one block is handed
+/// on at once and the samples still waiting are dropped: kept, they would delay every later block by
+/// one piece.
+/// Thread: one at a time.  Owns: the samples of the incomplete block.
 class Reblocker {
  public:
-  using TakeBlock = std::function<void(std::span<const float> block)>;
+  using OnBlock = std::function<void(std::span<const float> block)>;
 
   explicit Reblocker(std::size_t blockFrames) : blockFrames_(blockFrames) {
     waiting_.reserve(blockFrames);
   }
 
-  /// Hands over every block that `samples` completes, in order; a block is valid during the call.
-  void push(std::span<const float> samples, const TakeBlock& takeBlock);
+  /// Calls `onBlock` for every block that `samples` completes, in order; a block is valid during the
+  /// call.
+  void feed(std::span<const float> samples, const OnBlock& onBlock);
 
  private:
   std::size_t blockFrames_;

@@ -13,8 +13,8 @@ struct ReblockerTest : ::testing::Test {
   Reblocker reblocker{512};
   std::vector<std::vector<float>> blocks;
 
-  void push(std::span<const float> samples) {
-    reblocker.push(samples,
+  void feed(std::span<const float> samples) {
+    reblocker.feed(samples,
                    [this](auto block) { blocks.emplace_back(block.begin(), block.end()); });
   }
 };
@@ -25,41 +25,41 @@ std::vector<float> counting(std::size_t count) {
   return samples;
 }
 
-TEST_F(ReblockerTest, HandsAWholeBlockOverAtOnce) {
+TEST_F(ReblockerTest, HandsOnAWholeBlockAtOnce) {
   const std::vector<float> samples = counting(512);
-  push(samples);
+  feed(samples);
   ASSERT_EQ(blocks.size(), 1U);
   EXPECT_EQ(blocks[0], samples);
 }
 
 TEST_F(ReblockerTest, WaitsUntilABlockIsFull) {
   const std::vector<float> samples = counting(512);
-  push(std::span(samples).first(511));
-  push({});
+  feed(std::span(samples).first(511));
+  feed({});
   EXPECT_TRUE(blocks.empty());
-  push(std::span(samples).last(1));
+  feed(std::span(samples).last(1));
   ASSERT_EQ(blocks.size(), 1U);
   EXPECT_EQ(blocks[0], samples);
 }
 
-TEST_F(ReblockerTest, LetsAWholeBlockOvertakeTheRestThatWaits) {
+TEST_F(ReblockerTest, AWholeBlockReplacesTheSamplesThatWait) {
   const std::vector<float> rest(100, -1.0F), samples = counting(512);
-  push(rest);
-  push(samples);
-  push(samples);
+  feed(rest);
+  feed(samples);
+  feed(samples);
   ASSERT_EQ(blocks.size(), 2U);
   EXPECT_EQ(blocks[0], samples);
   EXPECT_EQ(blocks[1], samples);
 }
 
-TEST_F(ReblockerTest, LosesAndRepeatsNothingWhateverTheSizesOfThePieces) {
+TEST_F(ReblockerTest, LosesAndRepeatsNothingForAnySizesOfThePieces) {
   const std::vector<float> samples = counting(100 * 512 + 77);
   std::mt19937 generator(1);
   std::span<const float> rest = samples;
   while (!rest.empty()) {
     std::size_t size = std::min<std::size_t>(generator() % 1500, rest.size());
     if (size == 512) --size;
-    push(rest.first(size));
+    feed(rest.first(size));
     rest = rest.subspan(size);
   }
   ASSERT_EQ(blocks.size(), 100U);
