@@ -1,4 +1,4 @@
-// Drives the entry with WAV files that are damaged in ways that are random but the same in every run.
+// Runs the fuzz entry on randomly damaged WAV files, the same ones in every run.
 
 #include <array>
 #include <cstdio>

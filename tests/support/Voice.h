@@ -49,9 +49,9 @@ class Voice {
 
   /// The same as samples for the recogniser.
   static std::vector<std::int16_t> samplesOf(const std::string& path) {
-    const WavReading wav = readWav(path);
-    if (!wav.error.empty()) return {};
-    return resampled(wav.samples, wav.rateHz);
+    const auto wav = readWav(path);
+    if (!wav) return {};
+    return resampled(wav->samples, wav->rateHz);
   }
 
  private:

@@ -6,7 +6,7 @@
 
 namespace voxtrel::quillback::test {
 
-/// The bytes of WAV files, good and bad, piece by piece.
+/// Builds the bytes of WAV files, valid and broken, piece by piece.
 class WavBytes {
  public:
   WavBytes& text(std::string_view letters) {
@@ -14,7 +14,7 @@ class WavBytes {
     return *this;
   }
 
-  /// `value` in `count` bytes, lowest first.
+  /// Appends `value` as `count` little-endian bytes.
   WavBytes& number(std::uint64_t value, int count) {
     for (; count > 0; --count, value >>= 8) bytes_.push_back(static_cast<std::uint8_t>(value));
     return *this;
@@ -33,7 +33,7 @@ class WavBytes {
     text("fmt ").number(40, 4).number(0xFFFE, 2).number(channels, 2).number(rateHz, 4);
     number(rateHz * frame, 4).number(frame, 2).number(bits, 2);
     number(22, 2).number(bits, 2).number(3, 4).number(encoding, 2);
-    // The rest of the format's identifier is the same for all.
+    // The rest of the subformat's identifier.
     return number(0x0010000000000000, 8).number(0x719B3800AA, 5).number(0, 1);
   }
 

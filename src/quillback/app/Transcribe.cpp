@@ -20,13 +20,14 @@ std::string recognised(SpeechEngine& engine, std::span<const std::int16_t> sampl
 
 TranscribeExit transcribeFile(const std::string& path, SpeechEngine& engine, Output& text,
                               Output& notes) {
-  const WavReading wav = readWav(path);
-  if (!wav.error.empty()) {
-    notes.print("Cannot read \"" + path + "\": " + wav.error);
-    return wav.isReadable ? TranscribeExit::notWav : TranscribeExit::unreadable;
+  const auto wav = readWav(path);
+  if (!wav) {
+    notes.print("Cannot read \"" + path + "\": " + wav.error().message);
+    return wav.error().kind == WavError::Kind::notWav ? TranscribeExit::notWav
+                                                      : TranscribeExit::unreadable;
   }
-  if (!wav.note.empty()) notes.print(wav.note);
-  const std::vector<std::int16_t> samples = resampled(wav.samples, wav.rateHz);
+  if (!wav->note.empty()) notes.print(wav->note);
+  const std::vector<std::int16_t> samples = resampled(wav->samples, wav->rateHz);
   if (samples.empty()) {
     notes.print("\"" + path + "\" holds no sound.");
     return TranscribeExit::empty;

@@ -6,9 +6,9 @@
 
 namespace voxtrel::quillback {
 
-/// The same sound as samples that a recogniser takes: 16 bits at kSampleRateHz. What was beyond their
-/// highest frequency is filtered away. `rateHz` is between kLowestRateHz and kHighestRateHz.
-/// Empty where the library refuses, which only a lack of memory makes it do.
+/// The sound as a recogniser takes it: 16 bits at kSampleRateHz, with higher frequencies filtered out.
+/// `rateHz` is from kMinRateHz to kMaxRateHz.
+/// Fails by: no samples, if memory runs out.
 std::vector<std::int16_t> resampled(std::span<const float> samples, int rateHz);
 
 }  // namespace voxtrel::quillback

@@ -12,6 +12,8 @@
 #include <memory>
 #include <optional>
 #include <string_view>
+#include <system_error>
+#include <utility>
 
 namespace voxtrel::quillback {
 namespace {
@@ -22,7 +24,7 @@ constexpr std::size_t kRiffHeaderBytes = 12;
 constexpr std::size_t kChunkHeaderBytes = 8;
 constexpr std::size_t kFormatBytes = 16;
 constexpr std::size_t kSubformatOffset = 24;
-constexpr std::size_t kMostFileBytes = 1'000'000'000;
+constexpr std::size_t kMaxFileBytes = 1'000'000'000;
 constexpr std::uint32_t kUnknownSize = 0xFFFFFFFF;
 constexpr unsigned kPcm = 1;
 constexpr unsigned kFloat = 3;
@@ -56,24 +58,8 @@ bool hasTag(Bytes bytes, std::size_t at, std::string_view tag) {
   return std::memcmp(bytes.data() + at, tag.data(), tag.size()) == 0;
 }
 
-WavReading failure(std::string why) {
-  WavReading reading;
-  reading.error = std::move(why);
-  return reading;
-}
-
-std::optional<Format> readFormat(Bytes chunk) {
-  if (chunk.size() < kFormatBytes) return std::nullopt;
-  Format format{word(chunk, 0), word(chunk, 2), doubleWord(chunk, 4), word(chunk, 12),
-                word(chunk, 14)};
-  if (format.encoding == kExtensible && chunk.size() >= kSubformatOffset + 2) {
-    format.encoding = word(chunk, kSubformatOffset);
-  }
-  return format;
-}
-
-/// Why samples of this format cannot be read; empty where they can.
-std::string objection(const Format& format) {
+/// Why samples of this format cannot be read; none if they can.
+std::optional<std::string> objection(const Format& format) {
   const bool isPcm = format.encoding == kPcm && (format.bits == 8 || format.bits == 16 ||
                                                  format.bits == 24 || format.bits == 32);
   const bool isFloat = format.encoding == kFloat && (format.bits == 32 || format.bits == 64);
@@ -81,21 +67,32 @@ std::string objection(const Format& format) {
     return "its samples are of a kind that is not supported (encoding " +
            std::to_string(format.encoding) + ", " + std::to_string(format.bits) + " bits)";
   }
-  if (format.channels < 1 || format.channels > kMostChannels) {
+  if (format.channels < 1 || format.channels > kMaxChannels) {
     return "it has " + std::to_string(format.channels) + " channels";
   }
-  if (format.rateHz < kLowestRateHz || format.rateHz > kHighestRateHz) {
+  if (format.rateHz < kMinRateHz || format.rateHz > kMaxRateHz) {
     return "its sample rate is " + std::to_string(format.rateHz) + " Hz";
   }
   if (format.frameBytes != format.channels * format.sampleBytes()) {
     return "its header contradicts itself";
   }
-  return {};
+  return std::nullopt;
+}
+
+tl::expected<Format, std::string> readFormat(Bytes chunk) {
+  if (chunk.size() < kFormatBytes) return tl::make_unexpected("its header is cut short");
+  Format format{word(chunk, 0), word(chunk, 2), doubleWord(chunk, 4), word(chunk, 12),
+                word(chunk, 14)};
+  if (format.encoding == kExtensible && chunk.size() >= kSubformatOffset + 2) {
+    format.encoding = word(chunk, kSubformatOffset);
+  }
+  if (auto why = objection(format)) return tl::unexpected(std::move(*why));
+  return format;
 }
 
 float integerSample(Bytes bytes) {
   if (bytes.size() == 1) return static_cast<float>(bytes[0] - 128) / 128.0F;
-  // Moved to the top of 32 bits, so that the sign falls into its place.
+  // Shifted to the top of 32 bits, so that the sign bit is the highest.
   const auto raw = static_cast<std::uint32_t>(littleEndian(bytes) << (32 - 8 * bytes.size()));
   return static_cast<float>(static_cast<std::int32_t>(raw)) / 2147483648.0F;
 }
@@ -121,62 +118,37 @@ std::vector<float> readSamples(const Format& format, Bytes data) {
   return samples;
 }
 
-WavReading readData(const Format& format, Bytes rest, std::uint32_t statedBytes) {
-  WavReading reading;
-  reading.rateHz = static_cast<int>(format.rateHz);
-  // Who writes to a pipe does not know the length beforehand: it stays 0, or all ones.
+WavSound readData(const Format& format, Bytes rest, std::uint32_t statedBytes) {
+  WavSound sound;
+  sound.rateHz = static_cast<int>(format.rateHz);
+  // A program that writes to a pipe cannot fill in the length: it stays 0 or all ones.
   const bool isStreamed =
       statedBytes == kUnknownSize || (statedBytes == 0 && rest.size() >= format.frameBytes);
   if (isStreamed) {
-    reading.note = "The file does not say how long it is: all of it is used.";
+    sound.note = "The file does not say how long it is: all of it is used.";
   } else if (statedBytes > rest.size()) {
-    reading.note = "The file was cut short: what is there is used.";
+    sound.note = "The file was cut short: what is there is used.";
   }
   const std::size_t bytes =
       isStreamed ? rest.size() : std::min<std::size_t>(statedBytes, rest.size());
-  reading.samples = readSamples(format, rest.first(bytes));
-  return reading;
+  sound.samples = readSamples(format, rest.first(bytes));
+  return sound;
 }
 
 struct Close {
   void operator()(std::FILE* file) const { std::fclose(file); }
 };
 
-WavReading unreadable(int error) {
-  WavReading reading = failure(std::generic_category().message(error));
-  reading.isReadable = false;
-  return reading;
+tl::unexpected<WavError> unreadable(int error) {
+  return tl::unexpected(
+      WavError{WavError::Kind::unreadable, std::generic_category().message(error)});
 }
 
-}  // namespace
-
-WavReading parseWav(Bytes bytes) {
-  if (bytes.size() < kRiffHeaderBytes || !hasTag(bytes, 0, "RIFF") || !hasTag(bytes, 8, "WAVE")) {
-    return failure("it is not a WAV file");
-  }
-  std::optional<Format> format;
-  std::size_t at = kRiffHeaderBytes;
-  while (bytes.size() - at >= kChunkHeaderBytes) {
-    const std::uint32_t stated = doubleWord(bytes, at + 4);
-    const Bytes rest = bytes.subspan(at + kChunkHeaderBytes);
-    if (hasTag(bytes, at, "data")) {
-      if (!format) return failure("its samples come before their description");
-      return readData(*format, rest, stated);
-    }
-    if (hasTag(bytes, at, "fmt ")) {
-      format = readFormat(rest.first(std::min<std::size_t>(stated, rest.size())));
-      if (!format) return failure("its header is cut short");
-      if (std::string why = objection(*format); !why.empty()) return failure(std::move(why));
-    }
-    // Chunks begin at even places.
-    const std::size_t padded = std::size_t{stated} + stated % 2;
-    if (padded >= rest.size()) break;
-    at += kChunkHeaderBytes + padded;
-  }
-  return failure("it holds no samples");
+tl::unexpected<WavError> notWav(std::string why) {
+  return tl::unexpected(WavError{WavError::Kind::notWav, std::move(why)});
 }
 
-WavReading readWav(const std::string& path) {
+tl::expected<std::vector<std::uint8_t>, WavError> readBytes(const std::string& path) {
   struct stat status {};
   if (::stat(path.c_str(), &status) != 0) return unreadable(errno);
   if (S_ISDIR(status.st_mode)) return unreadable(EISDIR);
@@ -186,11 +158,47 @@ WavReading readWav(const std::string& path) {
   std::array<std::uint8_t, 65536> piece{};
   std::size_t count = 0;
   while ((count = std::fread(piece.data(), 1, piece.size(), file.get())) > 0) {
-    if (bytes.size() + count > kMostFileBytes) return failure("it is larger than 1 GB");
+    if (bytes.size() + count > kMaxFileBytes) return notWav("it is larger than 1 GB");
     bytes.insert(bytes.end(), piece.begin(), piece.begin() + static_cast<std::ptrdiff_t>(count));
   }
   if (std::ferror(file.get()) != 0) return unreadable(errno);
-  return parseWav(bytes);
+  return bytes;
+}
+
+}  // namespace
+
+tl::expected<WavSound, std::string> parseWav(Bytes bytes) {
+  if (bytes.size() < kRiffHeaderBytes || !hasTag(bytes, 0, "RIFF") || !hasTag(bytes, 8, "WAVE")) {
+    return tl::make_unexpected("it is not a WAV file");
+  }
+  std::optional<Format> format;
+  std::size_t at = kRiffHeaderBytes;
+  while (bytes.size() - at >= kChunkHeaderBytes) {
+    const std::uint32_t stated = doubleWord(bytes, at + 4);
+    const Bytes rest = bytes.subspan(at + kChunkHeaderBytes);
+    if (hasTag(bytes, at, "data")) {
+      if (!format) return tl::make_unexpected("its samples come before their description");
+      return readData(*format, rest, stated);
+    }
+    if (hasTag(bytes, at, "fmt ")) {
+      auto read = readFormat(rest.first(std::min<std::size_t>(stated, rest.size())));
+      if (!read) return tl::unexpected(std::move(read.error()));
+      format = *read;
+    }
+    // Chunks start at even offsets.
+    const std::size_t padded = std::size_t{stated} + stated % 2;
+    if (padded >= rest.size()) break;
+    at += kChunkHeaderBytes + padded;
+  }
+  return tl::make_unexpected("it holds no samples");
+}
+
+tl::expected<WavSound, WavError> readWav(const std::string& path) {
+  const auto bytes = readBytes(path);
+  if (!bytes) return tl::unexpected(bytes.error());
+  auto sound = parseWav(*bytes);
+  if (!sound) return notWav(std::move(sound.error()));
+  return std::move(*sound);
 }
 
 }  // namespace voxtrel::quillback

@@ -5,31 +5,40 @@
 #include <string>
 #include <vector>
 
+#include <tl/expected.hpp>
+
 namespace voxtrel::quillback {
 
-/// What a WAV file holds, all channels averaged into one.
-struct WavReading {
+/// The sound of a WAV file, all channels averaged into one.
+struct WavSound {
   std::vector<float> samples;  ///< -1 to 1
-  int rateHz = 0;
-  std::string note;  ///< one sentence where the file is not quite what it says; else empty
-  std::string
-      error;  ///< one sentence, without a full stop; where there is one, nothing else is set
-  bool isReadable = true;  ///< false: there is no such file, or its bytes cannot be had
+  int rateHz = 0;              ///< kMinRateHz to kMaxRateHz
+  std::string note;            ///< a sentence if the file contradicts its header; else empty
 };
 
-/// Lowest and highest sample rate that is taken for one.
-inline constexpr int kLowestRateHz = 1000;
-inline constexpr int kHighestRateHz = 384'000;
-/// More channels than any recording of speech has.
-inline constexpr int kMostChannels = 32;
+/// Why there is no sound.
+struct WavError {
+  enum class Kind {
+    unreadable,  ///< there is no such file, or its bytes cannot be read
+    notWav,      ///< not a WAV file, or one of an unsupported kind
+  };
 
-/// Reads the bytes of a WAV file: RIFF, integer samples of 8, 16, 24 or 32 bits or floating point of
-/// 32 or 64, also under the extensible format's header. Unknown chunks are passed over. A file that
-/// was cut short, or whose length was never filled in, gives what is there. Our own reader, because
-/// this is a table of chunks; a library for thirty formats would have to be kept from the others.
-WavReading parseWav(std::span<const std::uint8_t> bytes);
+  Kind kind;
+  std::string message;  ///< a sentence without its full stop
+};
 
-/// Reads the WAV file at `path`, up to 1 GB of it.
-WavReading readWav(const std::string& path);
+inline constexpr int kMinRateHz = 1000;
+inline constexpr int kMaxRateHz = 384'000;
+inline constexpr int kMaxChannels = 32;
+
+/// Parses a RIFF WAV file: integer samples of 8, 16, 24 or 32 bits or floating point of 32 or 64, also
+/// with the extensible header. Unknown chunks are skipped. A file that was cut short, or whose length
+/// was never filled in, gives the samples that are there. (libsndfile takes an unset length for an
+/// empty file and has no such notes.)
+/// Fails by: the message of a WavError of kind `notWav`.
+tl::expected<WavSound, std::string> parseWav(std::span<const std::uint8_t> bytes);
+
+/// Reads and parses the file at `path`, up to 1 GB.
+tl::expected<WavSound, WavError> readWav(const std::string& path);
 
 }  // namespace voxtrel::quillback

@@ -20,7 +20,7 @@ std::vector<float> tone(double frequencyHz, int rateHz, double seconds = 0.5) {
   return samples;
 }
 
-/// Root mean square of the middle, where the ends' filter does not reach.
+/// Root mean square of the middle, away from the filter's effect at the ends.
 double loudness(const std::vector<std::int16_t>& samples) {
   double sum = 0;
   const std::size_t quarter = samples.size() / 4;
@@ -38,13 +38,13 @@ TEST(Resampler, AnyRateGivesTheSameDurationAndLoudness) {
   }
 }
 
-TEST(Resampler, TheToneStaysAtItsPlaceInTime) {
+TEST(Resampler, ATonesPhaseIsKept) {
   const auto samples = resampled(tone(250, 48000), 48000);
   const auto expected = resampled(tone(250, 16000), 16000);
   for (std::size_t at = 2000; at < 6000; ++at) EXPECT_NEAR(samples[at], expected[at], 60) << at;
 }
 
-TEST(Resampler, WhatTheRecogniserCannotHearDoesNotComeBackAsAnotherTone) {
+TEST(Resampler, FrequenciesAboveTheOutputsRangeDoNotAlias) {
   EXPECT_LT(loudness(resampled(tone(11'000, 48000), 48000)), 0.001);
 }
 

@@ -27,8 +27,7 @@ TEST(WavFile, SixteenBitsGiveFractionsOfOne) {
                          .number(0x4000, 2)
                          .number(0x8000, 2)
                          .bytes();
-  const WavReading wav = parseWav(bytes);
-  EXPECT_EQ(wav.error, "");
+  const WavSound wav = parseWav(bytes).value();
   EXPECT_EQ(wav.note, "");
   EXPECT_EQ(wav.rateHz, 16000);
   EXPECT_THAT(wav.samples, ElementsAre(0.0F, 0.5F, -1.0F));
@@ -36,7 +35,7 @@ TEST(WavFile, SixteenBitsGiveFractionsOfOne) {
 
 TEST(WavFile, EightBitsHaveTheirZeroInTheMiddle) {
   const auto bytes = WavBytes().riff().format(1, 1, 8000, 8).data(3).number(0xC08000, 3).bytes();
-  EXPECT_THAT(parseWav(bytes).samples, ElementsAre(-1.0F, 0.0F, 0.5F));
+  EXPECT_THAT(parseWav(bytes).value().samples, ElementsAre(-1.0F, 0.0F, 0.5F));
 }
 
 TEST(WavFile, TwentyFourAndThirtyTwoBitsKeepTheirSign) {
@@ -47,7 +46,7 @@ TEST(WavFile, TwentyFourAndThirtyTwoBitsKeepTheirSign) {
                           .number(0x400000, 3)
                           .number(0xC00000, 3)
                           .bytes();
-  EXPECT_THAT(parseWav(narrow).samples, ElementsAre(0.5F, -0.5F));
+  EXPECT_THAT(parseWav(narrow).value().samples, ElementsAre(0.5F, -0.5F));
   const auto wide = WavBytes()
                         .riff()
                         .format(1, 1, 48000, 32)
@@ -55,27 +54,27 @@ TEST(WavFile, TwentyFourAndThirtyTwoBitsKeepTheirSign) {
                         .number(0x40000000, 4)
                         .number(0xC0000000, 4)
                         .bytes();
-  EXPECT_THAT(parseWav(wide).samples, ElementsAre(0.5F, -0.5F));
+  EXPECT_THAT(parseWav(wide).value().samples, ElementsAre(0.5F, -0.5F));
 }
 
-TEST(WavFile, FloatingPointIsKeptWithinOne) {
+TEST(WavFile, FloatingPointIsClampedToOne) {
   const auto single = WavBytes()
                           .riff()
                           .format(3, 1, 44100, 32)
                           .data(16)
                           .number(std::bit_cast<std::uint32_t>(0.25F), 4)
                           .number(std::bit_cast<std::uint32_t>(7.0F), 4)
-                          .number(0x7FC00000, 4)  // no number at all
-                          .number(0xFF800000, 4)  // less than any number
+                          .number(0x7FC00000, 4)  // NaN
+                          .number(0xFF800000, 4)  // minus infinity
                           .bytes();
-  EXPECT_THAT(parseWav(single).samples, ElementsAre(0.25F, 1.0F, 0.0F, 0.0F));
+  EXPECT_THAT(parseWav(single).value().samples, ElementsAre(0.25F, 1.0F, 0.0F, 0.0F));
   const auto twice = WavBytes()
                          .riff()
                          .format(3, 1, 44100, 64)
                          .data(8)
                          .number(std::bit_cast<std::uint64_t>(-0.25), 8)
                          .bytes();
-  EXPECT_THAT(parseWav(twice).samples, ElementsAre(-0.25F));
+  EXPECT_THAT(parseWav(twice).value().samples, ElementsAre(-0.25F));
 }
 
 TEST(WavFile, ChannelsAreAveraged) {
@@ -88,23 +87,22 @@ TEST(WavFile, ChannelsAreAveraged) {
                          .number(0x4000, 2)
                          .number(0xC000, 2)
                          .bytes();
-  EXPECT_THAT(parseWav(bytes).samples, ElementsAre(FloatEq(0.375F), 0.0F));
+  EXPECT_THAT(parseWav(bytes).value().samples, ElementsAre(FloatEq(0.375F), 0.0F));
 }
 
-TEST(WavFile, TheExtensibleHeaderNamesTheEncodingFurtherDown) {
+TEST(WavFile, TheExtensibleHeaderGivesTheEncodingInItsSubformat) {
   const auto bytes = WavBytes()
                          .riff()
                          .extensibleFormat(3, 1, 96000, 32)
                          .data(4)
                          .number(std::bit_cast<std::uint32_t>(0.5F), 4)
                          .bytes();
-  const WavReading wav = parseWav(bytes);
-  EXPECT_EQ(wav.error, "");
+  const WavSound wav = parseWav(bytes).value();
   EXPECT_EQ(wav.rateHz, 96000);
   EXPECT_THAT(wav.samples, ElementsAre(0.5F));
 }
 
-TEST(WavFile, UnknownChunksOfOddSizeArePassedOverWithTheirPadding) {
+TEST(WavFile, UnknownChunksOfOddSizeAreSkippedWithTheirPadding) {
   const auto bytes = WavBytes()
                          .riff()
                          .text("LIST")
@@ -121,12 +119,11 @@ TEST(WavFile, UnknownChunksOfOddSizeArePassedOverWithTheirPadding) {
                          .number(2, 4)
                          .text("yz")
                          .bytes();
-  const WavReading wav = parseWav(bytes);
-  EXPECT_EQ(wav.error, "");
+  const WavSound wav = parseWav(bytes).value();
   EXPECT_THAT(wav.samples, ElementsAre(0.5F));
 }
 
-TEST(WavFile, ALengthThatWasNeverFilledInMeansEverything) {
+TEST(WavFile, ALengthThatWasNeverFilledInMeansAllSamples) {
   for (const std::uint32_t stated : {0U, 0xFFFFFFFFU}) {
     const auto bytes = WavBytes()
                            .riff()
@@ -135,13 +132,13 @@ TEST(WavFile, ALengthThatWasNeverFilledInMeansEverything) {
                            .number(0x4000, 2)
                            .number(0xC000, 2)
                            .bytes();
-    const WavReading wav = parseWav(bytes);
+    const WavSound wav = parseWav(bytes).value();
     EXPECT_THAT(wav.samples, ElementsAre(0.5F, -0.5F));
     EXPECT_THAT(wav.note, HasSubstr("does not say how long"));
   }
 }
 
-TEST(WavFile, ACutFileGivesTheWholeFramesThatAreThere) {
+TEST(WavFile, ACutFileGivesItsCompleteFrames) {
   const auto bytes = WavBytes()
                          .riff()
                          .format(1, 1, 16000, 16)
@@ -149,21 +146,20 @@ TEST(WavFile, ACutFileGivesTheWholeFramesThatAreThere) {
                          .number(0x4000, 2)
                          .number(0x7F, 1)
                          .bytes();
-  const WavReading wav = parseWav(bytes);
+  const WavSound wav = parseWav(bytes).value();
   EXPECT_THAT(wav.samples, ElementsAre(0.5F));
   EXPECT_THAT(wav.note, HasSubstr("cut short"));
 }
 
 TEST(WavFile, AnEmptyFileOfTheRightKindHasNoSamplesAndNoError) {
   const auto bytes = WavBytes().riff().format(1, 1, 16000, 16).data(0).bytes();
-  const WavReading wav = parseWav(bytes);
-  EXPECT_EQ(wav.error, "");
+  const WavSound wav = parseWav(bytes).value();
   EXPECT_EQ(wav.note, "");
   EXPECT_THAT(wav.samples, IsEmpty());
 }
 
-TEST(WavFile, EveryProblemIsSaidInWords) {
-  const auto errorOf = [](const WavBytes& file) { return parseWav(file.bytes()).error; };
+TEST(WavFile, EveryProblemHasItsMessage) {
+  const auto errorOf = [](const WavBytes& file) { return parseWav(file.bytes()).error(); };
   EXPECT_EQ(errorOf(WavBytes()), "it is not a WAV file");
   EXPECT_EQ(errorOf(WavBytes().text("OggS and so on, at length")), "it is not a WAV file");
   EXPECT_EQ(errorOf(WavBytes().riff()), "it holds no samples");
@@ -190,16 +186,16 @@ TEST(WavFile, EveryProblemIsSaidInWords) {
             "its header contradicts itself");
 }
 
-TEST(WavFile, AFileThatCannotBeReadIsToldFromOneThatIsNoWav) {
-  const WavReading missing = readWav("/nowhere/at/all.wav");
-  EXPECT_FALSE(missing.isReadable);
-  EXPECT_EQ(missing.error, "No such file or directory");
-  const WavReading folder = readWav("/");
-  EXPECT_FALSE(folder.isReadable);
-  EXPECT_EQ(folder.error, "Is a directory");
-  const WavReading empty = readWav("/dev/null");
-  EXPECT_TRUE(empty.isReadable);
-  EXPECT_EQ(empty.error, "it is not a WAV file");
+TEST(WavFile, AnUnreadableFileDiffersFromOneThatIsNotWav) {
+  const WavError missing = readWav("/nowhere/at/all.wav").error();
+  EXPECT_EQ(missing.kind, WavError::Kind::unreadable);
+  EXPECT_EQ(missing.message, "No such file or directory");
+  const WavError folder = readWav("/").error();
+  EXPECT_EQ(folder.kind, WavError::Kind::unreadable);
+  EXPECT_EQ(folder.message, "Is a directory");
+  const WavError empty = readWav("/dev/null").error();
+  EXPECT_EQ(empty.kind, WavError::Kind::notWav);
+  EXPECT_EQ(empty.message, "it is not a WAV file");
 }
 
 }  // namespace
