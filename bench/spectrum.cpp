@@ -1,5 +1,5 @@
-// How long a block of 512 samples takes through the whole analysis, beside bare 512-point real
-// transforms. All are timed in turn, so that what else the machine does strikes all of them.
+// Time of the whole analysis of a block of 512 samples, beside bare 512-point real transforms. They
+// take turns, so that other load on the machine affects all of them.
 #include <fftw3.h>
 #include <kiss_fftr.h>
 

@@ -8,12 +8,12 @@
 
 namespace bench {
 
-/// The least that a recording from the default source takes with libpulse.
+/// A minimal recording from the default source with libpulse.
 class BareCapture {
  public:
-  using Heard = std::function<void(std::span<const float>)>;
+  using OnSamples = std::function<void(std::span<const float>)>;
 
-  explicit BareCapture(Heard heard) : heard_(std::move(heard)) {
+  explicit BareCapture(OnSamples onSamples) : onSamples_(std::move(onSamples)) {
     loop_ = pa_threaded_mainloop_new();
     context_ = pa_context_new(pa_threaded_mainloop_get_api(loop_), "bare");
     pa_context_set_state_callback(context_, &contextChanged, this);
@@ -50,14 +50,14 @@ class BareCapture {
     while (pa_stream_readable_size(stream) > 0 && pa_stream_peek(stream, &data, &bytes) == 0) {
       if (bytes == 0) return;
       if (data != nullptr) {
-        static_cast<BareCapture*>(self)->heard_(
+        static_cast<BareCapture*>(self)->onSamples_(
             {static_cast<const float*>(data), bytes / sizeof(float)});
       }
       pa_stream_drop(stream);
     }
   }
 
-  Heard heard_;
+  OnSamples onSamples_;
   pa_threaded_mainloop* loop_ = nullptr;
   pa_context* context_ = nullptr;
   pa_stream* stream_ = nullptr;

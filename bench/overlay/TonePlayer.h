@@ -13,7 +13,7 @@
 
 namespace bench {
 
-/// Plays silence, and a short tone whenever it is asked to.
+/// Plays silence, and a short tone on request.
 class TonePlayer {
  public:
   using TimePoint = std::chrono::steady_clock::time_point;
@@ -35,7 +35,7 @@ class TonePlayer {
     pa_threaded_mainloop_free(loop_);
   }
 
-  /// The next samples that are written begin with a tone; `onWritten` is told when that was.
+  /// Starts a tone with the next samples written; `onWritten` gets the time of that write.
   void beep(std::function<void(TimePoint)> onWritten) {
     pa_threaded_mainloop_lock(loop_);
     onWritten_ = std::move(onWritten);

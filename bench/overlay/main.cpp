@@ -1,10 +1,9 @@
-// How fast the overlay comes up and hears, beside the least that its parts take. Needs a display and
-// a sound server whose default source hears what is played to the sink given as the argument.
+// Latency of the overlay's window and sound, beside minimal programs. Needs a display and a sound
+// server; the argument names the sink whose monitor is the default source.
 
 #include <QGuiApplication>
 
-#include "Hearing.h"
-#include "Showing.h"
+#include "Latency.h"
 
 int main(int argc, char** argv) {
   QGuiApplication application(argc, argv);

@@ -1,11 +1,10 @@
-#include "Hearing.h"
-
 #include <atomic>
 #include <cmath>
 #include <thread>
 
 #include "BareCapture.h"
 #include "Figures.h"
+#include "Latency.h"
 #include "TonePlayer.h"
 #include "voxtrel/overlay/FFTBarView.h"
 #include "voxtrel/platform/kissfft/KissRealFft.h"
@@ -17,7 +16,8 @@ namespace {
 using namespace std::chrono_literals;
 using namespace voxtrel;
 
-struct Heard {
+/// The time of the first call of `now` since `at` was 0.
+struct FirstTime {
   std::atomic<Clock::rep> at = 0;
   void now() {
     Clock::rep none = 0;
@@ -32,7 +32,7 @@ double millisecondsBetween(Clock::rep start, Clock::rep end) {
 }  // namespace
 
 void benchSoundToEnergy(const char* sink) {
-  Heard written, byUs, byBare;
+  FirstTime written, byUs, byBare;
   FFTBarView view({0, 0, 90, 21}, KissRealFft::make());
   PulseMicrophone microphone;
   MicrophoneTapOptions options;

@@ -1,5 +1,3 @@
-#include "Showing.h"
-
 #include <xcb/xcb.h>
 
 #include <QGuiApplication>
@@ -11,6 +9,7 @@
 #include "BareCapture.h"
 #include "BareWindow.h"
 #include "Figures.h"
+#include "Latency.h"
 
 namespace bench {
 namespace {
@@ -19,7 +18,7 @@ using namespace std::chrono_literals;
 using voxtrel::AudioBuffer;
 using voxtrel::testing::RealOverlay;
 
-// A round trip: what was asked for before has been done.
+// A round trip: the server has handled all earlier requests.
 void waitForServer() {
   auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
   xcb_connection_t* server = x11->connection();
@@ -41,7 +40,7 @@ double toFirstFrame(RealOverlay& ours) {
   ours.stage.onFrame = [&] { drawn = true; };
   const auto start = Clock::now();
   ours.overlay.show();
-  runLoopUntil([&] { return drawn; });  // it is, already
+  runLoopUntil([&] { return drawn; });  // show() has drawn already
   waitForServer();
   const double took = millisecondsSince(start);
   ours.stage.onFrame = [] {};
@@ -61,7 +60,7 @@ double toBareFrame() {
 }  // namespace
 
 void benchFirstFrame(RealOverlay& ours) {
-  (void)toFirstFrame(ours);  // what is made once and kept
+  (void)toFirstFrame(ours);  // warm up
   ours.overlay.hide();
   (void)toBareFrame();
   std::vector<double> overlay, bare;
