@@ -5,17 +5,16 @@
 
 #include "support/FakeChildProcesses.h"
 #include "support/FakeForms.h"
+#include "support/FakeOverlayPorts.h"
 #include "support/FakePorts.h"
 #include "support/ManualTime.h"
-#include "support/OverlayBench.h"
-#include "voxtrel/overlay/RecordingOverlay.h"
 #include "voxtrel/platform/Application.h"
 #include "voxtrel/platform/Desktop.h"
+#include "voxtrel/platform/RecordingIndicator.h"
 
 namespace voxtrel::testing {
 
-struct FakeOverlay : private OverlayWorld, RecordingOverlay {
-  FakeOverlay() : RecordingOverlay(ports()) {}
+struct FakeOverlay : RecordingIndicator {
   void show() override { calls += 's'; }
   void hide() override { calls += 'h'; }
   std::string calls;  // in order: s for show, h for hide
@@ -46,7 +45,7 @@ struct FakeDesktop {
   FakeLoginItem loginItem;
   FakeLog log;
   FakeMicrophoneAccess access;
-  OverlayWorld overlayWorld;
+  FakeOverlayPorts overlayPorts;
   FakeNotifications notifications;
   FakePrivacySettings privacy;
   FakeSleepWatch sleep;
@@ -61,14 +60,14 @@ struct FakeDesktop {
                 .childProcesses = launcher,
                 .clock = time,
                 .formWindows = forms,
-                .frameTimer = overlayWorld.frameTimer,
+                .frameTimer = overlayPorts.frameTimer,
                 .log = log,
                 .loginItem = loginItem,
                 .mainLoop = time,
-                .microphone = overlayWorld.microphone,
+                .microphone = overlayPorts.microphone,
                 .microphoneAccess = access,
                 .notifications = notifications,
-                .overlayStage = overlayWorld.stage,
+                .overlayStage = overlayPorts.stage,
                 .privacySettings = privacy,
                 .sleepWatch = sleep,
                 .statusItem = item,

@@ -8,14 +8,16 @@
 #include <utility>
 #include <vector>
 
+#include "support/FakePorts.h"
+#include "support/ManualTime.h"
 #include "support/RecordingCanvas.h"
-#include "voxtrel/platform/FrameTimer.h"
+#include "voxtrel/overlay/RecordingOverlay.h"
 #include "voxtrel/platform/Microphone.h"
 #include "voxtrel/platform/OverlayStage.h"
 
 namespace voxtrel::testing {
 
-/// What happened around the overlay, oldest first.
+/// What happened at the ports, oldest first.
 using Diary = std::vector<std::string>;
 
 struct FakeOverlayStage : OverlayStage {
@@ -62,9 +64,9 @@ struct FakeOverlayStage : OverlayStage {
   Diary& diary;
   std::optional<Rect> mainScreen = Rect{0, 0, 1440, 900};
   std::vector<Rect> screens;
-  Window* window = nullptr;  // while there is one
+  Window* window = nullptr;  // the open one, if any
   int windowsMade = 0;
-  OverlayWindow::Draw lastDraw;  // of a window that is gone
+  OverlayWindow::Draw lastDraw;  // of the last destroyed window
 };
 
 struct FakeMicrophone : Microphone {
@@ -94,7 +96,7 @@ struct FakeMicrophone : Microphone {
 
   Diary& diary;
   std::optional<std::string> failsAtOnce;
-  MicrophoneTapOptions options;  // of the newest tap; also when that is closed
+  MicrophoneTapOptions options;  // of the newest tap, closed or not
   int opened = 0, tapsOpen = 0;
 };
 
@@ -116,8 +118,28 @@ struct FakeFrameTimer : FrameTimer {
 
   Diary& diary;
   std::chrono::duration<double> interval{};
-  std::function<void()> task;  // of the newest timer; also when that is stopped
+  std::function<void()> task;  // of the newest timer, stopped or not
   int running = 0, started = 0;
+};
+
+/// Every port of the overlay, as a fake.
+struct FakeOverlayPorts {
+  ManualTime time;
+  FakeLog log;
+  Diary diary;
+  FakeOverlayStage stage{diary};
+  FakeMicrophone microphone{diary};
+  FakeFrameTimer frameTimer{diary};
+  std::function<std::unique_ptr<RealFft>()> makeFft = [] { return nullptr; };
+
+  OverlayPorts ports() {
+    return {.stage = stage,
+            .microphone = microphone,
+            .frameTimer = frameTimer,
+            .mainLoop = time,
+            .log = log,
+            .makeFft = [this] { return makeFft(); }};
+  }
 };
 
 }  // namespace voxtrel::testing

@@ -7,7 +7,7 @@
 
 namespace voxtrel::testing {
 
-/// Writes down what is painted, in order.
+/// Records what is painted, in order.
 struct RecordingCanvas : Canvas {
   struct FilledRoundedRect {
     Rect rect;

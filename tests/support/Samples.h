@@ -14,7 +14,7 @@ namespace voxtrel::testing {
 
 inline constexpr std::size_t kBlockFrames = 512;
 
-/// A sine at `bin` (512 samples hold `bin` of its periods).
+/// A sine at `bin`: 512 samples hold `bin` periods.
 inline std::vector<float> sineAtBin(double bin, double amplitude = 1.0, double phase = 0.3,
                                     std::size_t frames = kBlockFrames) {
   std::vector<float> samples(frames);
@@ -25,7 +25,7 @@ inline std::vector<float> sineAtBin(double bin, double amplitude = 1.0, double p
   return samples;
 }
 
-/// Equally distributed in -amplitude ... amplitude, the same for the same `seed`.
+/// Uniform noise in -amplitude ... amplitude; equal seeds give equal noise.
 inline std::vector<float> noise(unsigned seed, double amplitude = 1.0,
                                 std::size_t frames = kBlockFrames) {
   std::mt19937 generator(seed);
@@ -42,7 +42,7 @@ inline std::vector<float> impulse(std::size_t position) {
   return samples;
 }
 
-/// A buffer over samples that someone else keeps, one channel or more.
+/// A buffer of one or more channels over samples that the caller owns.
 class BufferOver {
  public:
   explicit BufferOver(std::span<const float> samples, double sampleRateHz = 48000.0)

@@ -30,7 +30,7 @@ NotificationCategory crashCategory() {
                        .foreground = true}}};
 }
 
-StatusBarPorts statusBarPorts(const Desktop& desktop, RecordingOverlay& overlay) {
+StatusBarPorts statusBarPorts(const Desktop& desktop, RecordingIndicator& overlay) {
   return {.process = {.bundle = desktop.bundle,
                       .backgroundQueue = desktop.backgroundQueue,
                       .childProcesses = desktop.childProcesses,
@@ -51,7 +51,7 @@ StatusBarPorts statusBarPorts(const Desktop& desktop, RecordingOverlay& overlay)
 
 }  // namespace
 
-AppDelegate::AppDelegate(const Desktop& desktop, RecordingOverlay& overlay)
+AppDelegate::AppDelegate(const Desktop& desktop, RecordingIndicator& overlay)
     : desktop_(desktop),
       overlay_(overlay),
       logger_(desktop.log, "main"),

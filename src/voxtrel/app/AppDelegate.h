@@ -14,7 +14,7 @@
 namespace voxtrel {
 
 struct Desktop;
-class RecordingOverlay;
+class RecordingIndicator;
 class StatusBarController;
 
 /// Gets the machine into a state in which the engine can work (its model fetched, its permissions
@@ -26,7 +26,7 @@ class StatusBarController;
 class AppDelegate : public ApplicationDelegate, public std::enable_shared_from_this<AppDelegate> {
  public:
   /// Starts nothing. The delegate must be held by a shared_ptr.
-  AppDelegate(const Desktop& desktop, RecordingOverlay& overlay);
+  AppDelegate(const Desktop& desktop, RecordingIndicator& overlay);
 
   void applicationDidFinishLaunching() override;
   void applicationWillTerminate() override;
@@ -46,7 +46,7 @@ class AppDelegate : public ApplicationDelegate, public std::enable_shared_from_t
   void showPermissionAlert(const Alert& alert, PrivacyPane pane);
 
   const Desktop& desktop_;
-  RecordingOverlay& overlay_;
+  RecordingIndicator& overlay_;
   const Logger logger_;
   std::shared_ptr<StatusBarController> statusBar_;
   std::unique_ptr<FormWindow> downloadWindow_;

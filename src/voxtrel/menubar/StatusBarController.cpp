@@ -7,8 +7,8 @@
 #include "voxtrel/download/ModelDownloadView.h"
 #include "voxtrel/forms/SettingsView.h"
 #include "voxtrel/menubar/StatusContent.h"
-#include "voxtrel/overlay/RecordingOverlay.h"
 #include "voxtrel/platform/Application.h"
+#include "voxtrel/platform/RecordingIndicator.h"
 #include "voxtrel/platform/Scheduling.h"
 #include "voxtrel/platform/SleepWatch.h"
 

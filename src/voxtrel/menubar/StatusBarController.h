@@ -16,7 +16,7 @@ namespace voxtrel {
 
 class Application;
 class LoginItem;
-class RecordingOverlay;
+class RecordingIndicator;
 class SleepWatch;
 class Updater;
 class UserDefaults;
@@ -28,7 +28,7 @@ struct StatusBarPorts {
   ConfigManager config;
   FormWindows& formWindows;
   LoginItem& loginItem;
-  RecordingOverlay& overlay;
+  RecordingIndicator& overlay;
   SleepWatch& sleepWatch;
   StatusItem& statusItem;
   Updater& updater;

@@ -1,8 +1,7 @@
 #include "voxtrel/overlay/FFTBarView.h"
 
 #include <algorithm>
-
-#include "voxtrel/overlay/BarSmoothing.h"
+#include <utility>
 
 namespace voxtrel {
 namespace {
@@ -12,12 +11,12 @@ constexpr Color kBorder{0.18, 0.18, 0.31, 1.0};
 constexpr Color kDot{0.91, 0.27, 0.38, 1.0};
 constexpr double kBorderWidth = 1.0;
 constexpr double kDotReserve = 16.0;  // right of the bars
-constexpr double kDotDistance = 8.0;  // of the dot's centre from the right edge
+constexpr double kDotDistance = 8.0;  // from the dot's centre to the right edge
 constexpr double kDotDiameter = 5.0;
 constexpr double kBarRadius = 1.0;
 constexpr double kLeftInset = 5.0;
 constexpr double kVerticalMargins = 6.0;
-constexpr double kLeastBarHeight = 1.5;
+constexpr double kMinBarHeight = 1.5;
 
 // From teal on the left to violet on the right.
 Color barColor(int i) {
@@ -29,7 +28,7 @@ Rect barRect(const Rect& bounds, int i, float level) {
   constexpr double kAllBars = FFTBarView::kBarCount * FFTBarView::kBarWidth;
   const double spacing = (bounds.width - kDotReserve - kAllBars) / (FFTBarView::kBarCount + 1);
   const double height =
-      std::max((bounds.height - kVerticalMargins) * static_cast<double>(level), kLeastBarHeight);
+      std::max((bounds.height - kVerticalMargins) * static_cast<double>(level), kMinBarHeight);
   return {(spacing + kLeftInset) + (spacing + FFTBarView::kBarWidth) * i,
           bounds.midY() - height * 0.5, FFTBarView::kBarWidth, height};
 }
@@ -43,9 +42,11 @@ void FFTBarView::processAudio(const AudioBuffer& buffer) {
   if (buffer.floatChannels.empty()) return;
   const std::size_t count = std::min(buffer.frameLength, kFftSize);
   const std::span<const float> samples(buffer.floatChannels[0], count);
-  const BandLevels levels = normalized(analysis_.analyse(samples, buffer.sampleRateHz));
-  const std::lock_guard guard(lock_);
-  bandEnergy_ = levels;
+  setBandEnergy(normalized(analysis_.analyse(samples, buffer.sampleRateHz)));
+}
+
+void FFTBarView::clear() {
+  setBandEnergy({});
 }
 
 void FFTBarView::draw(Canvas& canvas) {
@@ -58,6 +59,11 @@ void FFTBarView::draw(Canvas& canvas) {
 BandLevels FFTBarView::bandEnergy() const {
   const std::lock_guard guard(lock_);
   return bandEnergy_;
+}
+
+void FFTBarView::setBandEnergy(const BandLevels& levels) {
+  const std::lock_guard guard(lock_);
+  bandEnergy_ = levels;
 }
 
 void FFTBarView::drawBackground(Canvas& canvas) const {

@@ -5,13 +5,12 @@
 
 #include "voxtrel/overlay/SpectrumAnalysis.h"
 #include "voxtrel/platform/Canvas.h"
-#include "voxtrel/platform/Geometry.h"
 #include "voxtrel/platform/Microphone.h"
 
 namespace voxtrel {
 
 /// Fourteen spectrum bars and a red dot in a dark pill.
-/// Thread: `processAudio` on the capture's thread, all else on the main thread.
+/// Thread: `processAudio` on the capture's thread, everything else on the main thread.
 /// Owns: the analysis.
 class FFTBarView {
  public:
@@ -19,31 +18,34 @@ class FFTBarView {
   static constexpr double kBarWidth = 2.0;  // points
   static constexpr std::size_t kFftSize = RealFft::kSize;
 
-  /// `fftSetup` may be null: then the bars show the samples themselves.
+  /// If `fftSetup` is null, the bars show the samples themselves.
   FFTBarView(const Rect& frame, std::unique_ptr<RealFft> fftSetup);
 
-  /// Takes the levels of the buffer's first channel. A buffer without float samples changes
-  /// nothing.
+  /// Sets the levels from the buffer's first channel. Ignores a buffer without float samples.
   void processAudio(const AudioBuffer& buffer);
 
-  /// Moves the bars one step towards the latest levels and paints them.
+  /// Sets all levels to 0, so that the bars sink.
+  void clear();
+
+  /// Moves the bars one step towards the latest levels, then paints everything.
   void draw(Canvas& canvas);
 
-  /// Everything outside this radius is cut off the view's corners.
+  /// Radius at which the view's corners are cut off.
   double cornerRadius() const { return bounds_.height * 0.5; }
 
+  /// The latest levels.
   BandLevels bandEnergy() const;
-  const BandLevels& smoothed() const { return smoothed_; }
 
  private:
+  void setBandEnergy(const BandLevels& levels);
   void drawBackground(Canvas& canvas) const;
   void drawBars(Canvas& canvas) const;
   void drawDot(Canvas& canvas) const;
 
   Rect bounds_;
-  BandLevels bandEnergy_{};
+  BandLevels bandEnergy_{};  // guarded by lock_
   BandLevels smoothed_{};
-  mutable std::mutex lock_;  // guards bandEnergy_ and nothing else
+  mutable std::mutex lock_;
   SpectrumAnalysis analysis_;
 };
 

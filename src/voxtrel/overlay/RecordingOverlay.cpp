@@ -1,6 +1,5 @@
 #include "voxtrel/overlay/RecordingOverlay.h"
 
-#include <array>
 #include <chrono>
 #include <optional>
 #include <utility>
@@ -73,25 +72,22 @@ void RecordingOverlay::startAudio() {
                        &mainLoop = ports_.mainLoop](const std::string& description) {
     logger.error("Audio engine failed: " + description);
     mainLoop.post([this, weakView] {
-      // While this showing's view lives, so does the overlay.
-      if (const auto view = weakView.lock()) audioFailed(*view);
+      // The view dies with its showing, and before the overlay.
+      if (!weakView.expired()) audioFailed();
     });
   };
   audioEngine_ = ports_.microphone.openTap(std::move(options));
 }
 
-void RecordingOverlay::audioFailed(FFTBarView& view) {
+void RecordingOverlay::audioFailed() {
   audioEngine_.reset();
-  // A capture that broke off leaves the bars where the voice was: let them sink.
-  static constexpr std::array<float, FFTBarView::kFftSize> kSilence{};
-  const std::array<const float*, 1> channels{kSilence.data()};
-  view.processAudio({channels, kSilence.size(), 48000.0});
+  barView_->clear();  // else the bars would stay up
 }
 
 void RecordingOverlay::startRefreshTimer() {
   refreshTimer_ =
       ports_.frameTimer.everyFrame(kRefreshInterval, [this, weakView = std::weak_ptr(barView_)] {
-        if (weakView.lock()) window_->setNeedsDisplay();
+        if (!weakView.expired()) window_->setNeedsDisplay();
       });
 }
 

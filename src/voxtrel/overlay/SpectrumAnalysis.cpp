@@ -7,7 +7,7 @@
 namespace voxtrel {
 namespace {
 
-// A periodic window with a mean square of about 1.
+// A periodic Hann window with a mean square of about 1.
 float hannCoefficient(std::size_t n) {
   const double turn = 2.0 * std::numbers::pi * static_cast<double>(n);
   return static_cast<float>(0.8165 * (1.0 - std::cos(turn / static_cast<double>(RealFft::kSize))));
@@ -21,7 +21,7 @@ SpectrumAnalysis::SpectrumAnalysis(std::unique_ptr<RealFft> fftSetup)
 }
 
 BandLevels SpectrumAnalysis::analyse(std::span<const float> samples, double sampleRateHz) {
-  // No rate but 0 has edges before the first block, and 0 is refused by bandEdges.
+  // At 0, which means no edges yet, bandEdges ends the process if the rate is 0 too.
   if (edgesRateHz_ == 0 || edgesRateHz_ != sampleRateHz) {
     edges_ = bandEdges(sampleRateHz);
     edgesRateHz_ = sampleRateHz;

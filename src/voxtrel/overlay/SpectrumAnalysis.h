@@ -9,16 +9,16 @@
 
 namespace voxtrel {
 
-/// Measures how loud each band of a block of sound is.
-/// Thread: one at a time.  Owns: the transform, the window and room to work in.
-/// Fails by: without a transform, bands of the packed samples themselves.
+/// Measures the level of each band in a block of samples.
+/// Thread: one at a time.  Owns: the transform, the window function, scratch arrays.
+/// Fails by: without a transform, the levels of the packed samples themselves.
 class SpectrumAnalysis {
  public:
   /// `fftSetup` may be null.
   explicit SpectrumAnalysis(std::unique_ptr<RealFft> fftSetup);
 
-  /// Mean magnitudes, not normalised, of the first 512 of `samples`; fewer are filled up with
-  /// zeros. A full-scale sine in the middle of a bin measures about 418 there. Allocates nothing.
+  /// Mean magnitudes, not normalised, of the first 512 of `samples`; fewer are padded with zeros. A
+  /// full-scale sine at the centre of a bin gives about 418 there. Allocates nothing.
   BandLevels analyse(std::span<const float> samples, double sampleRateHz);
 
  private:
@@ -29,7 +29,7 @@ class SpectrumAnalysis {
   void measureMagnitudes();
 
   std::unique_ptr<RealFft> fftSetup_;
-  double edgesRateHz_ = 0;  // the rate that edges_ is for
+  double edgesRateHz_ = 0;  // sample rate of edges_; 0: none yet
   BandEdges edges_{};
   alignas(32) Block hannWindow_{};
   alignas(32) Block windowed_{};

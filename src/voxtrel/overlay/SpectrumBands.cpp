@@ -12,8 +12,8 @@ namespace {
 constexpr int kBinCount = static_cast<int>(RealFft::kBinCount);
 constexpr float kSilence = 1e-6F;
 
-// Both go through double precision so that every C library gives the same last bit: the upper edge
-// of the last band must stay just below 255.
+// Computed in double precision, so that every C library gives the same last bit: the upper edge of
+// the last band must stay just below 255.
 float log10Single(float value) {
   return static_cast<float>(std::log10(static_cast<double>(value)));
 }
@@ -29,14 +29,14 @@ std::int64_t truncatedBin(float bin) {
 
 BinRange clampedRange(float lowerEdge, float upperEdge) {
   const std::int64_t first = truncatedBin(lowerEdge);
-  // A float below 2^63 is at least 2^39 below it, so that this sum cannot overflow.
+  // Cannot overflow: the largest float below 2^63 is 2^39 below it.
   const std::int64_t end =
       std::min<std::int64_t>(std::max(first + 1, truncatedBin(upperEdge)), kBinCount);
   if (end <= first) return {};
   return {static_cast<int>(first), static_cast<int>(end)};
 }
 
-// Four sums side by side: the compiler may not reorder one float sum, but can vectorise these.
+// Four partial sums: the compiler may not reorder a float sum, but it can vectorise these.
 float sum(std::span<const float> values) {
   std::array<float, 4> lanes{};
   std::size_t i = 0;
@@ -84,10 +84,21 @@ BandLevels normalized(BandLevels levels) {
   const float peak = *std::max_element(levels.begin(), levels.end());
   if (peak > kSilence) {
     const float scale = 1.0F / peak;
-    // Times its own reciprocal, a float may miss 1 by its last bit.
+    // A float times its own reciprocal may differ from 1 in the last bit.
     for (float& level : levels) level = level == peak ? 1.0F : level * scale;
   }
   return levels;
+}
+
+BandLevels smoothedTowards(const BandLevels& levels, const BandLevels& smoothed) {
+  BandLevels next{};
+  for (std::size_t i = 0; i < next.size(); ++i) {
+    const float difference = levels[i] - smoothed[i];
+    const float share = difference > 0 ? 0.55F : 0.15F;
+    // In this order NaN becomes 1 and does not stay.
+    next[i] = std::max(0.0F, std::min(1.0F, smoothed[i] + difference * share));
+  }
+  return next;
 }
 
 }  // namespace voxtrel

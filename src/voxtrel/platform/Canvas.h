@@ -1,8 +1,19 @@
 #pragma once
 
-#include "voxtrel/platform/Geometry.h"
-
 namespace voxtrel {
+
+/// A rectangle in points. On screens x grows to the right and y upwards: `y` is the bottom edge.
+struct Rect {
+  double x = 0;
+  double y = 0;
+  double width = 0;
+  double height = 0;
+
+  double midX() const { return x + width * 0.5; }
+  double midY() const { return y + height * 0.5; }
+
+  friend bool operator==(const Rect&, const Rect&) = default;
+};
 
 /// A colour in the standard RGB space; components from 0 to 1, alpha not multiplied in.
 struct Color {
@@ -14,17 +25,17 @@ struct Color {
   friend bool operator==(const Color&, const Color&) = default;
 };
 
-/// Somewhere to paint, in points, each operation over what was painted before.
+/// A surface to paint on, in points. Each operation paints over the ones before.
 /// Thread: the main thread.
 class Canvas {
  public:
   virtual ~Canvas() = default;
 
   virtual void fillRoundedRect(const Rect& rect, double radius, const Color& color) = 0;
-  /// The line runs along the edge, half of it outside.
+  /// The line is centred on the edge.
   virtual void strokeRoundedRect(const Rect& rect, double radius, double lineWidth,
                                  const Color& color) = 0;
-  /// The ellipse that touches the four sides.
+  /// The ellipse inscribed in `rect`.
   virtual void fillOval(const Rect& rect, const Color& color) = 0;
 };
 

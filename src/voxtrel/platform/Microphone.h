@@ -8,15 +8,14 @@
 
 namespace voxtrel {
 
-/// What a microphone delivers at a time; valid during the call that hands it over.
+/// One delivery of a microphone; valid during the call that hands it over.
 struct AudioBuffer {
-  std::span<const float* const> floatChannels;  ///< empty if the device gives no float samples
+  std::span<const float* const> floatChannels;  ///< empty if the device has no float samples
   std::size_t frameLength = 0;                  ///< samples in each channel
   double sampleRateHz = 0;
 };
 
-/// A capture that runs until this is destroyed; afterwards none of its callbacks is called, nor is
-/// one still running.
+/// An open capture. Destroying it ends the capture; no callback runs after that.
 /// Thread: the one that opened it.
 class MicrophoneTap {
  public:
@@ -24,22 +23,22 @@ class MicrophoneTap {
 };
 
 struct MicrophoneTapOptions {
-  std::size_t bufferSizeFrames = 512;
-  /// Called on the capture's own thread with each buffer.
+  std::size_t bufferSizeFrames = 512;  ///< frames in each buffer
+  /// Called on the capture's own thread.
   std::function<void(const AudioBuffer& buffer)> onBuffer;
-  /// Called once, on any thread, if the capture cannot start or ends by itself; perhaps before
-  /// `openTap` returns. Nothing is delivered afterwards.
+  /// Called at most once, on any thread, if the capture cannot start or breaks off; possibly before
+  /// `openTap` returns. No buffers follow.
   std::function<void(std::string description)> onFailure;
 };
 
-/// The microphone that the user has chosen as the default.
+/// The user's default microphone.
 /// Thread: the main thread.
 class Microphone {
  public:
   virtual ~Microphone() = default;
 
-  /// Begins to open a capture at the device's own sample rate; does not wait for the sound system.
-  /// A capture stays with the device that it began with.
+  /// Starts a capture at the device's own sample rate, without waiting for the sound system. The
+  /// capture stays with its device when the default changes.
   /// Fails by: `onFailure`; may then return null.
   [[nodiscard]] virtual std::unique_ptr<MicrophoneTap> openTap(MicrophoneTapOptions options) = 0;
 };

@@ -1,17 +1,18 @@
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <optional>
 #include <vector>
 
 #include "voxtrel/platform/Canvas.h"
-#include "voxtrel/platform/Geometry.h"
+#include "voxtrel/platform/Subscription.h"
 
 namespace voxtrel {
 
-/// A borderless see-through window above everything, full-screen windows included, on every
-/// workspace. It takes neither clicks nor focus. Destroying it orders it out.
+/// A borderless transparent window above all others, full-screen ones included, on every workspace.
+/// It takes neither clicks nor focus. Destroying it removes it from the screen.
 /// Thread: the main thread.
 class OverlayWindow {
  public:
@@ -19,14 +20,14 @@ class OverlayWindow {
 
   virtual ~OverlayWindow() = default;
 
-  /// What the window shows, cut to its rectangle with corners of `cornerRadius` points. `draw`
-  /// paints the whole of it, from (0, 0), whenever the window needs display.
+  /// Sets what the window shows, clipped to corners of `cornerRadius` points. `draw` paints all of it,
+  /// from (0, 0), whenever the window needs display.
   virtual void setContent(double cornerRadius, Draw draw) = 0;
 
   /// Shows the window without activating the application.
   virtual void orderFrontRegardless() = 0;
 
-  /// Has the content drawn again, at once or a little later; not at all while nobody can see it.
+  /// Requests a redraw, now or soon. Ignored while the window is not visible.
   virtual void setNeedsDisplay() = 0;
 };
 
@@ -36,13 +37,25 @@ class OverlayStage {
  public:
   virtual ~OverlayStage() = default;
 
-  /// Full frame of the screen that has the active window, as long as the desktop knows one.
+  /// Full frame of the screen with the active window; none if the desktop does not know it.
   virtual std::optional<Rect> mainScreenFrame() = 0;
 
   /// Full frames of all screens.
   virtual std::vector<Rect> screenFrames() = 0;
 
   virtual std::unique_ptr<OverlayWindow> makeWindow(const Rect& contentRect) = 0;
+};
+
+/// A repeating timer for animation. Ticks keep to a timeline, so their mean rate is exact.
+/// Thread: the main thread.
+class FrameTimer {
+ public:
+  virtual ~FrameTimer() = default;
+
+  /// Runs `task` every `interval` until the handle is gone. Late ticks are made up for at once; after
+  /// a long stall the oldest are dropped.
+  [[nodiscard]] virtual Subscription everyFrame(std::chrono::duration<double> interval,
+                                                std::function<void()> task) = 0;
 };
 
 }  // namespace voxtrel

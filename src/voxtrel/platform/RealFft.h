@@ -13,7 +13,7 @@ class RealFft {
   static constexpr std::size_t kSize = 512;
   static constexpr std::size_t kBinCount = kSize / 2;
 
-  /// Complex values, real and imaginary parts apart.
+  /// Complex values, as separate real and imaginary parts.
   struct SplitComplex {
     alignas(32) std::array<float, kBinCount> real;
     alignas(32) std::array<float, kBinCount> imag;
@@ -22,7 +22,7 @@ class RealFft {
   virtual ~RealFft() = default;
 
   /// Element k holds bin k; element 0 holds bin 0 in its real and bin 256 in its imaginary part.
-  /// Every value is twice the plain sum of x[n] exp(-2 pi i k n / 512). Allocates nothing.
+  /// Every value is twice the sum of x[n] exp(-2 pi i k n / 512). Allocates nothing.
   virtual void forward(std::span<const float, kSize> samples, SplitComplex& bins) = 0;
 };
 

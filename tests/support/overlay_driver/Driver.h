@@ -8,7 +8,7 @@
 
 namespace voxtrel::testing {
 
-/// Shows and hides the overlay on command, and counts what it does.
+/// Shows and hides the overlay on command and counts its frames and buffers.
 /// Thread: the main thread.
 class Driver {
  public:

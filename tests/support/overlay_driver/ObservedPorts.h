@@ -13,7 +13,7 @@ namespace voxtrel::testing {
 
 using SteadyTime = std::chrono::steady_clock::time_point;
 
-/// A real stage whose windows count what they paint.
+/// A real stage that reports each painted frame.
 class ObservedStage : public OverlayStage {
  public:
   explicit ObservedStage(OverlayStage& real) : real_(real) {}
@@ -46,7 +46,7 @@ class ObservedStage : public OverlayStage {
   OverlayStage& real_;
 };
 
-/// A real microphone that counts what it delivers.
+/// A real microphone that reports each delivered buffer.
 class ObservedMicrophone : public Microphone {
  public:
   explicit ObservedMicrophone(Microphone& real) : real_(real) {}

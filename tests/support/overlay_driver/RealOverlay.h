@@ -11,7 +11,7 @@
 
 namespace voxtrel::testing {
 
-/// The overlay with the desktop's own adapters, and what passes between them observed.
+/// The overlay with the desktop's adapters; windows and microphone are observed.
 /// Thread: the main thread, with a QGuiApplication.
 struct RealOverlay {
   StandardErrorLog log{LogLevel::info};

@@ -1,5 +1,5 @@
-// The recording overlay on the real desktop, without the rest of the application. Commands come as
-// lines on standard input; see Driver.h.
+// The recording overlay on the real desktop, without the rest of the application. Reads commands as
+// lines from standard input; see Driver.h.
 
 #include <QGuiApplication>
 #include <QSocketNotifier>

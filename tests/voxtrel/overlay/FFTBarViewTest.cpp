@@ -86,7 +86,7 @@ TEST_F(FFTBarViewTest, PutsTheDotEightPointsFromTheRightEdge) {
   expectColor(canvas.ovals[0].color, 0.91, 0.27, 0.38, 1.0);
 }
 
-TEST_F(FFTBarViewTest, FollowsItsBoundsAndNotItsPlace) {
+TEST_F(FFTBarViewTest, DependsOnItsSizeAndNotOnItsPosition) {
   FFTBarView larger(Rect{50, 60, 180, 40}, nullptr);
   RecordingCanvas canvas;
   larger.draw(canvas);
@@ -101,10 +101,8 @@ TEST_F(FFTBarViewTest, FollowsItsBoundsAndNotItsPlace) {
 TEST_F(FFTBarViewTest, GrowsABarFromTheMiddleWithItsLevel) {
   view.processAudio(BufferOver(sineAtBin(30)));  // band 8 holds bins 23 to 34
   const RecordingCanvas canvas = draw();
-  const double level = static_cast<double>(view.smoothed()[8]);
-  EXPECT_NEAR(level, 0.55, 1e-6);
   const Rect bar = canvas.filled[9].rect;
-  EXPECT_NEAR(bar.height, 15 * level, 1e-12);
+  EXPECT_NEAR(bar.height, 15 * 0.55, 1e-5);
   EXPECT_NEAR(bar.midY(), 10.5, 1e-12);
 }
 
@@ -118,14 +116,22 @@ TEST_F(FFTBarViewTest, NeverMakesABarHigherThanFifteenPoints) {
 
 TEST_F(FFTBarViewTest, MovesOneStepWithEachDrawnFrameOnly) {
   view.processAudio(BufferOver(sineAtBin(30)));
-  EXPECT_THAT(view.smoothed(), Each(0.0F));
-  draw();
-  EXPECT_FLOAT_EQ(view.smoothed()[8], 0.55F);
-  draw();
-  EXPECT_FLOAT_EQ(view.smoothed()[8], 0.7975F);
+  view.processAudio(BufferOver(sineAtBin(30)));
+  EXPECT_NEAR(barHeights()[8], 15 * 0.55, 1e-5);
+  EXPECT_NEAR(barHeights()[8], 15 * 0.7975, 1e-5);
 }
 
-TEST_F(FFTBarViewTest, SinksToTheLeastHeightInSilence) {
+TEST_F(FFTBarViewTest, SinksStepByStepWhenCleared) {
+  view.processAudio(BufferOver(sineAtBin(30)));
+  draw();
+  view.clear();
+  EXPECT_THAT(view.bandEnergy(), Each(0.0F));
+  EXPECT_NEAR(barHeights()[8], 15 * 0.55 * 0.85, 1e-5);
+  for (int frame = 0; frame < 60; ++frame) draw();
+  EXPECT_THAT(barHeights(), Each(1.5));
+}
+
+TEST_F(FFTBarViewTest, SinksToTheMinimumHeightInSilence) {
   view.processAudio(BufferOver(noise(1)));
   for (int frame = 0; frame < 30; ++frame) draw();
   const std::vector<float> silence(512, 1e-9F);
@@ -146,7 +152,7 @@ TEST_F(FFTBarViewTest, ShowsAQuietVoiceAsHighAsALoudOne) {
   for (std::size_t i = 0; i < loud.size(); ++i) EXPECT_NEAR(quiet[i], loud[i], 1e-5F);
 }
 
-TEST_F(FFTBarViewTest, ShowsTheFirstTwoBarsAlikeAtTheUsualSampleRates) {
+TEST_F(FFTBarViewTest, ShowsTheFirstTwoBarsAtOneHeightAtTheUsualSampleRates) {
   for (const double rate : {44100.0, 48000.0}) {
     view.processAudio(BufferOver(noise(9), rate));
     EXPECT_EQ(view.bandEnergy()[0], view.bandEnergy()[1]);
@@ -154,7 +160,7 @@ TEST_F(FFTBarViewTest, ShowsTheFirstTwoBarsAlikeAtTheUsualSampleRates) {
   }
 }
 
-TEST_F(FFTBarViewTest, LooksAtTheFirstChannelOnly) {
+TEST_F(FFTBarViewTest, UsesTheFirstChannelOnly) {
   const std::vector<float> first = sineAtBin(30), second = noise(1, 100.0);
   view.processAudio(BufferOver({first.data()}, 512, 48000));
   const BandLevels alone = view.bandEnergy();
@@ -163,7 +169,7 @@ TEST_F(FFTBarViewTest, LooksAtTheFirstChannelOnly) {
   EXPECT_EQ(view.bandEnergy(), alone);
 }
 
-TEST_F(FFTBarViewTest, LooksAtTheFirst512FramesOnly) {
+TEST_F(FFTBarViewTest, UsesTheFirst512FramesOnly) {
   const std::vector<float> samples = noise(2, 1.0, 4096);
   view.processAudio(BufferOver(std::span(samples).first(512)));
   const BandLevels block = view.bandEnergy();
@@ -181,7 +187,7 @@ TEST_F(FFTBarViewTest, KeepsItsLevelsWhenABufferHasNoFloatSamples) {
   EXPECT_NEAR(barHeights()[8], 15.0, 1e-4) << "the bars go to the last levels";
 }
 
-TEST_F(FFTBarViewTest, TakesABufferOfNoFramesForSilence) {
+TEST_F(FFTBarViewTest, TreatsABufferWithoutFramesAsSilence) {
   view.processAudio(BufferOver(sineAtBin(30)));
   view.processAudio(BufferOver(std::span<const float>()));
   EXPECT_THAT(view.bandEnergy(), Each(0.0F));
@@ -197,7 +203,7 @@ TEST_F(FFTBarViewTest, DrawsOnOneThreadWhileAnotherAnalyses) {
   capture.join();
 }
 
-TEST(FFTBarViewDeathTest, StopsTheProcessAtASampleRateOfZero) {
+TEST(FFTBarViewDeathTest, EndsTheProcessAtASampleRateOfZero) {
   FFTBarView view(kFrame, KissRealFft::make());
   const std::vector<float> samples = noise(1);
   EXPECT_DEATH(view.processAudio(BufferOver(samples, 0.0)), "no frequency bins");

@@ -4,7 +4,7 @@
 #include <thread>
 #include <vector>
 
-#include "support/OverlayBench.h"
+#include "support/FakeOverlayPorts.h"
 #include "support/Samples.h"
 #include "voxtrel/overlay/RecordingOverlay.h"
 #include "voxtrel/platform/kissfft/KissRealFft.h"
@@ -16,24 +16,31 @@ using testing::BufferOver;
 using testing::Diary;
 using ::testing::ElementsAre;
 using testing::FakeLog;
+using testing::FakeOverlayPorts;
 using ::testing::IsEmpty;
-using testing::OverlayBench;
 using testing::sineAtBin;
 
-struct RecordingOverlayTest : ::testing::Test, OverlayBench {
+struct RecordingOverlayTest : ::testing::Test, FakeOverlayPorts {
   RecordingOverlayTest() { makeFft = KissRealFft::make; }
 
+  // What is on the screen after one tick of the timer.
+  testing::RecordingCanvas nextFrame() const {
+    frameTimer.task();
+    return stage.window->paint();
+  }
   // The height of the bar that holds bins 23 to 34.
-  double heightOfBarEight() { return nextFrame().filled.at(9).rect.height; }
-  void hear(const std::vector<float>& samples) const {
+  double heightOfBarEight() const { return nextFrame().filled.at(9).rect.height; }
+  void feed(const std::vector<float>& samples) const {
     microphone.options.onBuffer(BufferOver(samples));
   }
+
+  std::unique_ptr<RecordingOverlay> overlay = std::make_unique<RecordingOverlay>(ports());
 };
 
 const Diary kShown = {"window made", "content set", "window in front", "microphone opened",
                       "timer started"};
 
-TEST_F(RecordingOverlayTest, ShowsTheWindowThenListensThenStartsTheTimer) {
+TEST_F(RecordingOverlayTest, ShowsTheWindowThenOpensTheMicrophoneThenStartsTheTimer) {
   overlay->show();
   EXPECT_EQ(diary, kShown);
   EXPECT_EQ(stage.window->cornerRadius, 10.5);
@@ -41,14 +48,14 @@ TEST_F(RecordingOverlayTest, ShowsTheWindowThenListensThenStartsTheTimer) {
   EXPECT_EQ(frameTimer.interval.count(), 0.016666666666666666);
 }
 
-TEST_F(RecordingOverlayTest, HidesInTheOppositeOrderWithTheMicrophoneClosedBeforeTheWindow) {
+TEST_F(RecordingOverlayTest, StopsTheTimerThenTheMicrophoneThenRemovesTheWindow) {
   overlay->show();
   diary.clear();
   overlay->hide();
   EXPECT_THAT(diary, ElementsAre("timer stopped", "microphone closed", "window out"));
 }
 
-TEST_F(RecordingOverlayTest, IsShownOnceHoweverOftenItIsAsked) {
+TEST_F(RecordingOverlayTest, ShowingTwiceMakesOneWindowOneCaptureAndOneTimer) {
   overlay->show();
   overlay->show();
   EXPECT_EQ(diary, kShown);
@@ -57,7 +64,7 @@ TEST_F(RecordingOverlayTest, IsShownOnceHoweverOftenItIsAsked) {
   EXPECT_EQ(frameTimer.started, 1);
 }
 
-TEST_F(RecordingOverlayTest, ChangesNothingWhenHiddenUnshown) {
+TEST_F(RecordingOverlayTest, HidingWhileHiddenChangesNothing) {
   overlay->hide();
   EXPECT_THAT(diary, IsEmpty());
   overlay->show();
@@ -80,14 +87,14 @@ TEST_F(RecordingOverlayTest, StandsOnTheMainScreenOfSeveral) {
   EXPECT_EQ(stage.window->rect, (Rect{-1005, 390, 90, 21}));
 }
 
-TEST_F(RecordingOverlayTest, TakesTheFirstScreenWhereNoneIsTheMainOne) {
+TEST_F(RecordingOverlayTest, UsesTheFirstScreenWithoutAMainOne) {
   stage.mainScreen.reset();
   stage.screens = {{100, 0, 1000, 600}, {1100, 0, 1000, 600}};
   overlay->show();
   EXPECT_EQ(stage.window->rect, (Rect{555, 90, 90, 21}));
 }
 
-TEST_F(RecordingOverlayTest, LooksForTheMainScreenAtEveryShowing) {
+TEST_F(RecordingOverlayTest, AsksForTheMainScreenAtEveryShowing) {
   overlay->show();
   overlay->hide();
   stage.mainScreen = Rect{1440, 0, 800, 600};
@@ -101,16 +108,16 @@ TEST_F(RecordingOverlayTest, AsksForARedrawAtEveryTick) {
   EXPECT_EQ(stage.window->displaysWanted, 3);
 }
 
-TEST_F(RecordingOverlayTest, ShowsWhatTheMicrophoneHears) {
+TEST_F(RecordingOverlayTest, BarsFollowTheMicrophone) {
   overlay->show();
   EXPECT_EQ(heightOfBarEight(), 1.5);
-  hear(sineAtBin(30));
+  feed(sineAtBin(30));
   EXPECT_NEAR(heightOfBarEight(), 15 * 0.55, 1e-4);
 }
 
-TEST_F(RecordingOverlayTest, BeginsEveryShowingWithBarsAtRest) {
+TEST_F(RecordingOverlayTest, EveryShowingStartsWithBarsAtRest) {
   overlay->show();
-  hear(sineAtBin(30));
+  feed(sineAtBin(30));
   EXPECT_GT(heightOfBarEight(), 8);
   overlay->hide();
   overlay->show();
@@ -149,9 +156,9 @@ TEST_F(RecordingOverlayTest, HidesWithoutAMicrophoneToClose) {
   EXPECT_THAT(diary, ElementsAre("timer stopped", "window out"));
 }
 
-TEST_F(RecordingOverlayTest, ClosesAMicrophoneThatFailsLaterAndLetsTheBarsSink) {
+TEST_F(RecordingOverlayTest, ClosesAMicrophoneThatBreaksOffAndLetsTheBarsSink) {
   overlay->show();
-  hear(sineAtBin(30));
+  feed(sineAtBin(30));
   EXPECT_GT(heightOfBarEight(), 8);
   std::thread([this] { microphone.options.onFailure("Entity killed"); }).join();
   time.runPosted();
@@ -162,7 +169,7 @@ TEST_F(RecordingOverlayTest, ClosesAMicrophoneThatFailsLaterAndLetsTheBarsSink) 
   EXPECT_EQ(stage.windowsMade, 1);
 }
 
-TEST_F(RecordingOverlayTest, LeavesTheNextShowingAloneWhenAnOldFailureArrives) {
+TEST_F(RecordingOverlayTest, AnOldFailureDoesNotAffectTheNextShowing) {
   overlay->show();
   microphone.options.onFailure("Timeout");
   overlay->hide();
@@ -172,7 +179,7 @@ TEST_F(RecordingOverlayTest, LeavesTheNextShowingAloneWhenAnOldFailureArrives) {
   EXPECT_EQ(log.entries.size(), 1U);
 }
 
-TEST_F(RecordingOverlayTest, IsNotKeptAliveByWhatItHandedOut) {
+TEST_F(RecordingOverlayTest, CallbacksDoNothingAfterTheOverlayIsGone) {
   overlay->show();
   const auto onBuffer = microphone.options.onBuffer;
   const auto onFailure = microphone.options.onFailure;
@@ -194,14 +201,15 @@ TEST_F(RecordingOverlayTest, IsNotKeptAliveByWhatItHandedOut) {
 TEST_F(RecordingOverlayTest, WorksWithoutATransform) {
   makeFft = [] { return nullptr; };
   overlay->show();
-  hear(sineAtBin(30));
+  feed(sineAtBin(30));
   EXPECT_GE(heightOfBarEight(), 1.5);
 }
 
-TEST(RecordingOverlayDeathTest, StopsTheProcessWhereThereIsNoScreenAtAll) {
-  OverlayBench bench;
-  bench.stage.mainScreen.reset();
-  EXPECT_DEATH(bench.overlay->show(), "there is no screen");
+TEST(RecordingOverlayDeathTest, EndsTheProcessWithoutAnyScreen) {
+  FakeOverlayPorts fakes;
+  fakes.stage.mainScreen.reset();
+  RecordingOverlay overlay(fakes.ports());
+  EXPECT_DEATH(overlay.show(), "there is no screen");
 }
 
 }  // namespace

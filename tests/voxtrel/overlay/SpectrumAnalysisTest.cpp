@@ -21,13 +21,13 @@ using testing::sineAtBin;
 
 struct ExactLevels {
   std::array<double, kBandCount> bands{};
-  double loudestBin = 0;  // in a band or not
+  double loudestBin = 0;  // inside a band or outside
 };
 
 const std::vector<double> kRatesHz = {8000,  11025, 12000, 16000, 20480, 22050,  24000,
                                       32000, 44100, 48000, 88200, 96000, 176400, 192000};
 
-// Twice the plain sum, straight from its definition.
+// Twice the Fourier sum, straight from its definition.
 double exactMagnitude(const std::vector<double>& windowed, std::size_t bin) {
   static const std::vector<std::complex<double>> kRoots = [] {
     std::vector<std::complex<double>> roots(512);
@@ -60,8 +60,8 @@ ExactLevels exactLevels(const std::vector<float>& samples, double sampleRateHz) 
   return levels;
 }
 
-// Each band to 1e-5 of itself; a band that holds next to nothing beside a loud bin, to the rounding
-// of the loud bin, which single precision cannot keep out of it.
+// Each band to 1e-5 of itself. Single-precision rounding of a loud bin reaches every band, so a nearly
+// empty band only to that rounding.
 void expectExact(const std::vector<float>& samples, const std::string& what) {
   SpectrumAnalysis analysis(KissRealFft::make());
   for (const double rate : kRatesHz) {
@@ -92,7 +92,7 @@ TEST(SpectrumAnalysis, MeasuresSinesBetweenBinsAsADirectTransformDoes) {
   }
 }
 
-TEST(SpectrumAnalysis, MeasuresNoiseAsADirectTransformDoesLoudOrQuiet) {
+TEST(SpectrumAnalysis, MeasuresLoudAndQuietNoiseAsADirectTransformDoes) {
   for (unsigned seed = 1; seed <= 10; ++seed) {
     expectExact(noise(seed), "noise");
     expectExact(noise(seed, 1e-4), "quiet noise");
@@ -111,7 +111,7 @@ TEST(SpectrumAnalysis, MeasuresNothingInSilence) {
   EXPECT_THAT(measured(impulse(0)), Each(0.0F)) << "the window begins with zero";
 }
 
-TEST(SpectrumAnalysis, FillsAShortBlockUpWithZerosAndLeavesTheWindowAsItIs) {
+TEST(SpectrumAnalysis, PadsAShortBlockWithZerosWithoutRescalingTheWindow) {
   std::vector<float> block = noise(4);
   for (const std::size_t length : {1U, 2U, 100U, 511U}) {
     std::vector<float> filled(block.begin(), block.begin() + static_cast<std::ptrdiff_t>(length));
@@ -130,7 +130,7 @@ TEST(SpectrumAnalysis, KeepsNothingOfTheBlockBefore) {
   EXPECT_EQ(analysis.analyse(quiet, 48000), fresh);
 }
 
-TEST(SpectrumAnalysis, IgnoresWhatFollowsTheFirst512Samples) {
+TEST(SpectrumAnalysis, IgnoresSamplesAfterTheFirst512) {
   const std::vector<float> block = noise(5);
   std::vector<float> longer = block;
   const std::vector<float> more = noise(6, 100.0, 5000);
@@ -149,7 +149,7 @@ TEST(SpectrumAnalysis, MeasuresThePackedSamplesWithoutATransform) {
   }
 }
 
-TEST(KissRealFft, GivesTwiceThePlainSumsWithTheNyquistTermBesideBinZero) {
+TEST(KissRealFft, GivesTwiceTheSumsWithTheNyquistTermInBinZero) {
   const auto fft = KissRealFft::make();
   std::array<float, 512> samples{};
   for (std::size_t n = 0; n < 512; ++n) {

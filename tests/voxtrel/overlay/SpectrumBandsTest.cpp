@@ -5,7 +5,6 @@
 #include <limits>
 #include <vector>
 
-#include "voxtrel/overlay/BarSmoothing.h"
 #include "voxtrel/overlay/SpectrumBands.h"
 
 namespace voxtrel {
@@ -21,7 +20,7 @@ std::vector<std::pair<int, int>> inclusiveRanges(double sampleRateHz) {
   return ranges;
 }
 
-// The edges in the highest precision there is, the upper one of the last band just below 255.
+// The edges in extended precision, the last upper edge just below 255.
 BandEdges edgesInExtendedPrecision(double sampleRateHz) {
   const long double minBin = std::max(1.0L, std::floor(20480.0L / (sampleRateHz * 0.5L)));
   const long double logMin = std::log10(minBin);
@@ -37,7 +36,7 @@ BandEdges edgesInExtendedPrecision(double sampleRateHz) {
   return edges;
 }
 
-TEST(SpectrumBands, AreThoseOfTheTableAboveAnEightyHertzBinOfOne) {
+TEST(SpectrumBands, MatchTheTableWhereEightyHertzLiesInBinOneOrBelow) {
   const auto table = ElementsAre(
       std::pair(1, 1), std::pair(1, 1), std::pair(2, 2), std::pair(3, 3), std::pair(4, 6),
       std::pair(7, 9), std::pair(10, 14), std::pair(15, 22), std::pair(23, 34), std::pair(35, 51),
@@ -70,7 +69,7 @@ TEST(SpectrumBands, NeverReachBin254OrBinZero) {
   }
 }
 
-TEST(SpectrumBands, AreEmptyWhereTheyLieAboveTheLastBin) {
+TEST(SpectrumBands, AreEmptyAboveTheLastBin) {
   EXPECT_THAT(bandEdges(100), Each(BinRange{}));  // 80 Hz would be bin 409
   // Here it would be 262; the edges fall from there to 254 and pass bin 255 in the last two bands.
   BandEdges expected{};
@@ -78,12 +77,12 @@ TEST(SpectrumBands, AreEmptyWhereTheyLieAboveTheLastBin) {
   EXPECT_EQ(bandEdges(156), expected);
 }
 
-TEST(SpectrumBands, NeverBeginBelowBinOneHoweverStrangeTheSampleRate) {
+TEST(SpectrumBands, NeverBeginBelowBinOneEvenAtANegativeOrInfiniteSampleRate) {
   EXPECT_EQ(bandEdges(-48000), bandEdges(48000));
   EXPECT_EQ(bandEdges(std::numeric_limits<double>::infinity()), bandEdges(48000));
 }
 
-TEST(SpectrumBandsDeathTest, StopTheProcessWhenTheBinOfEightyHertzIsNoInteger) {
+TEST(SpectrumBandsDeathTest, EndTheProcessWhenTheBinOfEightyHertzIsNoInteger) {
   EXPECT_DEATH(bandEdges(0.0), "the sample rate gives no frequency bins");
   EXPECT_DEATH(bandEdges(-0.0), "the sample rate gives no frequency bins");
   EXPECT_DEATH(bandEdges(std::numeric_limits<double>::quiet_NaN()), "no frequency bins");
@@ -101,7 +100,7 @@ TEST(SpectrumBands, HoldTheMeanOfTheirBins) {
   }
 }
 
-TEST(SpectrumBands, TakeNothingFromTheBinsOutsideThem) {
+TEST(SpectrumBands, IgnoreBinsOutsideThem) {
   std::array<float, 256> magnitudes{};
   magnitudes[0] = magnitudes[254] = magnitudes[255] = 1e9F;
   EXPECT_THAT(bandMeans(magnitudes, bandEdges(48000)), Each(0.0F));
@@ -113,8 +112,8 @@ TEST(SpectrumBands, AreZeroWhereEmpty) {
   EXPECT_THAT(bandMeans(magnitudes, BandEdges{}), Each(0.0F));
 }
 
-TEST(NormalizedLevels, HaveALoudestOfExactlyOne) {
-  // Among these are values that times their own reciprocal give less than one.
+TEST(NormalizedLevels, HaveAPeakOfExactlyOne) {
+  // For some of these, value * (1 / value) is less than 1.
   for (float peak = 1.1e-6F; peak < 1e6F; peak *= 1.0137F) {
     BandLevels levels{};
     levels[3] = peak;
@@ -126,7 +125,7 @@ TEST(NormalizedLevels, HaveALoudestOfExactlyOne) {
   }
 }
 
-TEST(NormalizedLevels, LeaveSilenceAsItIs) {
+TEST(NormalizedLevels, LeaveSilenceUnscaled) {
   BandLevels levels{};
   levels.fill(1e-7F);
   levels[2] = 1e-6F;
@@ -161,7 +160,7 @@ TEST(SmoothedLevels, StayBetweenZeroAndOne) {
   EXPECT_THAT(smoothedTowards(energy, level), Each(0.0F));
 }
 
-TEST(SmoothedLevels, RecoverFromALevelThatIsNoNumber) {
+TEST(SmoothedLevels, RecoverFromNaN) {
   BandLevels energy{}, level{};
   energy.fill(std::numeric_limits<float>::quiet_NaN());
   level = smoothedTowards(energy, level);

@@ -8,7 +8,7 @@ struct kiss_fftr_state;
 
 namespace voxtrel {
 
-/// The transform by the KissFFT library.
+/// RealFft over the KissFFT library.
 /// Thread: one at a time.  Owns: the library's plan.
 /// Fails by: `make` returns null.
 class KissRealFft : public RealFft {

@@ -21,7 +21,7 @@ void* counted(std::size_t size) {
 
 }  // namespace
 
-// In this whole program, so that a test can see what asks for memory.
+// Replaced in the whole program, so that the test sees every allocation.
 void* operator new(std::size_t size) {
   return counted(size);
 }

@@ -31,13 +31,13 @@ FloatingWindow::FloatingWindow(const XServer& server, QScreen* screen, const QRe
 }
 
 FloatingWindow::~FloatingWindow() {
-  (void)hasCompositor();  // an answer that nobody fetches would stay in the connection's memory
+  (void)hasCompositor();  // an unread reply would stay in the connection's memory
   surface_.reset();
   destroy();
   server_.flush();
 }
 
-// Fetched when the server has already shown us the window, so that there is nothing to wait for.
+// Read after the window was shown: the reply has arrived by then.
 bool FloatingWindow::hasCompositor() {
   if (!hasCompositor_) hasCompositor_ = server_.hasCompositor(compositorQuestion_);
   return *hasCompositor_;
@@ -55,17 +55,17 @@ void FloatingWindow::preparePainter() {
   if (painter_ && painter_->sizePx() == sizePx && painter_->scale() == scale) return;
   painter_.emplace(sizePx, scale, cornerRadius_);
   picture_ = QImage(sizePx, QImage::Format_ARGB32_Premultiplied);
-  // Where nothing can be see-through, pixels that are mostly outside the pill are left away.
+  // Without transparency, leave out the pixels that are mostly outside the pill.
   const int coverage = hasCompositor() ? kAnyCoverage : kHalfCoverage;
   server_.setShape(static_cast<xcb_window_t>(winId()), painter_->pixels(coverage));
 }
 
 void FloatingWindow::orderFrontRegardless() {
-  // A Wayland compositor would put it into the middle and give it the focus: better none.
+  // A Wayland compositor would centre it and give it the focus, so show none.
   if (QGuiApplication::platformName().startsWith(QLatin1String("wayland"))) return;
   show();
-  // Nobody manages this window, so the server shows it at once and takes pixels right behind that;
-  // to wait until it says so would cost the user a moment.
+  // The server maps an unmanaged window at once and accepts pixels right after, so the first frame
+  // need not wait for the expose event.
   if (surface_) paint();
 }
 
@@ -75,17 +75,17 @@ void FloatingWindow::setNeedsDisplay() {
   paint();
 }
 
-// A window that opens later may be stacked above us.
+// Windows opened later may be stacked above this one.
 void FloatingWindow::stayInFront() {
   if (++framesSinceRaised_ < kFramesBetweenRaises) return;
   framesSinceRaised_ = 0;
   raise();
-  server_.flush();  // Qt does so only after events, and there may be none
+  server_.flush();  // Qt flushes only after events, and there may be none
 }
 
 void FloatingWindow::exposeEvent(QExposeEvent* /*event*/) {
   if (!isExposed()) return;
-  shown_ = QImage();  // the server may have forgotten it
+  shown_ = QImage();  // the server may have dropped its pixels
   paint();
 }
 
@@ -93,7 +93,7 @@ void FloatingWindow::paint() {
   if (!draw_) return;
   preparePainter();
   painter_->paint(picture_, draw_);
-  if (picture_ == shown_) return;  // bars at rest need not cost the server anything
+  if (picture_ == shown_) return;  // bars at rest cost the server nothing
   present();
   shown_.swap(picture_);
   if (picture_.size() != shown_.size()) picture_ = shown_.copy();

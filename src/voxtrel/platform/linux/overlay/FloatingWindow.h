@@ -13,7 +13,7 @@
 
 namespace voxtrel {
 
-/// The overlay's window under X: unmanaged, so that it takes no focus, stands above full-screen
+/// The overlay's window under X. It is unmanaged, so that it takes no focus, stays above full-screen
 /// windows and shows on every workspace.
 /// Thread: the main thread.  Owns: the native window, its pixels.  Borrows: the connection.
 class FloatingWindow final : public OverlayWindow, private QWindow {

@@ -2,10 +2,48 @@
 
 #include <QPainter>
 
-#include "voxtrel/platform/linux/overlay/QPainterCanvas.h"
-
 namespace voxtrel {
 namespace {
+
+QRectF toQt(const Rect& rect) {
+  return {rect.x, rect.y, rect.width, rect.height};
+}
+
+QColor toQt(const Color& color) {
+  return QColor::fromRgbF(static_cast<float>(color.red), static_cast<float>(color.green),
+                          static_cast<float>(color.blue), static_cast<float>(color.alpha));
+}
+
+/// A canvas over Qt's painter, with smooth edges.
+/// Thread: the main thread.  Borrows: the painter (must outlive this).
+class QPainterCanvas final : public Canvas {
+ public:
+  explicit QPainterCanvas(QPainter& painter) : painter_(painter) {
+    painter_.setRenderHint(QPainter::Antialiasing);
+  }
+
+  void fillRoundedRect(const Rect& rect, double radius, const Color& color) override {
+    painter_.setPen(Qt::NoPen);
+    painter_.setBrush(toQt(color));
+    painter_.drawRoundedRect(toQt(rect), radius, radius);
+  }
+
+  void strokeRoundedRect(const Rect& rect, double radius, double lineWidth,
+                         const Color& color) override {
+    painter_.setPen(QPen(toQt(color), lineWidth));
+    painter_.setBrush(Qt::NoBrush);
+    painter_.drawRoundedRect(toQt(rect), radius, radius);
+  }
+
+  void fillOval(const Rect& rect, const Color& color) override {
+    painter_.setPen(Qt::NoPen);
+    painter_.setBrush(toQt(color));
+    painter_.drawEllipse(toQt(rect));
+  }
+
+ private:
+  QPainter& painter_;
+};
 
 QImage roundedShape(QSize sizePx, double radiusPx) {
   QImage shape(sizePx, QImage::Format_ARGB32_Premultiplied);

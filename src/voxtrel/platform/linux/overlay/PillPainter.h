@@ -9,20 +9,20 @@
 
 namespace voxtrel {
 
-/// Paints content that is cut to a rectangle with round corners, smoothly, as see-through pixels.
+/// Paints content clipped to a rounded rectangle with smooth edges, as pixels with alpha.
 /// Thread: the main thread.  Owns: an image of the shape.
 class PillPainter {
  public:
   using Draw = std::function<void(Canvas&)>;
 
-  /// `sizePx` is that of the target; a point is `scale` pixels.
+  /// `sizePx` is the target's size; a point is `scale` pixels, `cornerRadius` is in points.
   PillPainter(QSize sizePx, double scale, double cornerRadius);
 
   /// Replaces everything in `target`.
   void paint(QPaintDevice& target, const Draw& draw) const;
 
-  /// The shape as rectangles of whole pixels, for a window system that knows only those: each pixel
-  /// of which at least `coverage` (0 ... 255) belongs to the shape.
+  /// The shape as rectangles of whole pixels: every pixel of which at least `coverage` of 255 lies
+  /// inside.
   std::vector<QRect> pixels(int coverage) const;
 
   QSize sizePx() const { return shape_.size(); }
@@ -30,7 +30,7 @@ class PillPainter {
 
  private:
   double scale_;
-  QImage shape_;  // opaque inside, see-through outside
+  QImage shape_;  // opaque inside, transparent outside
 };
 
 }  // namespace voxtrel

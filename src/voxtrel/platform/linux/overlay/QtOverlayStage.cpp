@@ -9,7 +9,7 @@
 namespace voxtrel {
 namespace {
 
-// Ours counts upwards from Qt's zero, Qt downwards.
+// Our y grows upwards, Qt's downwards, from the same zero.
 Rect fromQt(const QRect& rect) {
   return {static_cast<double>(rect.x()), static_cast<double>(-(rect.y() + rect.height())),
           static_cast<double>(rect.width()), static_cast<double>(rect.height())};
@@ -20,7 +20,7 @@ QRect toQt(const Rect& rect) {
   return {whole(rect.x), whole(-(rect.y + rect.height)), whole(rect.width), whole(rect.height)};
 }
 
-// Qt keeps a screen's place in the server's pixels and scales only its size.
+// Qt keeps a screen's position in the server's pixels and scales only its size.
 QRect nativeGeometry(const QScreen& screen) {
   const QRect geometry = screen.geometry();
   return {geometry.topLeft(), (QSizeF(geometry.size()) * screen.devicePixelRatio()).toSize()};
@@ -52,7 +52,7 @@ const XServer& QtOverlayStage::server() {
 }
 
 std::optional<Rect> QtOverlayStage::mainScreenFrame() {
-  // To ask for the window takes longer than all the rest; one screen is the main one in any case.
+  // Asking for the active window is the slowest step of showing; a single screen needs no question.
   const bool several = QGuiApplication::screens().size() > 1;
   const QScreen* screen =
       several ? screenOf(server().activeWindow()) : QGuiApplication::primaryScreen();

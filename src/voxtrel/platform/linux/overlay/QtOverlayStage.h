@@ -7,8 +7,8 @@
 
 namespace voxtrel {
 
-/// The screens as Qt sees them.
-/// Thread: the main thread.  Owns: what is known of the X server, once a window has been wanted.
+/// The screens as Qt sees them, and X windows above them.
+/// Thread: the main thread.  Owns: the X server's properties, read when first needed.
 class QtOverlayStage final : public OverlayStage {
  public:
   std::optional<Rect> mainScreenFrame() override;

@@ -14,8 +14,8 @@
 namespace voxtrel {
 namespace {
 
-// After a longer stall there is no point in showing every frame of it.
-constexpr std::uint64_t kMostAtOnce = 6;
+// Most late ticks to make up for; after a longer stall the rest is dropped.
+constexpr std::uint64_t kMaxTicksAtOnce = 6;
 
 timespec toTimespec(std::chrono::nanoseconds duration) {
   const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(duration);
@@ -29,6 +29,7 @@ FileDescriptor startedTimer(std::chrono::nanoseconds interval) {
   return timer;
 }
 
+/// One running timer.
 /// Thread: the main thread.  Owns: the timer's descriptor.
 class Ticker {
  public:
@@ -42,20 +43,23 @@ class Ticker {
   Ticker& operator=(const Ticker&) = delete;
   ~Ticker() {
     notifier_->setEnabled(false);
-    notifier_->deleteLater();  // the task may be what ends us
+    notifier_->deleteLater();  // we may be inside its signal
   }
 
  private:
   void tick() {
-    std::uint64_t expirations = 0;  // more than one: we are late
+    std::uint64_t expirations = 0;  // above 1 if we are late
     if (::read(timer_.number(), &expirations, sizeof expirations) != sizeof expirations) return;
-    const auto alive = std::weak_ptr(self_);
+    // The task may destroy this object.
+    const auto alive = std::weak_ptr(alive_);
     const auto task = task_;
-    for (auto due = std::min(expirations, kMostAtOnce); due > 0 && !alive.expired(); --due) task();
+    for (auto due = std::min(expirations, kMaxTicksAtOnce); due > 0 && !alive.expired(); --due) {
+      task();
+    }
   }
 
   FileDescriptor timer_;
-  std::shared_ptr<bool> self_ = std::make_shared<bool>();  // for `tick`, whose task may end us
+  std::shared_ptr<bool> alive_ = std::make_shared<bool>();
   std::function<void()> task_;
   QSocketNotifier* notifier_;
 };

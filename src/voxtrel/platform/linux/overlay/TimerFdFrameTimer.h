@@ -1,12 +1,12 @@
 #pragma once
 
-#include "voxtrel/platform/FrameTimer.h"
+#include "voxtrel/platform/OverlayStage.h"
 
 namespace voxtrel {
 
-/// Frames on the kernel's own timeline, in nanoseconds: Qt's timers count whole milliseconds.
-/// Thread: the main thread, whose event loop must be Qt's.
-/// Fails by: no ticks, if the system has no descriptor left.
+/// Frame timer over the kernel's timerfd, in nanoseconds; Qt's timers count whole milliseconds.
+/// Thread: the main thread, which must run Qt's event loop.
+/// Fails by: no ticks, if the process has no descriptor left.
 class TimerFdFrameTimer final : public FrameTimer {
  public:
   Subscription everyFrame(std::chrono::duration<double> interval,

@@ -8,7 +8,7 @@
 namespace voxtrel {
 namespace {
 
-bool keepsPixelsAsWeDo(const xcb_setup_t* setup, std::uint8_t depth) {
+bool hasOurPixelFormat(const xcb_setup_t* setup, std::uint8_t depth) {
   const bool little = QSysInfo::ByteOrder == QSysInfo::LittleEndian;
   const auto order = little ? XCB_IMAGE_ORDER_LSB_FIRST : XCB_IMAGE_ORDER_MSB_FIRST;
   if (setup->image_byte_order != order) return false;
@@ -21,12 +21,12 @@ bool keepsPixelsAsWeDo(const xcb_setup_t* setup, std::uint8_t depth) {
 
 }  // namespace
 
-std::unique_ptr<XcbSurface> XcbSurface::make(const XServer& connection, const QWindow& window) {
-  // The format is the one that the server gave, with alpha or without.
+std::unique_ptr<XcbSurface> XcbSurface::make(const XServer& server, const QWindow& window) {
+  // Qt reports the format that the server granted, with alpha or without.
   const std::uint8_t depth = window.format().alphaBufferSize() > 0 ? 32 : 24;
-  if (!connection || !keepsPixelsAsWeDo(xcb_get_setup(connection.native()), depth)) return nullptr;
+  if (!server || !hasOurPixelFormat(xcb_get_setup(server.native()), depth)) return nullptr;
   return std::unique_ptr<XcbSurface>(
-      new XcbSurface(connection.native(), static_cast<xcb_window_t>(window.winId()), depth));
+      new XcbSurface(server.native(), static_cast<xcb_window_t>(window.winId()), depth));
 }
 
 XcbSurface::XcbSurface(xcb_connection_t* connection, xcb_window_t window, std::uint8_t depth)

@@ -11,20 +11,21 @@ namespace voxtrel {
 
 class XServer;
 
-/// Puts small pictures into a window. Qt's own way waits for the server's answer before it paints the
-/// same pixels again, which at 60 frames a second costs more than the painting; this one copies the
-/// pixels and never waits.
+/// Copies small pictures into a window. Qt's backing store waits for the server's reply before it
+/// reuses its shared pixels, which at 60 frames a second costs more than the painting. This never
+/// waits.
 /// Thread: the main thread.  Owns: a graphics context.  Borrows: the connection.
+/// Fails by: `make` returns null.
 class XcbSurface {
  public:
-  /// Null if the server does not keep pixels as we do.
-  static std::unique_ptr<XcbSurface> make(const XServer& connection, const QWindow& window);
+  /// Null if the server's pixel format differs from QImage's.
+  static std::unique_ptr<XcbSurface> make(const XServer& server, const QWindow& window);
 
   XcbSurface(const XcbSurface&) = delete;
   XcbSurface& operator=(const XcbSurface&) = delete;
   ~XcbSurface();
 
-  /// `picture` as 32-bit pixels with multiplied alpha.
+  /// `picture` has 32-bit pixels with premultiplied alpha.
   void put(const QImage& picture) const;
 
  private:

@@ -59,7 +59,7 @@ TEST_F(TimerFdFrameTimerTest, DoesNotMakeUpForALongStall) {
   EXPECT_GE(ticks, 1);
 }
 
-TEST_F(TimerFdFrameTimerTest, StopsWithItsHandleAlsoWhenThatIsDroppedByTheTick) {
+TEST_F(TimerFdFrameTimerTest, StopsWithItsHandleEvenIfTheTickDropsIt) {
   int ticks = 0, others = 0;
   Subscription running = timer.everyFrame(1ms, [&] {
     ++ticks;

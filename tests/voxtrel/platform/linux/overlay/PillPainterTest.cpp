@@ -16,7 +16,7 @@ namespace voxtrel {
 namespace {
 
 constexpr Rect kFrame{0, 0, 90, 21};
-// Processors and versions of Qt round the blending of colours differently.
+// Blending is rounded differently by processors and versions of Qt.
 constexpr int kTolerance = 3;
 
 // All bars at different heights: a tone in each band, louder where the band is wider.
@@ -67,7 +67,7 @@ int farthestComponents(QRgb one, QRgb two) {
 
 struct GoldenPicture : ::testing::TestWithParam<double> {};
 
-// VOXTREL_UPDATE_PICTURES in the environment replaces the pictures; look at them before they stay.
+// Set VOXTREL_UPDATE_PICTURES in the environment to replace the pictures, then check them by eye.
 TEST_P(GoldenPicture, IsPaintedPixelByPixel) {
   const QImage painted = picture(GetParam());
   const std::string name =
@@ -93,10 +93,10 @@ TEST(PillPainter, LeavesTheCornersEmptyAndPaintsNothingOutsideThePill) {
     EXPECT_EQ(qAlpha(image.pixel(corner)), 0);
   }
   EXPECT_EQ(qAlpha(image.pixel(90, 0)), 255) << "the edge is opaque";
-  EXPECT_NEAR(qAlpha(image.pixel(90, 4)), 235, 1) << "the pill is a little see-through";
+  EXPECT_NEAR(qAlpha(image.pixel(90, 4)), 235, 1) << "the pill is slightly transparent";
 }
 
-TEST(PillPainter, ReplacesWhatWasThereBefore) {
+TEST(PillPainter, ReplacesTheOldPicture) {
   QImage image(90, 21, QImage::Format_ARGB32_Premultiplied);
   image.fill(Qt::white);
   PillPainter({90, 21}, 1.0, 10.5).paint(image, [](Canvas&) {});
@@ -105,7 +105,7 @@ TEST(PillPainter, ReplacesWhatWasThereBefore) {
   }
 }
 
-TEST(PillPainter, GivesAShapeInWholePixelsThatNarrowsTowardsTopAndBottom) {
+TEST(PillPainter, GivesAPixelShapeThatNarrowsTowardsTopAndBottom) {
   const PillPainter painter({90, 21}, 1.0, 10.5);
   const auto any = painter.pixels(1), half = painter.pixels(128);
   ASSERT_EQ(half.size(), 21U);
