@@ -31,16 +31,16 @@ class XServerDouble {
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     void* const generic = &address;
     socklen_t size = sizeof address;
-    if (::bind(listener_.number(), static_cast<sockaddr*>(generic), size) != 0 ||
-        ::listen(listener_.number(), 1) != 0 ||
-        ::getsockname(listener_.number(), static_cast<sockaddr*>(generic), &size) != 0) {
+    if (::bind(listener_.get(), static_cast<sockaddr*>(generic), size) != 0 ||
+        ::listen(listener_.get(), 1) != 0 ||
+        ::getsockname(listener_.get(), static_cast<sockaddr*>(generic), &size) != 0) {
       throw std::runtime_error("cannot listen on the loopback");
     }
     port_ = ntohs(address.sin_port);
     thread_ = std::thread([this] { serve(); });
   }
   ~XServerDouble() {
-    ::shutdown(listener_.number(), SHUT_RDWR);
+    ::shutdown(listener_.get(), SHUT_RDWR);
     thread_.join();
   }
   XServerDouble(const XServerDouble&) = delete;
@@ -56,17 +56,17 @@ class XServerDouble {
   using Bytes = std::array<std::uint8_t, 256>;
 
   void serve() const {
-    const FileDescriptor client(::accept4(listener_.number(), nullptr, nullptr, SOCK_CLOEXEC));
+    const FileDescriptor client(::accept4(listener_.get(), nullptr, nullptr, SOCK_CLOEXEC));
     Bytes request{};
-    if (::read(client.number(), request.data(), request.size()) < 12) return;
-    greet(client.number());
+    if (::read(client.get(), request.data(), request.size()) < 12) return;
+    greet(client.get());
     std::uint16_t sequence = 0;
     for (;;) {
-      if (!readAll(client.number(), request.data(), 4)) return;
+      if (!readAll(client.get(), request.data(), 4)) return;
       std::uint16_t lengthWords = 0;
       std::memcpy(&lengthWords, request.data() + 2, 2);
-      if (!readAll(client.number(), request.data() + 4, std::size_t{lengthWords} * 4 - 4)) return;
-      answer(client.number(), request[0], ++sequence);
+      if (!readAll(client.get(), request.data() + 4, std::size_t{lengthWords} * 4 - 4)) return;
+      answer(client.get(), request[0], ++sequence);
     }
   }
 

@@ -6,31 +6,33 @@
 
 namespace voxtrel {
 
-/// Closes a descriptor when it is no longer needed.
+/// A file descriptor that is closed with its owner.
 /// Thread: one at a time.  Owns: the descriptor.
 class FileDescriptor {
  public:
   FileDescriptor() = default;
-  explicit FileDescriptor(int number) : number_(number) {}
-  FileDescriptor(FileDescriptor&& other) noexcept : number_(std::exchange(other.number_, kNone)) {}
+  /// Negative, as system calls return on failure: nothing is open.
+  explicit FileDescriptor(int descriptor) : descriptor_(descriptor) {}
+  FileDescriptor(FileDescriptor&& other) noexcept
+      : descriptor_(std::exchange(other.descriptor_, -1)) {}
   FileDescriptor& operator=(FileDescriptor&& other) noexcept {
-    std::swap(number_, other.number_);
+    std::swap(descriptor_, other.descriptor_);
     return *this;
   }
   FileDescriptor(const FileDescriptor&) = delete;
   FileDescriptor& operator=(const FileDescriptor&) = delete;
   ~FileDescriptor() { reset(); }
 
-  int number() const { return number_; }
+  bool isOpen() const { return descriptor_ >= 0; }
+  int get() const { return descriptor_; }
 
-  /// Closes it now; harmless when repeated.
+  /// Closes it now; does nothing when repeated.
   void reset() {
-    if (const int number = std::exchange(number_, kNone); number != kNone) ::close(number);
+    if (const int descriptor = std::exchange(descriptor_, -1); descriptor >= 0) ::close(descriptor);
   }
 
  private:
-  static constexpr int kNone = -1;
-  int number_ = kNone;
+  int descriptor_ = -1;
 };
 
 }  // namespace voxtrel

@@ -4,17 +4,17 @@
 
 #include <csignal>
 
+#include "common/posix/StopSignals.h"
 #include "quillback/app/Engine.h"
 #include "quillback/app/Home.h"
-#include "quillback/loop/EndSignals.h"
 #include "quillback/loop/EndWatch.h"
 #include "quillback/loop/LineOutput.h"
 
 namespace voxtrel::quillback {
 
 int runEngine() {
-  const EndSignals signals;
-  std::signal(SIGPIPE, SIG_IGN);
+  // Static: once the engine is ending, a second signal must not kill it half-way.
+  static const StopSignals signals(StopSignals::InheritedIgnores::keep, {SIGPIPE});
   LineOutput output(STDOUT_FILENO);
   EpollLoop loop;
   // Outlives the engine: where its end takes too long, this ends the process.

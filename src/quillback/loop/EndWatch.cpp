@@ -25,10 +25,10 @@ bool waitFor(std::array<pollfd, kCount>& files, int milliseconds) {
 
 }  // namespace
 
-EndWatch::EndWatch(const EndSignals& signals, std::function<void()> onEnd)
+EndWatch::EndWatch(const StopSignals& signals, std::function<void()> onEnd)
     : over_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
       onEnd_(std::move(onEnd)),
-      thread_([this, fd = signals.fd()] { wait(fd); }) {}
+      thread_([this, fd = signals.descriptor()] { wait(fd); }) {}
 
 EndWatch::~EndWatch() {
   ::eventfd_write(over_.get(), 1);

@@ -3,8 +3,8 @@
 #include <functional>
 #include <thread>
 
-#include "common/posix/Descriptor.h"
-#include "quillback/loop/EndSignals.h"
+#include "common/posix/FileDescriptor.h"
+#include "common/posix/StopSignals.h"
 #include "quillback/loop/ParentWatch.h"
 
 namespace voxtrel::quillback {
@@ -16,7 +16,7 @@ namespace voxtrel::quillback {
 class EndWatch {
  public:
   /// `onEnd` is called once, on the watch's thread.
-  EndWatch(const EndSignals& signals, std::function<void()> onEnd);
+  EndWatch(const StopSignals& signals, std::function<void()> onEnd);
   EndWatch(const EndWatch&) = delete;
   EndWatch& operator=(const EndWatch&) = delete;
   ~EndWatch();
@@ -25,7 +25,7 @@ class EndWatch {
   void wait(int signals);
 
   ParentWatch parent_;
-  Descriptor over_;
+  FileDescriptor over_;
   std::function<void()> onEnd_;
   std::thread thread_;
 };

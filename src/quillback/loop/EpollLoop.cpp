@@ -16,12 +16,12 @@ constexpr std::uint64_t kWakeUpId = 0;
 constexpr std::uint64_t kAlarmId = 1;
 constexpr std::uint64_t kFirstFreeId = 2;
 
-Descriptor needed(int fd) {
+FileDescriptor needed(int fd) {
   if (fd < 0) {
     std::perror("quillback: no descriptor for the loop");
     std::abort();
   }
-  return Descriptor(fd);
+  return FileDescriptor(fd);
 }
 
 /// Takes the count that made `fd` readable.

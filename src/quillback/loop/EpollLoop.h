@@ -6,7 +6,7 @@
 #include <mutex>
 #include <vector>
 
-#include "common/posix/Descriptor.h"
+#include "common/posix/FileDescriptor.h"
 #include "quillback/ports/Loop.h"
 
 namespace voxtrel::quillback {
@@ -50,9 +50,9 @@ class EpollLoop final : public Loop {
   void armTimers();
   void add(int fd, std::uint64_t id);
 
-  Descriptor epoll_;
-  Descriptor wakeUp_;
-  Descriptor alarm_;
+  FileDescriptor epoll_;
+  FileDescriptor wakeUp_;
+  FileDescriptor alarm_;
   std::atomic<bool> stopped_ = false;
   std::uint64_t nextId_;
   std::map<TimerKey, Task> timers_;

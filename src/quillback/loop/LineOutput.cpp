@@ -23,13 +23,13 @@ bool isOfKind(int fd, mode_t kind) {
 
 /// A pipe is opened once more, for a description of its own: whether writes wait is a property of
 /// that, and others write to the one that was handed down.
-Descriptor ownDescriptor(int fd) {
+FileDescriptor ownDescriptor(int fd) {
   if (isOfKind(fd, S_IFIFO)) {
     const std::string path = "/proc/self/fd/" + std::to_string(fd);
-    Descriptor own(::open(path.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC));
+    FileDescriptor own(::open(path.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC));
     if (own.isOpen()) return own;
   }
-  return Descriptor(::fcntl(fd, F_DUPFD_CLOEXEC, 3));
+  return FileDescriptor(::fcntl(fd, F_DUPFD_CLOEXEC, 3));
 }
 
 bool canWrite(int fd) {
@@ -88,7 +88,7 @@ void LineOutput::writeWaiting() {
     } else if (errno != EINTR) {
       hasLostLines_ = true;
       waiting_.clear();  // nobody will ever read it
-      file_ = Descriptor();
+      file_.reset();
     }
   }
 }

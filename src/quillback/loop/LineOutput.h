@@ -6,7 +6,7 @@
 #include <string>
 #include <thread>
 
-#include "common/posix/Descriptor.h"
+#include "common/posix/FileDescriptor.h"
 #include "quillback/ports/Output.h"
 
 namespace voxtrel::quillback {
@@ -32,9 +32,9 @@ class LineOutput final : public Output {
   ssize_t writeSome() const;
   void flushUntilStopped();
 
-  Descriptor file_;
+  FileDescriptor file_;
   const bool isSocket_;
-  Descriptor flusherWakeUp_;
+  FileDescriptor flusherWakeUp_;
   mutable std::mutex mutex_;  // over the fields below, and over the order of writes
   std::string waiting_;       // whole lines, the first of which may be written in part
   bool hasLostLines_ = false;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "common/posix/Descriptor.h"
+#include "common/posix/FileDescriptor.h"
 
 namespace voxtrel::quillback {
 
@@ -16,7 +16,7 @@ class ParentWatch {
   bool isGone() const { return isGone_; }
 
  private:
-  Descriptor parent_;
+  FileDescriptor parent_;
   bool isGone_ = false;
 };
 

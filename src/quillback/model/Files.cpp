@@ -8,7 +8,7 @@
 #include <cerrno>
 #include <cstdio>
 
-#include "quillback/model/FileHandle.h"
+#include "common/posix/FileDescriptor.h"
 
 namespace voxtrel::quillback {
 
@@ -37,9 +37,10 @@ std::optional<std::uint64_t> fileSize(const std::string& path) {
 
 std::optional<std::string> readSmallFile(const std::string& path, std::size_t maxBytes) {
   // Nonblocking: a pipe in the file's place must not hold the reader up.
-  const FileHandle file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+  const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
   struct stat found {};
-  if (!file || ::fstat(file.get(), &found) != 0 || !S_ISREG(found.st_mode)) return std::nullopt;
+  if (!file.isOpen() || ::fstat(file.get(), &found) != 0 || !S_ISREG(found.st_mode))
+    return std::nullopt;
   std::string text(maxBytes, '\0');
   std::size_t length = 0;
   while (length < maxBytes) {
@@ -73,8 +74,8 @@ int makeFolders(const std::string& folder) {
 }
 
 int syncFolder(const std::string& folder) {
-  const FileHandle handle(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  if (!handle || ::fsync(handle.get()) != 0) return errno;
+  const FileDescriptor handle(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (!handle.isOpen() || ::fsync(handle.get()) != 0) return errno;
   return 0;
 }
 
@@ -86,9 +87,9 @@ int replaceFile(const std::string& folder, const std::string& name, std::string_
   const std::string path = folder + "/" + name;
   const std::string draft = path + ".tmp";
   {
-    const FileHandle file(
+    const FileDescriptor file(
         ::open(draft.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, kFileMode));
-    if (!file) return errno;
+    if (!file.isOpen()) return errno;
     if (const int error = writeAll(file.get(), text)) return error;
     if (::fsync(file.get()) != 0) return errno;
   }

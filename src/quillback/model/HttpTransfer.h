@@ -7,8 +7,8 @@
 #include <span>
 #include <string>
 
+#include "common/posix/StopSignals.h"
 #include "quillback/model/HttpReply.h"
-#include "quillback/model/StopSignals.h"
 
 namespace voxtrel::quillback {
 

@@ -18,10 +18,10 @@ constexpr std::uint64_t kWriteBackBytes = 32 << 20;
 }  // namespace
 
 int PartFile::open(const std::string& path) {
-  file_ = FileHandle(
+  file_ = FileDescriptor(
       ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, kFileMode));
   struct stat found {};
-  if (!file_ || ::fstat(file_.get(), &found) != 0) return errno;
+  if (!file_.isOpen() || ::fstat(file_.get(), &found) != 0) return errno;
   if (!S_ISREG(found.st_mode)) return EINVAL;
   sizeBytes_ = static_cast<std::uint64_t>(found.st_size);
   return 0;

@@ -4,9 +4,9 @@
 #include <span>
 #include <string>
 
-#include "quillback/model/FileHandle.h"
+#include "common/posix/FileDescriptor.h"
+#include "common/posix/StopSignals.h"
 #include "quillback/model/Sha256.h"
-#include "quillback/model/StopSignals.h"
 
 namespace voxtrel::quillback {
 
@@ -32,7 +32,7 @@ class PartFile {
  private:
   void writeBackEarly();
 
-  FileHandle file_;
+  FileDescriptor file_;
   Sha256 hash_;
   std::uint64_t sizeBytes_ = 0;
   std::uint64_t writtenBackBytes_ = 0;

@@ -5,13 +5,13 @@
 #include <cstdio>
 #include <optional>
 
+#include "common/posix/StopSignals.h"
 #include "quillback/model/Download.h"
 #include "quillback/model/Files.h"
 #include "quillback/model/HttpLibrary.h"
 #include "quillback/model/Manifest.h"
 #include "quillback/model/ModelStore.h"
 #include "quillback/model/SetupExit.h"
-#include "quillback/model/StopSignals.h"
 #include "quillback/model/StoreLock.h"
 
 namespace voxtrel::quillback {
@@ -50,7 +50,8 @@ class Setup {
   Output& output_;
   std::string folder_;
   std::string filePath_;
-  StopSignals stop_;
+  // Writing to a closed pipe or past a file size limit is an error here, not the end.
+  StopSignals stop_{StopSignals::InheritedIgnores::keep, {SIGPIPE, SIGXFSZ}};
 };
 
 Failure Setup::failureOf(int error) const {

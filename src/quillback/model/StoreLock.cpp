@@ -17,9 +17,9 @@ constexpr mode_t kFileMode = 0666;
 
 std::optional<SetupFailure> StoreLock::take(const std::string& folder, const StopSignals& stop,
                                             Output& output) {
-  file_ = FileHandle(::open((folder + "/setup.lock").c_str(),
-                            O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, kFileMode));
-  if (!file_) return writeFailure(errno, folder);
+  file_ = FileDescriptor(::open((folder + "/setup.lock").c_str(),
+                                O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, kFileMode));
+  if (!file_.isOpen()) return writeFailure(errno, folder);
   for (bool isFirst = true; ::flock(file_.get(), LOCK_EX | LOCK_NB) != 0; isFirst = false) {
     if (errno != EWOULDBLOCK && errno != EINTR) {
       return SetupFailure{SetupExit::locked, "Setup failed: " + folder + " cannot be locked (" +

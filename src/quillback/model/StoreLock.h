@@ -3,9 +3,9 @@
 #include <optional>
 #include <string>
 
-#include "quillback/model/FileHandle.h"
+#include "common/posix/FileDescriptor.h"
+#include "common/posix/StopSignals.h"
 #include "quillback/model/SetupExit.h"
-#include "quillback/model/StopSignals.h"
 #include "quillback/ports/Output.h"
 
 namespace voxtrel::quillback {
@@ -20,7 +20,7 @@ class StoreLock {
                                    Output& output);
 
  private:
-  FileHandle file_;
+  FileDescriptor file_;
 };
 
 }  // namespace voxtrel::quillback

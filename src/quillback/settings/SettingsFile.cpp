@@ -8,26 +8,10 @@
 #include <cerrno>
 #include <cstring>
 
+#include "common/posix/FileDescriptor.h"
+
 namespace voxtrel::quillback {
 namespace {
-
-/// Closes what was opened.
-/// Thread: one.  Owns: the descriptor.
-class OpenFile {
- public:
-  // Without O_NONBLOCK, opening a pipe waits for somebody who writes to it.
-  explicit OpenFile(const std::string& path)
-      : fd_(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY)) {}
-  OpenFile(const OpenFile&) = delete;
-  OpenFile& operator=(const OpenFile&) = delete;
-  ~OpenFile() {
-    if (fd_ >= 0) ::close(fd_);
-  }
-  int fd() const { return fd_; }
-
- private:
-  const int fd_;
-};
 
 SettingsFile unreadable(int error) {
   return {"", settingsError(0, std::string("it cannot be read (") + std::strerror(error) +
@@ -52,15 +36,16 @@ SettingsFile readAll(int fd) {
 }  // namespace
 
 SettingsFile readSettingsFile(const std::string& path) {
-  const OpenFile file(path);
-  if (file.fd() < 0)
+  // Without O_NONBLOCK, opening a pipe waits until another process writes to it.
+  const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+  if (!file.isOpen())
     return errno == ENOENT || errno == ENOTDIR ? SettingsFile() : unreadable(errno);
   struct stat facts {};
-  if (::fstat(file.fd(), &facts) < 0) return unreadable(errno);
+  if (::fstat(file.get(), &facts) < 0) return unreadable(errno);
   if (!S_ISREG(facts.st_mode)) {
     return {"", settingsError(0, "it is not a regular file; using the defaults")};
   }
-  return readAll(file.fd());
+  return readAll(file.get());
 }
 
 std::string settingsError(std::size_t line, std::string_view what) {

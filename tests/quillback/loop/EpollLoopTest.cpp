@@ -91,8 +91,8 @@ TEST_F(EpollLoopTest, ATimerMayDestroyItselfAndMakeAnother) {
 TEST_F(EpollLoopTest, WatchesADescriptorUntilTheWatchIsGone) {
   std::array<int, 2> ends{};
   ASSERT_EQ(::pipe(ends.data()), 0);
-  const Descriptor from(ends[0]);
-  const Descriptor to(ends[1]);
+  const FileDescriptor from(ends[0]);
+  const FileDescriptor to(ends[1]);
   std::unique_ptr<EpollLoop::Watch> watch = loop_.watch(from.get(), [&] {
     char byte = 0;
     EXPECT_EQ(::read(from.get(), &byte, 1), 1);

@@ -15,20 +15,20 @@ namespace {
 
 /// A pipe or a pair of sockets, the first end of which is read.
 struct Ends {
-  Descriptor from;
-  Descriptor to;
+  FileDescriptor from;
+  FileDescriptor to;
 };
 
 Ends pipeEnds() {
   std::array<int, 2> ends{};
   if (::pipe(ends.data()) < 0) return {};
-  return {Descriptor(ends[0]), Descriptor(ends[1])};
+  return {FileDescriptor(ends[0]), FileDescriptor(ends[1])};
 }
 
 Ends socketEnds() {
   std::array<int, 2> ends{};
   if (::socketpair(AF_UNIX, SOCK_STREAM, 0, ends.data()) < 0) return {};
-  return {Descriptor(ends[0]), Descriptor(ends[1])};
+  return {FileDescriptor(ends[0]), FileDescriptor(ends[1])};
 }
 
 std::string readSome(const Ends& ends) {
@@ -131,18 +131,18 @@ TEST(LineOutput, SurvivesAReaderThatHasGone) {
   std::signal(SIGPIPE, SIG_IGN);
   Ends ends = pipeEnds();
   LineOutput output(ends.to.get());
-  ends.from = Descriptor();
+  ends.from = FileDescriptor();
   output.print("to nobody");
   output.print("to nobody");
 }
 
 TEST(LineOutput, KnowsWhetherLinesWereLost) {
-  const Descriptor full(::open("/dev/full", O_WRONLY | O_CLOEXEC));
+  const FileDescriptor full(::open("/dev/full", O_WRONLY | O_CLOEXEC));
   LineOutput output(full.get());
   EXPECT_FALSE(output.hasLostLines());
   output.print("too much");
   EXPECT_TRUE(output.hasLostLines());
-  const Descriptor nowhere(::open("/dev/null", O_WRONLY | O_CLOEXEC));
+  const FileDescriptor nowhere(::open("/dev/null", O_WRONLY | O_CLOEXEC));
   LineOutput good(nowhere.get());
   good.print("fine");
   EXPECT_FALSE(good.hasLostLines());

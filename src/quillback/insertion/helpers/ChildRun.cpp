@@ -14,8 +14,8 @@ namespace voxtrel::quillback {
 namespace {
 
 /// A file in memory: however long the text, nobody waits for the program to read it.
-Descriptor fileWith(const std::string& text) {
-  Descriptor file(memfd_create("quillback-text", MFD_CLOEXEC));
+FileDescriptor fileWith(const std::string& text) {
+  FileDescriptor file(memfd_create("quillback-text", MFD_CLOEXEC));
   std::size_t written = 0;
   while (file.isOpen() && written < text.size()) {
     const ssize_t size = ::write(file.get(), text.data() + written, text.size() - written);
@@ -66,7 +66,7 @@ class Setup {
 std::unique_ptr<ChildRun> ChildRun::start(const std::vector<std::string>& words,
                                           const std::string& input,
                                           const WatchDescriptor& watchDescriptor, OnEnd onEnd) {
-  const Descriptor file = fileWith(input);
+  const FileDescriptor file = fileWith(input);
   if (!file.isOpen()) return nullptr;
   std::vector<std::string> copies = words;
   std::vector<char*> pointers;

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "common/posix/Descriptor.h"
+#include "common/posix/FileDescriptor.h"
 #include "quillback/ports/WatchDescriptor.h"
 
 namespace voxtrel::quillback {
@@ -28,7 +28,7 @@ class ChildRun {
   void handleEnd();
 
   int processId_;
-  Descriptor process_;
+  FileDescriptor process_;
   OnEnd onEnd_;
   std::shared_ptr<void> descriptorWatch_;
 };

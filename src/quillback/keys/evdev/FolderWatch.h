@@ -3,7 +3,7 @@
 #include <functional>
 #include <string>
 
-#include "common/posix/Descriptor.h"
+#include "common/posix/FileDescriptor.h"
 
 namespace voxtrel::quillback {
 
@@ -25,7 +25,7 @@ class FolderWatch {
   void read(const Listener& listener) const;
 
  private:
-  Descriptor descriptor_;
+  FileDescriptor descriptor_;
   bool isWatching_;
 };
 

@@ -14,7 +14,7 @@ enum KeyValue : int { letGo = 0, pressed = 1 };  // 2 is a repeat
 }  // namespace
 
 KeyboardFile LibevdevKeyboard::open(const std::string& path, int code) {
-  Descriptor descriptor(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY));
+  FileDescriptor descriptor(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY));
   if (!descriptor.isOpen()) return {nullptr, errno == EACCES || errno == EPERM};
   libevdev* device = nullptr;
   if (libevdev_new_from_fd(descriptor.get(), &device) < 0) return {};
@@ -25,7 +25,7 @@ KeyboardFile LibevdevKeyboard::open(const std::string& path, int code) {
   return {std::move(keyboard), false};
 }
 
-LibevdevKeyboard::LibevdevKeyboard(Descriptor descriptor, libevdev* device)
+LibevdevKeyboard::LibevdevKeyboard(FileDescriptor descriptor, libevdev* device)
     : descriptor_(std::move(descriptor)), device_(device) {}
 
 LibevdevKeyboard::~LibevdevKeyboard() {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "common/posix/Descriptor.h"
+#include "common/posix/FileDescriptor.h"
 #include "quillback/keys/evdev/Keyboard.h"
 
 struct libevdev;
@@ -21,9 +21,9 @@ class LibevdevKeyboard final : public Keyboard {
   [[nodiscard]] bool read(const OnKey& onKey) override;
 
  private:
-  LibevdevKeyboard(Descriptor descriptor, libevdev* device);
+  LibevdevKeyboard(FileDescriptor descriptor, libevdev* device);
 
-  Descriptor descriptor_;
+  FileDescriptor descriptor_;
   libevdev* device_;
 };
 

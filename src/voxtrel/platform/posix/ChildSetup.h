@@ -2,8 +2,6 @@
 
 #include <sys/types.h>
 
-#include <array>
-
 namespace voxtrel {
 
 // What each system does in its own way when a child is made; defined in the system's folder.
@@ -20,9 +18,5 @@ bool livesAsLongAsProcess() noexcept;
 
 /// Every descriptor above the standard three will be closed by the next exec.
 void closeDescriptorsOnExec() noexcept;
-
-/// A pipe that no child inherits, even one that another thread makes at this very moment.
-/// `ends`: to read from, to write to. False: errno says why.
-bool openPipe(std::array<int, 2>& ends) noexcept;
 
 }  // namespace voxtrel

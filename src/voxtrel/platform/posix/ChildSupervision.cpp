@@ -3,16 +3,15 @@
 #include <csignal>
 #include <system_error>
 
-#include "voxtrel/platform/posix/Pipe.h"
 #include "voxtrel/platform/posix/PosixChildProcess.h"
 #include "voxtrel/platform/posix/SpawnedChild.h"
 
 namespace voxtrel {
 
 std::shared_ptr<ChildProcess> ChildSupervision::begin() {
-  Pipe output = Pipe::open();
+  Pipe output = requirePipe();
   reader_.emplace(std::move(output.readEnd), options_.onOutput);
-  lifetime_ = std::make_shared<ChildLifetime>(spawnChild(options_, output.writeEnd.number()));
+  lifetime_ = std::make_shared<ChildLifetime>(spawnChild(options_, output.writeEnd.get()));
   return std::make_shared<PosixChildProcess>(lifetime_);
 }
 

@@ -24,8 +24,14 @@ std::size_t readSome(int descriptor, char* buffer, std::size_t size) {
 
 }  // namespace
 
+Pipe requirePipe() {
+  auto pipe = Pipe::open();
+  if (!pipe) throw std::system_error(pipe.error());
+  return std::move(*pipe);
+}
+
 OutputReader::OutputReader(FileDescriptor output, Take take)
-    : output_(std::move(output)), take_(std::move(take)), ended_(Pipe::open()) {}
+    : output_(std::move(output)), take_(std::move(take)), ended_(requirePipe()) {}
 
 void OutputReader::start() {
   thread_ = std::thread([this] { run(); });
@@ -47,8 +53,8 @@ void OutputReader::run() {
 
 /// False once the child has ended.
 bool OutputReader::waitForOutput() const {
-  std::array<pollfd, 2> events{pollfd{output_.number(), POLLIN, 0},
-                               pollfd{ended_.readEnd.number(), POLLIN, 0}};
+  std::array<pollfd, 2> events{pollfd{output_.get(), POLLIN, 0},
+                               pollfd{ended_.readEnd.get(), POLLIN, 0}};
   while (::poll(events.data(), events.size(), -1) < 0 && errno == EINTR) continue;
   return events[1].revents == 0;
 }
@@ -56,7 +62,7 @@ bool OutputReader::waitForOutput() const {
 /// Bytes taken; 0 at the end of the stream.
 std::size_t OutputReader::takeOnce(std::size_t limit) {
   std::array<char, kReadSize> buffer;
-  const std::size_t count = readSome(output_.number(), buffer.data(), std::min(limit, kReadSize));
+  const std::size_t count = readSome(output_.get(), buffer.data(), std::min(limit, kReadSize));
   if (count > 0 && take_) take_({buffer.data(), count});
   return count;
 }
@@ -64,7 +70,7 @@ std::size_t OutputReader::takeOnce(std::size_t limit) {
 /// Only what the pipe holds now can be the child's; others who have it open may write on for ever.
 void OutputReader::takeRest() {
   int held = 0;
-  if (::ioctl(output_.number(), FIONREAD, &held) != 0 || held < 0) return;
+  if (::ioctl(output_.get(), FIONREAD, &held) != 0 || held < 0) return;
   auto rest = static_cast<std::size_t>(held);
   while (rest > 0) {
     const std::size_t count = takeOnce(rest);

@@ -5,10 +5,12 @@
 #include <string_view>
 #include <thread>
 
-#include "common/posix/FileDescriptor.h"
-#include "voxtrel/platform/posix/Pipe.h"
+#include "common/posix/Pipe.h"
 
 namespace voxtrel {
+
+/// A pipe.  Fails by: throwing std::system_error.
+Pipe requirePipe();
 
 /// Reads a child's output on a thread of its own, as it comes.
 /// Thread: one at a time.  Owns: the thread, the pipe's reading end.

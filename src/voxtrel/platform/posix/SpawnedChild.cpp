@@ -10,9 +10,9 @@
 #include <system_error>
 #include <vector>
 
-#include "common/posix/ThreadSignals.h"
+#include "common/posix/Pipe.h"
 #include "voxtrel/platform/posix/ChildSetup.h"
-#include "voxtrel/platform/posix/Pipe.h"
+#include "voxtrel/platform/posix/OutputReader.h"
 
 extern char** environ;  // NOLINT(readability-redundant-declaration): missing in some headers
 
@@ -23,7 +23,7 @@ namespace {
 /// where a tool has turned vfork into fork (thread sanitizers do), the pipe says it. Reading the
 /// pipe costs a wait: exec wakes the parent before it closes the other end.
 struct Report {
-  Pipe pipe = Pipe::open();
+  Pipe pipe = requirePipe();
   volatile bool isShared = false;
   volatile int error = 0;
 };
@@ -77,10 +77,26 @@ bool enterWorkingDirectory(const Plan& plan) {
   }
   const int error = errno;
   plan.report->error = error;
-  const int pipe = plan.report->pipe.writeEnd.number();
+  const int pipe = plan.report->pipe.writeEnd.get();
   [[maybe_unused]] const ssize_t written = ::write(pipe, &error, sizeof error);
   ::_exit(127);
 }
+
+/// No signal handler runs on this thread while this lives.
+class SignalBlock {
+ public:
+  SignalBlock() {
+    sigset_t all;
+    sigfillset(&all);
+    pthread_sigmask(SIG_SETMASK, &all, &before_);
+  }
+  ~SignalBlock() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
+  SignalBlock(const SignalBlock&) = delete;
+  SignalBlock& operator=(const SignalBlock&) = delete;
+
+ private:
+  sigset_t before_{};
+};
 
 /// vfork: the cost does not grow with the application's memory. The parent's thread stands still
 /// until the child has become the program or has ended, and no handler may run meanwhile: in the
@@ -107,7 +123,7 @@ int readReport(Report& report) {
   int error = 0;
   ssize_t count = 0;
   do {
-    count = ::read(report.pipe.readEnd.number(), &error, sizeof error);
+    count = ::read(report.pipe.readEnd.get(), &error, sizeof error);
   } while (count < 0 && errno == EINTR);
   return count == static_cast<ssize_t>(sizeof error) ? error : 0;
 }

@@ -1,11 +1,24 @@
 #include "voxtrel/platform/posix/ThreadGroup.h"
 
+#include <csignal>
+#include <initializer_list>
 #include <system_error>
 #include <utility>
 
-#include "common/posix/ThreadSignals.h"
-
 namespace voxtrel {
+namespace {
+
+/// Handlers run on the main thread only; faults of the calling thread still reach it.
+void blockSignals() {
+  sigset_t signals;
+  sigfillset(&signals);
+  for (const int fault : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT, SIGTRAP, SIGSYS}) {
+    sigdelset(&signals, fault);
+  }
+  pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+}
+
+}  // namespace
 
 ThreadGroup::~ThreadGroup() {
   std::unique_lock lock(mutex_);
@@ -20,7 +33,7 @@ void ThreadGroup::run(std::function<void()> work) {
   const auto self = running_.emplace(running_.end());
   try {
     *self = std::thread([this, self, work = std::move(work)]() mutable {
-      keepSignalsAway();
+      blockSignals();
       work();
       work = nullptr;  // what it owns goes before the thread is counted as ended
       finish(self);

@@ -7,7 +7,7 @@
 #include <fstream>
 #include <set>
 
-#include "common/posix/Descriptor.h"
+#include "common/posix/FileDescriptor.h"
 #include "quillback/keys/evdev/EvdevKeyWatch.h"
 #include "quillback/keys/evdev/LibevdevKeyboard.h"
 #include "support/PollLoop.h"
@@ -29,7 +29,7 @@ constexpr int kRepeated = 2;
 /// Reads a pipe as the kernel's device would be read; the writer's end is the unplugging.
 class PipedKeyboard final : public Keyboard {
  public:
-  explicit PipedKeyboard(Descriptor descriptor) : descriptor_(std::move(descriptor)) {}
+  explicit PipedKeyboard(FileDescriptor descriptor) : descriptor_(std::move(descriptor)) {}
 
   int descriptor() const override { return descriptor_.get(); }
   bool read(const OnKey& onKey) override {
@@ -43,7 +43,7 @@ class PipedKeyboard final : public Keyboard {
   }
 
  private:
-  Descriptor descriptor_;
+  FileDescriptor descriptor_;
 };
 
 /// The other end of a keyboard's pipe.
@@ -51,7 +51,7 @@ class Plug {
  public:
   explicit Plug(fs::path path) : path_(std::move(path)) {
     mkfifo(path_.c_str(), 0600);
-    end_ = Descriptor(::open(path_.c_str(), O_RDWR | O_CLOEXEC));
+    end_ = FileDescriptor(::open(path_.c_str(), O_RDWR | O_CLOEXEC));
   }
   void key(std::uint16_t code, int value) const {
     input_event event{};
@@ -61,15 +61,15 @@ class Plug {
     EXPECT_EQ(::write(end_.get(), &event, sizeof event), static_cast<ssize_t>(sizeof event));
   }
   void unplug() {
-    end_ = Descriptor();
+    end_ = FileDescriptor();
     fs::remove(path_);
   }
   /// The device breaks before its file goes.
-  void breakOff() { end_ = Descriptor(); }
+  void breakOff() { end_ = FileDescriptor(); }
 
  private:
   fs::path path_;
-  Descriptor end_;
+  FileDescriptor end_;
 };
 
 class EvdevKeyWatchTest : public ::testing::Test {
@@ -94,7 +94,7 @@ class EvdevKeyWatchTest : public ::testing::Test {
   }
   KeyboardFile openPipe(const std::string& path) {
     if (refused_.contains(path)) return {nullptr, true};
-    Descriptor pipe(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    FileDescriptor pipe(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
     struct stat status {};
     if (!pipe.isOpen() || fstat(pipe.get(), &status) != 0 || !S_ISFIFO(status.st_mode)) return {};
     return {std::make_unique<PipedKeyboard>(std::move(pipe)), false};

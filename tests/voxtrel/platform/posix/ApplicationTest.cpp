@@ -1,11 +1,8 @@
-// What the application finds out about itself: its folder, its user's home, the signals that end
-// it.
+// What the application finds out about itself: its folder, its user's home.
 #include <gtest/gtest.h>
-#include <poll.h>
 #include <pwd.h>
 #include <unistd.h>
 
-#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -14,17 +11,11 @@
 #include "common/base/HomeDirectory.h"
 #include "voxtrel/platform/posix/ExecutableFolder.h"
 #include "voxtrel/platform/posix/ExecutablePath.h"
-#include "voxtrel/platform/posix/TerminationSignals.h"
 
 namespace voxtrel {
 namespace {
 
 namespace fs = std::filesystem;
-
-bool isReadable(int descriptor) {
-  pollfd event{descriptor, POLLIN, 0};
-  return ::poll(&event, 1, 0) == 1;
-}
 
 TEST(ExecutableFolder, FindsAFileBesideTheApplicationAndNothingElse) {
   std::string pattern = (fs::temp_directory_path() / "voxtrel-bundle-XXXXXX").string();
@@ -76,44 +67,6 @@ TEST_F(HomeDirectoryTest, ComesFromTheUserDatabaseWhereTheVariableSaysNothingUsa
     ::setenv("HOME", useless, 1);
     EXPECT_EQ(homeDirectory(), known);
   }
-}
-
-TEST(TerminationSignals, EachArrivesAtTheDescriptorAndIsTakenOnce) {
-  TerminationSignals signals;
-  EXPECT_FALSE(isReadable(signals.descriptor()));
-  EXPECT_EQ(signals.take(), std::nullopt);
-  for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
-    ::kill(::getpid(), signal);
-    EXPECT_TRUE(isReadable(signals.descriptor()));
-    EXPECT_EQ(signals.take(), signal);
-    EXPECT_FALSE(isReadable(signals.descriptor()));
-  }
-}
-
-TEST(TerminationSignals, ComeThroughAlsoWhereTheyWereIgnoredOrBlockedAndGoBackAfterwards) {
-  sigset_t blocked;
-  sigemptyset(&blocked);
-  sigaddset(&blocked, SIGINT);
-  sigset_t before;
-  pthread_sigmask(SIG_BLOCK, &blocked, &before);
-  const auto handlerBefore = ::signal(SIGHUP, SIG_IGN);
-  {
-    TerminationSignals signals;
-    ::raise(SIGINT);
-    EXPECT_EQ(signals.take(), SIGINT);
-    ::raise(SIGHUP);
-    EXPECT_EQ(signals.take(), SIGHUP);
-  }
-  EXPECT_EQ(::signal(SIGHUP, handlerBefore), SIG_IGN);
-  sigset_t after;
-  pthread_sigmask(SIG_SETMASK, &before, &after);
-  EXPECT_EQ(sigismember(&after, SIGINT), 1);
-}
-
-TEST(TerminationSignals, AStormOfThemNeverBlocksTheApplication) {
-  TerminationSignals signals;
-  for (int i = 0; i < 100'000; ++i) ::raise(SIGTERM);
-  EXPECT_EQ(signals.take(), SIGTERM);
 }
 
 }  // namespace

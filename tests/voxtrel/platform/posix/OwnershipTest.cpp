@@ -11,7 +11,6 @@
 #include <thread>
 
 #include "voxtrel/platform/posix/ChildTest.h"
-#include "voxtrel/platform/posix/Pipe.h"
 
 extern char** environ;  // NOLINT(readability-redundant-declaration)
 
@@ -61,10 +60,10 @@ using OwnershipTest = ChildTest;
 TEST_F(OwnershipTest, AChildIsGoneWithinASecondOfItsParentsViolentDeath) {
   // Orphans come to this process, which can then reap them and see how they ended.
   ASSERT_EQ(::prctl(PR_SET_CHILD_SUBREAPER, 1), 0);
-  Pipe output = Pipe::open();
-  const pid_t owner = startForeignChild({ENGINE_OWNER, SCRIPTED_ENGINE}, output.writeEnd.number());
+  Pipe output = Pipe::open().value();
+  const pid_t owner = startForeignChild({ENGINE_OWNER, SCRIPTED_ENGINE}, output.writeEnd.get());
   output.writeEnd.reset();
-  const pid_t orphan = readReportedPid(output.readEnd.number());
+  const pid_t orphan = readReportedPid(output.readEnd.get());
   ASSERT_GT(orphan, 0);
   ASSERT_EQ(::kill(orphan, 0), 0);
   ::kill(owner, SIGKILL);

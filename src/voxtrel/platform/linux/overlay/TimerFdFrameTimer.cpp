@@ -25,7 +25,7 @@ timespec toTimespec(std::chrono::nanoseconds duration) {
 FileDescriptor startedTimer(std::chrono::nanoseconds interval) {
   FileDescriptor timer(::timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC | TFD_NONBLOCK));
   const itimerspec schedule{.it_interval = toTimespec(interval), .it_value = toTimespec(interval)};
-  ::timerfd_settime(timer.number(), 0, &schedule, nullptr);
+  ::timerfd_settime(timer.get(), 0, &schedule, nullptr);
   return timer;
 }
 
@@ -36,7 +36,7 @@ class Ticker {
   Ticker(std::chrono::nanoseconds interval, std::function<void()> task)
       : timer_(startedTimer(interval)),
         task_(std::move(task)),
-        notifier_(new QSocketNotifier(timer_.number(), QSocketNotifier::Read)) {
+        notifier_(new QSocketNotifier(timer_.get(), QSocketNotifier::Read)) {
     QObject::connect(notifier_, &QSocketNotifier::activated, notifier_, [this] { tick(); });
   }
   Ticker(const Ticker&) = delete;
@@ -49,7 +49,7 @@ class Ticker {
  private:
   void tick() {
     std::uint64_t expirations = 0;  // above 1 if we are late
-    if (::read(timer_.number(), &expirations, sizeof expirations) != sizeof expirations) return;
+    if (::read(timer_.get(), &expirations, sizeof expirations) != sizeof expirations) return;
     // The task may destroy this object.
     const auto alive = std::weak_ptr(alive_);
     const auto task = task_;

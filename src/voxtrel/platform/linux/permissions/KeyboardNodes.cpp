@@ -39,7 +39,7 @@ bool canReadKeyboard(const std::string& folder,
     if (!node->path().filename().string().starts_with("event")) continue;
     const FileDescriptor file(
         ::open(node->path().c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY));
-    if (file.number() >= 0 && accepts(file.number())) return true;
+    if (file.isOpen() && accepts(file.get())) return true;
   }
   return false;
 }

@@ -43,8 +43,4 @@ void closeDescriptorsOnExec() noexcept {
   if (::close_range(kFirstDescriptor, kLast, kCloseOnExec) != 0) closeEachOnExec();
 }
 
-bool openPipe(std::array<int, 2>& ends) noexcept {
-  return ::pipe2(ends.data(), O_CLOEXEC) == 0;
-}
-
 }  // namespace voxtrel

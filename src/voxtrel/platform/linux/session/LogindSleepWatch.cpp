@@ -73,7 +73,7 @@ void LogindSleepWatch::prepareForSleep(sd_bus_message* signal) {
     callAll(onWillSleep_);
     lock_.reset();
   } else {
-    if (lock_.number() < 0) takeLock();
+    if (!lock_.isOpen()) takeLock();
     callAll(onDidWake_);
   }
 }

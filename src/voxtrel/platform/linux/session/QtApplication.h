@@ -1,7 +1,7 @@
 #pragma once
 
+#include "common/posix/StopSignals.h"
 #include "voxtrel/platform/Application.h"
-#include "voxtrel/platform/posix/TerminationSignals.h"
 
 namespace voxtrel {
 
@@ -14,7 +14,7 @@ class QtApplication final : public Application {
   void terminate() override;
 
  private:
-  TerminationSignals signals_;
+  StopSignals signals_{StopSignals::InheritedIgnores::replace};
 };
 
 }  // namespace voxtrel

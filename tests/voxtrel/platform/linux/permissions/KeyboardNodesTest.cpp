@@ -56,8 +56,8 @@ TEST(KeyBitsTest, powerButtonsMiceAndHeadsetsAreNoKeyboards) {
 
 TEST(KeyBitsTest, aFileThatIsNoInputDeviceIsNoKeyboard) {
   const FileDescriptor file(::open("/dev/null", O_RDONLY | O_CLOEXEC));
-  ASSERT_GE(file.number(), 0);
-  EXPECT_FALSE(isKeyboard(file.number()));
+  ASSERT_TRUE(file.isOpen());
+  EXPECT_FALSE(isKeyboard(file.get()));
 }
 
 struct AnInputFolder : ::testing::Test {

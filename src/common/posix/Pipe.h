@@ -1,15 +1,17 @@
 #pragma once
 
+#include <system_error>
+
+#include <tl/expected.hpp>
+
 #include "common/posix/FileDescriptor.h"
 
 namespace voxtrel {
 
-/// Both ends of a pipe. Neither is inherited by any child nor takes the number of a standard
-/// stream.
+/// Both ends of a pipe. No child inherits them, and neither has the number of a standard stream.
 /// Thread: one at a time.  Owns: both descriptors.
 struct Pipe {
-  /// Fails by: throwing std::system_error.
-  static Pipe open();
+  static tl::expected<Pipe, std::error_code> open();
 
   FileDescriptor readEnd;
   FileDescriptor writeEnd;
