@@ -21,11 +21,11 @@ def die_with_parent():
     _LIBC.prctl(PR_SET_PDEATHSIG, signal.SIGKILL)
 
 
-def holds_back(pid, number):
-    """Whether the process blocks the signal, as the engine does as soon as its main function runs."""
+def catches(pid, number):
+    """Whether the process has a handler for the signal; the engine installs it first of all."""
     with open(f"/proc/{pid}/status", encoding="ascii") as status:
-        blocked = next(int(line.split()[1], 16) for line in status if line.startswith("SigBlk"))
-    return bool(blocked & 1 << number - 1)
+        caught = next(int(line.split()[1], 16) for line in status if line.startswith("SigCgt"))
+    return bool(caught & 1 << number - 1)
 
 
 def bare_environment(home):
@@ -78,9 +78,9 @@ class EngineProgram:
                 raise AssertionError(f"no line with {part!r}: {[text for _, text in self.lines]}")
             return found()
 
-    def wait_until_signals_are_held(self, limit_s=10.0):
-        """Before its main function has begun, a signal ends any program."""
-        eventually(lambda: holds_back(self.child.pid, signal.SIGTERM), "SIGTERM held back", limit_s)
+    def wait_until_signals_are_caught(self, limit_s=10.0):
+        """Until the handlers are installed, a signal kills the program."""
+        eventually(lambda: catches(self.child.pid, signal.SIGTERM), "SIGTERM caught", limit_s)
 
     def stays_alive(self, for_s):
         """Fails if it ends meanwhile."""

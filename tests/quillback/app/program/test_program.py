@@ -9,7 +9,7 @@ import time
 import unittest
 
 from engine_program import (EXECUTABLE, EngineProgram, bare_environment, die_with_parent,
-                            holds_back)
+                            catches)
 from harness.polling import eventually, stays
 from harness.processes import is_sanitized
 
@@ -122,7 +122,7 @@ class BeginningAndEnd(Case):
     def test_it_ends_whenever_it_is_asked_while_it_loads(self):
         for delay_ms in (0, 10, 30, 60, 100, 150, 200, 300, 400):
             program = self.start()
-            program.wait_until_signals_are_held()
+            program.wait_until_signals_are_caught()
             program.stays_alive(delay_ms / 1000)
             self.ends_well(program)
 
@@ -174,7 +174,7 @@ class BeginningAndEnd(Case):
             child = subprocess.Popen(["/bin/sh", "-c", 'trap "" HUP; exec "$0" run', EXECUTABLE],
                                      env=bare_environment(home), stdout=subprocess.DEVNULL,
                                      preexec_fn=die_with_parent)
-            eventually(lambda: holds_back(child.pid, signal.SIGTERM), "the engine's main function", 10)
+            eventually(lambda: catches(child.pid, signal.SIGTERM), "the engine's main function", 10)
             child.send_signal(signal.SIGHUP)
             stays(lambda: child.poll() is None, "the engine", 0.3)
             child.send_signal(signal.SIGTERM)

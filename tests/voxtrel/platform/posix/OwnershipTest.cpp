@@ -10,6 +10,7 @@
 #include <iterator>
 #include <thread>
 
+#include "common/posix/Pipe.h"
 #include "voxtrel/platform/posix/ChildTest.h"
 
 extern char** environ;  // NOLINT(readability-redundant-declaration)
