@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstdlib>
 #include <deque>
 #include <map>
 #include <utility>
@@ -11,6 +12,7 @@
 namespace voxtrel::quillback::test {
 
 /// A loop whose time stands still until `advance`. Posted tasks run in `runPosted` or `advance`.
+/// It watches no descriptors.
 /// Thread: one.
 class ManualLoop final : public Loop {
  public:
@@ -20,6 +22,10 @@ class ManualLoop final : public Loop {
     const Key key{now_ + delay, nextNumber_++};
     timers_->emplace(key, std::move(task));
     return std::make_unique<ManualTimer>(timers_, key);
+  }
+
+  [[nodiscard]] std::unique_ptr<Watch> watch(int /*descriptor*/, Task /*onReadable*/) override {
+    std::abort();
   }
 
   TimePoint now() const override { return now_; }

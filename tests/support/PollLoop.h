@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-#include "quillback/ports/WatchDescriptor.h"
+#include "quillback/ports/Loop.h"
 
 namespace voxtrel::quillback::test {
 
@@ -27,12 +27,10 @@ class PollLoop final : public Loop {
 
   TimePoint now() const override { return std::chrono::steady_clock::now(); }
 
-  WatchDescriptor watch() {
-    return [this](int descriptor, Task task) -> std::shared_ptr<void> {
-      const std::uint64_t id = nextNumber_++;
-      watches_->emplace(id, std::pair(descriptor, std::move(task)));
-      return {nullptr, [watches = watches_, id](void*) { watches->erase(id); }};
-    };
+  [[nodiscard]] std::unique_ptr<Watch> watch(int descriptor, Task onReadable) override {
+    const std::uint64_t id = nextNumber_++;
+    watches_->emplace(id, std::pair(descriptor, std::move(onReadable)));
+    return std::make_unique<PollWatch>(watches_, id);
   }
 
   void runFor(std::chrono::milliseconds span) {
@@ -57,6 +55,19 @@ class PollLoop final : public Loop {
    private:
     std::shared_ptr<Timers> timers_;
     Key key_;
+  };
+
+  class PollWatch final : public Watch {
+   public:
+    PollWatch(std::shared_ptr<Watches> watches, std::uint64_t id)
+        : watches_(std::move(watches)), id_(id) {}
+    PollWatch(const PollWatch&) = delete;
+    PollWatch& operator=(const PollWatch&) = delete;
+    ~PollWatch() override { watches_->erase(id_); }
+
+   private:
+    std::shared_ptr<Watches> watches_;
+    const std::uint64_t id_;
   };
 
   void step(TimePoint end) {

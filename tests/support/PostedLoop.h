@@ -11,7 +11,8 @@
 
 namespace voxtrel::quillback::test {
 
-/// A loop that runs what other threads post while somebody waits for something. It has no timers.
+/// A loop that runs what other threads post while somebody waits for something. It has no timers
+/// and watches no descriptors.
 /// Thread: `post` from any; the others from one.
 class PostedLoop final : public Loop {
  public:
@@ -23,6 +24,10 @@ class PostedLoop final : public Loop {
 
   [[nodiscard]] std::unique_ptr<Timer> after(std::chrono::milliseconds /*delay*/,
                                              Task /*task*/) override {
+    std::abort();
+  }
+
+  [[nodiscard]] std::unique_ptr<Watch> watch(int /*descriptor*/, Task /*onReadable*/) override {
     std::abort();
   }
 

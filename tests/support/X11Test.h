@@ -9,7 +9,6 @@
 #include "quillback/keys/OwnKeys.h"
 #include "quillback/keys/x11/XInput2KeyWatch.h"
 #include "quillback/ports/Output.h"
-#include "quillback/ports/WatchDescriptor.h"
 #include "support/PollLoop.h"
 #include "support/VirtualDisplay.h"
 
@@ -21,7 +20,6 @@ class X11Test : public ::testing::Test {
   static constexpr std::chrono::milliseconds kQuiet{80};
   static constexpr std::chrono::seconds kLimit{30};
 
-  WatchDescriptor watch() { return loop_.watch(); }
   void runFor(std::chrono::milliseconds span) { loop_.runFor(span); }
   /// False where it was not so within the limit.
   bool runUntil(const std::function<bool()>& isSo) {
@@ -38,7 +36,7 @@ class X11Test : public ::testing::Test {
                                  {.onPressed = [this] { heard_.emplace_back("pressed"); },
                                   .onReleased = [this] { heard_.emplace_back("released"); },
                                   .onCancelled = [this] { heard_.emplace_back("cancelled"); }},
-                                 ownKeys_, watch(), [this] { heard_.emplace_back("lost"); });
+                                 ownKeys_, loop_, [this] { heard_.emplace_back("lost"); });
   }
 
   test::VirtualDisplay display_;

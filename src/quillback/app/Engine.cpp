@@ -11,11 +11,8 @@ namespace voxtrel::quillback {
 Engine::Engine(EpollLoop& loop, Output& output, const EngineSettings& settings)
     : loop_(loop),
       output_(output),
-      watchDescriptor_([&loop](int descriptor, Loop::Task readable) -> std::shared_ptr<void> {
-        return loop.watch(descriptor, std::move(readable));
-      }),
       ownKeys_(loop),
-      sinks_(loop, ownKeys_, watchDescriptor_, output),
+      sinks_(loop, ownKeys_, output),
       sink_(sinks_.make(settings.insert, isWaylandSession())),
       dictation_(loop, microphone_, *sink_, output) {
   watchKey(settings.hotkey);
@@ -26,7 +23,7 @@ void Engine::watchKey(const Hotkey& hotkey) {
   const KeyWatch::Listener listener{[this] { dictation_.keyPressed(); },
                                     [this] { dictation_.keyReleased(); },
                                     [this] { dictation_.keyCancelled(); }};
-  KeySource source = openKeySource(hotkey, listener, ownKeys_, watchDescriptor_, [this, hotkey] {
+  KeySource source = openKeySource(hotkey, listener, ownKeys_, loop_, [this, hotkey] {
     output_.print(noKeySourceLine(hotkey, "the X server is gone"));
   });
   keyWatch_ = std::move(source.watch);

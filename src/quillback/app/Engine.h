@@ -30,7 +30,6 @@ class Engine {
   EpollLoop& loop_;
   Output& output_;
   int exitStatus_ = 0;
-  const WatchDescriptor watchDescriptor_;
   OwnKeys ownKeys_;
   TextSinks sinks_;
   PulseMicrophone microphone_;

@@ -23,14 +23,13 @@ bool isWaylandSession() {
 }
 
 KeySource openKeySource(const Hotkey& hotkey, const KeyWatch::Listener& listener, OwnKeys& ownKeys,
-                        const WatchDescriptor& watchDescriptor,
-                        const std::function<void()>& onLost) {
+                        Loop& loop, const std::function<void()>& onLost) {
   const auto fromX11 = [&]() -> KeySource {
-    auto opened = XInput2KeyWatch::open(hotkey, listener, ownKeys, watchDescriptor, onLost);
+    auto opened = XInput2KeyWatch::open(hotkey, listener, ownKeys, loop, onLost);
     return {std::move(opened.watch), std::move(opened.why)};
   };
   const auto fromKernel = [&]() -> KeySource {
-    auto opened = EvdevKeyWatch::open(hotkey, listener, watchDescriptor, LibevdevKeyboard::open);
+    auto opened = EvdevKeyWatch::open(hotkey, listener, loop, LibevdevKeyboard::open);
     return {std::move(opened.watch), std::move(opened.why)};
   };
   // The X server of a Wayland session sees only what is typed into windows of its own.

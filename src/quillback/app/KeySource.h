@@ -6,7 +6,7 @@
 
 #include "quillback/keys/OwnKeys.h"
 #include "quillback/ports/KeyWatch.h"
-#include "quillback/ports/WatchDescriptor.h"
+#include "quillback/ports/Loop.h"
 #include "quillback/settings/HotkeyTable.h"
 
 namespace voxtrel::quillback {
@@ -24,7 +24,7 @@ bool isWaylandSession();
 /// Opens the best source that works here: X11's events, or the kernel's where there is no X server or
 /// it does not see all keys. `onLost` is called where that ends later.
 [[nodiscard]] KeySource openKeySource(const Hotkey& hotkey, const KeyWatch::Listener& listener,
-                                      OwnKeys& ownKeys, const WatchDescriptor& watchDescriptor,
+                                      OwnKeys& ownKeys, Loop& loop,
                                       const std::function<void()>& onLost);
 
 /// The line that says what to do without a key source.

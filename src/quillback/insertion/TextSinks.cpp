@@ -14,8 +14,7 @@ std::unique_ptr<TextSink> TextSinks::make(EngineSettings::Insert insert, bool is
   if (insert == EngineSettings::Insert::none) return std::make_unique<DroppedText>();
   auto clipboard = makeClipboard(isWayland);
   if (insert == EngineSettings::Insert::clipboard || isWayland) return clipboard;
-  auto [typed, otherwise, why] =
-      TypedText::open(loop_, ownKeys_, watchDescriptor_, std::move(clipboard));
+  auto [typed, otherwise, why] = TypedText::open(loop_, ownKeys_, std::move(clipboard));
   if (typed) return std::move(typed);
   output_.print("[quillback] Words are not typed but copied: " + why);
   return std::move(otherwise);
@@ -25,7 +24,7 @@ std::unique_ptr<TextSink> TextSinks::makeClipboard(bool isWayland) {
   if (isWayland) {
     return std::make_unique<ClipboardText>(std::make_unique<WaylandClipboard>(helpers_), helpers_);
   }
-  auto clipboard = X11Clipboard::open(watchDescriptor_);
+  auto clipboard = X11Clipboard::open(loop_);
   if (clipboard) return std::make_unique<ClipboardText>(std::move(clipboard), helpers_);
   output_.print("[quillback] Words are only printed: there is no desktop to copy them to");
   return std::make_unique<DroppedText>();

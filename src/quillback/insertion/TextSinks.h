@@ -14,12 +14,8 @@ namespace voxtrel::quillback {
 /// Fails by: a line of output, and a sink that does as much as it can.
 class TextSinks {
  public:
-  TextSinks(Loop& loop, OwnKeys& ownKeys, WatchDescriptor watchDescriptor, Output& output)
-      : loop_(loop),
-        ownKeys_(ownKeys),
-        watchDescriptor_(watchDescriptor),
-        output_(output),
-        helpers_(std::move(watchDescriptor), output) {}
+  TextSinks(Loop& loop, OwnKeys& ownKeys, Output& output)
+      : loop_(loop), ownKeys_(ownKeys), output_(output), helpers_(loop, output) {}
 
   [[nodiscard]] std::unique_ptr<TextSink> make(EngineSettings::Insert insert, bool isWayland);
 
@@ -28,7 +24,6 @@ class TextSinks {
 
   Loop& loop_;
   OwnKeys& ownKeys_;
-  WatchDescriptor watchDescriptor_;
   Output& output_;
   Helpers helpers_;
 };

@@ -5,14 +5,13 @@
 
 #include "common/posix/FileDescriptor.h"
 #include "common/posix/StopSignals.h"
-#include "quillback/loop/ParentWatch.h"
 
 namespace voxtrel::quillback {
 
-/// Notices that the engine must end, because of a signal or because its parent is gone, and sees to
-/// it that it does: whatever hangs is ended together with the process kPatience later.
-/// Thread: one makes and destroys it; it waits on one of its own.  Borrows: the signals.
-/// Fails by: the process's end with status 0, that being what was asked for.
+/// Notices that the engine must end, because of a signal or because its parent is gone. If this is
+/// not destroyed kEndTimeout later, something hangs, and it ends the process.
+/// Thread: one makes and destroys it; it waits on a thread it owns.  Borrows: the signals.
+/// Fails by: ending the process with status 0, because the end was asked for.
 class EndWatch {
  public:
   /// `onEnd` is called once, on the watch's thread.
@@ -22,10 +21,18 @@ class EndWatch {
   ~EndWatch();
 
  private:
+  /// The process that started this one. Process 1 does not count: it adopts orphans.
+  struct Parent {
+    static Parent find();
+
+    FileDescriptor descriptor;  ///< readable once the parent has ended; may be closed
+    bool isGone = false;        ///< it ended before we looked
+  };
+
   void wait(int signals);
 
-  ParentWatch parent_;
-  FileDescriptor over_;
+  Parent parent_ = Parent::find();
+  FileDescriptor over_;  ///< readable once this is being destroyed
   std::function<void()> onEnd_;
   std::thread thread_;
 };

@@ -24,7 +24,7 @@ FileDescriptor needed(int fd) {
   return FileDescriptor(fd);
 }
 
-/// Takes the count that made `fd` readable.
+/// Reads the counter that made `fd` readable.
 void drain(int fd) {
   std::uint64_t count = 0;
   while (::read(fd, &count, sizeof count) < 0 && errno == EINTR) {
@@ -38,7 +38,7 @@ class EpollLoop::TimerHandle final : public Loop::Timer {
   TimerHandle(EpollLoop& loop, TimerKey key) : loop_(loop), key_(std::move(key)) {}
   TimerHandle(const TimerHandle&) = delete;
   TimerHandle& operator=(const TimerHandle&) = delete;
-  // An alarm that finds nothing due does no harm, so it is not set anew here.
+  // The alarm is not reset: one that finds nothing due does nothing.
   ~TimerHandle() override { loop_.timers_.erase(key_); }
 
  private:
@@ -46,7 +46,7 @@ class EpollLoop::TimerHandle final : public Loop::Timer {
   const TimerKey key_;
 };
 
-class EpollLoop::WatchHandle final : public EpollLoop::Watch {
+class EpollLoop::WatchHandle final : public Loop::Watch {
  public:
   WatchHandle(EpollLoop& loop, int fd, std::uint64_t id) : loop_(loop), fd_(fd), id_(id) {}
   WatchHandle(const WatchHandle&) = delete;
@@ -94,11 +94,11 @@ Loop::TimePoint EpollLoop::now() const {
   return std::chrono::steady_clock::now();
 }
 
-std::unique_ptr<EpollLoop::Watch> EpollLoop::watch(int fd, Task onReadable) {
+std::unique_ptr<Loop::Watch> EpollLoop::watch(int descriptor, Task onReadable) {
   const std::uint64_t id = nextId_++;
   watches_.emplace(id, std::make_shared<Task>(std::move(onReadable)));
-  add(fd, id);
-  return std::make_unique<WatchHandle>(*this, fd, id);
+  add(descriptor, id);
+  return std::make_unique<WatchHandle>(*this, descriptor, id);
 }
 
 void EpollLoop::run() {
@@ -149,7 +149,7 @@ void EpollLoop::runTimers() {
 
 void EpollLoop::runWatch(std::uint64_t id) {
   const auto found = watches_.find(id);
-  if (found == watches_.end()) return;  // another task of this round has ended the watch
+  if (found == watches_.end()) return;  // another task of this round ended the watch
   const std::shared_ptr<Task> task = found->second;
   (*task)();
 }

@@ -16,12 +16,6 @@ namespace voxtrel::quillback {
 /// Fails by: aborts with a message where the system has no descriptor left at construction.
 class EpollLoop final : public Loop {
  public:
-  /// A descriptor that is watched; destroying it ends the watch. The descriptor must be open then.
-  class Watch {
-   public:
-    virtual ~Watch() = default;
-  };
-
   EpollLoop();
   EpollLoop(const EpollLoop&) = delete;
   EpollLoop& operator=(const EpollLoop&) = delete;
@@ -29,10 +23,8 @@ class EpollLoop final : public Loop {
 
   void post(Task task) override;
   [[nodiscard]] std::unique_ptr<Timer> after(std::chrono::milliseconds delay, Task task) override;
+  [[nodiscard]] std::unique_ptr<Watch> watch(int descriptor, Task onReadable) override;
   TimePoint now() const override;
-
-  /// Runs `onReadable` whenever `fd` can be read from or has failed, until the watch is gone.
-  [[nodiscard]] std::unique_ptr<Watch> watch(int fd, Task onReadable);
 
   /// Runs what is due until `stop`; tasks that are left then stay.
   void run();

@@ -21,8 +21,7 @@ bool isOfKind(int fd, mode_t kind) {
   return ::fstat(fd, &facts) == 0 && (facts.st_mode & S_IFMT) == kind;
 }
 
-/// A pipe is opened once more, for a description of its own: whether writes wait is a property of
-/// that, and others write to the one that was handed down.
+/// A pipe is opened again: O_NONBLOCK belongs to the open file, which other processes share with us.
 FileDescriptor ownDescriptor(int fd) {
   if (isOfKind(fd, S_IFIFO)) {
     const std::string path = "/proc/self/fd/" + std::to_string(fd);
@@ -56,21 +55,24 @@ LineOutput::~LineOutput() {
 void LineOutput::print(std::string_view line) {
   std::string whole = oneLine(line);
   whole += '\n';
+  // The reader was woken on this processor: let it run before we continue.
+  if (writeOrKeep(whole)) ::sched_yield();
+}
+
+/// Returns whether everything is written. Otherwise the flusher writes it, or it is lost.
+bool LineOutput::writeOrKeep(std::string_view line) {
   const std::lock_guard lock(mutex_);
-  if (!file_.isOpen() || waiting_.size() + whole.size() > kMostWaitingBytes) {
+  if (!file_.isOpen() || waiting_.size() + line.size() > kMaxWaitingBytes) {
     hasLostLines_ = true;
-    return;
+    return false;
   }
   const bool othersWait = !waiting_.empty();
-  waiting_ += whole;
+  waiting_ += line;
   if (!othersWait) writeWaiting();
-  if (waiting_.empty()) {
-    // The reader was woken on this processor: it is to have the line before what we do next.
-    ::sched_yield();
-    return;
-  }
+  if (waiting_.empty()) return true;
   if (!flusher_.joinable()) flusher_ = std::thread([this] { flushUntilStopped(); });
   ::eventfd_write(flusherWakeUp_.get(), 1);
+  return false;
 }
 
 bool LineOutput::hasLostLines() const {
@@ -84,10 +86,10 @@ void LineOutput::writeWaiting() {
     if (written >= 0) {
       waiting_.erase(0, static_cast<std::size_t>(written));
     } else if (errno == EAGAIN) {
-      return;  // there is room, but not for this
+      return;  // some room is free, but not enough
     } else if (errno != EINTR) {
       hasLostLines_ = true;
-      waiting_.clear();  // nobody will ever read it
+      waiting_.clear();  // the reader is gone
       file_.reset();
     }
   }

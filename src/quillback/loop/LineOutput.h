@@ -11,13 +11,13 @@
 
 namespace voxtrel::quillback {
 
-/// Lines to a descriptor, each by one write. A reader who does not read keeps nobody waiting: what
-/// does not fit stays here and a thread of its own, which is there only then, hands it on.
-/// Thread: any.  Owns: a descriptor of its own for the same file; the thread.
-/// Fails by: `hasLostLines`: once the reader is gone, or is kMostWaitingBytes behind.
+/// Writes lines to a descriptor, each with one write. `print` never waits for a slow reader: lines
+/// that do not fit are kept, and a thread that is started then writes them later.
+/// Thread: any.  Owns: a separate descriptor for the same file; the thread.
+/// Fails by: `hasLostLines`, once the reader is gone or kMaxWaitingBytes behind.
 class LineOutput final : public Output {
  public:
-  static constexpr std::size_t kMostWaitingBytes = 4 << 20;
+  static constexpr std::size_t kMaxWaitingBytes = 4 << 20;
 
   explicit LineOutput(int fd);
   LineOutput(const LineOutput&) = delete;
@@ -28,6 +28,7 @@ class LineOutput final : public Output {
   bool hasLostLines() const;
 
  private:
+  bool writeOrKeep(std::string_view line);
   void writeWaiting();
   ssize_t writeSome() const;
   void flushUntilStopped();
@@ -36,7 +37,7 @@ class LineOutput final : public Output {
   const bool isSocket_;
   FileDescriptor flusherWakeUp_;
   mutable std::mutex mutex_;  // over the fields below, and over the order of writes
-  std::string waiting_;       // whole lines, the first of which may be written in part
+  std::string waiting_;       // whole lines, the first one perhaps partly written
   bool hasLostLines_ = false;
   bool stopped_ = false;
   std::thread flusher_;

@@ -93,7 +93,7 @@ TEST_F(EpollLoopTest, WatchesADescriptorUntilTheWatchIsGone) {
   ASSERT_EQ(::pipe(ends.data()), 0);
   const FileDescriptor from(ends[0]);
   const FileDescriptor to(ends[1]);
-  std::unique_ptr<EpollLoop::Watch> watch = loop_.watch(from.get(), [&] {
+  std::unique_ptr<Loop::Watch> watch = loop_.watch(from.get(), [&] {
     char byte = 0;
     EXPECT_EQ(::read(from.get(), &byte, 1), 1);
     noted_.push_back(byte);

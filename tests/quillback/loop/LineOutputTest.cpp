@@ -95,7 +95,7 @@ TEST(LineOutput, LinesOfSeveralThreadsNeverMix) {
 
 class ABlockedReader : public testing::TestWithParam<Ends (*)()> {};
 
-TEST_P(ABlockedReader, KeepsNobodyWaitingAndGetsEverythingInTheEnd) {
+TEST_P(ABlockedReader, BlocksNoPrinterAndGetsEverythingInTheEnd) {
   const Ends ends = GetParam()();
   LineOutput output(ends.to.get());
   const std::string line(999, 'x');

@@ -28,13 +28,13 @@ xcb_window_t makeWindow(const XConnection& server) {
 
 }  // namespace
 
-std::unique_ptr<X11Clipboard> X11Clipboard::open(const WatchDescriptor& watchDescriptor) {
+std::unique_ptr<X11Clipboard> X11Clipboard::open(Loop& loop) {
   auto server = XConnection::open();
   if (!server) return nullptr;
   // The constructor is private.
   std::unique_ptr<X11Clipboard> clipboard(new X11Clipboard(std::move(server)));
-  clipboard->descriptorWatch_ = watchDescriptor(clipboard->server_->descriptor(),
-                                                [self = clipboard.get()] { self->handleEvents(); });
+  clipboard->watch_ = loop.watch(clipboard->server_->descriptor(),
+                                 [self = clipboard.get()] { self->handleEvents(); });
   return clipboard;
 }
 
@@ -64,7 +64,7 @@ void X11Clipboard::put(const std::string& text) {
 void X11Clipboard::handleEvents() {
   while (const auto event = server_->nextEvent()) handle(*event);
   server_->flush();
-  if (server_->isBroken()) descriptorWatch_.reset();
+  if (server_->isBroken()) watch_.reset();
 }
 
 void X11Clipboard::handle(const xcb_generic_event_t& event) {

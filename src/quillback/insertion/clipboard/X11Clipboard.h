@@ -4,7 +4,7 @@
 
 #include "common/x11/XConnection.h"
 #include "quillback/insertion/clipboard/Clipboard.h"
-#include "quillback/ports/WatchDescriptor.h"
+#include "quillback/ports/Loop.h"
 
 namespace voxtrel::quillback {
 
@@ -15,7 +15,7 @@ namespace voxtrel::quillback {
 class X11Clipboard final : public Clipboard {
  public:
   /// Nothing where there is no server.
-  [[nodiscard]] static std::unique_ptr<X11Clipboard> open(const WatchDescriptor& watchDescriptor);
+  [[nodiscard]] static std::unique_ptr<X11Clipboard> open(Loop& loop);
 
   void put(const std::string& text) override;
 
@@ -45,7 +45,7 @@ class X11Clipboard final : public Clipboard {
   xcb_window_t window_;
   xcb_timestamp_t ownedSince_ = XCB_CURRENT_TIME;
   std::string text_;
-  std::shared_ptr<void> descriptorWatch_;
+  std::unique_ptr<Loop::Watch> watch_;
 };
 
 }  // namespace voxtrel::quillback

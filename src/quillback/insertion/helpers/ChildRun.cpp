@@ -64,8 +64,7 @@ class Setup {
 }  // namespace
 
 std::unique_ptr<ChildRun> ChildRun::start(const std::vector<std::string>& words,
-                                          const std::string& input,
-                                          const WatchDescriptor& watchDescriptor, OnEnd onEnd) {
+                                          const std::string& input, Loop& loop, OnEnd onEnd) {
   const FileDescriptor file = fileWith(input);
   if (!file.isOpen()) return nullptr;
   std::vector<std::string> copies = words;
@@ -77,8 +76,7 @@ std::unique_ptr<ChildRun> ChildRun::start(const std::vector<std::string>& words,
   if (child == 0) return nullptr;
   // The constructor is private.
   std::unique_ptr<ChildRun> run(new ChildRun(child, std::move(onEnd)));
-  run->descriptorWatch_ =
-      watchDescriptor(run->process_.get(), [self = run.get()] { self->handleEnd(); });
+  run->watch_ = loop.watch(run->process_.get(), [self = run.get()] { self->handleEnd(); });
   return run;
 }
 
@@ -90,7 +88,7 @@ ChildRun::ChildRun(int processId, OnEnd onEnd)
 void ChildRun::handleEnd() {
   int status = 0;
   if (waitpid(processId_, &status, WNOHANG) == 0) return;
-  descriptorWatch_.reset();
+  watch_.reset();
   const OnEnd onEnd = std::exchange(onEnd_, nullptr);
   if (onEnd) onEnd(WIFEXITED(status) ? WEXITSTATUS(status) : -1);
 }

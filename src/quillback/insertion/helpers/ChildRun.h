@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "common/posix/FileDescriptor.h"
-#include "quillback/ports/WatchDescriptor.h"
+#include "quillback/ports/Loop.h"
 
 namespace voxtrel::quillback {
 
@@ -19,8 +19,7 @@ class ChildRun {
   /// input and without any output. Nothing where it cannot be started. `onEnd` is called once and may
   /// destroy the run.
   [[nodiscard]] static std::unique_ptr<ChildRun> start(const std::vector<std::string>& words,
-                                                       const std::string& input,
-                                                       const WatchDescriptor& watchDescriptor,
+                                                       const std::string& input, Loop& loop,
                                                        OnEnd onEnd);
 
  private:
@@ -30,7 +29,7 @@ class ChildRun {
   int processId_;
   FileDescriptor process_;
   OnEnd onEnd_;
-  std::shared_ptr<void> descriptorWatch_;
+  std::unique_ptr<Loop::Watch> watch_;
 };
 
 }  // namespace voxtrel::quillback

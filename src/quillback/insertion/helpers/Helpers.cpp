@@ -9,7 +9,7 @@ namespace voxtrel::quillback {
 void Helpers::run(const std::vector<std::string>& words, const std::string& input,
                   OnFailure onFailure) {
   const int number = nextRun_++;
-  auto child = ChildRun::start(words, input, watchDescriptor_, [=, this](int exitStatus) {
+  auto child = ChildRun::start(words, input, loop_, [=, this](int exitStatus) {
     const auto ended = runs_.extract(number);
     if (exitStatus != 0) (this->*onFailure)();
   });

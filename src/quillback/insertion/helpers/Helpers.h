@@ -10,12 +10,11 @@
 namespace voxtrel::quillback {
 
 /// The desktop's own small programs, which we run for what needs a whole protocol otherwise.
-/// Thread: the loop's.  Owns: the programs' handles.  Borrows: Output (must outlive this).
+/// Thread: the loop's.  Owns: the programs' handles.  Borrows: Loop, Output (must outlive this).
 /// Fails by: a line of output.
 class Helpers {
  public:
-  Helpers(WatchDescriptor watchDescriptor, Output& output)
-      : watchDescriptor_(std::move(watchDescriptor)), output_(output) {}
+  Helpers(Loop& loop, Output& output) : loop_(loop), output_(output) {}
 
   /// Copies `text` by wl-copy, of Debian's package wl-clipboard.
   void copy(const std::string& text);
@@ -30,7 +29,7 @@ class Helpers {
   void sayNoCopy();
   void sayNoNotification();
 
-  WatchDescriptor watchDescriptor_;
+  Loop& loop_;
   Output& output_;
   std::map<int, std::unique_ptr<ChildRun>> runs_;
   int nextRun_ = 0;

@@ -5,14 +5,12 @@
 namespace voxtrel::quillback {
 
 TypedText::Opened TypedText::open(Loop& loop, OwnKeys& ownKeys,
-                                  const WatchDescriptor& watchDescriptor,
                                   std::unique_ptr<TextSink> otherwise) {
   auto sink = std::make_unique<TypedText>();
-  auto [typer, why] =
-      XTestTyper::open(loop, ownKeys, watchDescriptor,
-                       [self = sink.get()](const std::string& text, const std::string& /*why*/) {
-                         self->otherwise_->insert(text);
-                       });
+  auto [typer, why] = XTestTyper::open(
+      loop, ownKeys, [self = sink.get()](const std::string& text, const std::string& /*why*/) {
+        self->otherwise_->insert(text);
+      });
   if (!typer) return {nullptr, std::move(otherwise), std::move(why)};
   sink->otherwise_ = std::move(otherwise);
   sink->typer_ = std::move(typer);

@@ -16,7 +16,6 @@ class TypedText final : public TextSink {
   };
 
   [[nodiscard]] static Opened open(Loop& loop, OwnKeys& ownKeys,
-                                   const WatchDescriptor& watchDescriptor,
                                    std::unique_ptr<TextSink> otherwise);
 
   void insert(const std::string& text) override { typer_->type(text); }

@@ -31,16 +31,15 @@ constexpr milliseconds kPieceTime{10};
 
 }  // namespace
 
-XTestTyper::Opened XTestTyper::open(Loop& loop, OwnKeys& ownKeys,
-                                    const WatchDescriptor& watchDescriptor, OnRefused onRefused) {
+XTestTyper::Opened XTestTyper::open(Loop& loop, OwnKeys& ownKeys, OnRefused onRefused) {
   auto server = XConnection::open();
   if (!server) return {nullptr, "there is no X server"};
   if (auto why = missing(*server); !why.empty()) return {nullptr, std::move(why)};
   // The constructor is private.
   std::unique_ptr<XTestTyper> typer(
       new XTestTyper(std::move(server), loop, ownKeys, std::move(onRefused)));
-  typer->descriptorWatch_ =
-      watchDescriptor(typer->server_->descriptor(), [self = typer.get()] { self->drainEvents(); });
+  typer->watch_ =
+      loop.watch(typer->server_->descriptor(), [self = typer.get()] { self->drainEvents(); });
   return {std::move(typer), ""};
 }
 
@@ -79,7 +78,7 @@ void XTestTyper::drainEvents() {
       if (atSign_ != nullptr) later(milliseconds(0), std::exchange(atSign_, nullptr));
     }
   }
-  if (server_->isBroken()) descriptorWatch_.reset();
+  if (server_->isBroken()) watch_.reset();
 }
 
 void XTestTyper::type(const std::string& text) {

@@ -8,7 +8,7 @@
 #include "quillback/insertion/x11/TypingPlan.h"
 #include "quillback/insertion/x11/WindowPing.h"
 #include "quillback/keys/OwnKeys.h"
-#include "quillback/ports/WatchDescriptor.h"
+#include "quillback/ports/Loop.h"
 
 namespace voxtrel::quillback {
 
@@ -26,8 +26,7 @@ class XTestTyper {
     std::string why;                    ///< then the reason, for people
   };
 
-  [[nodiscard]] static Opened open(Loop& loop, OwnKeys& ownKeys,
-                                   const WatchDescriptor& watchDescriptor, OnRefused onRefused);
+  [[nodiscard]] static Opened open(Loop& loop, OwnKeys& ownKeys, OnRefused onRefused);
 
   void type(const std::string& text);
   bool isIdle() const { return !timer_ && texts_.empty(); }
@@ -67,7 +66,7 @@ class XTestTyper {
   std::size_t typedStrokes_ = 0;  // of the first batch
   FocusedWindow lastWindow_;
   std::unique_ptr<Loop::Timer> timer_;
-  std::shared_ptr<void> descriptorWatch_;
+  std::unique_ptr<Loop::Watch> watch_;
 };
 
 }  // namespace voxtrel::quillback

@@ -22,11 +22,11 @@ PushToTalk::Codes codesOf(const Hotkey& hotkey) {
 }  // namespace
 
 EvdevKeyWatch::Opened EvdevKeyWatch::open(const Hotkey& hotkey, KeyWatch::Listener listener,
-                                          const WatchDescriptor& watchDescriptor,
-                                          OpenKeyboard openKeyboard, const std::string& folder) {
+                                          Loop& loop, OpenKeyboard openKeyboard,
+                                          const std::string& folder) {
   // The constructor is private.
-  std::unique_ptr<EvdevKeyWatch> watch(new EvdevKeyWatch(
-      hotkey, std::move(listener), watchDescriptor, std::move(openKeyboard), folder));
+  std::unique_ptr<EvdevKeyWatch> watch(
+      new EvdevKeyWatch(hotkey, std::move(listener), loop, std::move(openKeyboard), folder));
   if (!watch->folderWatch_.isOpen()) return {nullptr, "there is no folder " + folder};
   watch->lookAtFolder();
   if (watch->devices_.empty() && watch->someRefused_) {
@@ -35,17 +35,16 @@ EvdevKeyWatch::Opened EvdevKeyWatch::open(const Hotkey& hotkey, KeyWatch::Listen
   return {std::move(watch), ""};
 }
 
-EvdevKeyWatch::EvdevKeyWatch(const Hotkey& hotkey, KeyWatch::Listener listener,
-                             WatchDescriptor watchDescriptor, OpenKeyboard openKeyboard,
-                             std::string folder)
+EvdevKeyWatch::EvdevKeyWatch(const Hotkey& hotkey, KeyWatch::Listener listener, Loop& loop,
+                             OpenKeyboard openKeyboard, std::string folder)
     : hotkey_(hotkey),
       key_(codesOf(hotkey), std::move(listener)),
-      watchDescriptor_(std::move(watchDescriptor)),
+      loop_(loop),
       openKeyboard_(std::move(openKeyboard)),
       folder_(std::move(folder)),
       folderWatch_(folder_) {
   if (!folderWatch_.isOpen()) return;
-  folderDescriptorWatch_ = watchDescriptor_(folderWatch_.descriptor(), [this] { handleFolder(); });
+  folderLoopWatch_ = loop_.watch(folderWatch_.descriptor(), [this] { handleFolder(); });
 }
 
 void EvdevKeyWatch::lookAtFolder() {
@@ -67,7 +66,7 @@ void EvdevKeyWatch::add(const std::string& name) {
   someRefused_ = someRefused_ || isRefused;
   if (!keyboard) return;
   const int number = nextNumber_++;
-  auto watch = watchDescriptor_(keyboard->descriptor(), [this, number] { handleKeys(number); });
+  auto watch = loop_.watch(keyboard->descriptor(), [this, number] { handleKeys(number); });
   devices_.emplace(name, Device{number, std::move(keyboard), std::move(watch)});
 }
 
@@ -75,7 +74,7 @@ void EvdevKeyWatch::remove(const std::string& name) {
   const auto found = devices_.find(name);
   if (found == devices_.end()) return;
   // The watch goes before the descriptor that it watches.
-  found->second.descriptorWatch.reset();
+  found->second.watch.reset();
   const int number = found->second.number;
   devices_.erase(found);
   key_.gone(number);

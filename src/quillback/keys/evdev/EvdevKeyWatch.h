@@ -5,7 +5,7 @@
 #include "quillback/keys/PushToTalk.h"
 #include "quillback/keys/evdev/FolderWatch.h"
 #include "quillback/keys/evdev/Keyboard.h"
-#include "quillback/ports/WatchDescriptor.h"
+#include "quillback/ports/Loop.h"
 #include "quillback/settings/HotkeyTable.h"
 
 namespace voxtrel::quillback {
@@ -13,7 +13,7 @@ namespace voxtrel::quillback {
 /// The push-to-talk key read from the kernel, from every keyboard that is there or comes later. A
 /// key held on a keyboard that is unplugged counts as let go; a release follows every press, a
 /// cancelled one too.
-/// Thread: the loop's.  Owns: the keyboards' descriptors.
+/// Thread: the loop's.  Owns: the keyboards' descriptors.  Borrows: the loop (must outlive this).
 class EvdevKeyWatch final : public KeyWatch {
  public:
   struct Opened {
@@ -24,8 +24,7 @@ class EvdevKeyWatch final : public KeyWatch {
   static constexpr std::string_view kFolder = "/dev/input";
 
   /// No keyboard at all is no failure: one may be plugged in later.
-  [[nodiscard]] static Opened open(const Hotkey& hotkey, KeyWatch::Listener listener,
-                                   const WatchDescriptor& watchDescriptor,
+  [[nodiscard]] static Opened open(const Hotkey& hotkey, KeyWatch::Listener listener, Loop& loop,
                                    OpenKeyboard openKeyboard,
                                    const std::string& folder = std::string(kFolder));
 
@@ -35,10 +34,10 @@ class EvdevKeyWatch final : public KeyWatch {
   struct Device {
     int number;  // what PushToTalk knows it by; never used again
     std::unique_ptr<Keyboard> keyboard;
-    std::shared_ptr<void> descriptorWatch;
+    std::unique_ptr<Loop::Watch> watch;
   };
 
-  EvdevKeyWatch(const Hotkey& hotkey, KeyWatch::Listener listener, WatchDescriptor watchDescriptor,
+  EvdevKeyWatch(const Hotkey& hotkey, KeyWatch::Listener listener, Loop& loop,
                 OpenKeyboard openKeyboard, std::string folder);
 
   void lookAtFolder();
@@ -49,14 +48,14 @@ class EvdevKeyWatch final : public KeyWatch {
 
   Hotkey hotkey_;
   PushToTalk key_;
-  WatchDescriptor watchDescriptor_;
+  Loop& loop_;
   OpenKeyboard openKeyboard_;
   std::string folder_;
   FolderWatch folderWatch_;
   std::map<std::string, Device> devices_;  // by file name
   int nextNumber_ = 0;
   bool someRefused_ = false;
-  std::shared_ptr<void> folderDescriptorWatch_;
+  std::unique_ptr<Loop::Watch> folderLoopWatch_;
 };
 
 }  // namespace voxtrel::quillback

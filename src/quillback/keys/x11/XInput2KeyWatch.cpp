@@ -25,8 +25,7 @@ void select(const XConnection& server, xcb_input_device_id_t device, std::uint32
 }  // namespace
 
 XInput2KeyWatch::Opened XInput2KeyWatch::open(const Hotkey& hotkey, KeyWatch::Listener listener,
-                                              OwnKeys& ownKeys,
-                                              const WatchDescriptor& watchDescriptor,
+                                              OwnKeys& ownKeys, Loop& loop,
                                               std::function<void()> onLost) {
   auto server = XConnection::open();
   if (!server) return {nullptr, "there is no X server"};
@@ -35,8 +34,8 @@ XInput2KeyWatch::Opened XInput2KeyWatch::open(const Hotkey& hotkey, KeyWatch::Li
   std::unique_ptr<XInput2KeyWatch> watch(new XInput2KeyWatch(
       std::move(server), hotkey, std::move(listener), ownKeys, std::move(onLost)));
   watch->selectEvents();
-  watch->descriptorWatch_ =
-      watchDescriptor(watch->server_->descriptor(), [self = watch.get()] { self->handleEvents(); });
+  watch->watch_ =
+      loop.watch(watch->server_->descriptor(), [self = watch.get()] { self->handleEvents(); });
   return {std::move(watch), ""};
 }
 
@@ -114,7 +113,7 @@ void XInput2KeyWatch::handleInput(const xcb_ge_generic_event_t& event) {
 }
 
 void XInput2KeyWatch::lose() {
-  descriptorWatch_.reset();
+  watch_.reset();
   key_.allGone();
   const auto onLost = std::exchange(onLost_, nullptr);
   if (onLost) onLost();

@@ -2,7 +2,7 @@
 
 #include "quillback/keys/OwnKeys.h"
 #include "quillback/keys/x11/KeyPlaces.h"
-#include "quillback/ports/WatchDescriptor.h"
+#include "quillback/ports/Loop.h"
 
 namespace voxtrel::quillback {
 
@@ -19,8 +19,7 @@ class XInput2KeyWatch final : public KeyWatch {
 
   /// Watches the keyboards of the server that $DISPLAY names. `onLost` may destroy the watch.
   [[nodiscard]] static Opened open(const Hotkey& hotkey, KeyWatch::Listener listener,
-                                   OwnKeys& ownKeys, const WatchDescriptor& watchDescriptor,
-                                   std::function<void()> onLost);
+                                   OwnKeys& ownKeys, Loop& loop, std::function<void()> onLost);
 
  private:
   XInput2KeyWatch(std::unique_ptr<XConnection> server, const Hotkey& hotkey,
@@ -40,7 +39,7 @@ class XInput2KeyWatch final : public KeyWatch {
   std::function<void()> onLost_;
   int inputOpcode_ = 0;
   int keyboardEvent_ = 0;
-  std::shared_ptr<void> descriptorWatch_;
+  std::unique_ptr<Loop::Watch> watch_;
 };
 
 }  // namespace voxtrel::quillback

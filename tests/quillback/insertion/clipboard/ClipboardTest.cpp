@@ -31,7 +31,7 @@ class ClipboardTest : public X11Test {
 };
 
 TEST_F(ClipboardTest, OtherProgramsPasteTheLatestText) {
-  const auto clipboard = X11Clipboard::open(watch());
+  const auto clipboard = X11Clipboard::open(loop_);
   ASSERT_TRUE(clipboard);
   clipboard->put("first");
   runFor(kQuiet);
@@ -44,7 +44,7 @@ TEST_F(ClipboardTest, OtherProgramsPasteTheLatestText) {
 }
 
 TEST_F(ClipboardTest, ALongTextIsPastedWhole) {
-  const auto clipboard = X11Clipboard::open(watch());
+  const auto clipboard = X11Clipboard::open(loop_);
   const std::string text(1'000'000, 'x');
   clipboard->put(text);
   runFor(kQuiet);
@@ -52,7 +52,7 @@ TEST_F(ClipboardTest, ALongTextIsPastedWhole) {
 }
 
 TEST_F(ClipboardTest, SomebodyElsesCopyReplacesOurs) {
-  const auto clipboard = X11Clipboard::open(watch());
+  const auto clipboard = X11Clipboard::open(loop_);
   clipboard->put("ours");
   runFor(kQuiet);
   test::run("sh -c 'echo -n theirs | xclip -selection clipboard >/dev/null 2>&1'");
@@ -64,14 +64,14 @@ TEST_F(ClipboardTest, SomebodyElsesCopyReplacesOurs) {
 }
 
 TEST_F(ClipboardTest, AnUnknownKindOfTextIsRefused) {
-  const auto clipboard = X11Clipboard::open(watch());
+  const auto clipboard = X11Clipboard::open(loop_);
   clipboard->put("text");
   runFor(kQuiet);
   EXPECT_THAT(pasted("image/png"), HasSubstr("not available"));
 }
 
 TEST_F(ClipboardTest, TheServersDeathIsSilent) {
-  const auto clipboard = X11Clipboard::open(watch());
+  const auto clipboard = X11Clipboard::open(loop_);
   clipboard->put("text");
   display_.kill();
   runFor(kQuiet);
@@ -81,7 +81,7 @@ TEST_F(ClipboardTest, TheServersDeathIsSilent) {
 TEST_F(ClipboardTest, TheClipboardsSinkCopiesAndSaysOnceThatNobodyShowsNotifications) {
   setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent", 1);
   Lines output;
-  TextSinks sinks(loop_, ownKeys_, watch(), output);
+  TextSinks sinks(loop_, ownKeys_, output);
   const auto sink = sinks.make(EngineSettings::Insert::clipboard, false);
   sink->insert("one");
   EXPECT_TRUE(runUntil([&] { return !output.lines.empty(); }));
@@ -94,7 +94,7 @@ TEST_F(ClipboardTest, TheClipboardsSinkCopiesAndSaysOnceThatNobodyShowsNotificat
 TEST_F(ClipboardTest, WhatCannotBeTypedIsCopied) {
   setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent", 1);
   Lines output;
-  TextSinks sinks(loop_, ownKeys_, watch(), output);
+  TextSinks sinks(loop_, ownKeys_, output);
   const auto sink = sinks.make(EngineSettings::Insert::type, false);
   const auto server = XConnection::open();
   xcb_set_input_focus(server->get(), XCB_INPUT_FOCUS_NONE, XCB_NONE, XCB_CURRENT_TIME);
@@ -110,7 +110,7 @@ TEST_F(ClipboardTest, UnderWaylandAMissingHelperIsAnErrorLine) {
   setenv("XDG_RUNTIME_DIR", "/nonexistent", 1);
   setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent", 1);
   Lines output;
-  TextSinks sinks(loop_, ownKeys_, watch(), output);
+  TextSinks sinks(loop_, ownKeys_, output);
   sinks.make(EngineSettings::Insert::type, true)->insert("words");
   EXPECT_TRUE(runUntil([&] { return output.lines.size() == 2; }));
   EXPECT_THAT(output.lines, ::testing::Contains(::testing::StartsWith("[quillback] ERROR")));
@@ -118,7 +118,7 @@ TEST_F(ClipboardTest, UnderWaylandAMissingHelperIsAnErrorLine) {
 
 TEST_F(ClipboardTest, NoneGoesNowhere) {
   Lines output;
-  TextSinks sinks(loop_, ownKeys_, watch(), output);
+  TextSinks sinks(loop_, ownKeys_, output);
   sinks.make(EngineSettings::Insert::none, false)->insert("words");
   runFor(kQuiet);
   EXPECT_THAT(output.lines, IsEmpty());

@@ -47,7 +47,7 @@ class HelpersTest : public ::testing::Test {
   test::PollLoop loop_;
   fs::path folder_;
   Lines output_;
-  Helpers helpers_{loop_.watch(), output_};
+  Helpers helpers_{loop_, output_};
 };
 
 TEST_F(HelpersTest, ALongTextIsCopiedWholeThoughNobodyReadsItAtOnce) {

@@ -89,7 +89,7 @@ class EvdevKeyWatchTest : public ::testing::Test {
         {.onPressed = [this] { heard_.emplace_back("pressed"); },
          .onReleased = [this] { heard_.emplace_back("released"); },
          .onCancelled = [this] { heard_.emplace_back("cancelled"); }},
-        loop_.watch(), [this](const std::string& path, int) { return openPipe(path); },
+        loop_, [this](const std::string& path, int) { return openPipe(path); },
         folder.empty() ? folder_.string() : folder);
   }
   KeyboardFile openPipe(const std::string& path) {

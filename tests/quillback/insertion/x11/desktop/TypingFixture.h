@@ -41,10 +41,9 @@ class TypingTest : public X11Test {
   }
   XTestTyper& typer() {
     if (!typer_) {
-      typer_ =
-          XTestTyper::open(loop_, ownKeys_, watch(), [this](const auto& text, const auto& why) {
-            refused_.push_back(text + ": " + why);
-          }).typer;
+      typer_ = XTestTyper::open(loop_, ownKeys_, [this](const auto& text, const auto& why) {
+                 refused_.push_back(text + ": " + why);
+               }).typer;
     }
     return *typer_;
   }

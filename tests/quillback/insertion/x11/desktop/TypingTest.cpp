@@ -187,7 +187,7 @@ TEST_F(TypingTest, AServerThatDiesInTheMiddleRefusesTheNextText) {
 
 TEST_F(TypingTest, AServerWithoutFakeKeysIsNoPlaceToType) {
   const test::VirtualDisplay poor({"-extension", "XTEST"});
-  const auto [typer, why] = XTestTyper::open(loop_, ownKeys_, watch(), nullptr);
+  const auto [typer, why] = XTestTyper::open(loop_, ownKeys_, nullptr);
   EXPECT_FALSE(typer);
   EXPECT_EQ(why, "the X server has no XTEST extension");
 }
