@@ -1,7 +1,8 @@
 #include "common/base/Lines.h"
 
 #include <algorithm>
-#include <array>
+
+#include "common/base/Utf8.h"
 
 namespace voxtrel {
 namespace {
@@ -34,19 +35,21 @@ std::size_t newlineFrom(std::string_view text, std::size_t from) {
   return from;
 }
 
+bool isWhitespace(char32_t c) {
+  constexpr std::u32string_view kOthers = U" \t\u00A0\u1680\u202F\u205F\u3000";
+  return (c >= 0x2000 && c <= 0x200A) || kOthers.find(c) != std::u32string_view::npos;
+}
+
+/// Control characters and all newline characters.
+bool isBreak(char32_t c) {
+  return c < U' ' || (c >= 0x7F && c < 0xA0) || c == 0x2028 || c == 0x2029;
+}
+
 /// Bytes of the whitespace character at the start of `text`, 0 if there is none.
 std::size_t whitespaceLength(std::string_view text) {
   if (text.empty()) return 0;
-  if (text[0] == ' ' || text[0] == '\t') return 1;
-  if (text.starts_with("\xC2\xA0")) return 2;  // U+00A0
-  if (text.size() < 3) return 0;
-  if (text.starts_with("\xE2\x80")) {
-    const auto third = static_cast<unsigned char>(text[2]);
-    return third <= 0x8A || third == 0xAF ? 3 : 0;  // U+2000 to U+200A, U+202F
-  }
-  constexpr std::array<std::string_view, 3> kOthers = {"\xE1\x9A\x80", "\xE2\x81\x9F",
-                                                       "\xE3\x80\x80"};  // U+1680, U+205F, U+3000
-  return std::ranges::find(kOthers, text.substr(0, 3)) != kOthers.end() ? 3 : 0;
+  const Utf8Character first = firstCharacter(text);
+  return isWhitespace(first.code) ? first.length : 0;
 }
 
 /// Bytes of the whitespace character at the end of `text`, 0 if there is none.
@@ -59,13 +62,13 @@ std::size_t whitespaceLengthAtEnd(std::string_view text) {
 
 }  // namespace
 
-void forEachLine(std::string_view text, const std::function<void(std::string_view line)>& take) {
+void forEachLine(std::string_view text, const std::function<void(std::string_view line)>& apply) {
   std::size_t begin = 0;
   for (std::size_t end = newlineFrom(text, 0); end < text.size(); end = newlineFrom(text, begin)) {
-    take(text.substr(begin, end - begin));
+    apply(text.substr(begin, end - begin));
     begin = end + newlineLengthAt(text, end);
   }
-  take(text.substr(begin));
+  apply(text.substr(begin));
 }
 
 std::string_view lineAround(std::string_view text, std::size_t position) {
@@ -83,6 +86,30 @@ std::string_view trimmedWhitespace(std::string_view text) {
   text = trimmedLeadingWhitespace(text);
   while (const std::size_t length = whitespaceLengthAtEnd(text)) text.remove_suffix(length);
   return text;
+}
+
+std::string oneLine(std::string_view text) {
+  std::string line;
+  line.reserve(text.size());
+  while (!text.empty()) {
+    const Utf8Character first = firstCharacter(text);
+    if (first.length == 0) {
+      line += "\uFFFD";
+    } else if (isBreak(first.code)) {
+      line += ' ';
+    } else {
+      line += text.substr(0, first.length);
+    }
+    text.remove_prefix(std::max<std::size_t>(first.length, 1));
+  }
+  return line;
+}
+
+std::string trimmedOneLine(std::string_view text) {
+  const std::string line = oneLine(text);
+  const std::size_t first = line.find_first_not_of(' ');
+  if (first == std::string::npos) return "";
+  return line.substr(first, line.find_last_not_of(' ') - first + 1);
 }
 
 }  // namespace voxtrel

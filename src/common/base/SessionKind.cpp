@@ -12,16 +12,18 @@ std::string_view orEmpty(const char* value) {
 
 }  // namespace
 
-SessionKind sessionKind(const SessionVariables& variables) {
+SessionKind sessionKind(const SessionVariables& variables, SessionKind withoutDisplay) {
   const bool isWayland =
       !orEmpty(variables.waylandDisplay).empty() || orEmpty(variables.sessionType) == "wayland";
-  return isWayland || orEmpty(variables.display).empty() ? SessionKind::wayland : SessionKind::x11;
+  if (isWayland) return SessionKind::wayland;
+  return orEmpty(variables.display).empty() ? withoutDisplay : SessionKind::x11;
 }
 
-SessionKind currentSessionKind() {
+SessionKind currentSessionKind(SessionKind withoutDisplay) {
   return sessionKind({.display = std::getenv("DISPLAY"),
                       .waylandDisplay = std::getenv("WAYLAND_DISPLAY"),
-                      .sessionType = std::getenv("XDG_SESSION_TYPE")});
+                      .sessionType = std::getenv("XDG_SESSION_TYPE")},
+                     withoutDisplay);
 }
 
 }  // namespace voxtrel

@@ -2,22 +2,23 @@
 
 namespace voxtrel {
 
-/// Who draws the user's desktop, and so who decides what a program may see of the keyboard.
+/// What draws the user's desktop, and therefore how much of the keyboard a program may see.
 enum class SessionKind { x11, wayland };
 
-/// What a login session says of itself in the environment; null where it says nothing.
+/// What a login session says about itself in the environment; null where a variable is not set.
 struct SessionVariables {
   const char* display = nullptr;         ///< DISPLAY
   const char* waylandDisplay = nullptr;  ///< WAYLAND_DISPLAY
   const char* sessionType = nullptr;     ///< XDG_SESSION_TYPE
 };
 
-/// A session that has both displays is Wayland's, and its X server sees only part of the keys.
-/// Without any display the rules of Wayland hold too: there is no X server to ask.
-SessionKind sessionKind(const SessionVariables& variables);
+/// A session with both displays is a Wayland session: its X server sees only some of the keys.
+/// `withoutDisplay` is the result for a session that names neither. The application takes it for
+/// Wayland, because there is no X server to ask; the engine tries X11 first and then has a fallback.
+SessionKind sessionKind(const SessionVariables& variables, SessionKind withoutDisplay);
 
-/// The kind of the session that this process runs in.
+/// The kind of the session this process runs in.
 /// Thread: any, as long as none changes the environment.
-SessionKind currentSessionKind();
+SessionKind currentSessionKind(SessionKind withoutDisplay);
 
 }  // namespace voxtrel

@@ -20,7 +20,7 @@ bool isAsciiBlock(const char* block) {
   return (bits & kTopBits) == 0;
 }
 
-/// What a lead byte asks of the bytes after it. Only the second byte's range depends on the lead.
+/// What a lead byte requires of the bytes after it. Only the second byte's range depends on it.
 struct Sequence {
   std::size_t length = 0;  ///< 0: no sequence starts with this byte
   unsigned char secondMin = 0x80;
@@ -55,13 +55,23 @@ std::size_t sequenceLength(std::string_view bytes) {
 
 }  // namespace
 
+Utf8Character firstCharacter(std::string_view text) {
+  const std::size_t length = sequenceLength(text);
+  if (length == 0) return {};
+  const auto byteAt = [text](std::size_t i) { return static_cast<unsigned char>(text[i]); };
+  if (length == 1) return {byteAt(0), 1};
+  auto code = static_cast<char32_t>(byteAt(0) & (0x7FU >> length));
+  for (std::size_t i = 1; i < length; ++i) code = code << 6 | (byteAt(i) & 0x3FU);
+  return {code, length};
+}
+
 bool isValidUtf8(std::string_view bytes) {
   while (!bytes.empty()) {
     if (bytes.size() >= kBlockBytes && isAsciiBlock(bytes.data())) {
       bytes.remove_prefix(kBlockBytes);
       continue;
     }
-    // Walk through the characters that begin in this block; the next block may be ASCII again.
+    // Check the characters that begin in this block; the next block may be ASCII again.
     std::size_t walked = 0;
     while (walked < kBlockBytes && walked < bytes.size()) {
       const std::size_t length = sequenceLength(bytes.substr(walked));
@@ -71,6 +81,16 @@ bool isValidUtf8(std::string_view bytes) {
     bytes.remove_prefix(walked);
   }
   return true;
+}
+
+std::string_view utf8Prefix(std::string_view text, std::size_t maxBytes) {
+  if (text.size() <= maxBytes) return text;
+  const auto isContinuation = [text](std::size_t i) {
+    return (static_cast<unsigned char>(text[i]) & 0xC0) == 0x80;
+  };
+  std::size_t end = maxBytes;
+  while (end > 0 && isContinuation(end)) --end;
+  return text.substr(0, end);
 }
 
 }  // namespace voxtrel

@@ -8,7 +8,7 @@
 #include <atomic>
 #include <cerrno>
 
-#include "common/base/FatalError.h"
+#include "common/base/Fatal.h"
 
 namespace voxtrel {
 namespace {

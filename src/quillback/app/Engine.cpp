@@ -2,8 +2,8 @@
 
 #include <utility>
 
+#include "common/base/HomeDirectory.h"
 #include "quillback/app/ChosenEngine.h"
-#include "quillback/app/Home.h"
 #include "quillback/recognition/ThreadedRecogniser.h"
 
 namespace voxtrel::quillback {
@@ -13,7 +13,7 @@ Engine::Engine(EpollLoop& loop, Output& output, const EngineSettings& settings)
       output_(output),
       ownKeys_(loop),
       sinks_(loop, ownKeys_, output),
-      sink_(sinks_.make(settings.insert, isWaylandSession())),
+      sink_(sinks_.make(settings.insert, session_)),
       dictation_(loop, microphone_, *sink_, output) {
   watchKey(settings.hotkey);
   loadModel(settings);
@@ -23,7 +23,7 @@ void Engine::watchKey(const Hotkey& hotkey) {
   const KeyWatch::Listener listener{[this] { dictation_.keyPressed(); },
                                     [this] { dictation_.keyReleased(); },
                                     [this] { dictation_.keyCancelled(); }};
-  KeySource source = openKeySource(hotkey, listener, ownKeys_, loop_, [this, hotkey] {
+  KeySource source = openKeySource(session_, hotkey, listener, ownKeys_, loop_, [this, hotkey] {
     output_.print(noKeySourceLine(hotkey, "the X server is gone"));
   });
   keyWatch_ = std::move(source.watch);
@@ -33,7 +33,7 @@ void Engine::watchKey(const Hotkey& hotkey) {
 void Engine::loadModel(const EngineSettings& settings) {
   const SpeechSettings speech{settings.model, settings.language, settings.translate};
   recogniser_ = std::make_unique<ThreadedRecogniser>(
-      loop_, makeSpeechEngine(speech, homeFolder()), [this](const LoadReport& report) {
+      loop_, makeSpeechEngine(speech, homeDirectory()), [this](const LoadReport& report) {
         for (const std::string& line : report.lines) output_.print(line);
         if (report.isUsable) return dictation_.modelLoaded(*recogniser_);
         exitStatus_ = 1;

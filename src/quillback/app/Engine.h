@@ -30,6 +30,7 @@ class Engine {
   EpollLoop& loop_;
   Output& output_;
   int exitStatus_ = 0;
+  const SessionKind session_ = currentSessionKind(SessionKind::x11);
   OwnKeys ownKeys_;
   TextSinks sinks_;
   PulseMicrophone microphone_;

@@ -1,7 +1,5 @@
 #include "quillback/app/KeySource.h"
 
-#include <cstdlib>
-#include <string_view>
 #include <utility>
 
 #include "quillback/keys/evdev/EvdevKeyWatch.h"
@@ -9,21 +7,10 @@
 #include "quillback/keys/x11/XInput2KeyWatch.h"
 
 namespace voxtrel::quillback {
-namespace {
 
-std::string_view environment(const char* name) {
-  const char* value = std::getenv(name);
-  return value == nullptr ? std::string_view() : value;
-}
-
-}  // namespace
-
-bool isWaylandSession() {
-  return !environment("WAYLAND_DISPLAY").empty() || environment("XDG_SESSION_TYPE") == "wayland";
-}
-
-KeySource openKeySource(const Hotkey& hotkey, const KeyWatch::Listener& listener, OwnKeys& ownKeys,
-                        Loop& loop, const std::function<void()>& onLost) {
+KeySource openKeySource(SessionKind session, const Hotkey& hotkey,
+                        const KeyWatch::Listener& listener, OwnKeys& ownKeys, Loop& loop,
+                        const std::function<void()>& onLost) {
   const auto fromX11 = [&]() -> KeySource {
     auto opened = XInput2KeyWatch::open(hotkey, listener, ownKeys, loop, onLost);
     return {std::move(opened.watch), std::move(opened.why)};
@@ -32,8 +19,8 @@ KeySource openKeySource(const Hotkey& hotkey, const KeyWatch::Listener& listener
     auto opened = EvdevKeyWatch::open(hotkey, listener, loop, LibevdevKeyboard::open);
     return {std::move(opened.watch), std::move(opened.why)};
   };
-  // The X server of a Wayland session sees only what is typed into windows of its own.
-  if (isWaylandSession()) return fromKernel();
+  // A Wayland session's X server sees only the keys that go to X11 windows.
+  if (session == SessionKind::wayland) return fromKernel();
   KeySource first = fromX11();
   if (first.watch) return first;
   KeySource second = fromKernel();

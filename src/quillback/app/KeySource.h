@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 
+#include "common/base/SessionKind.h"
 #include "quillback/keys/OwnKeys.h"
 #include "quillback/ports/KeyWatch.h"
 #include "quillback/ports/Loop.h"
@@ -17,15 +18,11 @@ struct KeySource {
   std::string why;  ///< for people
 };
 
-/// Whether this desktop's windows speak Wayland: an X server there sees only the keys that are meant
-/// for its own windows, and types into those alone.
-bool isWaylandSession();
-
 /// Opens the best source that works here: X11's events, or the kernel's where there is no X server or
 /// it does not see all keys. `onLost` is called where that ends later.
-[[nodiscard]] KeySource openKeySource(const Hotkey& hotkey, const KeyWatch::Listener& listener,
-                                      OwnKeys& ownKeys, Loop& loop,
-                                      const std::function<void()>& onLost);
+[[nodiscard]] KeySource openKeySource(SessionKind session, const Hotkey& hotkey,
+                                      const KeyWatch::Listener& listener, OwnKeys& ownKeys,
+                                      Loop& loop, const std::function<void()>& onLost);
 
 /// The line that says what to do without a key source.
 std::string noKeySourceLine(const Hotkey& hotkey, const std::string& why);

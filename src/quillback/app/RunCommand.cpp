@@ -4,9 +4,9 @@
 
 #include <csignal>
 
+#include "common/base/HomeDirectory.h"
 #include "common/posix/StopSignals.h"
 #include "quillback/app/Engine.h"
-#include "quillback/app/Home.h"
 #include "quillback/loop/EndWatch.h"
 #include "quillback/loop/LineOutput.h"
 
@@ -19,7 +19,7 @@ int runEngine() {
   EpollLoop loop;
   // Outlives the engine: where its end takes too long, this ends the process.
   const EndWatch endWatch(signals, [&loop] { loop.stop(); });
-  const SettingsReading reading = readSettings(settingsPath(homeFolder()));
+  const SettingsReading reading = readSettings(settingsPath(homeDirectory()));
   for (const std::string& error : reading.errors) output.print(error);
   const Engine engine(loop, output, reading.settings);
   loop.run();

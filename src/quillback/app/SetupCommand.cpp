@@ -4,8 +4,8 @@
 
 #include <cstdlib>
 
+#include "common/base/HomeDirectory.h"
 #include "quillback/app/CommandLine.h"
-#include "quillback/app/Home.h"
 #include "quillback/loop/LineOutput.h"
 #include "quillback/model/Setup.h"
 #include "quillback/recognition/WhisperSupport.h"
@@ -15,7 +15,7 @@ namespace voxtrel::quillback {
 int setUpModel(const std::string& model) {
   LineOutput output(STDOUT_FILENO);
   SetupOptions options;
-  options.home = homeFolder();
+  options.home = homeDirectory();
   options.model = model;
   if (const char* url = std::getenv("QUILLBACK_MODEL_URL")) options.baseUrl = url;
   options.hasWhisper = isWhisperBuiltIn();

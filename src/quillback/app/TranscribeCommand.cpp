@@ -2,8 +2,8 @@
 
 #include <unistd.h>
 
+#include "common/base/HomeDirectory.h"
 #include "quillback/app/ChosenEngine.h"
-#include "quillback/app/Home.h"
 #include "quillback/app/Transcribe.h"
 #include "quillback/loop/LineOutput.h"
 #include "quillback/settings/EngineSettings.h"
@@ -13,11 +13,11 @@ namespace voxtrel::quillback {
 int printTranscript(const std::string& file) {
   LineOutput text(STDOUT_FILENO);
   LineOutput notes(STDERR_FILENO);
-  const SettingsReading reading = readSettings(settingsPath(homeFolder()));
+  const SettingsReading reading = readSettings(settingsPath(homeDirectory()));
   for (const std::string& error : reading.errors) notes.print(error);
   const EngineSettings& settings = reading.settings;
   const auto engine =
-      makeSpeechEngine({settings.model, settings.language, settings.translate}, homeFolder());
+      makeSpeechEngine({settings.model, settings.language, settings.translate}, homeDirectory());
   const TranscribeExit exit = transcribeFile(file, *engine, text, notes);
   if (!text.hasLostLines()) return static_cast<int>(exit);
   notes.print("The words could not be written to standard output.");

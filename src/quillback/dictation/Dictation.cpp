@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "common/base/OneLine.h"
+#include "common/base/Lines.h"
 #include "quillback/dictation/PrintedLines.h"
 
 namespace voxtrel::quillback {
@@ -154,7 +154,7 @@ void Dictation::finish(const Handle& take) {
 void Dictation::recognised(const Handle& take, const Transcription& result) {
   take->utterance.reset();
   std::erase(takes_, take);
-  const std::string text = trimmedLine(result.text);
+  const std::string text = trimmedOneLine(result.text);
   if (!text.empty()) {
     output_.print(textLine(text));
     if (saysState(text)) shown_ = Shown::anything;

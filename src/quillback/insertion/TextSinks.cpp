@@ -10,18 +10,19 @@
 
 namespace voxtrel::quillback {
 
-std::unique_ptr<TextSink> TextSinks::make(EngineSettings::Insert insert, bool isWayland) {
+std::unique_ptr<TextSink> TextSinks::make(EngineSettings::Insert insert, SessionKind session) {
   if (insert == EngineSettings::Insert::none) return std::make_unique<DroppedText>();
-  auto clipboard = makeClipboard(isWayland);
-  if (insert == EngineSettings::Insert::clipboard || isWayland) return clipboard;
+  const bool canType = session == SessionKind::x11;
+  auto clipboard = makeClipboard(session);
+  if (insert == EngineSettings::Insert::clipboard || !canType) return clipboard;
   auto [typed, otherwise, why] = TypedText::open(loop_, ownKeys_, std::move(clipboard));
   if (typed) return std::move(typed);
   output_.print("[quillback] Words are not typed but copied: " + why);
   return std::move(otherwise);
 }
 
-std::unique_ptr<TextSink> TextSinks::makeClipboard(bool isWayland) {
-  if (isWayland) {
+std::unique_ptr<TextSink> TextSinks::makeClipboard(SessionKind session) {
+  if (session == SessionKind::wayland) {
     return std::make_unique<ClipboardText>(std::make_unique<WaylandClipboard>(helpers_), helpers_);
   }
   auto clipboard = X11Clipboard::open(loop_);

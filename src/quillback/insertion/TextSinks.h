@@ -1,5 +1,6 @@
 #pragma once
 
+#include "common/base/SessionKind.h"
 #include "quillback/insertion/helpers/Helpers.h"
 #include "quillback/keys/OwnKeys.h"
 #include "quillback/ports/TextSink.h"
@@ -17,10 +18,10 @@ class TextSinks {
   TextSinks(Loop& loop, OwnKeys& ownKeys, Output& output)
       : loop_(loop), ownKeys_(ownKeys), output_(output), helpers_(loop, output) {}
 
-  [[nodiscard]] std::unique_ptr<TextSink> make(EngineSettings::Insert insert, bool isWayland);
+  [[nodiscard]] std::unique_ptr<TextSink> make(EngineSettings::Insert insert, SessionKind session);
 
  private:
-  std::unique_ptr<TextSink> makeClipboard(bool isWayland);
+  std::unique_ptr<TextSink> makeClipboard(SessionKind session);
 
   Loop& loop_;
   OwnKeys& ownKeys_;

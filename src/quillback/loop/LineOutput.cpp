@@ -11,7 +11,7 @@
 #include <cerrno>
 #include <string>
 
-#include "common/base/OneLine.h"
+#include "common/base/Lines.h"
 
 namespace voxtrel::quillback {
 namespace {

@@ -2,7 +2,7 @@
 
 #include <memory>
 
-#include "common/base/CheckedCounter.h"
+#include "common/base/Fatal.h"
 #include "voxtrel/platform/Alerts.h"
 #include "voxtrel/platform/Application.h"
 #include "voxtrel/platform/FormWindows.h"

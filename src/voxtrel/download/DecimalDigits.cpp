@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 
+#include "common/base/Utf8.h"
+
 namespace voxtrel {
 namespace {
 
@@ -18,35 +20,12 @@ constexpr std::array<char32_t, 68> kZeros = {
     0x1D7E2, 0x1D7EC, 0x1D7F6, 0x1E140, 0x1E2F0, 0x1E4F0, 0x1E950, 0x1FBF0};
 constexpr char32_t kLargestDigit = 9;
 
-struct Character {
-  char32_t code = 0;
-  std::size_t length = 0;  ///< 0: nothing whole stands there
-};
-
-std::size_t lengthAfter(unsigned char lead) {
-  if (lead >= 0xF0) return 4;
-  return lead >= 0xE0 ? 3 : 2;
-}
-
-/// Of text beyond ASCII that is well-formed. Damaged text gives some character or none.
-Character characterAt(std::string_view text) {
-  const auto lead = static_cast<unsigned char>(text[0]);
-  const std::size_t length = lengthAfter(lead);
-  if (lead < 0xC0 || text.size() < length) return {};
-  char32_t code = lead & (0x7FU >> length);
-  for (const char byte : text.substr(1, length - 1)) {
-    if ((static_cast<unsigned char>(byte) & 0xC0U) != 0x80) return {};
-    code = code << 6 | (static_cast<unsigned char>(byte) & 0x3FU);
-  }
-  return {code, length};
-}
-
 }  // namespace
 
 std::size_t decimalDigitLength(std::string_view text) {
   if (text.empty()) return 0;
   if (static_cast<unsigned char>(text[0]) < 0x80) return text[0] >= '0' && text[0] <= '9' ? 1 : 0;
-  const Character character = characterAt(text);
+  const Utf8Character character = firstCharacter(text);
   if (character.length == 0) return 0;
   const auto* after = std::ranges::upper_bound(kZeros, character.code);
   if (after == kZeros.begin()) return 0;

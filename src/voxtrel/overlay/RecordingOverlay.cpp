@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "common/base/FatalError.h"
+#include "common/base/Fatal.h"
 
 namespace voxtrel {
 namespace {

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <cstdint>
 
-#include "common/base/FatalError.h"
+#include "common/base/Fatal.h"
 
 namespace voxtrel {
 namespace {

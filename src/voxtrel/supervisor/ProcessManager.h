@@ -10,7 +10,7 @@
 #include <string>
 #include <string_view>
 
-#include "common/base/CheckedCounter.h"
+#include "common/base/Fatal.h"
 #include "voxtrel/platform/Log.h"
 #include "voxtrel/supervisor/AppState.h"
 #include "voxtrel/supervisor/LineProtocol.h"

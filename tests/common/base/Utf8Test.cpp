@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <string_view>
+#include <utility>
 
 #include "common/base/Utf8.h"
 
@@ -52,6 +54,30 @@ TEST(Utf8, AcceptsACharacterAcrossTheEdgeOfABlock) {
     // What follows the cut would complete the character.
     EXPECT_FALSE(isValidUtf8(std::string_view(text).substr(0, before + 3))) << before;
   }
+}
+
+TEST(Utf8, DecodesTheCharacterAtTheStart) {
+  const auto decoded = [](std::string_view text) {
+    const Utf8Character first = firstCharacter(text);
+    return std::pair(first.code, first.length);
+  };
+  EXPECT_EQ(decoded("ab"), std::pair(U'a', std::size_t{1}));
+  EXPECT_EQ(decoded("\0x"s), std::pair(U'\0', std::size_t{1}));
+  EXPECT_EQ(decoded("\u00FCb"), std::pair(U'\u00FC', std::size_t{2}));
+  EXPECT_EQ(decoded("\u4F60b"), std::pair(U'\u4F60', std::size_t{3}));
+  EXPECT_EQ(decoded("\U0001F600b"), std::pair(U'\U0001F600', std::size_t{4}));
+  for (const char* malformed : {"\x80", "\xC3", "\xE0\x80\x80", "\xED\xA0\x80", "\xFF"}) {
+    EXPECT_EQ(decoded(malformed), std::pair(U'\0', std::size_t{0}));
+  }
+}
+
+TEST(Utf8, CutsAPrefixBetweenCharacters) {
+  EXPECT_EQ(utf8Prefix("\u4F60\u4F60", 6), "\u4F60\u4F60");
+  for (const std::size_t maxBytes : {3U, 4U, 5U}) {
+    EXPECT_EQ(utf8Prefix("\u4F60\u4F60", maxBytes), "\u4F60") << maxBytes;
+  }
+  EXPECT_EQ(utf8Prefix("\u4F60", 2), "");
+  EXPECT_EQ(utf8Prefix("abc", 2), "ab");
 }
 
 }  // namespace

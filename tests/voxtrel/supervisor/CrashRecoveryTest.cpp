@@ -2,7 +2,6 @@
 
 #include <set>
 
-#include "common/base/CheckedCounter.h"
 #include "support/EngineFixture.h"
 #include "voxtrel/supervisor/CrashNotificationDelegate.h"
 #include "voxtrel/supervisor/CrashPolicy.h"
@@ -196,12 +195,6 @@ TEST(CrashPolicy, ReusesTheLastDelayUpToTheLimit) {
   EXPECT_EQ(relaunchDelay(2), 2000ms);
   EXPECT_EQ(relaunchDelay(3), 4000ms);
   EXPECT_EQ(relaunchDelay(4), std::nullopt);
-}
-
-TEST(CheckedCounterDeathTest, EndsTheProcessInsteadOfWrapping) {
-  CheckedCounter counter(INT64_MAX - 1);
-  EXPECT_EQ(counter.increment(), INT64_MAX);
-  EXPECT_DEATH(counter.increment(), "passed its largest value");
 }
 
 }  // namespace

@@ -1,21 +1,16 @@
 #include "quillback/insertion/helpers/NotificationText.h"
 
+#include "common/base/Utf8.h"
+
 namespace voxtrel::quillback {
 namespace {
 
-constexpr std::size_t kMostBytes = 300;
-
-std::string_view cut(std::string_view text) {
-  if (text.size() <= kMostBytes) return text;
-  std::size_t end = kMostBytes;
-  while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80) --end;
-  return text.substr(0, end);
-}
+constexpr std::size_t kMaxBytes = 300;
 
 }  // namespace
 
 std::string notificationBody(std::string_view text) {
-  const std::string_view shown = cut(text);
+  const std::string_view shown = utf8Prefix(text, kMaxBytes);
   std::string body;
   for (const char c : shown) {
     switch (c) {

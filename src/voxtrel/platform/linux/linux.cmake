@@ -25,7 +25,7 @@ add_room(voxtrel/platform/linux/permissions
          KNOWS voxtrel/platform common/base common/posix voxtrel/platform/linux/x11
          LINKS Qt6::Core Qt6::DBus)
 add_room(voxtrel/platform/linux/session
-         KNOWS voxtrel/platform common/posix voxtrel/platform/linux/dbus
+         KNOWS voxtrel/platform common/base common/posix voxtrel/platform/linux/dbus
                voxtrel/platform/linux/windows
          LINKS Qt6::Widgets Qt6::DBus)
 add_room(voxtrel/platform/linux

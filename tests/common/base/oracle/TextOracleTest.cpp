@@ -75,6 +75,14 @@ bool isValidForIcu(const std::string& bytes) {
   return status == U_ZERO_ERROR;
 }
 
+TEST(TextBesideIcu, DecodesEveryCharacterOfAllUnicode) {
+  forEachCharacter([](UChar32 character, const std::string& text) {
+    const Utf8Character first = firstCharacter(text + "\xBF");
+    ASSERT_EQ(first.code, static_cast<char32_t>(character));
+    ASSERT_EQ(first.length, text.size()) << std::hex << character;
+  });
+}
+
 TEST(TextBesideIcu, CallsTheSameBytesUtf8) {
   for (unsigned int bytes = 0; bytes < 0x10000; ++bytes) {
     const std::string pair = {static_cast<char>(bytes >> 8), static_cast<char>(bytes & 0xFF)};

@@ -82,7 +82,7 @@ TEST_F(ClipboardTest, TheClipboardsSinkCopiesAndSaysOnceThatNobodyShowsNotificat
   setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent", 1);
   Lines output;
   TextSinks sinks(loop_, ownKeys_, output);
-  const auto sink = sinks.make(EngineSettings::Insert::clipboard, false);
+  const auto sink = sinks.make(EngineSettings::Insert::clipboard, SessionKind::x11);
   sink->insert("one");
   EXPECT_TRUE(runUntil([&] { return !output.lines.empty(); }));
   sink->insert("two");
@@ -95,7 +95,7 @@ TEST_F(ClipboardTest, WhatCannotBeTypedIsCopied) {
   setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent", 1);
   Lines output;
   TextSinks sinks(loop_, ownKeys_, output);
-  const auto sink = sinks.make(EngineSettings::Insert::type, false);
+  const auto sink = sinks.make(EngineSettings::Insert::type, SessionKind::x11);
   const auto server = XConnection::open();
   xcb_set_input_focus(server->get(), XCB_INPUT_FOCUS_NONE, XCB_NONE, XCB_CURRENT_TIME);
   server->flush();
@@ -111,7 +111,7 @@ TEST_F(ClipboardTest, UnderWaylandAMissingHelperIsAnErrorLine) {
   setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent", 1);
   Lines output;
   TextSinks sinks(loop_, ownKeys_, output);
-  sinks.make(EngineSettings::Insert::type, true)->insert("words");
+  sinks.make(EngineSettings::Insert::type, SessionKind::wayland)->insert("words");
   EXPECT_TRUE(runUntil([&] { return output.lines.size() == 2; }));
   EXPECT_THAT(output.lines, ::testing::Contains(::testing::StartsWith("[quillback] ERROR")));
 }
@@ -119,7 +119,7 @@ TEST_F(ClipboardTest, UnderWaylandAMissingHelperIsAnErrorLine) {
 TEST_F(ClipboardTest, NoneGoesNowhere) {
   Lines output;
   TextSinks sinks(loop_, ownKeys_, output);
-  sinks.make(EngineSettings::Insert::none, false)->insert("words");
+  sinks.make(EngineSettings::Insert::none, SessionKind::x11)->insert("words");
   runFor(kQuiet);
   EXPECT_THAT(output.lines, IsEmpty());
 }

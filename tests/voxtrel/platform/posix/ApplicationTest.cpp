@@ -1,14 +1,9 @@
-// What the application finds out about itself: its folder, its user's home.
 #include <gtest/gtest.h>
-#include <pwd.h>
-#include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <optional>
 
-#include "common/base/HomeDirectory.h"
 #include "voxtrel/platform/posix/ExecutableFolder.h"
 #include "voxtrel/platform/posix/ExecutablePath.h"
 
@@ -33,40 +28,6 @@ TEST(ExecutableFolder, FindsAFileBesideTheApplicationAndNothingElse) {
 TEST(ExecutablePath, IsThisProgramWithLinksFollowed) {
   EXPECT_EQ(executablePath(), fs::canonical("/proc/self/exe").string());
   EXPECT_TRUE(ExecutableFolder(executablePath()).auxiliaryExecutable("child_tests").has_value());
-}
-
-class HomeDirectoryTest : public testing::Test {
- public:
-  HomeDirectoryTest() {
-    if (const char* home = std::getenv("HOME")) before_ = home;
-  }
-  HomeDirectoryTest(const HomeDirectoryTest&) = delete;
-  HomeDirectoryTest& operator=(const HomeDirectoryTest&) = delete;
-  ~HomeDirectoryTest() override {
-    before_ ? ::setenv("HOME", before_->c_str(), 1) : ::unsetenv("HOME");
-  }
-
- private:
-  std::optional<std::string> before_;
-};
-
-TEST_F(HomeDirectoryTest, IsTheVariableWithoutTrailingSlash) {
-  ::setenv("HOME", "/home/someone", 1);
-  EXPECT_EQ(homeDirectory(), "/home/someone");
-  ::setenv("HOME", "/home/someone//", 1);
-  EXPECT_EQ(homeDirectory(), "/home/someone");
-  ::setenv("HOME", "/", 1);
-  EXPECT_EQ(homeDirectory(), "");
-}
-
-TEST_F(HomeDirectoryTest, ComesFromTheUserDatabaseWhereTheVariableSaysNothingUsable) {
-  const std::string known = ::getpwuid(::getuid())->pw_dir;
-  ::unsetenv("HOME");
-  EXPECT_EQ(homeDirectory(), known);
-  for (const char* useless : {"", "relative/path", "~"}) {
-    ::setenv("HOME", useless, 1);
-    EXPECT_EQ(homeDirectory(), known);
-  }
 }
 
 }  // namespace

@@ -81,7 +81,7 @@ std::string HelpPages::folderFor(std::string_view executable) {
 }
 
 HelpReader HelpPages::readerOfThisSession(bool sandboxed) {
-  return {.session = currentSessionKind(),
+  return {.session = currentSessionKind(SessionKind::wayland),
           .desktops = qEnvironmentVariable("XDG_CURRENT_DESKTOP").toStdString(),
           .sandboxed = sandboxed};
 }

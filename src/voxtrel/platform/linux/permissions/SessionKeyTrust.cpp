@@ -35,7 +35,7 @@ UserNotification keyHiddenNotification(SessionKind session) {
 SessionKeyTrust::Sources SessionKeyTrust::sourcesOfThisSession(const std::string& inputFolder) {
   auto portal = std::make_shared<ShortcutsPortal>(QDBusConnection::sessionBus());
   return {
-      .session = currentSessionKind(),
+      .session = currentSessionKind(SessionKind::wayland),
       .offersXInput2 = [] { return voxtrel::offersXInput2(); },
       .canReadKeyboard = [inputFolder] { return voxtrel::canReadKeyboard(inputFolder); },
       .askPortal = [portal = std::move(portal)](auto answer) { portal->ask(std::move(answer)); }};

@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <utility>
 
+#include "common/base/Utf8.h"
 #include "voxtrel/platform/Desktop.h"
 #include "voxtrel/platform/linux/session/DesktopEntryText.h"
 
@@ -45,10 +46,6 @@ QByteArray textFor(const AutostartProgram& program) {
       "Terminal=false\n"
       "X-GNOME-Autostart-enabled=true\n";
   return QByteArray::fromStdString(text);
-}
-
-bool isUtf8(const QByteArray& text) {
-  return QString::fromUtf8(text).toUtf8() == text;
 }
 
 /// Whatever an AppImage starts inherits its variables: they are about a program inside it only.
@@ -102,7 +99,7 @@ bool AutostartEntry::enable() {
   if (exec != entry.end() && exec->second == program_.exec && wouldStart(entry)) return true;
   const QByteArray text = textFor(program_);
   const QString folder = QFile::decodeName(folder_.c_str());
-  if (folder.isEmpty() || !isUtf8(text) || !QDir().mkpath(folder)) return false;
+  if (folder.isEmpty() || !isValidUtf8(text.toStdString()) || !QDir().mkpath(folder)) return false;
   QSaveFile file(QFile::decodeName(file_.c_str()));
   return file.open(QIODevice::WriteOnly) && file.write(text) == text.size() && file.commit();
 }

@@ -10,28 +10,6 @@ namespace {
 using testing::FakeNotifications;
 using ::testing::HasSubstr;
 
-TEST(SessionKindTest, isX11OnlyWhereNothingSpeaksOfWaylandAndThereIsAnXServer) {
-  struct Row {
-    SessionVariables variables;
-    SessionKind expected;
-  };
-  const Row rows[] = {
-      {{":0", nullptr, nullptr}, SessionKind::x11},
-      {{":0", nullptr, "x11"}, SessionKind::x11},
-      {{":0", nullptr, "tty"}, SessionKind::x11},
-      {{":0", "", "x11"}, SessionKind::x11},
-      {{":0", "wayland-0", "x11"}, SessionKind::wayland},
-      {{":0", "wayland-0", nullptr}, SessionKind::wayland},
-      {{":0", nullptr, "wayland"}, SessionKind::wayland},
-      {{nullptr, "wayland-0", "wayland"}, SessionKind::wayland},
-      {{nullptr, nullptr, nullptr}, SessionKind::wayland},
-      {{"", nullptr, "x11"}, SessionKind::wayland},
-  };
-  for (const Row& row : rows) {
-    EXPECT_EQ(sessionKind(row.variables), row.expected) << &row - rows;
-  }
-}
-
 TEST(SessionFactsTest, theKeyIsVisibleByXInputUnderX11AndByAKeyboardOrThePortalUnderWayland) {
   for (int bits = 0; bits < 8; ++bits) {
     const bool xInput = (bits & 1) != 0;

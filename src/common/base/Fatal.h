@@ -4,7 +4,11 @@
 
 namespace voxtrel {
 
-/// A count that never wraps: one more than the largest value ends the process with a message.
+/// Aborts the process with a message, for a condition that no caller could handle.
+[[noreturn]] void fatalError(const char* message);
+
+/// A count that never wraps: incrementing the largest value is a fatal error.
+/// Thread: one at a time.
 class CheckedCounter {
  public:
   explicit CheckedCounter(std::int64_t value = 0) : value_(value) {}

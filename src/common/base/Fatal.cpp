@@ -1,4 +1,4 @@
-#include "common/base/CheckedCounter.h"
+#include "common/base/Fatal.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -6,10 +6,14 @@
 
 namespace voxtrel {
 
+void fatalError(const char* message) {
+  std::fprintf(stderr, "voxtrel: fatal: %s\n", message);
+  std::abort();
+}
+
 std::int64_t CheckedCounter::increment() {
   if (value_ == std::numeric_limits<std::int64_t>::max()) {
-    std::fputs("voxtrel: a counter passed its largest value\n", stderr);
-    std::abort();
+    fatalError("a counter passed its largest value");
   }
   return ++value_;
 }
