@@ -19,7 +19,7 @@
 #include <thread>
 #include <vector>
 
-#include "voxtrel/platform/posix/Pipe.h"
+#include "common/posix/Pipe.h"
 #include "voxtrel/platform/posix/PosixChildProcessLauncher.h"
 
 extern char** environ;
@@ -58,11 +58,11 @@ void measureBare(Times& times) {
   std::string command = "--wait";
   std::array<char*, 4> arguments{path.data(), mode.data(), command.data(), nullptr};
   const auto begin = Clock::now();
-  const Pipe output = Pipe::open();
+  const Pipe output = Pipe::open().value();
   posix_spawn_file_actions_t actions;
   ::posix_spawn_file_actions_init(&actions);
-  ::posix_spawn_file_actions_adddup2(&actions, output.writeEnd.number(), STDOUT_FILENO);
-  ::posix_spawn_file_actions_adddup2(&actions, output.writeEnd.number(), STDERR_FILENO);
+  ::posix_spawn_file_actions_adddup2(&actions, output.writeEnd.get(), STDOUT_FILENO);
+  ::posix_spawn_file_actions_adddup2(&actions, output.writeEnd.get(), STDERR_FILENO);
   pid_t pid = -1;
   if (::posix_spawn(&pid, path.c_str(), &actions, nullptr, arguments.data(), environ) != 0) {
     std::abort();
