@@ -12,7 +12,7 @@
 #include <QScreen>
 #include <QSystemTrayIcon>
 
-#include "voxtrel/forms/SettingsTables.h"
+#include "voxtrel/forms/SettingsView.h"
 
 namespace {
 
@@ -35,9 +35,9 @@ void openWindow() {
   auto* const rows = new QGridLayout(window);
   rows->addWidget(new QLabel("Model:"), 0, 0, Qt::AlignRight);
   rows->addWidget(new QLabel("Whisper Large v3"), 0, 1);
-  addPicker(*rows, "Hotkey:", voxtrel::kHotkeyChoices);
-  addPicker(*rows, "Input Language:", voxtrel::kInputLanguageChoices);
-  addPicker(*rows, "Output:", voxtrel::kOutputChoices);
+  addPicker(*rows, "Hotkey:", voxtrel::SettingsView::hotkeys());
+  addPicker(*rows, "Input Language:", voxtrel::SettingsView::inputLanguages());
+  addPicker(*rows, "Output:", voxtrel::SettingsView::outputs());
   rows->addWidget(new QCheckBox("Launch at Login"), rows->rowCount(), 1);
   rows->addWidget(new QPushButton("Save && Restart"), rows->rowCount(), 0, 1, 2, Qt::AlignCenter);
   window->setFixedSize(420, 280);

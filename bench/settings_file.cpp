@@ -1,5 +1,5 @@
-// Measures how long the settings take to be put into the configuration file's text and read from
-// it, beside one plain copy of the same text. Prints "key: value" lines.
+// Measures writing the settings into the text of a settings file and reading them from it, beside a
+// plain copy of that text. Prints "key: value" lines.
 
 #include <algorithm>
 #include <chrono>
@@ -22,7 +22,7 @@ constexpr std::size_t kQuarterBytes = kLargeBytes / 4;
 constexpr double kSecondsPerRound = 0.02;
 const voxtrel::ModelSettings kSettings{"de", true, "f6", "large-v3"};
 
-std::size_t sink = 0;  // keeps the work from being left out
+std::size_t sink = 0;  // keeps the work from being optimised away
 
 std::string usualFile() {
   return "# what the engine listens to\n[model]\nwhisper_model = \"large-v3\"\nlanguage = "
@@ -44,7 +44,7 @@ std::string headers(std::size_t size) {
   return repeated("[model]\n", size);
 }
 
-/// Five passes over lines that all set another key of the section.
+/// Five passes over lines of the section that set other keys.
 std::string otherKeys(std::size_t size) {
   return "[audio]\n[model]\n" + repeated("threads_of_the_decoder = 4\n", size);
 }
@@ -104,7 +104,7 @@ void report(const char* file, const std::string& text, const Times& times) {
   line("read_model", "times_copy", times.readModel / times.copy);
 }
 
-/// Time for a byte of the large text over that for a byte of a quarter of it; 1 is linear.
+/// Time per byte of the large text, divided by that of a text a quarter as long; 1 is linear.
 void reportLinearity(const char* file, int rounds, const std::string& large,
                      const std::string& quarter) {
   const Times ofLarge = timesOf(rounds, large);

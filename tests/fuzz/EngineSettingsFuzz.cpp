@@ -1,33 +1,45 @@
-// Any bytes as the engine's settings: nothing breaks, and every mistake is one line that passes for
-// nothing but what it is.
+// Any bytes as the engine's settings: nothing breaks, the settings are those that the application
+// reads, and every mistake is one line that cannot be taken for anything else.
 
 #include <algorithm>
-#include <array>
 #include <string>
 
+#include "common/settings/ConfigManager.h"
+#include "common/settings/SettingsReader.h"
 #include "fuzz/FuzzEntry.h"
 #include "quillback/settings/EngineSettings.h"
 
-using voxtrel::require;
-using voxtrel::quillback::parseSettings;
-using voxtrel::quillback::SettingsReading;
+using namespace voxtrel;
+using quillback::EngineSettings;
+using quillback::SettingsReading;
+
+namespace {
+
+void requireTheApplications(const ModelSettings& shared, const EngineSettings& settings) {
+  require(settings.model == shared.model, "the model is the one that the application reads");
+  require(settings.language == shared.language, "so is the language");
+  require(settings.translate == shared.translate, "so is the translation");
+  require(settings.hotkey.code == ConfigManager::hotkeyNameToCode(shared.hotkey),
+          "so is the hotkey");
+}
+
+void requirePlain(const std::string& error) {
+  require(error.starts_with("[quillback] ERROR"), "a mistake is an error line");
+  require(std::ranges::all_of(error, [](char c) { return c >= ' ' && c <= '~'; }),
+          "an error line is plain text");
+  for (const char* marker : {"Ready.", "Recording...", "Processing", "encode=", "Audio capture",
+                             "Accessibility", "Microphone", "[gpu-decode]"}) {
+    require(error.find(marker) == std::string::npos, "an error line says nothing else");
+  }
+}
+
+}  // namespace
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::string text(data, data + size);
-  const SettingsReading reading = parseSettings(text);
-  require(!reading.settings.model.empty(), "there is always a model");
-  require(!reading.settings.language.empty(), "there is always a language");
-  require(voxtrel::quillback::hotkeyWithCode(reading.settings.hotkey.code).has_value(),
-          "the hotkey is one of the table's");
-  require(reading.errors.size() <= 6, "one mistake for each key at most");
-  for (const std::string& error : reading.errors) {
-    require(error.starts_with("[quillback] ERROR"), "a mistake is an error line");
-    require(std::ranges::all_of(error, [](char c) { return c >= ' ' && c <= '~'; }),
-            "an error line is plain text");
-    for (const char* marker : {"Ready.", "Recording...", "Processing", "encode=", "Audio capture",
-                               "Accessibility", "Microphone", "[gpu-decode]"}) {
-      require(error.find(marker) == std::string::npos, "an error line says nothing else");
-    }
-  }
+  const SettingsReading reading = quillback::parseEngineSettings(text);
+  requireTheApplications(parseSettings(text), reading.settings);
+  require(reading.errors.size() <= 5, "there is one mistake for each key at most");
+  for (const std::string& error : reading.errors) requirePlain(error);
   return 0;
 }

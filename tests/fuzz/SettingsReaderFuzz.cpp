@@ -1,4 +1,4 @@
-// Any bytes as a configuration file: nothing breaks, and the values keep what the reader promises.
+// Any bytes as a settings file: nothing breaks, and the values are as the reader promises.
 
 #include <string>
 #include <string_view>

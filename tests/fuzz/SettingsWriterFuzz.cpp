@@ -1,4 +1,5 @@
-// Any bytes as a configuration file: one line is set, every other byte stays, and once is enough.
+// Any bytes as a settings file: one line is set, every other byte stays, and a second time changes
+// nothing.
 
 #include <string>
 #include <string_view>

@@ -7,7 +7,7 @@ namespace voxtrel {
 
 using std::string_view_literals::operator""sv;
 
-/// What configuration files hold, whole and in pieces.
+/// What settings files contain, whole and in pieces.
 inline constexpr std::array kConfigWords = {"language = "sv,
                                             "translate=true"sv,
                                             "translate = "sv,

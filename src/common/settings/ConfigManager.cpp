@@ -2,38 +2,51 @@
 
 #include <exception>
 #include <filesystem>
-#include <optional>
+#include <fstream>
 #include <utility>
 
 #include "common/settings/HotkeyTable.h"
-#include "common/settings/SettingsReader.h"
 #include "common/settings/SettingsWriter.h"
 #include "common/settings/TextFile.h"
 
 namespace voxtrel {
 namespace {
 
+namespace fs = std::filesystem;
+
 std::string withoutTrailingSeparators(std::string path) {
   path.erase(path.find_last_not_of('/') + 1);
   return path;
 }
 
-/// Puts `from` in the place of `to`, which must be free: nothing is overwritten.
-void moveItem(const std::string& from, const std::string& to) {
+/// Writes into the file at `path`, following links. On failure it leaves no half-written file and does
+/// not touch what is not a regular file (a FIFO is not waited for).
+void writeFile(const std::string& path, std::string_view bytes) {
   std::error_code error;
-  if (std::filesystem::exists(std::filesystem::symlink_status(to, error))) return;
-  std::filesystem::rename(from, to, error);
+  const fs::file_status status = fs::status(path, error);
+  if (fs::exists(status) && !fs::is_regular_file(status)) return;
+  std::ofstream file(path, std::ios::binary | std::ios::trunc);
+  if (!file) return;
+  file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+  file.close();
+  if (!file) fs::remove(path, error);
 }
 
-/// The steps do not look at each other's success: where the new file cannot be made, the old one
-/// goes all the same, and the engine runs with its defaults.
+/// Renames unless something is at `to`: nothing is overwritten.
+void moveItem(const std::string& from, const std::string& to) {
+  std::error_code error;
+  if (fs::exists(fs::symlink_status(to, error))) return;
+  fs::rename(from, to, error);
+}
+
+/// Each step runs whether or not the one before it succeeded: if the new file cannot be written, the
+/// old one is removed all the same, and the engine runs with its defaults.
 void replaceFile(const std::string& path, const ModelSettings& settings) {
   std::error_code error;
-  std::filesystem::create_directories(std::filesystem::path(path).parent_path(), error);
-  const std::string text = withSettings(readTextFile(path).value_or(""), settings);
+  fs::create_directories(fs::path(path).parent_path(), error);
   const std::string temporary = path + ".tmp";
-  writeTextFile(temporary, text);
-  std::filesystem::remove_all(path, error);
+  writeFile(temporary, withSettings(readTextFile(path).value_or(""), settings));
+  fs::remove_all(path, error);
   moveItem(temporary, path);
 }
 
@@ -44,41 +57,46 @@ ConfigManager::ConfigManager(std::string homeDirectory)
       configPath_(homeDirectory_ + "/.config/quillback/config.toml") {}
 
 ModelSettings ConfigManager::readSettings() const {
-  const std::optional<std::string> text = readTextFile(configPath_);
+  const auto text = readTextFile(configPath_);
   return text ? parseSettings(*text) : ModelSettings();
 }
 
 void ConfigManager::writeSettings(const ModelSettings& settings) const {
   try {
     replaceFile(configPath_, settings);
-  } catch (const std::exception&) {  // no memory: nothing to be done, and nobody to tell
+  } catch (const std::exception&) {  // out of memory: there is nobody to report it to
     return;
   }
 }
 
 std::string ConfigManager::readWhisperModel() const {
-  const std::optional<std::string> text = readTextFile(configPath_);
+  const auto text = readTextFile(configPath_);
   return text ? parseWhisperModel(*text) : ModelSettings().model;
 }
 
+std::string ConfigManager::weightsFolder(std::string_view model) const {
+  return (homeDirectory_ + "/.local/share/quillback/weights/whisper-").append(model);
+}
+
 std::string ConfigManager::weightsManifestPath(std::string_view model) const {
-  return homeDirectory_ + "/.local/share/quillback/weights/whisper-" + std::string(model) +
-         "/manifest.json";
+  return weightsFolder(model) + "/manifest.json";
 }
 
 bool ConfigManager::weightsExist(std::string_view model) const {
-  // No file's name holds a NUL, and the system would ignore what follows it.
+  // No file name holds a NUL; the system would cut the path there.
   if (model.find('\0') != std::string_view::npos) return false;
   std::error_code error;
-  return std::filesystem::exists(weightsManifestPath(model), error);
+  return fs::exists(weightsManifestPath(model), error);
 }
 
 std::int64_t ConfigManager::hotkeyNameToCode(std::string_view name) {
-  return hotkeyCodeOf(name);
+  const Hotkey* hotkey = hotkeyNamed(name);
+  return (hotkey == nullptr ? kDefaultHotkey : *hotkey).code;
 }
 
 std::string_view ConfigManager::hotkeyCodeToName(std::int64_t code) {
-  return hotkeyNameOf(code);
+  const Hotkey* hotkey = hotkeyWithCode(code);
+  return (hotkey == nullptr ? kDefaultHotkey : *hotkey).name;
 }
 
 }  // namespace voxtrel

@@ -4,14 +4,14 @@
 #include <string>
 #include <string_view>
 
-#include "common/settings/ModelSettings.h"
+#include "common/settings/SettingsReader.h"
 
 namespace voxtrel {
 
-/// Knows where one user's engine configuration and model weights are, and reads them afresh on
-/// every call; nothing is cached or logged.
+/// One user's settings file and model weights: where they are, and what is there now. Every call reads
+/// the file again; nothing is cached or logged.
 /// Thread: any, as an immutable value.  Owns: the paths.
-/// Fails by: defaults for what cannot be read, absence for what cannot be reached; never throws.
+/// Fails by: defaults for what cannot be read, false for what cannot be reached; never throws.
 class ConfigManager {
  public:
   /// `homeDirectory` is absolute; separators at its end are dropped.
@@ -21,23 +21,26 @@ class ConfigManager {
 
   ModelSettings readSettings() const;
 
-  /// Puts the settings into the file, every other line of which stays. Neither fails nor reports:
-  /// where the new text cannot be written, the old file goes all the same.
+  /// Puts the settings into the file and keeps its other lines. Reports no failure: if the new text
+  /// cannot be written, the old file is removed all the same.
   void writeSettings(const ModelSettings& settings) const;
 
-  /// The first model's name in the file, where readSettings() gives the last.
+  /// The first model name in the file; readSettings() gives the last.
   std::string readWhisperModel() const;
 
-  /// The file that marks the model's weights as present. The name is taken as it is.
+  /// Where the weights of a model are kept. The name is taken as it is.
+  std::string weightsFolder(std::string_view model) const;
+
+  /// The file in that folder that marks the weights as present.
   std::string weightsManifestPath(std::string_view model) const;
 
-  /// Whether anything, a folder too, is at weightsManifestPath(model); links are followed.
+  /// Whether there is a file or folder at weightsManifestPath(model); links are followed.
   bool weightsExist(std::string_view model) const;
 
-  /// The code of the hotkey with exactly this name, aliases included; 54 for any other.
+  /// The code of the hotkey with exactly this name or alias; 54 for any other text.
   static std::int64_t hotkeyNameToCode(std::string_view name);
 
-  /// The canonical name of the hotkey with this code; "right_cmd" for any other.
+  /// The canonical name of the hotkey with this code; "right_cmd" for any other number.
   static std::string_view hotkeyCodeToName(std::int64_t code);
 
  private:

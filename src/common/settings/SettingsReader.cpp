@@ -1,11 +1,11 @@
 #include "common/settings/SettingsReader.h"
 
+#include <array>
 #include <charconv>
-#include <cstdint>
-#include <optional>
+#include <span>
 
 #include "common/base/Lines.h"
-#include "common/settings/HotkeyTable.h"
+#include "common/settings/ConfigManager.h"
 
 namespace voxtrel {
 namespace {
@@ -13,11 +13,24 @@ namespace {
 constexpr std::string_view kModelSection = "[model]";
 constexpr std::string_view kAudioSection = "[audio]";
 constexpr std::string_view kModelKey = "whisper_model";
+
+struct Key {
+  SettingKey key;
+  std::string_view name;
+};
+constexpr std::array<Key, 3> kModelKeys = {{{SettingKey::language, "language"},
+                                            {SettingKey::translate, "translate"},
+                                            {SettingKey::model, kModelKey}}};
+constexpr std::array<Key, 2> kAudioKeys = {
+    {{SettingKey::hotkey, "hotkey"}, {SettingKey::hotkeyCode, "hotkey_code"}}};
+
 constexpr std::string_view kDoubleQuote = "\"";
 constexpr std::string_view kAnyQuote = "\"'";
 
-/// What follows the key, an equals sign and the whitespace around it, wherever in the line they
-/// are. The line is trimmed, and so is the value.
+using Apply = std::function<void(SettingKey key, std::string_view value)>;
+
+/// What follows the key and an equals sign, anywhere in the line. The line must be trimmed; so is
+/// the value.
 std::optional<std::string_view> valueOf(std::string_view line, std::string_view key) {
   for (std::size_t at = line.find(key); at != std::string_view::npos; at = line.find(key, at + 1)) {
     const std::string_view rest = trimmedLeadingWhitespace(line.substr(at + key.size()));
@@ -32,7 +45,50 @@ std::string stripped(std::string_view value, std::string_view quotes) {
   return std::string(value.substr(first, value.find_last_not_of(quotes) - first + 1));
 }
 
-std::optional<std::int64_t> integerOf(std::string_view value) {
+/// Gives the line to the first of the keys that it sets.
+void applyLine(std::string_view line, std::span<const Key> keys, const Apply& apply) {
+  for (const auto& [key, name] : keys) {
+    if (const auto value = valueOf(line, name)) return apply(key, *value);
+  }
+}
+
+void applySetting(SettingKey key, std::string_view value, ModelSettings& settings) {
+  switch (key) {
+    case SettingKey::language:
+      settings.language = stripped(value, kDoubleQuote);
+      return;
+    case SettingKey::translate:
+      settings.translate = value == "true";
+      return;
+    case SettingKey::model:
+      settings.model = stripped(value, kDoubleQuote);
+      return;
+    case SettingKey::hotkey:
+      settings.hotkey = stripped(value, kAnyQuote);
+      return;
+    case SettingKey::hotkeyCode:
+      // A name counts more than a code, unless it is the default's.
+      const std::optional<std::int64_t> code = parseHotkeyCode(value);
+      if (code && settings.hotkey == ModelSettings().hotkey)
+        settings.hotkey = ConfigManager::hotkeyCodeToName(*code);
+      return;
+  }
+}
+
+}  // namespace
+
+void forEachSetting(std::string_view text, const Apply& apply) {
+  std::span<const Key> keys;
+  forEachLine(text, [&](std::string_view piece) {
+    const std::string_view line = trimmedWhitespace(piece);
+    if (!line.starts_with('[')) return applyLine(line, keys, apply);
+    keys = {};
+    if (line == kModelSection) keys = kModelKeys;
+    if (line == kAudioSection) keys = kAudioKeys;
+  });
+}
+
+std::optional<std::int64_t> parseHotkeyCode(std::string_view value) {
   if (value.starts_with('+')) {
     value.remove_prefix(1);
     if (value.starts_with('-')) return std::nullopt;
@@ -44,41 +100,10 @@ std::optional<std::int64_t> integerOf(std::string_view value) {
   return number;
 }
 
-void readModelLine(std::string_view line, ModelSettings& settings) {
-  if (const auto language = valueOf(line, "language")) {
-    settings.language = stripped(*language, kDoubleQuote);
-  } else if (const auto translate = valueOf(line, "translate")) {
-    settings.translate = *translate == "true";
-  } else if (const auto model = valueOf(line, kModelKey)) {
-    settings.model = stripped(*model, kDoubleQuote);
-  }
-}
-
-void readAudioLine(std::string_view line, ModelSettings& settings) {
-  if (const auto hotkey = valueOf(line, "hotkey")) {
-    settings.hotkey = stripped(*hotkey, kAnyQuote);
-  } else if (const auto code = valueOf(line, "hotkey_code")) {
-    // A name beats a code, unless it is the default's name.
-    const std::optional<std::int64_t> number = integerOf(*code);
-    if (number && settings.hotkey == ModelSettings().hotkey)
-      settings.hotkey = hotkeyNameOf(*number);
-  }
-}
-
-}  // namespace
-
 ModelSettings parseSettings(std::string_view text) {
   ModelSettings settings;
-  std::string_view section;
-  forEachLine(text, [&](std::string_view piece) {
-    const std::string_view line = trimmedWhitespace(piece);
-    if (line.starts_with('[')) {
-      section = line;
-    } else if (section == kModelSection) {
-      readModelLine(line, settings);
-    } else if (section == kAudioSection) {
-      readAudioLine(line, settings);
-    }
+  forEachSetting(text, [&settings](SettingKey key, std::string_view value) {
+    applySetting(key, value, settings);
   });
   return settings;
 }

@@ -5,7 +5,7 @@
 #include <initializer_list>
 
 #include "common/base/Lines.h"
-#include "common/settings/HotkeyTable.h"
+#include "common/settings/ConfigManager.h"
 
 namespace voxtrel {
 namespace {
@@ -50,10 +50,10 @@ std::string joined(std::initializer_list<std::string_view> pieces) {
   return text;
 }
 
-/// Enough for all five lines and their headers, so that a large text is not moved to grow.
-std::size_t roomFor(const ModelSettings& settings) {
-  constexpr std::size_t kNamesAndHeaders = 160;
-  return kNamesAndHeaders + settings.model.size() + settings.language.size() +
+/// Space for all five lines and their headers, so that a large text is not moved to grow.
+std::size_t maxAddedBytes(const ModelSettings& settings) {
+  constexpr std::size_t kKeysAndHeaders = 160;
+  return kKeysAndHeaders + settings.model.size() + settings.language.size() +
          settings.hotkey.size();
 }
 
@@ -87,12 +87,13 @@ std::string updateOrInsert(std::string_view content, std::string_view section, s
 
 std::string withSettings(std::string_view content, const ModelSettings& settings) {
   std::string text;
-  text.reserve(content.size() + roomFor(settings));
+  text.reserve(content.size() + maxAddedBytes(settings));
   text = content;
   update(text, kModelSection, "whisper_model", joined({"\"", settings.model, "\""}));
   update(text, kModelSection, "language", joined({"\"", settings.language, "\""}));
   update(text, kModelSection, "translate", settings.translate ? "true" : "false");
-  update(text, kAudioSection, "hotkey_code", std::to_string(hotkeyCodeOf(settings.hotkey)));
+  update(text, kAudioSection, "hotkey_code",
+         std::to_string(ConfigManager::hotkeyNameToCode(settings.hotkey)));
   update(text, kAudioSection, "hotkey", joined({"'", settings.hotkey, "'"}));
   return text;
 }

@@ -1,60 +1,63 @@
 #include "common/settings/TextFile.h"
 
 #include <array>
+#include <cerrno>
 #include <exception>
 #include <filesystem>
 #include <fstream>
+#include <system_error>
 
 #include "common/base/Utf8.h"
 
 namespace voxtrel {
 namespace {
 
-std::optional<std::string> readBytes(const std::string& path) {
-  std::error_code error;
-  if (!std::filesystem::is_regular_file(path, error)) return std::nullopt;
+namespace fs = std::filesystem;
+
+using Text = tl::expected<std::string, TextFileError>;
+
+Text failure(std::string reason) {
+  return tl::unexpected(TextFileError{false, std::move(reason)});
+}
+
+Text unreadable(const std::error_code& error) {
+  return failure("it cannot be read (" + error.message() + ")");
+}
+
+Text readRegularFile(const std::string& path, std::size_t maxBytes) {
+  const auto systemError = [] { return std::error_code(errno, std::generic_category()); };
   std::ifstream file(path, std::ios::binary);
-  if (!file) return std::nullopt;
+  if (!file) return unreadable(systemError());
   std::string bytes;
   std::array<char, 4096> piece{};
   do {
     file.read(piece.data(), piece.size());
     bytes.append(piece.data(), static_cast<std::size_t>(file.gcount()));
+    if (bytes.size() > maxBytes) return failure("it is too long to be settings");
   } while (file);
-  if (file.bad()) return std::nullopt;
+  if (file.bad()) return unreadable(systemError());
+  if (!isValidUtf8(bytes)) return failure("it is not UTF-8 text");
   return bytes;
 }
 
-bool writeBytes(const std::string& path, std::string_view bytes) {
+Text read(const std::string& path, std::size_t maxBytes) {
   std::error_code error;
-  const std::filesystem::file_status status = std::filesystem::status(path, error);
-  if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) return false;
-  std::ofstream file(path, std::ios::binary | std::ios::trunc);
-  if (!file) return false;
-  file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-  file.close();
-  if (file) return true;
-  std::filesystem::remove(path, error);
-  return false;
+  const fs::file_status status = fs::status(path, error);
+  if (status.type() == fs::file_type::not_found) {
+    return tl::unexpected(TextFileError{true, "it does not exist"});
+  }
+  if (error) return unreadable(error);
+  if (!fs::is_regular_file(status)) return failure("it is not a regular file");
+  return readRegularFile(path, maxBytes);
 }
 
 }  // namespace
 
-std::optional<std::string> readTextFile(const std::string& path) noexcept {
+Text readTextFile(const std::string& path, std::size_t maxBytes) noexcept {
   try {
-    std::optional<std::string> bytes = readBytes(path);
-    if (bytes && !isValidUtf8(*bytes)) bytes.reset();
-    return bytes;
-  } catch (const std::exception&) {  // no memory for it: as good as unreadable
-    return std::nullopt;
-  }
-}
-
-bool writeTextFile(const std::string& path, std::string_view text) noexcept {
-  try {
-    return writeBytes(path, text);
+    return read(path, maxBytes);
   } catch (const std::exception&) {
-    return false;
+    return failure("out of memory");  // short enough to need none
   }
 }
 

@@ -1,18 +1,23 @@
 #pragma once
 
-#include <optional>
+#include <cstddef>
+#include <limits>
 #include <string>
-#include <string_view>
+
+#include <tl/expected.hpp>
 
 namespace voxtrel {
 
-/// The bytes of a UTF-8 text file; links are followed. Nothing if it is missing, unreadable, not a
-/// regular file (a FIFO is not waited for) or not well-formed UTF-8. Never throws.
-std::optional<std::string> readTextFile(const std::string& path) noexcept;
+/// Why a file's text could not be read.
+struct TextFileError {
+  bool isMissing = false;  ///< there is no such file
+  std::string reason;      ///< for people, such as "it is not a regular file"
+};
 
-/// Writes the bytes into the file at `path`, made where there is none; links are followed. False if
-/// that failed: then nothing half written stays there, and what is no regular file stays untouched
-/// (a FIFO is not waited for). Never throws.
-bool writeTextFile(const std::string& path, std::string_view text) noexcept;
+/// Reads a whole UTF-8 text file; links are followed. It must be a regular file, so this never waits
+/// for a FIFO or a device.
+tl::expected<std::string, TextFileError> readTextFile(
+    const std::string& path,
+    std::size_t maxBytes = std::numeric_limits<std::size_t>::max()) noexcept;
 
 }  // namespace voxtrel

@@ -5,10 +5,10 @@
 #include <string>
 
 #include "common/base/SessionKind.h"
+#include "common/settings/HotkeyTable.h"
 #include "quillback/keys/OwnKeys.h"
 #include "quillback/ports/KeyWatch.h"
 #include "quillback/ports/Loop.h"
-#include "quillback/settings/HotkeyTable.h"
 
 namespace voxtrel::quillback {
 

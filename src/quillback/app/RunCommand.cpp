@@ -6,6 +6,7 @@
 
 #include "common/base/HomeDirectory.h"
 #include "common/posix/StopSignals.h"
+#include "common/settings/ConfigManager.h"
 #include "quillback/app/Engine.h"
 #include "quillback/loop/EndWatch.h"
 #include "quillback/loop/LineOutput.h"
@@ -19,7 +20,7 @@ int runEngine() {
   EpollLoop loop;
   // Outlives the engine: where its end takes too long, this ends the process.
   const EndWatch endWatch(signals, [&loop] { loop.stop(); });
-  const SettingsReading reading = readSettings(settingsPath(homeDirectory()));
+  const SettingsReading reading = readEngineSettings(ConfigManager(homeDirectory()).configPath());
   for (const std::string& error : reading.errors) output.print(error);
   const Engine engine(loop, output, reading.settings);
   loop.run();

@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include "common/base/HomeDirectory.h"
+#include "common/settings/ConfigManager.h"
 #include "quillback/app/ChosenEngine.h"
 #include "quillback/app/Transcribe.h"
 #include "quillback/loop/LineOutput.h"
@@ -13,7 +14,7 @@ namespace voxtrel::quillback {
 int printTranscript(const std::string& file) {
   LineOutput text(STDOUT_FILENO);
   LineOutput notes(STDERR_FILENO);
-  const SettingsReading reading = readSettings(settingsPath(homeDirectory()));
+  const SettingsReading reading = readEngineSettings(ConfigManager(homeDirectory()).configPath());
   for (const std::string& error : reading.errors) notes.print(error);
   const EngineSettings& settings = reading.settings;
   const auto engine =

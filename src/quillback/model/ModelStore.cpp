@@ -1,9 +1,8 @@
 #include "quillback/model/ModelStore.h"
 
-#include <sys/stat.h>
-
 #include <variant>
 
+#include "common/settings/ConfigManager.h"
 #include "quillback/model/Files.h"
 #include "quillback/model/Manifest.h"
 
@@ -28,18 +27,14 @@ std::string faultOf(const std::string& folder, const Manifest::File& file) {
 
 }  // namespace
 
-std::string modelFolder(const std::string& home, const std::string& model) {
-  return home + "/.local/share/quillback/weights/whisper-" + model;
-}
-
 StoreState inspectStore(const std::string& home, const std::string& model) {
-  const std::string folder = modelFolder(home, model);
-  const std::string path = folder + "/manifest.json";
-  struct stat found {};
-  if (::stat(path.c_str(), &found) != 0) {
+  const ConfigManager config(home);
+  if (!config.weightsExist(model)) {
     return {StoreState::Kind::absent, {}, "there is no manifest.json"};
   }
-  const std::optional<std::string> text = readSmallFile(path, kMaxManifestBytes + 1);
+  const std::string folder = config.weightsFolder(model);
+  const std::optional<std::string> text =
+      readSmallFile(config.weightsManifestPath(model), kMaxManifestBytes + 1);
   if (!text) return damaged("manifest.json cannot be read");
 
   const std::variant<Manifest, std::string> parsed = parseManifest(*text);

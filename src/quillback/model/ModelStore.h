@@ -18,10 +18,7 @@ struct StoreState {
   std::string why;          ///< one sentence, without a full stop; empty where complete
 };
 
-/// The folder of `model` below the user's `home`: home/.local/share/quillback/weights/whisper-MODEL.
-std::string modelFolder(const std::string& home, const std::string& model);
-
-/// Looks at the store: reads the manifest and compares sizes, never the weights' bytes.
+/// Looks at the store below the user's `home`: reads the manifest and compares sizes, never the weights' bytes.
 /// Thread: any. Fails by: `damaged` with the reason.
 StoreState inspectStore(const std::string& home, const std::string& model);
 

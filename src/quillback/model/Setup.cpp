@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "common/posix/StopSignals.h"
+#include "common/settings/ConfigManager.h"
 #include "quillback/model/Download.h"
 #include "quillback/model/Files.h"
 #include "quillback/model/HttpLibrary.h"
@@ -30,7 +31,7 @@ class Setup {
       : options_(options),
         pin_(pin),
         output_(output),
-        folder_(modelFolder(options.home, pin.model)),
+        folder_(ConfigManager(options.home).weightsFolder(pin.model)),
         filePath_(folder_ + "/" + pin.fileName) {}
 
   Failure run();

@@ -2,130 +2,114 @@
 
 #include <toml++/toml.h>
 
+#include <algorithm>
 #include <array>
+#include <map>
 #include <optional>
+#include <utility>
 
-#include "quillback/settings/SettingsFile.h"
+#include "common/settings/SettingsReader.h"
+#include "common/settings/TextFile.h"
 
 namespace voxtrel::quillback {
 namespace {
 
 using Insert = EngineSettings::Insert;
 
-/// Reads the keys of one parsed file, collecting mistakes.
-/// Thread: one.  Borrows: the tables.
-class Reader {
- public:
-  explicit Reader(const toml::table& root) : root_(root) {}
+constexpr std::size_t kMaxBytes = 1 << 20;
+constexpr std::array<std::pair<std::string_view, Insert>, 3> kInserts = {
+    {{"type", Insert::type}, {"clipboard", Insert::clipboard}, {"none", Insert::none}}};
 
-  SettingsReading read() && {
-    auto& [settings, errors] = reading_;
-    settings.model = text("model", "whisper_model").value_or(settings.model);
-    settings.language = text("model", "language").value_or(settings.language);
-    readTranslate();
-    readHotkey();
-    readInsert();
-    return std::move(reading_);
+/// `line` counts from 1; 0 means the whole file. `what` never quotes the file, whose text must not look
+/// like one of the engine's own lines.
+std::string errorLine(std::size_t line, std::string_view what) {
+  std::string text = "[quillback] ERROR in ~/.config/quillback/config.toml";
+  if (line > 0) text += ", line " + std::to_string(line);
+  return text.append(": ").append(what);
+}
+
+/// The line, as editors count, in which `part` of `text` begins.
+std::size_t lineOf(std::string_view text, std::string_view part) {
+  const auto before = text.substr(0, static_cast<std::size_t>(part.data() - text.data()));
+  return 1 + static_cast<std::size_t>(std::ranges::count(before, '\n'));
+}
+
+/// Takes over what the application reads from the same text.
+void readShared(std::string_view text, SettingsReading& reading) {
+  const ModelSettings shared = parseSettings(text);
+  auto& [settings, errors] = reading;
+  settings.model = shared.model;
+  settings.language = shared.language;
+  settings.translate = shared.translate;
+  const Hotkey* hotkey = hotkeyNamed(shared.hotkey);
+  if (hotkey != nullptr) settings.hotkey = *hotkey;
+
+  std::map<SettingKey, std::string_view> last;
+  forEachSetting(text, [&last](SettingKey key, std::string_view value) { last[key] = value; });
+  const auto complainIf = [&](SettingKey key, auto isWrong, std::string_view what) {
+    const auto found = last.find(key);
+    if (found == last.end() || !isWrong(found->second)) return;
+    errors.push_back(errorLine(lineOf(text, found->second), what));
+  };
+  complainIf(
+      SettingKey::translate, [](auto value) { return value != "true" && value != "false"; },
+      "translate must be true or false");
+  complainIf(
+      SettingKey::hotkeyCode,
+      [](auto value) {
+        const std::optional<std::int64_t> code = parseHotkeyCode(value);
+        return !code || hotkeyWithCode(*code) == nullptr;
+      },
+      "hotkey_code is not the number of a key that can be held");
+  complainIf(
+      SettingKey::hotkey, [hotkey](auto) { return hotkey == nullptr; },
+      "hotkey is not the name of a key that can be held");
+}
+
+void readInsert(const toml::table& file, SettingsReading& reading) {
+  const toml::node* section = file.get("output");
+  if (section == nullptr) return;
+  const auto complain = [&reading](const toml::node& node, std::string_view what) {
+    reading.errors.push_back(errorLine(node.source().begin.line, what));
+  };
+  if (!section->is_table()) return complain(*section, "output must be a section");
+  const toml::node* node = section->as_table()->get("insert");
+  if (node == nullptr) return;
+  const auto value = node->value_exact<std::string>().value_or("");
+  const auto* found = std::ranges::find(kInserts, value, &decltype(kInserts)::value_type::first);
+  if (found == kInserts.end()) {
+    return complain(*node, R"(insert must be "type", "clipboard" or "none")");
   }
+  reading.settings.insert = found->second;
+}
 
- private:
-  /// The value, if the section and the key are there. A section that is none is reported once.
-  const toml::node* find(std::string_view section, std::string_view key) {
-    const toml::node* node = root_.get(section);
-    if (node == nullptr) return nullptr;
-    if (const toml::table* table = node->as_table()) return table->get(key);
-    if (std::string(section) != badSection_) {
-      complain(*node, std::string(section) + " must be a section");
-      badSection_ = section;
-    }
-    return nullptr;
+void readOwn(std::string_view text, SettingsReading& reading) {
+  try {
+    readInsert(toml::parse(text), reading);
+  } catch (const toml::parse_error& error) {
+    reading.errors.push_back(
+        errorLine(error.source().begin.line, "this is not TOML; [output] keeps its default"));
   }
-
-  std::optional<std::string> text(std::string_view section, std::string_view key) {
-    const toml::node* node = find(section, key);
-    if (node == nullptr) return std::nullopt;
-    auto value = node->value_exact<std::string>();
-    if (value && !value->empty()) return value;
-    complain(*node, std::string(key) + " must be a text in quotes");
-    return std::nullopt;
-  }
-
-  void readTranslate() {
-    const toml::node* node = find("model", "translate");
-    if (node == nullptr) return;
-    const auto value = node->value_exact<bool>();
-    if (value) {
-      reading_.settings.translate = *value;
-    } else {
-      complain(*node, "translate must be true or false");
-    }
-  }
-
-  void readHotkey() {
-    if (const toml::node* node = find("audio", "hotkey_code")) {
-      const auto code = node->value_exact<std::int64_t>();
-      const auto hotkey = code ? hotkeyWithCode(*code) : std::nullopt;
-      if (hotkey) {
-        reading_.settings.hotkey = *hotkey;
-        return;
-      }
-      complain(*node, "hotkey_code is not the number of a key that can be held");
-    }
-    if (const toml::node* node = find("audio", "hotkey")) {
-      const auto name = node->value_exact<std::string>();
-      const auto hotkey = name ? hotkeyNamed(*name) : std::nullopt;
-      if (hotkey) {
-        reading_.settings.hotkey = *hotkey;
-      } else {
-        complain(*node, "hotkey is not the name of a key that can be held");
-      }
-    }
-  }
-
-  void readInsert() {
-    const toml::node* node = find("output", "insert");
-    if (node == nullptr) return;
-    const auto value = node->value_exact<std::string>().value_or("");
-    for (const auto& [name, insert] : kInserts) {
-      if (value == name) {
-        reading_.settings.insert = insert;
-        return;
-      }
-    }
-    complain(*node, R"(insert must be "type", "clipboard" or "none")");
-  }
-
-  void complain(const toml::node& node, const std::string& what) {
-    reading_.errors.push_back(settingsError(node.source().begin.line, what));
-  }
-
-  static constexpr std::array<std::pair<std::string_view, Insert>, 3> kInserts = {
-      {{"type", Insert::type}, {"clipboard", Insert::clipboard}, {"none", Insert::none}}};
-
-  const toml::table& root_;
-  std::string badSection_;
-  SettingsReading reading_;
-};
+}
 
 }  // namespace
 
-SettingsReading parseSettings(std::string_view text) {
-  try {
-    return Reader(toml::parse(text)).read();
-  } catch (const toml::parse_error& error) {
-    // The library's own words quote the file, whose text must not pass for a line of the engine's.
-    return {{}, {settingsError(error.source().begin.line, "this is not TOML; using the defaults")}};
+SettingsReading parseEngineSettings(std::string_view text) {
+  constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+  SettingsReading reading;
+  if (text.starts_with(kByteOrderMark)) {
+    reading.errors.push_back(errorLine(1, "the byte order mark hides what this line says"));
   }
+  readShared(text, reading);
+  readOwn(text, reading);
+  return reading;
 }
 
-SettingsReading readSettings(const std::string& path) {
-  const SettingsFile file = readSettingsFile(path);
-  if (!file.error.empty()) return {{}, {file.error}};
-  return parseSettings(file.text);
-}
-
-std::string settingsPath(const std::string& home) {
-  return home + "/.config/quillback/config.toml";
+SettingsReading readEngineSettings(const std::string& path) {
+  const auto text = readTextFile(path, kMaxBytes);
+  if (text) return parseEngineSettings(*text);
+  if (text.error().isMissing) return {};
+  return {{}, {errorLine(0, text.error().reason + "; using the defaults")}};
 }
 
 }  // namespace voxtrel::quillback

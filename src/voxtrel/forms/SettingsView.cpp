@@ -1,11 +1,11 @@
 #include "voxtrel/forms/SettingsView.h"
 
 #include <algorithm>
-#include <cstdio>
-#include <cstdlib>
+#include <array>
 #include <utility>
 
-#include "voxtrel/forms/SettingsTables.h"
+#include "common/base/Fatal.h"
+#include "common/settings/HotkeyTable.h"
 #include "voxtrel/platform/Preferences.h"
 
 namespace voxtrel {
@@ -13,7 +13,46 @@ namespace {
 
 constexpr std::string_view kWrittenModel = "large-v3";
 
-/// The first row with this value; the first of all if there is none.
+constexpr auto kHotkeyChoices = [] {
+  std::array<Choice<std::string_view>, kHotkeys.size()> choices{};
+  std::ranges::transform(kHotkeys, choices.begin(), [](const Hotkey& hotkey) {
+    return Choice<std::string_view>{hotkey.choice, hotkey.name};
+  });
+  return choices;
+}();
+
+constexpr std::array<Choice<std::string_view>, 23> kInputLanguageChoices = {{
+    {"Auto-detect", "auto"},
+    {"English", "en"},
+    {"Chinese (Mandarin)", "zh"},
+    {"Spanish", "es"},
+    {"Hindi", "hi"},
+    {"Arabic", "ar"},
+    {"French", "fr"},
+    {"Portuguese", "pt"},
+    {"Russian", "ru"},
+    {"Bengali", "bn"},
+    {"Japanese", "ja"},
+    {"German", "de"},
+    {"Korean", "ko"},
+    {"Italian", "it"},
+    {"Turkish", "tr"},
+    {"Vietnamese", "vi"},
+    {"Polish", "pl"},
+    {"Dutch", "nl"},
+    {"Ukrainian", "uk"},
+    {"Thai", "th"},
+    {"Swedish", "sv"},
+    {"Indonesian", "id"},
+    {"Cantonese (v3 only)", "yue"},
+}};
+
+constexpr std::array<Choice<bool>, 2> kOutputChoices = {{
+    {"Original language", false},
+    {"Translate to English", true},
+}};
+
+/// The first row with this value; 0 if there is none.
 template <typename Table, typename Value>
 std::size_t indexOf(const Table& table, const Value& value) {
   const auto found =
@@ -22,13 +61,24 @@ std::size_t indexOf(const Table& table, const Value& value) {
 }
 
 template <typename Table>
-std::size_t rowOf(const Table& table, std::size_t index) {
-  if (index < table.size()) return index;
-  std::fputs("voxtrel: a picker chose a row outside its table\n", stderr);
-  std::abort();
+std::size_t checkedIndex(const Table& table, std::size_t index) {
+  if (index >= table.size()) fatalError("a picker chose a row outside its table");
+  return index;
 }
 
 }  // namespace
+
+std::span<const Choice<std::string_view>> SettingsView::hotkeys() {
+  return kHotkeyChoices;
+}
+
+std::span<const Choice<std::string_view>> SettingsView::inputLanguages() {
+  return kInputLanguageChoices;
+}
+
+std::span<const Choice<bool>> SettingsView::outputs() {
+  return kOutputChoices;
+}
 
 SettingsView::SettingsView(ConfigManager config, const SettingsPorts& ports,
                            std::function<void()> onSaveAndRestart)
@@ -43,15 +93,15 @@ SettingsView::SettingsView(ConfigManager config, const SettingsPorts& ports,
 }
 
 void SettingsView::selectHotkey(std::size_t index) {
-  selectedHotkeyIndex_ = rowOf(kHotkeyChoices, index);
+  selectedHotkeyIndex_ = checkedIndex(kHotkeyChoices, index);
 }
 
 void SettingsView::selectInput(std::size_t index) {
-  selectedInputIndex_ = rowOf(kInputLanguageChoices, index);
+  selectedInputIndex_ = checkedIndex(kInputLanguageChoices, index);
 }
 
 void SettingsView::selectOutput(std::size_t index) {
-  selectedOutputIndex_ = rowOf(kOutputChoices, index);
+  selectedOutputIndex_ = checkedIndex(kOutputChoices, index);
 }
 
 void SettingsView::setLaunchAtLogin(bool enabled) {
@@ -66,8 +116,8 @@ void SettingsView::appeared() {
   changed();
 }
 
-/// False if it sprang back. Springing back is a change like any other and asks the desktop for the
-/// opposite, once: where that fails too, the value stays.
+/// False if it sprang back. Springing back is a change like any other, so it asks the desktop for the
+/// opposite, once; if that fails too, the value stays.
 bool SettingsView::changeLaunchAtLogin(bool enabled) {
   keepLaunchAtLogin(enabled);
   if (requestLaunchAtLogin(enabled)) return true;
@@ -93,7 +143,7 @@ void SettingsView::saveAndRestart() {
   if (onSaveAndRestart_) onSaveAndRestart_();
 }
 
-/// Calls a copy: the window may take its observer away while it runs.
+/// Calls a copy, because the window may remove its observer during the call.
 void SettingsView::changed() const {
   if (const auto onChange = onChange_) onChange();
 }

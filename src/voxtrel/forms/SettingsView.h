@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <functional>
+#include <span>
 #include <string_view>
 #include <utility>
 
@@ -12,6 +13,13 @@ namespace voxtrel {
 class LoginItem;
 class UserDefaults;
 
+/// A row of a picker: what it shows and what it stands for.
+template <typename Value>
+struct Choice {
+  std::string_view display;
+  Value value;
+};
+
 /// What the form needs from outside; all of it must outlive the form.
 struct SettingsPorts {
   LoginItem& loginItem;
@@ -20,7 +28,7 @@ struct SettingsPorts {
 
 /// The settings form without its widgets: tables, selections, launch at login, saving. A window
 /// shows what this says and reports what the user did.
-/// Thread: the main thread.  Borrows: the ports.
+/// Thread: main.  Owns: the selections.  Borrows: the ports.
 /// Fails by: ending the process for an index outside its table, which no picker offers.
 class SettingsView {
  public:
@@ -43,6 +51,11 @@ class SettingsView {
   static constexpr int kLabelWidthPt = 130;
   static constexpr int kControlWidthPt = 200;
 
+  /// The rows of the pickers.
+  static std::span<const Choice<std::string_view>> hotkeys();         ///< by name
+  static std::span<const Choice<std::string_view>> inputLanguages();  ///< by Whisper language code
+  static std::span<const Choice<bool>> outputs();                     ///< whether to translate
+
   /// Reads the configuration once for the initial selections. `onSaveAndRestart` is called after a
   /// save; it may close the window but not destroy this.
   SettingsView(ConfigManager config, const SettingsPorts& ports,
@@ -55,20 +68,19 @@ class SettingsView {
   void selectInput(std::size_t index);
   void selectOutput(std::size_t index);
 
-  /// True where the application starts at login. Begins as the user defaults have it and is kept
-  /// there, as far as they can be written.
+  /// Whether the application starts at login. The first value is that of the user defaults, and every
+  /// change is written there.
   bool launchAtLogin() const { return launchAtLogin_; }
-  /// Registers or unregisters at once; where that fails, launchAtLogin() springs back.
+  /// Registers or unregisters at once; if that fails, launchAtLogin() springs back.
   void setLaunchAtLogin(bool enabled);
 
-  /// The window has come up: what the system says about launch at login counts.
+  /// To be called each time the window is shown: takes over what the system says about launch at login.
   void appeared();
 
   /// Writes the configuration and hands over to `onSaveAndRestart`.
   void saveAndRestart();
 
-  /// Called after launchAtLogin() has changed by itself: it sprang back, or the system says other
-  /// than was kept.
+  /// Called after launchAtLogin() has changed by itself: it sprang back, or the system said otherwise.
   void setOnChange(std::function<void()> onChange) { onChange_ = std::move(onChange); }
 
  private:

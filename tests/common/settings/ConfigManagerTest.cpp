@@ -5,7 +5,6 @@
 #include <string>
 
 #include "common/settings/ConfigManager.h"
-#include "common/settings/TextFile.h"
 #include "support/ScratchFolder.h"
 
 namespace voxtrel {
@@ -16,7 +15,7 @@ namespace fs = std::filesystem;
 constexpr const char* kConfig = ".config/quillback/config.toml";
 constexpr const char* kGerman = "[model]\nlanguage = \"de\"\nwhisper_model = \"medium\"\n";
 
-/// A home directory for one test.
+/// A home directory with settings and models.
 struct Configuration : testing::Test {
   ScratchFolder home{};
   ConfigManager config{home.path().string()};
@@ -45,7 +44,7 @@ TEST_F(Configuration, IsTheDefaultsWithoutAFile) {
   EXPECT_TRUE(fs::is_empty(home.path()));  // nothing was created by looking
 }
 
-TEST_F(Configuration, IsReadFromTheFileAfreshEachTime) {
+TEST_F(Configuration, IsReadFromTheFileEachTime) {
   home.write(kConfig, kGerman);
   expectGerman();
   home.write(kConfig, "[model]\nwhisper_model = 1\nwhisper_model = 2\n");
@@ -97,13 +96,6 @@ TEST_F(Configuration, IsTheDefaultsWhereALinkToItselfStandsInItsPlace) {
   expectDefaults();
 }
 
-TEST_F(Configuration, IsUnreadableWhereReadingFailsOrADeviceWouldAnswer) {
-  // A regular file that opens and then fails at its first byte, for every user.
-  EXPECT_EQ(readTextFile("/proc/self/mem"), std::nullopt);
-  EXPECT_EQ(readTextFile("/dev/null"), std::nullopt);
-  EXPECT_EQ(readTextFile(home.write("empty", "").string()), "");
-}
-
 TEST_F(Configuration, IsTheDefaultsWhereThePathIsTooLong) {
   const ConfigManager tooLong("/" + std::string(5000, 'x'));
   EXPECT_EQ(tooLong.readSettings(), ModelSettings());
@@ -114,6 +106,8 @@ TEST_F(Configuration, NamesTheManifestOfAModelByTheModelsName) {
   const ConfigManager example("/Users/example");
   EXPECT_EQ(example.weightsManifestPath("large-v3"),
             "/Users/example/.local/share/quillback/weights/whisper-large-v3/manifest.json");
+  EXPECT_EQ(example.weightsFolder("large-v3"),
+            "/Users/example/.local/share/quillback/weights/whisper-large-v3");
   EXPECT_EQ(example.weightsManifestPath(""),
             "/Users/example/.local/share/quillback/weights/whisper-/manifest.json");
   EXPECT_EQ(example.weightsManifestPath("a/../b"),

@@ -29,7 +29,7 @@ Lines linesOf(const std::string& text) {
   return lines;
 }
 
-/// The rule written a second time, over a list of lines.
+/// The same rule, over a list of lines.
 std::string updatedByLines(const std::string& content, const std::string& section,
                            const std::string& key, const std::string& value) {
   Lines lines = linesOf(content);
@@ -130,8 +130,8 @@ TEST(SettingsWriterProperty, WritingTwiceIsTheSameAsOnce) {
   }
 }
 
-/// Files with lines of all kinds but those that speak to the reader and not to the writer: a key
-/// inside a longer word or a comment, a key twice, a section twice, newlines that only the reader
+/// Files with lines of all kinds except those that the reader recognises and the writer does not: a
+/// key inside a longer word or a comment, a key twice, a section twice, newlines that only the reader
 /// knows, codes that count because the name is the default's.
 std::string unambiguousFile(RandomText& random) {
   constexpr std::array kPlain = {"# a note\n"sv,         "\n"sv,
@@ -171,7 +171,7 @@ TEST(SettingsWriterProperty, WhatWasWrittenIsReadBack) {
   }
 }
 
-TEST(SettingsWriterProperty, ALineThatOnlyTheReaderHearsMayStillOverruleWhatWasWritten) {
+TEST(SettingsWriterProperty, ALineThatOnlyTheReaderRecognisesMayOverruleWhatWasWritten) {
   const ModelSettings settings{"fr", false, "right_cmd", "large-v3"};
   const auto readBack = [&settings](const char* old) {
     return parseSettings(withSettings(old, settings));

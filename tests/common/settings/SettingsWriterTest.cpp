@@ -127,7 +127,7 @@ TEST(SettingsWriter, GivesAnUnknownHotkeyTheDefaultsCodeAndAnAliasItsOwn) {
             std::string::npos);
 }
 
-// A line ends at its line feed alone here, so a carriage return makes a header another one.
+// Only "\n" ends a line here, so a header followed by "\r" is not recognised.
 TEST(SettingsWriter, AppendsToAFileWithCarriageReturnsWhichTheReaderUnderstands) {
   const std::string old =
       "[model]\r\nlanguage = \"de\"\r\nwhisper_model = \"medium\"\r\n[audio]\r\nhotkey = 'f7'\r\n";

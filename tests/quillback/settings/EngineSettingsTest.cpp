@@ -19,8 +19,12 @@ auto errorInLine(int line, const char* about) {
                HasSubstr(about));
 }
 
+std::string_view hotkeyOf(std::string_view text) {
+  return parseEngineSettings(text).settings.hotkey.name;
+}
+
 TEST(EngineSettings, AreTheDefaultsWhereNothingIsSaid) {
-  const SettingsReading reading = parseSettings("");
+  const SettingsReading reading = parseEngineSettings("");
   EXPECT_THAT(reading.errors, IsEmpty());
   EXPECT_EQ(reading.settings.model, "large-v3");
   EXPECT_EQ(reading.settings.language, "auto");
@@ -30,7 +34,7 @@ TEST(EngineSettings, AreTheDefaultsWhereNothingIsSaid) {
 }
 
 TEST(EngineSettings, AreReadFromWhatTheApplicationWrites) {
-  const SettingsReading reading = parseSettings(
+  const SettingsReading reading = parseEngineSettings(
       "\n[model]\ntranslate = true\nlanguage = \"de\"\nwhisper_model = \"large-v3\"\n\n[audio]\n"
       "hotkey = 'shift+\\'\nhotkey_code = 42");
   EXPECT_THAT(reading.errors, IsEmpty());
@@ -41,30 +45,34 @@ TEST(EngineSettings, AreReadFromWhatTheApplicationWrites) {
 }
 
 TEST(EngineSettings, KnowEveryWayToInsert) {
-  EXPECT_EQ(parseSettings("[output]\ninsert = \"type\"").settings.insert, Insert::type);
-  EXPECT_EQ(parseSettings("[output]\ninsert = \"clipboard\"").settings.insert, Insert::clipboard);
-  EXPECT_EQ(parseSettings("[output]\ninsert = 'none'").settings.insert, Insert::none);
+  const auto insertOf = [](const char* text) { return parseEngineSettings(text).settings.insert; };
+  EXPECT_EQ(insertOf("[output]\ninsert = \"type\""), Insert::type);
+  EXPECT_EQ(insertOf("[output]\ninsert = \"clipboard\""), Insert::clipboard);
+  EXPECT_EQ(insertOf("[output]\ninsert = 'none'"), Insert::none);
 }
 
-TEST(EngineSettings, TheCodeOfAHotkeyCountsMoreThanItsName) {
-  EXPECT_EQ(parseSettings("[audio]\nhotkey = 'f6'\nhotkey_code = 96").settings.hotkey.name, "f5");
-  EXPECT_EQ(parseSettings("[audio]\nhotkey_code = 54\nhotkey = 'f7'").settings.hotkey.name,
-            "right_cmd");
-  EXPECT_EQ(parseSettings("[audio]\nhotkey = 'right_option'").settings.hotkey.code, 61);
+TEST(EngineSettings, TheNameOfAHotkeyCountsMoreThanItsCodeUnlessItIsTheDefault) {
+  EXPECT_EQ(hotkeyOf("[audio]\nhotkey = 'f6'\nhotkey_code = 96"), "f6");
+  EXPECT_EQ(hotkeyOf("[audio]\nhotkey_code = 54\nhotkey = 'f7'"), "f7");
+  EXPECT_EQ(hotkeyOf("[audio]\nhotkey = \"right_cmd\"\nhotkey_code = 97"), "f6");
+  EXPECT_EQ(hotkeyOf("[audio]\nhotkey_code = 96"), "f5");
+  EXPECT_EQ(hotkeyOf("[audio]\nhotkey = right_option"), "right_opt");
 }
 
-TEST(EngineSettings, ANameThatTheCodeOverrulesMayBeAnything) {
-  EXPECT_THAT(parseSettings("[audio]\nhotkey = 'caps'\nhotkey_code = 54").errors, IsEmpty());
+TEST(EngineSettings, AnUnknownNameIsAMistakeThatNoCodeMakesGood) {
+  const SettingsReading reading = parseEngineSettings("[audio]\nhotkey = 'caps'\nhotkey_code = 97");
+  EXPECT_EQ(reading.settings.hotkey.name, "right_cmd");
+  EXPECT_THAT(reading.errors, ElementsAre(errorInLine(2, "hotkey is not the name")));
 }
 
 TEST(EngineSettings, TheNameCountsWhereTheCodeIsNoKeys) {
-  const SettingsReading reading = parseSettings("[audio]\nhotkey = 'f6'\nhotkey_code = 99");
+  const SettingsReading reading = parseEngineSettings("[audio]\nhotkey = 'f6'\nhotkey_code = 99");
   EXPECT_EQ(reading.settings.hotkey.name, "f6");
   EXPECT_THAT(reading.errors, ElementsAre(errorInLine(3, "hotkey_code")));
 }
 
 TEST(EngineSettings, AMistakeInOneKeyLeavesTheOthersAlone) {
-  const SettingsReading reading = parseSettings(
+  const SettingsReading reading = parseEngineSettings(
       "[model]\n"
       "whisper_model = 3\n"
       "language = ''\n"
@@ -75,42 +83,74 @@ TEST(EngineSettings, AMistakeInOneKeyLeavesTheOthersAlone) {
       "[output]\n"
       "insert = 'paste'\n");
   EXPECT_THAT(reading.errors,
-              ElementsAre(errorInLine(2, "whisper_model"), errorInLine(3, "language"),
-                          errorInLine(4, "translate"), errorInLine(6, "hotkey_code"),
+              ElementsAre(errorInLine(4, "translate"), errorInLine(6, "hotkey_code"),
                           errorInLine(7, "hotkey"), errorInLine(9, "insert")));
-  EXPECT_EQ(reading.settings.model, "large-v3");
-  const SettingsReading good = parseSettings("[model]\ntranslate = 1\nlanguage = 'fr'");
-  EXPECT_EQ(good.settings.language, "fr");
-  EXPECT_EQ(good.errors.size(), 1U);
+  EXPECT_EQ(reading.settings.model, "3");
+  EXPECT_EQ(reading.settings.language, "''");
+  EXPECT_FALSE(reading.settings.translate);
+  EXPECT_EQ(reading.settings.hotkey.name, "right_cmd");
+  EXPECT_EQ(reading.settings.insert, Insert::type);
 }
 
-TEST(EngineSettings, ASectionThatIsNoneIsOneMistake) {
-  const SettingsReading reading = parseSettings("output = 3\nmodel = 'large'\n");
-  EXPECT_THAT(reading.errors, ElementsAre(errorInLine(2, "model"), errorInLine(1, "output")));
-}
-
-TEST(EngineSettings, AFileThatIsNoTomlGivesTheDefaultsAndItsLine) {
-  const SettingsReading reading = parseSettings("[model]\nlanguage = \"de\"\ntranslate = True\n");
-  EXPECT_THAT(reading.errors, ElementsAre(errorInLine(3, "TOML")));
-  EXPECT_EQ(reading.settings.language, "auto");
-  EXPECT_THAT(parseSettings("[model]\nlanguage = 'a'\nlanguage = 'b'").errors,
-              ElementsAre(errorInLine(3, "TOML")));
-  EXPECT_THAT(parseSettings("\xFF\xFE").errors, ElementsAre(errorInLine(1, "TOML")));
-}
-
-TEST(EngineSettings, MayBeginWithAByteOrderMarkAndEndTheirLinesAsOthersDo) {
+TEST(EngineSettings, OnlyTheLastOfTwoValuesCanBeAMistake) {
+  EXPECT_THAT(
+      parseEngineSettings("[audio]\nhotkey = 'caps'\n[x]\n[model]\n[y]\n[z]\n").errors.size(), 1U);
   const SettingsReading reading =
-      parseSettings("\xEF\xBB\xBF[model]\r\nlanguage = \"es\" # Spanish\r\n");
-  EXPECT_THAT(reading.errors, IsEmpty());
-  EXPECT_EQ(reading.settings.language, "es");
+      parseEngineSettings("[audio]\nhotkey = 'caps'\n#\nhotkey = 'f5'\n");
+  EXPECT_EQ(reading.settings.hotkey.name, "f5");
+  EXPECT_THAT(reading.errors, ElementsAre(errorInLine(4, "TOML")));  // the key is there twice
+}
+
+TEST(EngineSettings, AnOutputThatIsNoSectionIsAMistake) {
+  EXPECT_THAT(parseEngineSettings("\noutput = 3\nmodel = 'large'\n").errors,
+              ElementsAre(errorInLine(2, "output must be a section")));
+}
+
+TEST(EngineSettings, AFileThatIsNotTomlLosesOnlyTheEnginesOwnKeys) {
+  for (const char* foreign : {"note = hello", "[model]\nlanguage = \"de\"", "[audio", "x = [1"}) {
+    const SettingsReading reading = parseEngineSettings(
+        "[model]\r\nlanguage = \"de\"\r\ntranslate = true\r\nwhisper_model = \"m\"\r\n"
+        "[audio]\r\nhotkey = 'f6'\r\n[output]\r\ninsert = 'none'\r\n" +
+        std::string(foreign) + "\r\n");
+    EXPECT_EQ(reading.settings.language, "de") << foreign;
+    EXPECT_TRUE(reading.settings.translate) << foreign;
+    EXPECT_EQ(reading.settings.model, "m") << foreign;
+    EXPECT_EQ(reading.settings.hotkey.name, "f6") << foreign;
+    EXPECT_EQ(reading.settings.insert, Insert::type) << foreign;
+    EXPECT_THAT(reading.errors, ElementsAre(AllOf(StartsWith(kError), HasSubstr("TOML"))))
+        << foreign;
+  }
+}
+
+TEST(EngineSettings, AFileThatIsNotTomlNamesItsLine) {
+  EXPECT_THAT(parseEngineSettings("[model]\nlanguage = 'a'\nlanguage = 'b'").errors,
+              ElementsAre(errorInLine(3, "TOML")));
+  EXPECT_THAT(parseEngineSettings("[x]\r\n\r\nnote = hello\r\n").errors,
+              ElementsAre(errorInLine(3, "TOML")));
+  EXPECT_THAT(parseEngineSettings("\xFF\xFE").errors, ElementsAre(errorInLine(1, "TOML")));
+  EXPECT_THAT(parseEngineSettings(std::string("\n\0", 2)).errors,
+              ElementsAre(errorInLine(2, "TOML")));
+}
+
+TEST(EngineSettings, MistakesAreCountedInTheLinesOfAnEditor) {
+  EXPECT_THAT(parseEngineSettings("# a\r\n\r\n[model]\r\ntranslate = yes\r\n").errors,
+              ElementsAre(errorInLine(4, "translate"), errorInLine(4, "TOML")));
+}
+
+TEST(EngineSettings, HaveAnUnreadFirstLineBehindAByteOrderMark) {
+  const SettingsReading reading = parseEngineSettings(
+      "\xEF\xBB\xBF[model]\r\nlanguage = \"es\"\r\n[output]\r\ninsert = 'none'\r\n");
+  EXPECT_THAT(reading.errors, ElementsAre(errorInLine(1, "byte order mark")));
+  EXPECT_EQ(reading.settings.language, "auto");
+  EXPECT_EQ(reading.settings.insert, Insert::none);
 }
 
 TEST(EngineSettings, WhatAFileSaysNeverPassesForALineOfTheEngines) {
   for (const char* text :
-       {"[audio]\nhotkey = 'Ready.'", "[model]\nwhisper_model = { 'Recording...' = 1 }",
+       {"[audio]\nhotkey = 'Ready.'", "[model]\nx = { 'Recording...' = 1, y = }",
         "[output]\ninsert = 'encode='", "Ready. = 1", "[model]\nx = 1\n'Ready.' = 1\n'Ready.' = 2",
-        "[model]\ntranslate = Ready.", "[model]\ntranslate = 'Ready.'"}) {
-    const SettingsReading reading = parseSettings(text);
+        "[model]\ny = Ready.", "[model]\ntranslate = 'Ready.'"}) {
+    const SettingsReading reading = parseEngineSettings(text);
     ASSERT_EQ(reading.errors.size(), 1U) << text;
     EXPECT_THAT(reading.errors[0],
                 testing::Not(testing::AnyOf(HasSubstr("Ready."), HasSubstr("Recording..."),
@@ -118,12 +158,13 @@ TEST(EngineSettings, WhatAFileSaysNeverPassesForALineOfTheEngines) {
   }
 }
 
-TEST(EngineSettings, KeysAndSectionsOfOthersAreNobodysMistake) {
-  EXPECT_THAT(parseSettings("a = 1\n[model]\nb = 2\n[x.y]\nz = []\n[[list]]\n").errors, IsEmpty());
+TEST(EngineSettings, UnknownKeysAndSectionsAreIgnored) {
+  EXPECT_THAT(parseEngineSettings("a = 1\n[model]\nb = 2\n[x.y]\nz = []\n[[list]]\n").errors,
+              IsEmpty());
 }
 
 TEST(EngineSettings, DeepNestingIsAMistakeAndNoCrash) {
-  EXPECT_EQ(parseSettings("a = " + std::string(100'000, '[')).errors.size(), 1U);
+  EXPECT_EQ(parseEngineSettings("a = " + std::string(100'000, '[')).errors.size(), 1U);
 }
 
 }  // namespace

@@ -2,13 +2,13 @@
 
 #include <optional>
 #include <ostream>
+#include <span>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "support/FakeForms.h"
 #include "support/ScratchFolder.h"
-#include "voxtrel/forms/SettingsTables.h"
 #include "voxtrel/forms/SettingsView.h"
 
 namespace voxtrel {
@@ -20,15 +20,15 @@ using Flags = std::vector<bool>;
 
 constexpr const char* kConfig = ".config/quillback/config.toml";
 
-/// Defaults that note what is written.
-struct NotedDefaults : FakeUserDefaults {
+/// Records what is written.
+struct RecordedDefaults : FakeUserDefaults {
   void setBool(std::string_view key, bool value) override {
     EXPECT_EQ(key, "launchAtLogin");
     written.push_back(value);
     if (!forgets) FakeUserDefaults::setBool(key, value);
   }
   Flags written;
-  bool forgets = false;  // as where the file cannot be written
+  bool forgets = false;  // as if the file could not be written
 };
 
 struct SettingsForm : ::testing::Test {
@@ -49,67 +49,68 @@ struct SettingsForm : ::testing::Test {
   ScratchFolder home{};
   ConfigManager config{home.path().string()};
   FakeLoginItem loginItem;
-  NotedDefaults defaults;
+  RecordedDefaults defaults;
   std::vector<ModelSettings> saved;  // what the file said when the form handed over
   Flags heard;                       // launch at login at each change by itself
   std::optional<SettingsView> view;
 };
 
-template <typename Value, std::size_t kSize>
-std::vector<std::pair<std::string, std::string>> rowsOf(
-    const std::array<Choice<Value>, kSize>& table) {
-  std::vector<std::pair<std::string, std::string>> rows;
+using Rows = std::vector<std::pair<std::string, std::string>>;
+
+Rows rowsOf(std::span<const Choice<std::string_view>> table) {
+  Rows rows;
   for (const auto& row : table) rows.emplace_back(row.display, row.value);
   return rows;
 }
-using Rows = std::vector<std::pair<std::string, std::string>>;
 
 TEST_F(SettingsForm, OffersTheHotkeys) {
-  EXPECT_EQ(rowsOf(kHotkeyChoices), (Rows{{"Right Command", "right_cmd"},
-                                          {"Right Shift", "right_shift"},
-                                          {"Right Control", "right_ctrl"},
-                                          {"Right Option", "right_opt"},
-                                          {"Shift + \\", "shift+\\"},
-                                          {"F5", "f5"},
-                                          {"F6", "f6"},
-                                          {"F7", "f7"},
-                                          {"F8", "f8"}}));
-  for (const auto& [display, name] : kHotkeyChoices) {  // canonical names, all of them
+  EXPECT_EQ(rowsOf(SettingsView::hotkeys()), (Rows{{"Right Command", "right_cmd"},
+                                                   {"Right Shift", "right_shift"},
+                                                   {"Right Control", "right_ctrl"},
+                                                   {"Right Option", "right_opt"},
+                                                   {"Shift + \\", "shift+\\"},
+                                                   {"F5", "f5"},
+                                                   {"F6", "f6"},
+                                                   {"F7", "f7"},
+                                                   {"F8", "f8"}}));
+  for (const auto& [display, name] : SettingsView::hotkeys()) {  // canonical names, all of them
     EXPECT_EQ(ConfigManager::hotkeyCodeToName(ConfigManager::hotkeyNameToCode(name)), name);
   }
 }
 
 TEST_F(SettingsForm, OffersTheLanguages) {
-  EXPECT_EQ(rowsOf(kInputLanguageChoices), (Rows{{"Auto-detect", "auto"},
-                                                 {"English", "en"},
-                                                 {"Chinese (Mandarin)", "zh"},
-                                                 {"Spanish", "es"},
-                                                 {"Hindi", "hi"},
-                                                 {"Arabic", "ar"},
-                                                 {"French", "fr"},
-                                                 {"Portuguese", "pt"},
-                                                 {"Russian", "ru"},
-                                                 {"Bengali", "bn"},
-                                                 {"Japanese", "ja"},
-                                                 {"German", "de"},
-                                                 {"Korean", "ko"},
-                                                 {"Italian", "it"},
-                                                 {"Turkish", "tr"},
-                                                 {"Vietnamese", "vi"},
-                                                 {"Polish", "pl"},
-                                                 {"Dutch", "nl"},
-                                                 {"Ukrainian", "uk"},
-                                                 {"Thai", "th"},
-                                                 {"Swedish", "sv"},
-                                                 {"Indonesian", "id"},
-                                                 {"Cantonese (v3 only)", "yue"}}));
+  EXPECT_EQ(rowsOf(SettingsView::inputLanguages()), (Rows{{"Auto-detect", "auto"},
+                                                          {"English", "en"},
+                                                          {"Chinese (Mandarin)", "zh"},
+                                                          {"Spanish", "es"},
+                                                          {"Hindi", "hi"},
+                                                          {"Arabic", "ar"},
+                                                          {"French", "fr"},
+                                                          {"Portuguese", "pt"},
+                                                          {"Russian", "ru"},
+                                                          {"Bengali", "bn"},
+                                                          {"Japanese", "ja"},
+                                                          {"German", "de"},
+                                                          {"Korean", "ko"},
+                                                          {"Italian", "it"},
+                                                          {"Turkish", "tr"},
+                                                          {"Vietnamese", "vi"},
+                                                          {"Polish", "pl"},
+                                                          {"Dutch", "nl"},
+                                                          {"Ukrainian", "uk"},
+                                                          {"Thai", "th"},
+                                                          {"Swedish", "sv"},
+                                                          {"Indonesian", "id"},
+                                                          {"Cantonese (v3 only)", "yue"}}));
 }
 
 TEST_F(SettingsForm, OffersTheOutputs) {
-  EXPECT_EQ(kOutputChoices[0].display, "Original language");
-  EXPECT_FALSE(kOutputChoices[0].value);
-  EXPECT_EQ(kOutputChoices[1].display, "Translate to English");
-  EXPECT_TRUE(kOutputChoices[1].value);
+  const auto outputs = SettingsView::outputs();
+  ASSERT_EQ(outputs.size(), 2U);
+  EXPECT_EQ(outputs[0].display, "Original language");
+  EXPECT_FALSE(outputs[0].value);
+  EXPECT_EQ(outputs[1].display, "Translate to English");
+  EXPECT_TRUE(outputs[1].value);
 }
 
 TEST_F(SettingsForm, HasItsTextsAndMeasures) {
@@ -148,19 +149,20 @@ TEST_F(SettingsForm, ReadsTheFileOnce) {
 }
 
 TEST_F(SettingsForm, OpensAndSavesEveryRow) {
-  for (std::size_t row = 0; row < kInputLanguageChoices.size(); ++row) {
-    const std::size_t hotkey = row % kHotkeyChoices.size();
+  const auto languages = SettingsView::inputLanguages();
+  const auto hotkeys = SettingsView::hotkeys();
+  for (std::size_t row = 0; row < languages.size(); ++row) {
+    const std::size_t hotkey = row % hotkeys.size();
     open().selectInput(row);
     view->selectHotkey(hotkey);
     view->selectOutput(row % 2);
     view->saveAndRestart();
-    EXPECT_EQ(saved.back(),
-              (ModelSettings{std::string(kInputLanguageChoices[row].value), row % 2 == 1,
-                             std::string(kHotkeyChoices[hotkey].value), "large-v3"}));
+    EXPECT_EQ(saved.back(), (ModelSettings{std::string(languages[row].value), row % 2 == 1,
+                                           std::string(hotkeys[hotkey].value), "large-v3"}));
     open();
     expectSelected(hotkey, row, row % 2);
   }
-  EXPECT_EQ(saved.size(), kInputLanguageChoices.size());
+  EXPECT_EQ(saved.size(), languages.size());
 }
 
 TEST_F(SettingsForm, OpensWithAutoDetectForALanguageThatItDoesNotOffer) {
@@ -192,7 +194,7 @@ TEST_F(SettingsForm, HandsOverWhateverBecameOfTheFile) {
   open().saveAndRestart();
   EXPECT_EQ(saved, std::vector<ModelSettings>{ModelSettings()});
   view.emplace(config, SettingsPorts{loginItem, defaults}, nullptr);
-  view->saveAndRestart();  // nobody to hand over to
+  view->saveAndRestart();  // without a callback
 }
 
 TEST_F(SettingsForm, SavesNothingOfLaunchAtLogin) {
@@ -214,7 +216,7 @@ TEST_F(SettingsForm, EndsTheProcessForARowOutsideItsTable) {
 TEST_F(SettingsForm, TakesUpWhatTheSystemSaysWhenItAppears) {
   loginItem.enabled = true;
   open();
-  EXPECT_FALSE(view->launchAtLogin());  // what was kept, until then
+  EXPECT_FALSE(view->launchAtLogin());  // the stored value, until then
   view->appeared();
   EXPECT_TRUE(view->launchAtLogin());
   EXPECT_EQ(heard, Flags{true});

@@ -2,11 +2,11 @@
 
 #include <map>
 
+#include "common/settings/HotkeyTable.h"
 #include "quillback/keys/PushToTalk.h"
 #include "quillback/keys/evdev/FolderWatch.h"
 #include "quillback/keys/evdev/Keyboard.h"
 #include "quillback/ports/Loop.h"
-#include "quillback/settings/HotkeyTable.h"
 
 namespace voxtrel::quillback {
 

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "common/settings/HotkeyTable.h"
 #include "common/x11/XConnection.h"
 #include "quillback/keys/PushToTalk.h"
-#include "quillback/settings/HotkeyTable.h"
 
 namespace voxtrel::quillback {
 

@@ -6,7 +6,7 @@
 #include <ostream>
 #include <string>
 
-#include "common/settings/HotkeyTable.h"
+#include "common/settings/ConfigManager.h"
 #include "common/settings/SettingsReader.h"
 #include "support/Blanks.h"
 #include "support/ConfigWords.h"
@@ -24,7 +24,7 @@ icu::UnicodeString stripped(icu::UnicodeString text, const icu::UnicodeString& q
   return text;
 }
 
-/// The rules of the configuration file, written a second time over ICU's regular expressions.
+/// The rules of the settings file, written with ICU's regular expressions.
 /// Thread: one.  Owns: its patterns.  Borrows: nothing.
 /// Fails by: an exception, which fails the test.
 class FileRules {
@@ -78,7 +78,7 @@ class FileRules {
       if (!integer_.matches(digits) || settings.hotkey != "right_cmd") return;
       errno = 0;
       const long long number = std::strtoll(narrow(digits).c_str(), nullptr, 10);
-      if (errno != ERANGE) settings.hotkey = hotkeyNameOf(number);
+      if (errno != ERANGE) settings.hotkey = ConfigManager::hotkeyCodeToName(number);
     }
   }
 

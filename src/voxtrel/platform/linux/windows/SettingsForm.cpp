@@ -10,7 +10,6 @@
 #include <QVBoxLayout>
 #include <algorithm>
 
-#include "voxtrel/forms/SettingsTables.h"
 #include "voxtrel/platform/linux/windows/FormFonts.h"
 #include "voxtrel/platform/linux/windows/FormText.h"
 #include "voxtrel/platform/linux/windows/LargeButton.h"
@@ -107,12 +106,12 @@ void SettingsForm::makeRows(QGridLayout& rows) {
   auto* const model = new QLabel(formText(View::kModelName), this);
   model->setTextFormat(Qt::PlainText);
   addRow(rows, makeLabel(View::kModelLabel, '\0'), model);
-  hotkey_ = makePicker(kHotkeyChoices, form_->selectedHotkeyIndex(), &View::selectHotkey);
+  hotkey_ = makePicker(View::hotkeys(), form_->selectedHotkeyIndex(), &View::selectHotkey);
   addRow(rows, makeLabel(View::kHotkeyLabel, 'H'), hotkey_);
   addRow(rows, makeLabel(View::kInputLanguageLabel, 'I'),
-         makePicker(kInputLanguageChoices, form_->selectedInputIndex(), &View::selectInput));
+         makePicker(View::inputLanguages(), form_->selectedInputIndex(), &View::selectInput));
   addRow(rows, makeLabel(View::kOutputLabel, 'O'),
-         makePicker(kOutputChoices, form_->selectedOutputIndex(), &View::selectOutput));
+         makePicker(View::outputs(), form_->selectedOutputIndex(), &View::selectOutput));
   launchAtLogin_ = new QCheckBox(controlText(View::kLaunchAtLoginTitle, 'L'), this);
   connect(launchAtLogin_, &QCheckBox::toggled, this,
           [this](bool enabled) { form_->setLaunchAtLogin(enabled); });

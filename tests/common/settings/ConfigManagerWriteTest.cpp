@@ -12,7 +12,6 @@
 #include <string>
 
 #include "common/settings/ConfigManager.h"
-#include "common/settings/TextFile.h"
 #include "support/ScratchFolder.h"
 
 namespace voxtrel {
@@ -28,7 +27,7 @@ constexpr const char* kFresh =
     "hotkey = 'f6'\nhotkey_code = 97";
 const ModelSettings kFrench{"fr", true, "f6", "large-v3"};
 
-/// The rights of a plain user, whoever runs the tests.
+/// Gives the test the rights of a plain user, even if root runs it.
 class PlainUser {
  public:
   explicit PlainUser(const fs::path& home) {
@@ -51,7 +50,7 @@ class PlainUser {
   bool isChanged_ = false;
 };
 
-/// No file may grow beyond `bytes`: what a full disk is to a writer.
+/// Limits the size of files to `bytes`, which has the effect of a full disk.
 class FileSizeLimit {
  public:
   explicit FileSizeLimit(rlim_t bytes) : oldHandler_(std::signal(SIGXFSZ, SIG_IGN)) {
@@ -119,13 +118,13 @@ TEST_F(WritingSettings, WritesAgainOverWhatItWrote) {
   expectFresh();
 }
 
-TEST_F(WritingSettings, StartsAfreshWhereTheFileIsNotUtf8) {
+TEST_F(WritingSettings, StartsFromNothingWhereTheFileIsNotUtf8) {
   home.write(kConfig, std::string(kOld) + "# caf\xE9\n");
   write();
   expectFresh();
 }
 
-TEST_F(WritingSettings, StartsAfreshWhereTheFileCannotBeRead) {
+TEST_F(WritingSettings, StartsFromNothingWhereTheFileCannotBeRead) {
   home.write(kConfig, kOld);
   const PlainUser user(home.path());
   fs::permissions(at(kConfig), fs::perms::none);
@@ -201,7 +200,7 @@ TEST_F(WritingSettings, LeavesNothingHalfWrittenInALargeFileEither) {
   EXPECT_FALSE(isThere(kTemporary));
 }
 
-// The steps do not look at each other: what stands where the new text should be is moved.
+// Each step runs whatever the one before it did, so anything in that place is moved.
 TEST_F(WritingSettings, MovesWhateverStandsInTheTemporaryFilesPlace) {
   home.write(kConfig, kOld);
   home.write(".config/quillback/config.toml.tmp/file", "x");
@@ -269,19 +268,21 @@ TEST_F(WritingSettings, GivesTheFileTheUsualRights) {
                                                        fs::perms::others_read);
 }
 
-TEST(WriteTextFile, SaysWhetherItWrote) {
-  const ScratchFolder folder;
-  const std::string path = (folder.path() / "text").string();
-  EXPECT_TRUE(writeTextFile(path, "one"));
-  EXPECT_TRUE(writeTextFile(path, std::string("\0t", 2)));
-  EXPECT_EQ(readTextFile(path), std::string("\0t", 2));
-  EXPECT_FALSE(writeTextFile(folder.path().string(), "x"));
-  EXPECT_FALSE(writeTextFile((folder.path() / "no/file").string(), "x"));
-  EXPECT_FALSE(writeTextFile("/dev/full", "x"));  // not a regular file, and not removed
+TEST_F(WritingSettings, WritesThroughALinkInTheTemporaryFilesPlace) {
+  home.write("elsewhere.toml", "old");
+  fs::create_symlink(at("elsewhere.toml"), home.prepare(kTemporary));
+  write();
+  EXPECT_EQ(contentOf("elsewhere.toml"), kFresh);
+  EXPECT_EQ(fs::read_symlink(at(kConfig)), at("elsewhere.toml"));
+  EXPECT_EQ(config.readSettings(), kFrench);
+}
+
+TEST_F(WritingSettings, NeitherWritesToNorRemovesADeviceInTheTemporaryFilesPlace) {
+  fs::create_symlink("/dev/full", home.prepare(kTemporary));
+  write();
   EXPECT_TRUE(fs::exists("/dev/full"));
-  fs::create_symlink("text", folder.path() / "link");
-  EXPECT_TRUE(writeTextFile((folder.path() / "link").string(), "through"));
-  EXPECT_EQ(readTextFile(path), "through");
+  EXPECT_EQ(fs::read_symlink(at(kConfig)), "/dev/full");
+  EXPECT_EQ(config.readSettings(), ModelSettings());
 }
 
 }  // namespace
