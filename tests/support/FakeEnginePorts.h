@@ -22,11 +22,11 @@ struct FakeOutput final : Output {
   std::vector<std::string> lines;
 };
 
-/// Captures that last as long as they are not destroyed, with what they report to.
+/// Keeps the open captures with their listeners.
 struct FakeMicrophone final : Microphone {
   struct OpenCapture final : Capture {
-    OpenCapture(std::vector<OpenCapture*>& open, Listener toldTo)
-        : allOpen(open), listener(std::move(toldTo)) {
+    OpenCapture(std::vector<OpenCapture*>& open, Listener callbacks)
+        : allOpen(open), listener(std::move(callbacks)) {
       allOpen.push_back(this);
     }
     OpenCapture(const OpenCapture&) = delete;
@@ -41,18 +41,20 @@ struct FakeMicrophone final : Microphone {
     ++openings;
     return std::make_unique<OpenCapture>(captures, std::move(listener));
   }
-  /// The newest open capture hears a constant tone, which is a square wave of this level.
-  void hear(std::size_t samples, std::int16_t level) const {
+  /// Feeds the newest open capture a square wave of this level.
+  void feed(std::size_t samples, std::int16_t level) const {
     std::vector<std::int16_t> tone(samples, level);
     for (std::size_t i = 0; i < samples; i += 2) tone[i] = static_cast<std::int16_t>(-level);
     captures.back()->listener.onSamples(tone);
   }
+  /// The oldest open capture fails.
+  void fail(const std::string& why) const { captures.front()->listener.onFailure(why); }
 
   int openings = 0;
   std::vector<OpenCapture*> captures;
 };
 
-/// Keeps what its utterances are fed; the test says what was understood.
+/// Keeps what its utterances are fed; the test gives the results.
 struct FakeRecogniser final : Recogniser {
   struct OpenUtterance final : Utterance {
     explicit OpenUtterance(FakeRecogniser& by) : recogniser(by) {}
@@ -63,9 +65,7 @@ struct FakeRecogniser final : Recogniser {
     void feed(std::span<const std::int16_t> samples) override {
       fed.insert(fed.end(), samples.begin(), samples.end());
     }
-    void finish(std::function<void(Transcription)> whenDone) override {
-      done = std::move(whenDone);
-    }
+    void finish(std::function<void(Transcription)> onDone) override { done = std::move(onDone); }
 
     FakeRecogniser& recogniser;
     std::vector<std::int16_t> fed;
@@ -80,16 +80,18 @@ struct FakeRecogniser final : Recogniser {
     return next;
   }
   bool isFinishing() const { return utterance != nullptr && utterance->done; }
+  /// Gives the result, upon which the utterance may be destroyed.
   void understand(const std::string& text) const {
-    utterance->done({text, std::chrono::microseconds(400), std::chrono::microseconds(123'456)});
+    const auto done = std::move(utterance->done);
+    done({text, std::chrono::microseconds(400), std::chrono::microseconds(123'456)});
   }
 
   int beginnings = 0;
-  bool hasOverlapped = false;  ///< an utterance began before the last one was gone
+  bool hasOverlapped = false;  ///< an utterance began while another existed
   OpenUtterance* utterance = nullptr;
 };
 
-/// Keeps the texts, and how many lines had been printed before each.
+/// Keeps the texts, and the lines that were printed before each.
 struct FakeTextSink final : TextSink {
   explicit FakeTextSink(const FakeOutput& printed) : output(printed) {}
   void insert(const std::string& text) override {

@@ -1,17 +1,51 @@
 #include "quillback/dictation/Dictation.h"
 
-#include <algorithm>
+#include <cstdint>
+#include <span>
 #include <utility>
+#include <vector>
 
 #include "common/base/Lines.h"
 #include "quillback/dictation/PrintedLines.h"
+#include "quillback/dictation/SpeechMeter.h"
 
 namespace voxtrel::quillback {
 namespace {
 
-constexpr std::size_t kFewestSamples = kSampleRateHz / 4;
+constexpr std::size_t kMinSamples = kSampleRateHz / 4;
 
 }  // namespace
+
+/// One recording, from the press of the key to its words.
+/// Thread: the loop's.  Owns: its capture and its utterance.
+struct Dictation::Take {
+  enum class Phase {
+    held,     ///< the key is down
+    tail,     ///< the key is up, the last sound is still on its way
+    waiting,  ///< complete, while an earlier take is being recognised
+    finished  ///< complete, and the recogniser has all of it
+  };
+
+  bool isRecording() const { return phase == Phase::held || phase == Phase::tail; }
+  void feed(std::span<const std::int16_t> samples);
+
+  Phase phase = Phase::held;
+  Loop::TimePoint pressedAt;
+  SpeechMeter meter;
+  std::vector<std::int16_t> backlog;     ///< samples from before the utterance began
+  std::unique_ptr<Utterance> utterance;  ///< set while this is the first take
+  std::unique_ptr<Loop::Timer> timer;    ///< ends the recording
+  std::unique_ptr<Capture> capture;
+};
+
+void Dictation::Take::feed(std::span<const std::int16_t> samples) {
+  meter.feed(samples);
+  if (utterance) {
+    utterance->feed(samples);
+  } else {
+    backlog.insert(backlog.end(), samples.begin(), samples.end());
+  }
+}
 
 Dictation::Dictation(Loop& loop, Microphone& microphone, TextSink& sink, Output& output)
     : loop_(loop), microphone_(microphone), sink_(sink), output_(output) {}
@@ -32,7 +66,7 @@ void Dictation::keyReleased() {
   if (!std::exchange(isKeyDown_, false)) return;
   const Handle take = heldTake();
   if (!take) return;
-  if (loop_.now() - take->pressedAt < kShortest) return drop(take);
+  if (loop_.now() - take->pressedAt < kMinPress) return drop(take);
   take->phase = Take::Phase::tail;
   take->timer = loop_.after(kTail, [this, weak = Weak(take)] {
     if (const Handle self = weak.lock()) stopRecording(self);
@@ -45,8 +79,8 @@ void Dictation::keyCancelled() {
 }
 
 void Dictation::startTake() {
-  if (takes_.size() == kMostTakes) {
-    output_.print("Too many recordings wait for their words; this one is not made.");
+  if (takes_.size() == kMaxTakes) {
+    output_.print("Too many recordings are waiting to be recognised; this one is not made.");
     return;
   }
   output_.print(kRecordingLine);
@@ -55,7 +89,7 @@ void Dictation::startTake() {
   take->pressedAt = loop_.now();
   takes_.push_back(take);
   openMicrophone(take);
-  take->timer = loop_.after(kLongest, [this, weak = Weak(take)] {
+  take->timer = loop_.after(kMaxLength, [this, weak = Weak(take)] {
     if (const Handle self = weak.lock()) reachedLimit(self);
   });
   advanceFirstTake();
@@ -64,13 +98,13 @@ void Dictation::startTake() {
 void Dictation::openMicrophone(const Handle& take) {
   const Weak weak(take);
   Microphone::Listener listener;
-  // The microphone's thread only copies; a take is touched by the loop's alone.
+  // The microphone's thread only copies; takes are touched on the loop's thread.
   listener.onSamples = [this, weak](std::span<const std::int16_t> samples) {
-    loop_.post([this, weak, copy = std::vector(samples.begin(), samples.end())] {
-      if (const Handle self = weak.lock()) hear(*self, copy);
+    loop_.post([weak, copy = std::vector(samples.begin(), samples.end())] {
+      if (const Handle self = weak.lock()) self->feed(copy);
     });
   };
-  // Posted after the samples before it.
+  // Runs after the samples posted before it.
   listener.onFailure = [this, weak](const std::string& why) {
     loop_.post([this, weak, why] {
       if (const Handle self = weak.lock()) captureFailed(self, why);
@@ -84,23 +118,14 @@ Dictation::Handle Dictation::heldTake() const {
   return takes_.back();
 }
 
-void Dictation::hear(Take& take, std::span<const std::int16_t> samples) {
-  take.meter.hear(samples);
-  if (take.utterance) {
-    take.utterance->feed(samples);
-  } else {
-    take.backlog.insert(take.backlog.end(), samples.begin(), samples.end());
-  }
-}
-
 void Dictation::captureFailed(const Handle& take, const std::string& why) {
   if (!take->capture) return;
   output_.print(captureFailedLine(why));
-  stopRecording(take);  // what was spoken until then is not lost
+  stopRecording(take);  // what was recorded until then is recognised
 }
 
 void Dictation::reachedLimit(const Handle& take) {
-  output_.print("This recording is 5 minutes long, the most that is possible; it ends here.");
+  output_.print("This recording has reached the limit of 5 minutes and ends here.");
   stopRecording(take);
 }
 
@@ -108,14 +133,14 @@ void Dictation::stopRecording(const Handle& take) {
   take->phase = Take::Phase::tail;
   take->capture.reset();
   take->timer.reset();
-  // The last samples are posted and not heard yet.
+  // The last samples may be posted and not fed yet.
   loop_.post([this, weak = Weak(take)] {
     if (const Handle self = weak.lock()) judge(self);
   });
 }
 
 void Dictation::judge(const Handle& take) {
-  if (take->meter.samples() < kFewestSamples || take->meter.isSilence()) return drop(take);
+  if (take->meter.samples() < kMinSamples || take->meter.isSilence()) return drop(take);
   take->phase = Take::Phase::waiting;
   showState();
   advanceFirstTake();
@@ -130,7 +155,7 @@ void Dictation::drop(const Handle& take) {
   advanceFirstTake();
 }
 
-/// Gives the first take its utterance, and what it has recorded before that.
+/// Begins the first take's utterance with what it has recorded so far.
 void Dictation::advanceFirstTake() {
   if (takes_.empty()) return;
   const Handle first = takes_.front();
@@ -144,10 +169,7 @@ void Dictation::advanceFirstTake() {
 void Dictation::finish(const Handle& take) {
   take->phase = Take::Phase::finished;
   take->utterance->finish([this, weak = Weak(take)](const Transcription& result) {
-    // Not at once: an utterance must not be destroyed from within its own call.
-    loop_.post([this, weak, result] {
-      if (const Handle self = weak.lock()) recognised(self, result);
-    });
+    if (const Handle self = weak.lock()) recognised(self, result);
   });
 }
 
@@ -157,8 +179,8 @@ void Dictation::recognised(const Handle& take, const Transcription& result) {
   const std::string text = trimmedOneLine(result.text);
   if (!text.empty()) {
     output_.print(textLine(text));
-    if (saysState(text)) shown_ = Shown::anything;
-    // This line says "ready" as well, and others may still be recorded or recognised.
+    if (saysState(text)) shown_ = Shown::unknown;
+    // The reader takes this line for "ready", so it waits until no take is left.
     if (takes_.empty()) output_.print(timingLine(result.encode, result.decode));
   }
   showState();
@@ -166,7 +188,7 @@ void Dictation::recognised(const Handle& take, const Transcription& result) {
   advanceFirstTake();
 }
 
-/// Prints the line of the state that all takes together are in, if another one was printed last.
+/// Prints the state of all takes together, unless it was printed last.
 void Dictation::showState() {
   Shown now = takes_.empty() ? Shown::ready : Shown::processing;
   for (const Handle& take : takes_) {

@@ -4,56 +4,58 @@
 #include <cstddef>
 #include <deque>
 #include <memory>
-#include <span>
 #include <string>
 
-#include "quillback/dictation/Take.h"
+#include "quillback/ports/Loop.h"
+#include "quillback/ports/Microphone.h"
 #include "quillback/ports/Output.h"
+#include "quillback/ports/Recogniser.h"
 #include "quillback/ports/TextSink.h"
 
 namespace voxtrel::quillback {
 
-/// From a held key to words: records while the key is down, has that recognised meanwhile, prints what
-/// happens and hands the words on. No press is lost once the model is there: a recording that begins
-/// while an earlier one is being recognised waits its turn. Before that a press records nothing and
-/// says so; if the key is still down when the model is there, recording begins then.
-/// Thread: the loop's.  Owns: the takes.  Borrows: all that it is made with (must outlive this).
-/// Fails by: a line of output; then it is ready for the next press.
+/// From a held key to words: records while the key is down, has the sound recognised meanwhile,
+/// prints each state and inserts the words. A recording made while an earlier one is still being
+/// recognised waits in a queue. A press before the model is loaded only prints a line; if the key is
+/// still down when it is loaded, recording starts then.
+/// Thread: the loop's.  Owns: the takes.  Borrows: the constructor's arguments (must outlive this).
+/// Fails by: a line of output; the next press works again.
 class Dictation {
  public:
-  /// What the source has not yet delivered at the key's release, and the end of a word spoken on it.
+  /// How long recording continues after the release: the source is late by about as much, and people
+  /// let go during the last word.
   static constexpr std::chrono::milliseconds kTail{120};
-  /// A shorter press is a slip and no speech.
-  static constexpr std::chrono::milliseconds kShortest{250};
-  static constexpr std::chrono::minutes kLongest{5};
-  /// Recordings that may wait for a slow recogniser, the one being recognised included.
-  static constexpr std::size_t kMostTakes = 8;
+  /// A shorter press is a slip.
+  static constexpr std::chrono::milliseconds kMinPress{250};
+  static constexpr std::chrono::minutes kMaxLength{5};
+  /// Recordings in the queue, with the one being recognised.
+  static constexpr std::size_t kMaxTakes = 8;
 
   Dictation(Loop& loop, Microphone& microphone, TextSink& sink, Output& output);
   Dictation(const Dictation&) = delete;
   Dictation& operator=(const Dictation&) = delete;
 
-  /// From now on there is a recogniser (must outlive this). Called once.
+  /// Recording is possible from now on. Called once; `recogniser` must outlive this.
   void modelLoaded(Recogniser& recogniser);
   void keyPressed();
   void keyReleased();
-  /// What the held key has recorded so far is dropped.
+  /// Drops what the held key has recorded so far.
   void keyCancelled();
 
  private:
+  struct Take;
   using Handle = std::shared_ptr<Take>;
   using Weak = std::weak_ptr<Take>;
-  /// Which state the reader believes in; `anything` after words that name one.
-  enum class Shown { loading, ready, recording, processing, anything };
+  /// The state that the reader was told last; `unknown` after words that name a state.
+  enum class Shown { loading, ready, recording, processing, unknown };
 
   void startTake();
   void openMicrophone(const Handle& take);
   Handle heldTake() const;
-  void hear(Take& take, std::span<const std::int16_t> samples);
-  void stopRecording(const Handle& take);
-  void judge(const Handle& take);
   void captureFailed(const Handle& take, const std::string& why);
   void reachedLimit(const Handle& take);
+  void stopRecording(const Handle& take);
+  void judge(const Handle& take);
   void drop(const Handle& take);
   void advanceFirstTake();
   void finish(const Handle& take);
@@ -67,7 +69,7 @@ class Dictation {
   Recogniser* recogniser_ = nullptr;
   bool isKeyDown_ = false;
   Shown shown_ = Shown::loading;
-  std::deque<Handle> takes_;  ///< in the order of their presses; only the first has an utterance
+  std::deque<Handle> takes_;  ///< oldest first; only the first has an utterance
 };
 
 }  // namespace voxtrel::quillback

@@ -7,15 +7,15 @@
 
 namespace voxtrel::quillback {
 
-// What the reader of the engine's output understands. Its wording is a protocol: a line means what
-// words it holds, so no other line may hold any of them.
+// The lines of the engine's output that its reader understands. The reader goes by the words in a
+// line, so no other line may contain any of them.
 
 inline constexpr std::string_view kReadyLine = "Ready.";
 inline constexpr std::string_view kRecordingLine = "Recording...";
 
-/// "Processing 2.3s audio", whatever the locale's decimal point is.
+/// "Processing 2.3s audio", with a point in every locale.
 std::string processingLine(std::size_t samples);
-/// `[gpu-decode] text: "…"`; quotes within the text stay as they are.
+/// `[gpu-decode] text: "…"`; quotes in the text are not escaped.
 std::string textLine(std::string_view text);
 /// Whether the reader takes a line with these words for a new state.
 bool saysState(std::string_view words);

@@ -4,7 +4,7 @@
 
 namespace voxtrel::quillback {
 
-void SpeechMeter::hear(std::span<const std::int16_t> samples) {
+void SpeechMeter::feed(std::span<const std::int16_t> samples) {
   samples_ += samples.size();
   for (const std::int64_t sample : samples) {
     sum_ += sample;
@@ -18,7 +18,7 @@ void SpeechMeter::endBlock() {
   const double mean = static_cast<double>(std::exchange(sum_, 0)) / kCount;
   const double power = static_cast<double>(std::exchange(sumOfSquares_, 0)) / kCount - mean * mean;
   blockFilled_ = 0;
-  if (power >= kFaintestLevel * kFaintestLevel) isLoud_ = true;
+  if (power >= kMinLevel * kMinLevel) isLoud_ = true;
 }
 
 }  // namespace voxtrel::quillback

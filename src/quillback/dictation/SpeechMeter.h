@@ -6,18 +6,18 @@
 
 namespace voxtrel::quillback {
 
-/// Tells silence from a recording that may hold speech. A recording is silent when none of its 50 ms
-/// blocks, its mean taken off, is as loud as kFaintestLevel: -60 dB below a full-scale square wave.
-/// Whispering into a microphone with its gain turned down is 10 dB louder, a muted microphone all
-/// zeros; whether noise above that holds words is for the recogniser to say.
+/// Tells a silent recording from one that may hold speech. A recording is silent when none of its
+/// 50 ms blocks, minus its mean, reaches kMinLevel, which is 60 dB below a full-scale square wave. A
+/// whisper into a microphone with low gain is 10 dB louder; a muted microphone gives zeros. Louder
+/// noise is left to the recogniser.
 /// Thread: one.
 class SpeechMeter {
  public:
-  static constexpr double kFaintestLevel = 32.768;  ///< root mean square, in sample steps
+  static constexpr double kMinLevel = 32.768;  ///< root mean square, in sample steps
   static constexpr std::size_t kBlockSamples = 800;
 
-  void hear(std::span<const std::int16_t> samples);
-  /// Samples heard.
+  void feed(std::span<const std::int16_t> samples);
+  /// How many samples were fed.
   std::size_t samples() const { return samples_; }
   bool isSilence() const { return !isLoud_; }
 

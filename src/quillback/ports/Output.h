@@ -4,13 +4,13 @@
 
 namespace voxtrel::quillback {
 
-/// The lines that whoever started the engine reads.
+/// The lines printed for the program that started the engine.
 /// Thread: any; lines never mix.
 class Output {
  public:
   virtual ~Output() = default;
 
-  /// Writes `line` and a line feed in one piece, at once. A newline inside it becomes a blank.
+  /// Writes `line` and a newline at once, in one piece. A newline inside it becomes a space.
   virtual void print(std::string_view line) = 0;
 };
 

@@ -4,15 +4,15 @@
 
 namespace voxtrel::quillback {
 
-/// Where the words go.
+/// Where the recognised words go.
 /// Thread: the loop's.
 class TextSink {
  public:
   virtual ~TextSink() = default;
 
-  /// Hands one dictation's text over. A blank goes before it where it follows another dictation in
-  /// the same window.
-  /// Fails by: one line of output that says so.
+  /// Inserts the text of one dictation, after a space if it follows another dictation in the same
+  /// window.
+  /// Fails by: one line of output.
   virtual void insert(const std::string& text) = 0;
 };
 

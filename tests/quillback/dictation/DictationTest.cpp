@@ -1,6 +1,6 @@
 #include <gmock/gmock.h>
 
-#include "support/DictationBench.h"
+#include "quillback/dictation/DictationFixture.h"
 
 namespace voxtrel::quillback {
 namespace {
@@ -13,13 +13,15 @@ using testing::IsEmpty;
 
 constexpr std::size_t kSecond = kSampleRateHz;
 
-TEST_F(DictationTest, IsReadyOnceTheModelIsLoaded) {
+class DictationTest : public DictationFixture {};
+
+TEST_F(DictationTest, ReadyIsPrintedOnceTheModelIsLoaded) {
   EXPECT_THAT(output_.take(), IsEmpty());
   dictation_->modelLoaded(recogniser_);
   EXPECT_THAT(output_.take(), ElementsAre("Ready."));
 }
 
-TEST_F(DictationTest, TurnsAHeldKeyIntoWords) {
+TEST_F(DictationTest, AHeldKeyBecomesWords) {
   load();
   hold(milliseconds(2180));
   EXPECT_THAT(output_.take(), ElementsAre("Recording..."));
@@ -35,23 +37,23 @@ TEST_F(DictationTest, TurnsAHeldKeyIntoWords) {
   EXPECT_TRUE(loop_.isIdle());
 }
 
-TEST_F(DictationTest, SaysThatItRecordsBeforeAnythingElseHappens) {
+TEST_F(DictationTest, APressPrintsRecordingAtOnce) {
   load();
   dictation_->keyPressed();
   EXPECT_THAT(output_.take(), ElementsAre("Recording..."));
   EXPECT_EQ(microphone_.captures.size(), 1U);
 }
 
-TEST_F(DictationTest, HandsTheWordsOnAfterTheirLine) {
+TEST_F(DictationTest, TheWordsAreInsertedAfterTheirLineIsPrinted) {
   load();
   hold(seconds(1));
-  letGo();
+  release();
   understand("yes");
   ASSERT_EQ(sink_.linesBefore.size(), 1U);
   EXPECT_THAT(sink_.linesBefore[0], testing::Contains("[gpu-decode] text: \"yes\""));
 }
 
-TEST_F(DictationTest, RecognisesWhileTheKeyIsHeld) {
+TEST_F(DictationTest, SpeechIsRecognisedWhileTheKeyIsHeld) {
   load();
   hold(seconds(1));
   ASSERT_NE(recogniser_.utterance, nullptr);
@@ -59,7 +61,7 @@ TEST_F(DictationTest, RecognisesWhileTheKeyIsHeld) {
   EXPECT_FALSE(recogniser_.isFinishing());
 }
 
-TEST_F(DictationTest, KeepsTheMicrophoneOpenOnlyFromThePressToTheTailsEnd) {
+TEST_F(DictationTest, TheMicrophoneIsOpenFromThePressToTheEndOfTheTail) {
   load();
   EXPECT_THAT(microphone_.captures, IsEmpty());
   hold(seconds(1));
@@ -71,16 +73,16 @@ TEST_F(DictationTest, KeepsTheMicrophoneOpenOnlyFromThePressToTheTailsEnd) {
   EXPECT_THAT(microphone_.captures, IsEmpty());
 }
 
-TEST_F(DictationTest, LosesNoSamplesThatArriveAsTheMicrophoneIsClosed) {
+TEST_F(DictationTest, SamplesThatArriveAsTheMicrophoneClosesAreKept) {
   load();
   hold(seconds(1));
   dictation_->keyReleased();
-  microphone_.hear(kSecond / 10, kLoud);  // posted, and not heard before the tail ends
+  microphone_.feed(kSecond / 10, kLoud);  // posted, but not processed before the tail ends
   loop_.advance(Dictation::kTail);
   EXPECT_EQ(recogniser_.utterance->fed.size(), kSecond * 11 / 10);
 }
 
-TEST_F(DictationTest, TakesAShortPressForASlip) {
+TEST_F(DictationTest, AShortPressIsDropped) {
   load();
   dictation_->keyPressed();
   speak(milliseconds(240));
@@ -93,53 +95,53 @@ TEST_F(DictationTest, TakesAShortPressForASlip) {
   EXPECT_THAT(output_.take(), IsEmpty());
 }
 
-TEST_F(DictationTest, HearsAPressOfAQuarterOfASecond) {
+TEST_F(DictationTest, APressOfAQuarterOfASecondCounts) {
   load();
   hold(milliseconds(250));
-  letGo();
+  release();
   EXPECT_THAT(output_.take(), ElementsAre("Recording...", "Processing 0.3s audio"));
 }
 
-TEST_F(DictationTest, IsReadyAgainWhereHardlyAnySamplesCame) {
+TEST_F(DictationTest, ARecordingWithTooFewSamplesIsDropped) {
   load();
   hold(milliseconds(240));
   loop_.advance(seconds(1));
-  letGo();
+  release();
   EXPECT_THAT(output_.take(), ElementsAre("Recording...", "Ready."));
   EXPECT_THAT(sink_.texts, IsEmpty());
 }
 
-TEST_F(DictationTest, IsReadyAgainAfterSilence) {
+TEST_F(DictationTest, ASilentRecordingIsDropped) {
   load();
   hold(seconds(2), 32);  // -60.2 dB
-  letGo();
+  release();
   EXPECT_THAT(output_.take(), ElementsAre("Recording...", "Ready."));
   EXPECT_EQ(recogniser_.utterance, nullptr);
 }
 
-TEST_F(DictationTest, HearsFaintSpeechInALongSilence) {
+TEST_F(DictationTest, FaintSpeechInALongSilenceCounts) {
   load();
   hold(seconds(2), 0);
   speak(milliseconds(100), 34);  // -59.7 dB
   speak(seconds(2), 0);
-  letGo();
+  release();
   EXPECT_TRUE(recogniser_.isFinishing());
 }
 
-TEST_F(DictationTest, PrintsNoTextWhereNothingWasUnderstood) {
+TEST_F(DictationTest, NoTextIsPrintedWhenNothingWasUnderstood) {
   load();
   hold(seconds(1));
-  letGo();
+  release();
   output_.take();
   understand(" \n ");
   EXPECT_THAT(output_.take(), ElementsAre("Ready."));
   EXPECT_THAT(sink_.texts, IsEmpty());
 }
 
-TEST_F(DictationTest, PrintsTheTextOnOneLine) {
+TEST_F(DictationTest, TheTextIsPrintedOnOneLine) {
   load();
   hold(seconds(1));
-  letGo();
+  release();
   output_.take();
   understand(
       " a \"b\"\nc\xE2\x80\xA8"
@@ -148,7 +150,7 @@ TEST_F(DictationTest, PrintsTheTextOnOneLine) {
   EXPECT_THAT(sink_.texts, ElementsAre("a \"b\" c d\xEF\xBF\xBD"));
 }
 
-TEST_F(DictationTest, DropsACancelledRecording) {
+TEST_F(DictationTest, ACancelledRecordingIsDropped) {
   load();
   hold(seconds(2));
   dictation_->keyCancelled();
@@ -160,7 +162,7 @@ TEST_F(DictationTest, DropsACancelledRecording) {
   EXPECT_THAT(output_.take(), IsEmpty());
 }
 
-TEST_F(DictationTest, CancellingChangesNothingWhereNoKeyIsHeld) {
+TEST_F(DictationTest, CancellingChangesNothingWhileTheKeyIsUp) {
   load();
   dictation_->keyCancelled();
   hold(seconds(1));
@@ -188,7 +190,7 @@ TEST_F(DictationTest, AReleaseWithoutAPressChangesNothing) {
   EXPECT_THAT(output_.take(), IsEmpty());
 }
 
-TEST_F(DictationTest, RecordsNothingBeforeTheModelIsThere) {
+TEST_F(DictationTest, NothingIsRecordedBeforeTheModelIsLoaded) {
   dictation_->keyPressed();
   EXPECT_EQ(output_.take().size(), 1U);
   EXPECT_EQ(microphone_.openings, 0);
@@ -198,7 +200,7 @@ TEST_F(DictationTest, RecordsNothingBeforeTheModelIsThere) {
   EXPECT_EQ(microphone_.openings, 0);
 }
 
-TEST_F(DictationTest, RecordsFromWhenTheModelIsThereIfTheKeyIsStillHeld) {
+TEST_F(DictationTest, AKeyStillHeldWhenTheModelIsLoadedStartsARecording) {
   dictation_->keyPressed();
   output_.take();
   dictation_->modelLoaded(recogniser_);
@@ -206,7 +208,7 @@ TEST_F(DictationTest, RecordsFromWhenTheModelIsThereIfTheKeyIsStillHeld) {
   EXPECT_EQ(microphone_.captures.size(), 1U);
 }
 
-TEST_F(DictationTest, RecordsNothingIfTheKeyWasCancelledBeforeTheModelWasThere) {
+TEST_F(DictationTest, APressCancelledBeforeTheModelIsLoadedRecordsNothing) {
   dictation_->keyPressed();
   dictation_->keyCancelled();
   output_.take();

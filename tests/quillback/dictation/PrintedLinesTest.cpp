@@ -7,7 +7,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-TEST(PrintedLines, GiveTheLengthInTenthsOfASecond) {
+TEST(PrintedLinesTest, TheLengthIsInTenthsOfASecond) {
   EXPECT_EQ(processingLine(0), "Processing 0.0s audio");
   EXPECT_EQ(processingLine(36'800), "Processing 2.3s audio");
   EXPECT_EQ(processingLine(36'000), "Processing 2.3s audio");
@@ -15,11 +15,11 @@ TEST(PrintedLines, GiveTheLengthInTenthsOfASecond) {
   EXPECT_EQ(processingLine(4'800'000), "Processing 300.0s audio");
 }
 
-TEST(PrintedLines, KeepQuotesWithinTheText) {
+TEST(PrintedLinesTest, QuotesInTheTextAreNotEscaped) {
   EXPECT_EQ(textLine("say \"yes\""), "[gpu-decode] text: \"say \"yes\"\"");
 }
 
-TEST(PrintedLines, KnowWordsThatNameAState) {
+TEST(PrintedLinesTest, WordsThatNameAStateAreRecognised) {
   for (const char* words : {"Ready. Go.", "Recording...", "encode=1", "Processing audio"}) {
     EXPECT_TRUE(saysState(words)) << words;
   }
@@ -28,11 +28,11 @@ TEST(PrintedLines, KnowWordsThatNameAState) {
   }
 }
 
-TEST(PrintedLines, GiveTimesInWholeMilliseconds) {
+TEST(PrintedLinesTest, TimesAreInWholeMilliseconds) {
   EXPECT_EQ(timingLine(499us, 123'500us), "encode=0ms decode=124ms");
 }
 
-TEST(PrintedLines, SayWhyTheMicrophoneFailed) {
+TEST(PrintedLinesTest, AFailedCaptureHasItsReason) {
   EXPECT_EQ(captureFailedLine("gone"), "Audio capture failed: gone");
 }
 

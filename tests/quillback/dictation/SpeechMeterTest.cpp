@@ -17,44 +17,44 @@ std::vector<std::int16_t> square(std::size_t samples, int level, int offset = 0)
 
 bool isSilence(const std::vector<std::int16_t>& samples) {
   SpeechMeter meter;
-  meter.hear(samples);
+  meter.feed(samples);
   return meter.isSilence();
 }
 
-TEST(SpeechMeter, TakesNothingForSilence) {
+TEST(SpeechMeterTest, NoSamplesAndZerosAreSilence) {
   EXPECT_TRUE(isSilence({}));
   EXPECT_TRUE(isSilence(square(160'000, 0)));
 }
 
-TEST(SpeechMeter, HearsWhatIsAsLoudAsTheFaintestSpeech) {
+TEST(SpeechMeterTest, SoundAtTheMinimumLevelIsNoSilence) {
   EXPECT_TRUE(isSilence(square(16'000, 32)));
   EXPECT_FALSE(isSilence(square(16'000, 33)));
 }
 
-TEST(SpeechMeter, OneLoudBlockIsEnough) {
+TEST(SpeechMeterTest, OneLoudBlockIsEnough) {
   auto samples = square(160'000, 0);
   const auto loud = square(SpeechMeter::kBlockSamples, 40);
   std::copy(loud.begin(), loud.end(), samples.begin() + 80'000);
   EXPECT_FALSE(isSilence(samples));
 }
 
-TEST(SpeechMeter, AConstantOffsetIsNoSound) {
+TEST(SpeechMeterTest, AConstantOffsetIsSilence) {
   EXPECT_TRUE(isSilence(square(16'000, 10, 3000)));
   EXPECT_FALSE(isSilence(square(16'000, 40, 3000)));
 }
 
-TEST(SpeechMeter, DoesNotCareInWhichPiecesSamplesCome) {
+TEST(SpeechMeterTest, TheSizeOfThePiecesDoesNotMatter) {
   const auto samples = square(SpeechMeter::kBlockSamples, 40);
   SpeechMeter meter;
   for (const std::int16_t sample : samples) {
     EXPECT_TRUE(meter.isSilence());
-    meter.hear({&sample, 1});
+    meter.feed({&sample, 1});
   }
   EXPECT_FALSE(meter.isSilence());
   EXPECT_EQ(meter.samples(), samples.size());
 }
 
-TEST(SpeechMeter, WithstandsTheLoudestSound) {
+TEST(SpeechMeterTest, TheLoudestSoundDoesNotOverflow) {
   EXPECT_FALSE(isSilence(square(4'800'000, 32767)));
 }
 

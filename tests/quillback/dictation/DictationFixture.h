@@ -11,9 +11,9 @@
 
 namespace voxtrel::quillback {
 
-/// A dictation with all its ports in the test's hands.
+/// A dictation on fake ports.
 /// Thread: one.
-class DictationTest : public testing::Test {
+class DictationFixture : public testing::Test {
  protected:
   static constexpr std::int16_t kLoud = 3000;
 
@@ -21,21 +21,22 @@ class DictationTest : public testing::Test {
     dictation_->modelLoaded(recogniser_);
     output_.take();
   }
-  /// Holds the key for `span` of speech, which arrives as it is spoken.
+  /// Presses the key and speaks for `span`.
   void hold(std::chrono::milliseconds span, std::int16_t level = kLoud) {
     dictation_->keyPressed();
     speak(span, level);
   }
+  /// The sound arrives as it is spoken.
   void speak(std::chrono::milliseconds span, std::int16_t level = kLoud) {
     for (std::chrono::milliseconds spoken{0}; spoken < span;
          spoken += std::chrono::milliseconds(10)) {
-      microphone_.hear(kSampleRateHz / 100, level);
+      microphone_.feed(kSampleRateHz / 100, level);
       loop_.advance(std::chrono::milliseconds(10));
     }
     loop_.runPosted();
   }
-  /// Lets go of the key, and of the tail.
-  void letGo() {
+  /// Releases the key and waits for the end of the tail.
+  void release() {
     dictation_->keyReleased();
     loop_.advance(Dictation::kTail);
   }

@@ -1,6 +1,6 @@
 #include <gmock/gmock.h>
 
-#include "support/DictationBench.h"
+#include "quillback/dictation/DictationFixture.h"
 
 namespace voxtrel::quillback {
 namespace {
@@ -14,10 +14,12 @@ using testing::IsEmpty;
 
 constexpr std::size_t kSecond = kSampleRateHz;
 
-TEST_F(DictationTest, TellsOfAMicrophoneThatCannotBeOpened) {
+class DictationEdgeCasesTest : public DictationFixture {};
+
+TEST_F(DictationEdgeCasesTest, AMicrophoneThatCannotBeOpenedIsReported) {
   load();
   dictation_->keyPressed();
-  microphone_.captures[0]->listener.onFailure("there is no microphone");
+  microphone_.fail("there is no microphone");
   loop_.runPosted();
   EXPECT_THAT(
       output_.take(),
@@ -26,15 +28,15 @@ TEST_F(DictationTest, TellsOfAMicrophoneThatCannotBeOpened) {
   loop_.advance(seconds(1));
   EXPECT_THAT(output_.take(), IsEmpty());
   hold(seconds(1));
-  letGo();
+  release();
   EXPECT_TRUE(recogniser_.isFinishing());
 }
 
-TEST_F(DictationTest, KeepsWhatWasSpokenBeforeTheMicrophoneVanished) {
+TEST_F(DictationEdgeCasesTest, SpeechFromBeforeTheMicrophoneVanishedIsRecognised) {
   load();
   hold(seconds(1));
   output_.take();
-  microphone_.captures[0]->listener.onFailure("the microphone is gone");
+  microphone_.fail("the microphone is gone");
   loop_.runPosted();
   EXPECT_THAT(output_.take(),
               ElementsAre("Audio capture failed: the microphone is gone", "Processing 1.0s audio"));
@@ -42,11 +44,11 @@ TEST_F(DictationTest, KeepsWhatWasSpokenBeforeTheMicrophoneVanished) {
   EXPECT_THAT(sink_.texts, ElementsAre("half a sen"));
 }
 
-TEST_F(DictationTest, KeepsTheSpeechWhereTheMicrophoneVanishesInTheTail) {
+TEST_F(DictationEdgeCasesTest, SpeechIsKeptWhenTheMicrophoneVanishesInTheTail) {
   load();
   hold(seconds(1));
   dictation_->keyReleased();
-  microphone_.captures[0]->listener.onFailure("gone");
+  microphone_.fail("gone");
   loop_.runPosted();
   EXPECT_TRUE(recogniser_.isFinishing());
   loop_.advance(seconds(1));
@@ -54,7 +56,7 @@ TEST_F(DictationTest, KeepsTheSpeechWhereTheMicrophoneVanishesInTheTail) {
               ElementsAre("Recording...", "Audio capture failed: gone", "Processing 1.0s audio"));
 }
 
-TEST_F(DictationTest, IgnoresAFailureThatArrivesAfterTheMicrophoneWasClosed) {
+TEST_F(DictationEdgeCasesTest, AFailureAfterTheMicrophoneWasClosedIsIgnored) {
   load();
   hold(seconds(1));
   dictation_->keyReleased();
@@ -66,7 +68,7 @@ TEST_F(DictationTest, IgnoresAFailureThatArrivesAfterTheMicrophoneWasClosed) {
   EXPECT_THAT(output_.take(), ElementsAre("Recording...", "Processing 1.0s audio"));
 }
 
-TEST_F(DictationTest, EndsARecordingAtFiveMinutesAndSaysSo) {
+TEST_F(DictationEdgeCasesTest, ARecordingEndsAtFiveMinutesAndALineSaysSo) {
   load();
   hold(seconds(1));
   loop_.advance(minutes(5) - seconds(1) - milliseconds(1));
@@ -79,21 +81,21 @@ TEST_F(DictationTest, EndsARecordingAtFiveMinutesAndSaysSo) {
   EXPECT_THAT(sink_.texts, ElementsAre("a lot"));
 }
 
-TEST_F(DictationTest, RecordsWhileAnEarlierRecordingIsRecognised) {
+TEST_F(DictationEdgeCasesTest, APressRecordsWhileAnEarlierRecordingIsRecognised) {
   load();
   hold(seconds(1));
-  letGo();
+  release();
   output_.take();
   hold(seconds(2), 4000);
   EXPECT_THAT(output_.take(), ElementsAre("Recording..."));
   understand("first");
-  // Neither the timing line nor "Ready.": the reader would take the recording for over.
+  // No timing line and no "Ready.": the reader would think that the recording is over.
   EXPECT_THAT(output_.take(), ElementsAre("[gpu-decode] text: \"first\""));
   EXPECT_FALSE(recogniser_.hasOverlapped);
   ASSERT_NE(recogniser_.utterance, nullptr);
   EXPECT_EQ(recogniser_.utterance->fed.size(), 2 * kSecond);
   EXPECT_EQ(recogniser_.utterance->fed[1], 4000);
-  letGo();
+  release();
   EXPECT_THAT(output_.take(), ElementsAre("Processing 2.0s audio"));
   understand("second");
   EXPECT_THAT(output_.take(),
@@ -101,28 +103,28 @@ TEST_F(DictationTest, RecordsWhileAnEarlierRecordingIsRecognised) {
   EXPECT_THAT(sink_.texts, ElementsAre("first", "second"));
 }
 
-TEST_F(DictationTest, ShowsItsStateAgainAfterWordsThatNameOne) {
+TEST_F(DictationEdgeCasesTest, TheStateIsPrintedAgainAfterWordsThatNameOne) {
   load();
   hold(seconds(1));
-  letGo();
+  release();
   hold(seconds(2));
   output_.take();
   understand("Ready. Set. Go.");
   EXPECT_THAT(output_.take(),
               ElementsAre("[gpu-decode] text: \"Ready. Set. Go.\"", "Recording..."));
-  letGo();
+  release();
   output_.take();
   understand("Recording...");
   EXPECT_THAT(output_.take(), ElementsAre("[gpu-decode] text: \"Recording...\"",
                                           "encode=0ms decode=123ms", "Ready."));
 }
 
-TEST_F(DictationTest, ACompleteRecordingWaitsForTheEarlierOne) {
+TEST_F(DictationEdgeCasesTest, ACompleteRecordingWaitsForTheEarlierOne) {
   load();
   hold(seconds(1));
-  letGo();
+  release();
   hold(seconds(2));
-  letGo();
+  release();
   EXPECT_THAT(output_.take(), ElementsAre("Recording...", "Processing 1.0s audio", "Recording...",
                                           "Processing 2.0s audio"));
   EXPECT_EQ(recogniser_.beginnings, 1);
@@ -136,7 +138,7 @@ TEST_F(DictationTest, ACompleteRecordingWaitsForTheEarlierOne) {
   EXPECT_EQ(output_.take().back(), "Ready.");
 }
 
-TEST_F(DictationTest, APressInTheTailRecordsAnew) {
+TEST_F(DictationEdgeCasesTest, APressInTheTailStartsANewRecording) {
   load();
   hold(seconds(1));
   dictation_->keyReleased();
@@ -145,15 +147,15 @@ TEST_F(DictationTest, APressInTheTailRecordsAnew) {
   EXPECT_THAT(output_.take(), ElementsAre("Recording...", "Recording..."));
   EXPECT_TRUE(recogniser_.isFinishing());
   understand("first");
-  letGo();
+  release();
   understand("second");
   EXPECT_THAT(sink_.texts, ElementsAre("first", "second"));
 }
 
-TEST_F(DictationTest, ShowsTheEarlierRecordingAgainAfterASlip) {
+TEST_F(DictationEdgeCasesTest, TheStateOfTheEarlierRecordingIsPrintedAgainAfterASlip) {
   load();
   hold(seconds(1));
-  letGo();
+  release();
   output_.take();
   hold(milliseconds(100));
   dictation_->keyReleased();
@@ -161,37 +163,34 @@ TEST_F(DictationTest, ShowsTheEarlierRecordingAgainAfterASlip) {
   EXPECT_TRUE(recogniser_.isFinishing());
 }
 
-TEST_F(DictationTest, RefusesARecordingWhereTooManyWait) {
+TEST_F(DictationEdgeCasesTest, ARecordingIsRefusedWhenTheQueueIsFull) {
   load();
-  for (std::size_t i = 0; i < Dictation::kMostTakes; ++i) {
+  for (std::size_t i = 0; i < Dictation::kMaxTakes; ++i) {
     hold(seconds(1));
-    letGo();
+    release();
   }
   output_.take();
   dictation_->keyPressed();
   EXPECT_THAT(output_.take(), ElementsAre(HasSubstr("Too many")));
   dictation_->keyReleased();
-  EXPECT_EQ(microphone_.openings, static_cast<int>(Dictation::kMostTakes));
+  EXPECT_EQ(microphone_.openings, static_cast<int>(Dictation::kMaxTakes));
   understand("first");
   hold(seconds(1));
   EXPECT_EQ(microphone_.captures.size(), 1U);
 }
 
-/// Each of these is a state in which the engine may be told to end.
-TEST_F(DictationTest, CanEndInEveryState) {
-  const std::vector<std::function<void()>> steps{
-      [] {},
-      [this] { dictation_->keyPressed(); },
-      [this] { load(); },
-      [this] { hold(seconds(1)); },
-      [this] { microphone_.hear(kSecond, kLoud); },
-      [this] { dictation_->keyReleased(); },
-      [this] { loop_.advance(Dictation::kTail); },
-      [this] { hold(seconds(1)); },
-      [this] {
-        recogniser_.utterance->done({"x", {}, {}});
-      },
-      [this] { microphone_.captures[0]->listener.onFailure("gone"); }};
+/// The engine may be stopped in each of these states.
+TEST_F(DictationEdgeCasesTest, DestroyingItInAnyStateLeavesNothingBehind) {
+  const std::vector<std::function<void()>> steps{[] {},
+                                                 [this] { dictation_->keyPressed(); },
+                                                 [this] { load(); },
+                                                 [this] { hold(seconds(1)); },
+                                                 [this] { microphone_.feed(kSecond, kLoud); },
+                                                 [this] { dictation_->keyReleased(); },
+                                                 [this] { loop_.advance(Dictation::kTail); },
+                                                 [this] { hold(seconds(1)); },
+                                                 [this] { recogniser_.understand(""); },
+                                                 [this] { microphone_.fail("gone"); }};
   for (std::size_t count = 1; count <= steps.size(); ++count) {
     dictation_ = std::make_unique<Dictation>(loop_, microphone_, sink_, output_);
     for (std::size_t i = 0; i < count; ++i) steps[i]();
