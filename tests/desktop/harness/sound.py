@@ -160,8 +160,9 @@ class PipeWireServer(SoundServer):
         return self
 
     def choose(self, name):
-        """It answers before it has done so."""
-        super().choose(name)
+        """It refuses until the session manager is up, and replies before it has switched."""
+        eventually(lambda: self._pactl("set-default-source", name, check=False).returncode == 0,
+                   "a server that takes the choice", 20)
         eventually(lambda: self._pactl("get-default-source").stdout.strip() == name, "the choice")
 
     def stop(self):
