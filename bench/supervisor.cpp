@@ -19,8 +19,7 @@
 #include "voxtrel/platform/linux/session/QtMainLoop.h"
 #include "voxtrel/platform/posix/ExecutableFolder.h"
 #include "voxtrel/platform/posix/PosixChildProcessLauncher.h"
-#include "voxtrel/platform/posix/SteadyClock.h"
-#include "voxtrel/platform/posix/ThreadedBackgroundQueue.h"
+#include "voxtrel/platform/posix/PosixScheduling.h"
 #include "voxtrel/supervisor/ProcessManager.h"
 
 extern char** environ;

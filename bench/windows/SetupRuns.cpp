@@ -17,9 +17,9 @@
 #include "voxtrel/platform/linux/session/QtMainLoop.h"
 #include "voxtrel/platform/linux/windows/DesktopColors.h"
 #include "voxtrel/platform/linux/windows/QtFormWindows.h"
-#include "voxtrel/platform/posix/ExecutablePath.h"
+#include "voxtrel/platform/posix/ExecutableFolder.h"
 #include "voxtrel/platform/posix/PosixChildProcessLauncher.h"
-#include "voxtrel/platform/posix/ThreadedBackgroundQueue.h"
+#include "voxtrel/platform/posix/PosixScheduling.h"
 
 namespace bench {
 

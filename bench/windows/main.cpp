@@ -8,7 +8,7 @@
 #include <QApplication>
 #include <string_view>
 
-#include "voxtrel/platform/posix/ExecutablePath.h"
+#include "voxtrel/platform/posix/ExecutableFolder.h"
 #include "windows/SetupRuns.h"
 
 int main(int argc, char** argv) {

@@ -29,10 +29,8 @@
 #include "voxtrel/platform/linux/windows/QtFormWindows.h"
 #include "voxtrel/platform/linux/windows/UpdateNotice.h"
 #include "voxtrel/platform/posix/ExecutableFolder.h"
-#include "voxtrel/platform/posix/ExecutablePath.h"
 #include "voxtrel/platform/posix/PosixChildProcessLauncher.h"
-#include "voxtrel/platform/posix/SteadyClock.h"
-#include "voxtrel/platform/posix/ThreadedBackgroundQueue.h"
+#include "voxtrel/platform/posix/PosixScheduling.h"
 
 namespace voxtrel {
 namespace {

@@ -1,6 +1,6 @@
 # The Linux adapters, one room per outside service, and the desktop that puts them together.
 add_room(voxtrel/platform/kissfft KNOWS voxtrel/platform LINKS PkgConfig::KISSFFT)
-add_room(voxtrel/platform/posix KNOWS voxtrel/platform common/posix LINKS Threads::Threads)
+add_room(voxtrel/platform/posix KNOWS voxtrel/platform common/base common/posix LINKS Threads::Threads)
 # What posix/ leaves to each system; the two need each other's code, not each other's headers.
 add_room(voxtrel/platform/linux/process KNOWS voxtrel/platform/posix)
 target_link_libraries(voxtrel_platform_posix PUBLIC $<LINK_ONLY:voxtrel_platform_linux_process>)

@@ -6,6 +6,10 @@
 
 namespace voxtrel {
 
+/// Absolute path of the running program's file, links followed; defined in the system's folder.
+/// Fails by: empty text.
+std::string executablePath();
+
 /// The folder that holds the application's own executable.
 /// Thread: any.
 class ExecutableFolder : public ApplicationBundle {

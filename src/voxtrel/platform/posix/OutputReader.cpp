@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <system_error>
 
 namespace voxtrel {
 namespace {
@@ -24,17 +25,13 @@ std::size_t readSome(int descriptor, char* buffer, std::size_t size) {
 
 }  // namespace
 
-Pipe requirePipe() {
-  auto pipe = Pipe::open();
-  if (!pipe) throw std::system_error(pipe.error());
-  return std::move(*pipe);
-}
-
-OutputReader::OutputReader(FileDescriptor output, Take take)
-    : output_(std::move(output)), take_(std::move(take)), ended_(requirePipe()) {}
-
-void OutputReader::start() {
-  thread_ = std::thread([this] { run(); });
+bool OutputReader::start() {
+  try {
+    thread_ = std::thread([this] { run(); });
+  } catch (const std::system_error&) {
+    return false;
+  }
+  return true;
 }
 
 void OutputReader::finish() {
@@ -46,9 +43,9 @@ void OutputReader::finish() {
 
 void OutputReader::run() {
   while (waitForOutput()) {
-    if (takeOnce(kReadSize) == 0) return;
+    if (readOnce(kReadSize) == 0) return;
   }
-  takeRest();
+  readRest();
 }
 
 /// False once the child has ended.
@@ -59,21 +56,21 @@ bool OutputReader::waitForOutput() const {
   return events[1].revents == 0;
 }
 
-/// Bytes taken; 0 at the end of the stream.
-std::size_t OutputReader::takeOnce(std::size_t limit) {
+/// Reports one read. Returns its bytes; 0 at the end of the stream.
+std::size_t OutputReader::readOnce(std::size_t limit) {
   std::array<char, kReadSize> buffer;
   const std::size_t count = readSome(output_.get(), buffer.data(), std::min(limit, kReadSize));
-  if (count > 0 && take_) take_({buffer.data(), count});
+  if (count > 0 && onOutput_) onOutput_({buffer.data(), count});
   return count;
 }
 
-/// Only what the pipe holds now can be the child's; others who have it open may write on for ever.
-void OutputReader::takeRest() {
+/// Only what the pipe holds now can be the child's. Other writers could continue for ever.
+void OutputReader::readRest() {
   int held = 0;
   if (::ioctl(output_.get(), FIONREAD, &held) != 0 || held < 0) return;
   auto rest = static_cast<std::size_t>(held);
   while (rest > 0) {
-    const std::size_t count = takeOnce(rest);
+    const std::size_t count = readOnce(rest);
     if (count == 0) return;
     rest -= count;
   }

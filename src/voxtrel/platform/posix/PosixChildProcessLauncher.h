@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <mutex>
+#include <system_error>
 #include <vector>
 
 #include "voxtrel/platform/ChildProcess.h"
@@ -9,12 +10,10 @@
 
 namespace voxtrel {
 
-class ChildSupervision;
-
-/// Starts children, each with a thread that makes it and waits for its end and a thread that reads
+/// Starts children. Each has a termination thread, which waits for its end, and a thread that reads
 /// its output.
-/// Thread: any; destroyed by none of its children's.  Owns: the threads. Its end ends the children
-/// that still run and waits until their last callback has returned.
+/// Thread: any; not destroyed on a child's thread.  Owns: the threads. The destructor kills the
+/// children that still run and waits until their last callback has returned.
 /// Fails by: a message that says why.
 class PosixChildProcessLauncher : public ChildProcessLauncher {
  public:
@@ -26,9 +25,11 @@ class PosixChildProcessLauncher : public ChildProcessLauncher {
   [[nodiscard]] Result start(ChildOptions options) override;
 
  private:
-  std::shared_ptr<ChildProcess> startHere(const std::shared_ptr<ChildSupervision>& supervision);
-  std::shared_ptr<ChildProcess> startOnOwnThread(
-      const std::shared_ptr<ChildSupervision>& supervision);
+  class Supervision;
+  using Started = tl::expected<std::shared_ptr<ChildProcess>, std::error_code>;
+
+  Started startHere(const std::shared_ptr<Supervision>& supervision);
+  Started startOnOwnThread(const std::shared_ptr<Supervision>& supervision);
   void remember(const std::shared_ptr<ChildProcess>& child);
 
   std::mutex mutex_;

@@ -7,28 +7,26 @@
 #include <cerrno>
 #include <csignal>
 #include <string>
-#include <system_error>
+#include <utility>
 #include <vector>
 
 #include "common/posix/Pipe.h"
-#include "voxtrel/platform/posix/ChildSetup.h"
-#include "voxtrel/platform/posix/OutputReader.h"
 
 extern char** environ;  // NOLINT(readability-redundant-declaration): missing in some headers
 
 namespace voxtrel {
 namespace {
 
-/// What the child tells before it is the program. With its memory shared the parent simply looks;
-/// where a tool has turned vfork into fork (thread sanitizers do), the pipe says it. Reading the
-/// pipe costs a wait: exec wakes the parent before it closes the other end.
+/// What the child reports before it runs the program. If its memory is shared, the parent just looks
+/// here. Where a tool turns vfork into fork (thread sanitizers do), it reads the pipe. That costs a
+/// wait: exec wakes the parent before it closes the other end.
 struct Report {
-  Pipe pipe = requirePipe();
+  Pipe pipe;
   volatile bool isShared = false;
   volatile int error = 0;
 };
 
-/// All that the child needs, ready before it is made: it must not allocate.
+/// All that the child needs, prepared in the parent: the child must not allocate.
 struct Plan {
   const char* executable;
   char* const* arguments;
@@ -47,8 +45,8 @@ void takeDefaultSignals() {
   ::sigprocmask(SIG_SETMASK, &none, nullptr);
 }
 
-/// Keeps standard input unless there is none to keep: one that closes on exec was not inherited but
-/// opened by the application for itself.
+/// Keeps the inherited standard input, else opens /dev/null. A descriptor 0 that closes on exec was
+/// not inherited: the application opened it for itself.
 bool provideStandardInput() {
   const int flags = ::fcntl(STDIN_FILENO, F_GETFD);
   if (flags >= 0 && (flags & FD_CLOEXEC) == 0) return true;
@@ -67,7 +65,7 @@ bool enterWorkingDirectory(const Plan& plan) {
   return plan.workingDirectory == nullptr || ::chdir(plan.workingDirectory) == 0;
 }
 
-/// The child's part, in memory that may still be the parent's.
+/// Runs in the child, perhaps in the parent's memory.
 [[noreturn]] void becomeProgram(const Plan& plan) {
   plan.report->isShared = true;
   if (dieWithParentThread(plan.parent) && attachStreams(plan) && enterWorkingDirectory(plan)) {
@@ -98,9 +96,9 @@ class SignalBlock {
   sigset_t before_{};
 };
 
-/// vfork: the cost does not grow with the application's memory. The parent's thread stands still
-/// until the child has become the program or has ended, and no handler may run meanwhile: in the
-/// child it would change the parent's memory.
+/// vfork, because its cost does not grow with the application's memory. The parent's thread stops
+/// until the child has called exec or ended. No handler may run in the child: it would change the
+/// parent's memory.
 pid_t forkInto(const Plan& plan) {
   const SignalBlock block;
   const pid_t pid = ::vfork();        // NOLINT(clang-analyzer-security.insecureAPI.vfork)
@@ -116,7 +114,7 @@ std::vector<char*> pointersTo(std::vector<std::string>& words) {
   return pointers;
 }
 
-/// Why the program cannot run, as an errno; 0 once it does.
+/// Why the program cannot run, as an errno; 0 if it runs.
 int readReport(Report& report) {
   report.pipe.writeEnd.reset();
   if (report.isShared) return report.error;
@@ -134,20 +132,22 @@ void reap(pid_t pid) {
 
 }  // namespace
 
-pid_t spawnChild(const ChildOptions& options, int output) {
+tl::expected<pid_t, std::error_code> spawnChild(const ChildOptions& options, int output) {
+  auto pipe = Pipe::open();
+  if (!pipe) return tl::unexpected(pipe.error());
   std::vector<std::string> words{options.executable};
   words.insert(words.end(), options.arguments.begin(), options.arguments.end());
   const std::vector<char*> arguments = pointersTo(words);
   const char* folder =
       options.workingDirectory.empty() ? nullptr : options.workingDirectory.c_str();
-  Report report;
+  Report report{std::move(*pipe)};
   const Plan plan{
       options.executable.c_str(), arguments.data(), folder, output, &report, ::getpid()};
   const pid_t pid = forkInto(plan);
-  if (pid < 0) throw std::system_error(errno, std::generic_category());
+  if (pid < 0) return tl::unexpected(std::error_code(errno, std::generic_category()));
   if (const int error = readReport(report); error != 0) {
     reap(pid);
-    throw std::system_error(error, std::generic_category());
+    return tl::unexpected(std::error_code(error, std::generic_category()));
   }
   return pid;
 }

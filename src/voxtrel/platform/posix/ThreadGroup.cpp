@@ -2,7 +2,6 @@
 
 #include <csignal>
 #include <initializer_list>
-#include <system_error>
 #include <utility>
 
 namespace voxtrel {
@@ -28,20 +27,21 @@ ThreadGroup::~ThreadGroup() {
   if (last.joinable()) last.join();
 }
 
-void ThreadGroup::run(std::function<void()> work) {
+tl::expected<void, std::error_code> ThreadGroup::run(std::function<void()> work) {
   const std::lock_guard lock(mutex_);
   const auto self = running_.emplace(running_.end());
   try {
     *self = std::thread([this, self, work = std::move(work)]() mutable {
       blockSignals();
       work();
-      work = nullptr;  // what it owns goes before the thread is counted as ended
+      work = nullptr;  // destroys what it owns before the thread counts as ended
       finish(self);
     });
-  } catch (const std::system_error&) {
+  } catch (const std::system_error& error) {
     running_.erase(self);
-    throw;
+    return tl::unexpected(error.code());
   }
+  return {};
 }
 
 void ThreadGroup::finish(Threads::iterator self) {

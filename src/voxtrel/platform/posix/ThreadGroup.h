@@ -4,13 +4,16 @@
 #include <functional>
 #include <list>
 #include <mutex>
+#include <system_error>
 #include <thread>
+
+#include <tl/expected.hpp>
 
 namespace voxtrel {
 
-/// Threads that come and go. Each that ends joins the one that ended before it, so that at most one
-/// ended thread is kept.
-/// Thread: any; destroyed by none of its own.  Owns: the threads.
+/// Any number of short-lived threads. Each one joins the one that ended before it, so that at most
+/// one ended thread is kept.
+/// Thread: any; not destroyed on one of its threads.  Owns: the threads.
 class ThreadGroup {
  public:
   ThreadGroup() = default;
@@ -21,8 +24,7 @@ class ThreadGroup {
   ~ThreadGroup();
 
   /// Runs `work` on a new thread.
-  /// Fails by: throwing std::system_error.
-  void run(std::function<void()> work);
+  [[nodiscard]] tl::expected<void, std::error_code> run(std::function<void()> work);
 
  private:
   using Threads = std::list<std::thread>;

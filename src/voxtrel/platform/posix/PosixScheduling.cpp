@@ -1,8 +1,19 @@
-#include "voxtrel/platform/posix/ThreadedBackgroundQueue.h"
+#include "voxtrel/platform/posix/PosixScheduling.h"
 
+#include <thread>
 #include <utility>
 
+#include "common/base/Fatal.h"
+
 namespace voxtrel {
+
+Clock::TimePoint SteadyClock::now() const {
+  return std::chrono::steady_clock::now();
+}
+
+void SteadyClock::sleepFor(std::chrono::milliseconds duration) {
+  std::this_thread::sleep_for(duration);
+}
 
 ThreadedBackgroundQueue::~ThreadedBackgroundQueue() {
   std::multimap<TimePoint, Task> dropped;
@@ -24,10 +35,10 @@ void ThreadedBackgroundQueue::runAfter(std::chrono::milliseconds delay, Task tas
 /// Called with the lock held.
 void ThreadedBackgroundQueue::provideWaiter() {
   if (std::exchange(hasWaiter_, true)) return;
-  threads_.run([this] { work(); });
+  if (!threads_.run([this] { work(); })) fatalError("no thread for background work");
 }
 
-/// One thread's life: it waits and works in turn, until another waits in its place.
+/// What each thread does: waits and works in turn, until another one waits in its place.
 void ThreadedBackgroundQueue::work() {
   while (Task task = nextTask()) {
     task();
@@ -37,8 +48,8 @@ void ThreadedBackgroundQueue::work() {
   }
 }
 
-/// Blocks until a task is due; none when the queue ends. Called by the waiter, which the caller is
-/// no longer when this has returned.
+/// Blocks until a task is due; none when the queue ends. The caller is the waiter until this
+/// returns.
 BackgroundQueue::Task ThreadedBackgroundQueue::nextTask() {
   std::unique_lock lock(mutex_);
   while (!isEnding_) {

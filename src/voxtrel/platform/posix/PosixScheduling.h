@@ -2,7 +2,6 @@
 
 #include <chrono>
 #include <condition_variable>
-#include <cstddef>
 #include <map>
 #include <mutex>
 
@@ -11,11 +10,19 @@
 
 namespace voxtrel {
 
-/// Runs tasks when they are due, on as many threads as have something to do. One thread waits for
-/// the next task, asleep until it is due; a task that blocks keeps its own thread only.
-/// Thread: any; destroyed by none of its tasks.  Owns: the threads and the tasks. Its end waits for
-/// the tasks that have begun.
-/// Fails by: ending the process when the system has no thread to give.
+/// The system's monotonic clock.
+/// Thread: any.
+class SteadyClock : public Clock {
+ public:
+  TimePoint now() const override;
+  void sleepFor(std::chrono::milliseconds duration) override;
+};
+
+/// Runs tasks when they are due, on as many threads as there is work for. One thread sleeps until
+/// the next task is due; a task that blocks keeps only its own thread.
+/// Thread: any; destroyed by none of its tasks.  Owns: the threads and the tasks. The destructor
+/// waits for the tasks that have begun.
+/// Fails by: ending the process when the system has no more threads.
 class ThreadedBackgroundQueue : public BackgroundQueue {
  public:
   ThreadedBackgroundQueue() = default;

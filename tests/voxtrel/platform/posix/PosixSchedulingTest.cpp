@@ -9,8 +9,7 @@
 #include <thread>
 #include <vector>
 
-#include "voxtrel/platform/posix/SteadyClock.h"
-#include "voxtrel/platform/posix/ThreadedBackgroundQueue.h"
+#include "voxtrel/platform/posix/PosixScheduling.h"
 #include "voxtrel/platform/posix/Waiting.h"
 
 namespace voxtrel {

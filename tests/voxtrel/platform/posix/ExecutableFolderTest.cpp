@@ -5,7 +5,6 @@
 #include <fstream>
 
 #include "voxtrel/platform/posix/ExecutableFolder.h"
-#include "voxtrel/platform/posix/ExecutablePath.h"
 
 namespace voxtrel {
 namespace {

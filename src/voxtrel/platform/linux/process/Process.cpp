@@ -1,5 +1,4 @@
-#include "voxtrel/platform/posix/ChildSetup.h"
-
+// Linux's part of starting children and of finding the program's own file.
 #include <fcntl.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
@@ -7,7 +6,12 @@
 
 #include <cerrno>
 #include <csignal>
+#include <filesystem>
 #include <limits>
+#include <system_error>
+
+#include "voxtrel/platform/posix/ExecutableFolder.h"
+#include "voxtrel/platform/posix/SpawnedChild.h"
 
 namespace voxtrel {
 namespace {
@@ -28,7 +32,7 @@ void closeEachOnExec() noexcept {
 
 bool dieWithParentThread(pid_t parent) noexcept {
   if (::prctl(PR_SET_PDEATHSIG, SIGKILL) != 0) return false;
-  // A parent that ended before the request sends nothing any more.
+  // A parent that ended before the request sends nothing.
   if (::getppid() == parent) return true;
   errno = ESRCH;
   return false;
@@ -41,6 +45,11 @@ bool livesAsLongAsProcess() noexcept {
 void closeDescriptorsOnExec() noexcept {
   constexpr unsigned kLast = std::numeric_limits<unsigned>::max();
   if (::close_range(kFirstDescriptor, kLast, kCloseOnExec) != 0) closeEachOnExec();
+}
+
+std::string executablePath() {
+  std::error_code error;
+  return std::filesystem::read_symlink("/proc/self/exe", error).string();
 }
 
 }  // namespace voxtrel
