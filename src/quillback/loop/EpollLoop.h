@@ -13,7 +13,7 @@ namespace voxtrel::quillback {
 
 /// The loop of the thread that calls `run`; it sleeps until a task, a timer or a descriptor is due.
 /// Thread: the one that runs it; `post` and `stop` from any.  Owns: three descriptors, all tasks.
-/// Fails by: aborts with a message where the system has no descriptor left at construction.
+/// Fails by: aborting with a message if there is no free descriptor at construction.
 class EpollLoop final : public Loop {
  public:
   EpollLoop();
@@ -26,7 +26,7 @@ class EpollLoop final : public Loop {
   [[nodiscard]] std::unique_ptr<Watch> watch(int descriptor, Task onReadable) override;
   TimePoint now() const override;
 
-  /// Runs what is due until `stop`; tasks that are left then stay.
+  /// Runs what is due until `stop`. Remaining tasks are kept.
   void run();
   /// Ends `run` after the task that is running.
   void stop();
@@ -50,7 +50,7 @@ class EpollLoop final : public Loop {
   std::map<TimerKey, Task> timers_;
   TimePoint alarmAt_ = TimePoint::max();
   std::map<std::uint64_t, std::shared_ptr<Task>> watches_;
-  std::mutex mutex_;  // over posted_
+  std::mutex mutex_;  // guards posted_
   std::vector<Task> posted_;
 };
 

@@ -36,7 +36,7 @@ class LineOutput final : public Output {
   FileDescriptor file_;
   const bool isSocket_;
   FileDescriptor flusherWakeUp_;
-  mutable std::mutex mutex_;  // over the fields below, and over the order of writes
+  mutable std::mutex mutex_;  // guards the fields below and the order of writes
   std::string waiting_;       // whole lines, the first one perhaps partly written
   bool hasLostLines_ = false;
   bool stopped_ = false;

@@ -51,7 +51,7 @@ TEST(Utf8, AcceptsACharacterAcrossTheEdgeOfABlock) {
   for (std::size_t before = 0; before < 130; ++before) {
     const std::string text = std::string(before, 'a') + "\xF0\x9F\x98\x80" + std::string(70, 'b');
     EXPECT_TRUE(isValidUtf8(text)) << before;
-    // What follows the cut would complete the character.
+    // The byte after the cut would complete the character.
     EXPECT_FALSE(isValidUtf8(std::string_view(text).substr(0, before + 3))) << before;
   }
 }

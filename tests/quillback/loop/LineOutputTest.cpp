@@ -13,7 +13,7 @@
 namespace voxtrel::quillback {
 namespace {
 
-/// A pipe or a pair of sockets, the first end of which is read.
+/// A pipe or a pair of sockets; the first end is read.
 struct Ends {
   FileDescriptor from;
   FileDescriptor to;
@@ -43,7 +43,7 @@ std::string readAll(const Ends& ends, std::size_t size) {
   return all;
 }
 
-/// Whether so many bytes are there to be read, now or within seconds.
+/// Waits some seconds until so many bytes can be read; returns whether they can.
 bool hasArrived(const Ends& ends, int bytes) {
   for (int look = 0; look < 5000; ++look) {
     int waiting = 0;
@@ -99,7 +99,7 @@ TEST_P(ABlockedReader, BlocksNoPrinterAndGetsEverythingInTheEnd) {
   const Ends ends = GetParam()();
   LineOutput output(ends.to.get());
   const std::string line(999, 'x');
-  constexpr std::size_t kLines = 1000;  // far more than the kernel keeps
+  constexpr std::size_t kLines = 1000;  // far more than the kernel buffers
   for (std::size_t i = 0; i < kLines; ++i) output.print(line);
   const std::string all = readAll(ends, kLines * 1000);
   EXPECT_EQ(all.substr(0, 1000), line + "\n");
@@ -112,7 +112,7 @@ TEST_P(ABlockedReader, DoesNotKeepTheOutputFromEnding) {
   const Ends ends = GetParam()();
   LineOutput output(ends.to.get());
   for (int i = 0; i < 10'000; ++i) output.print(std::string(999, 'x'));  // more than is kept
-  // Now there is room for some of what waits, but not for all of it.
+  // Makes room for some of the waiting bytes, but not for all.
   for (int i = 0; i < 4; ++i) EXPECT_FALSE(readSome(ends).empty());
   ASSERT_TRUE(hasArrived(ends, 4096));
   for (int i = 0; i < 10'000; ++i) output.print("y");

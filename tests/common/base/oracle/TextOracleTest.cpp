@@ -44,7 +44,7 @@ TEST(TextBesideIcu, CutsLinesAtExactlyTheSameCharactersOfAllUnicode) {
   });
 }
 
-/// All of Unicode's newlines are line ends for a dot in ICU too, and nothing else is.
+/// In ICU, too, a dot matches everything but Unicode's newlines.
 TEST(TextBesideIcu, HasADotThatMatchesEverythingInALine) {
   IcuPattern dot(".");
   forEachCharacter([&dot](UChar32 character, const std::string&) {

@@ -19,10 +19,10 @@ class ChildRecord {
   bool contains(std::string_view text) const;
   std::optional<int> status() const;
 
-  /// The status, waited for; none if it does not come within 30 s.
+  /// Waits up to 30 s for the status; none if it does not come.
   std::optional<int> waitForStatus();
 
-  /// Something was reported after the exit.
+  /// Whether something was reported after the exit.
   bool isLate() const;
 
  private:

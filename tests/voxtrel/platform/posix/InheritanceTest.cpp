@@ -16,7 +16,7 @@ namespace fs = std::filesystem;
 
 void doNothing(int) {}
 
-/// What the application may have done to its signals before it starts the engine.
+/// Signal settings that the application may have when it starts the engine.
 class UnusualSignals {
  public:
   UnusualSignals() {
@@ -46,7 +46,7 @@ class UnusualSignals {
   sigset_t mask_;
 };
 
-/// The standard streams closed, as some launchers leave them.
+/// Closes the standard streams, as some launchers do.
 class ClosedStreams {
  public:
   explicit ClosedStreams(const std::vector<int>& numbers) {

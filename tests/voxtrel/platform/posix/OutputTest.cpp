@@ -15,7 +15,7 @@ using std::chrono::steady_clock;
 
 constexpr long kMemoryLimitKib = 32L * 1024;
 
-/// The most memory that the process has had resident since `forgetPeak`.
+/// Peak resident memory of the process since `forgetPeak`.
 long peakKib() {
   std::ifstream status("/proc/self/status");
   for (std::string word; status >> word;) {
@@ -31,7 +31,7 @@ void forgetPeak() {
 
 class OutputTest : public ChildTest {
  protected:
-  /// Plays `commands` and keeps of what comes only the amount and the end.
+  /// Runs `commands` and keeps only the size and the end of the output.
   void measure(const Words& commands) {
     ChildOptions options;
     options.executable = SCRIPTED_ENGINE;

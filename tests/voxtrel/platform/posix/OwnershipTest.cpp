@@ -20,7 +20,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// A child that the application has besides those of the launcher.
+/// Starts a child without the launcher.
 pid_t startForeignChild(std::vector<std::string> words, int standardOutput = STDOUT_FILENO) {
   std::vector<char*> arguments;
   arguments.reserve(words.size() + 1);
@@ -59,7 +59,7 @@ std::size_t countEntries(const char* folder) {
 using OwnershipTest = ChildTest;
 
 TEST_F(OwnershipTest, AChildIsGoneWithinASecondOfItsParentsViolentDeath) {
-  // Orphans come to this process, which can then reap them and see how they ended.
+  // This process adopts orphans, so it can reap them and see how they ended.
   ASSERT_EQ(::prctl(PR_SET_CHILD_SUBREAPER, 1), 0);
   Pipe output = Pipe::open().value();
   const pid_t owner = startForeignChild({ENGINE_OWNER, SCRIPTED_ENGINE}, output.writeEnd.get());
@@ -120,7 +120,7 @@ TEST_F(OwnershipTest, StartsAtTheSameMomentDoNotMixUpTheirChildren) {
 }
 
 TEST_F(OwnershipTest, AThousandStartsAndStopsLeaveNothingBehind) {
-  std::thread([] {}).join();  // with the first thread a sanitizer starts one of its own
+  std::thread([] {}).join();  // a sanitizer starts its own thread with the first one
   const auto isAsBefore = [descriptors = countEntries("/proc/self/fd"),
                            threads = countEntries("/proc/self/task")] {
     return countEntries("/proc/self/fd") == descriptors &&

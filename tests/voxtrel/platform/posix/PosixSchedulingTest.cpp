@@ -82,7 +82,7 @@ TEST(BackgroundQueue, ATaskMayScheduleAnother) {
 }
 
 TEST(BackgroundQueue, ThereIsNoThreadBeforeTheFirstTaskAndOneAtMostWhenIdle) {
-  std::thread([] {}).join();  // with the first thread a sanitizer starts one of its own
+  std::thread([] {}).join();  // a sanitizer starts its own thread with the first one
   const std::size_t before = countThreads();
   ThreadedBackgroundQueue queue;
   EXPECT_EQ(countThreads(), before);

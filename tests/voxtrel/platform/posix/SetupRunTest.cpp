@@ -23,7 +23,7 @@ using Texts = std::vector<std::string>;
 
 constexpr const char* kConnecting = "Connecting to HuggingFace...";
 
-/// Keeps what was delayed; the test runs it.
+/// Keeps delayed tasks; the test runs them.
 class DelayingMainLoop : public TestMainLoop {
  public:
   void postAfter(std::chrono::milliseconds delay, Task task) override {
@@ -32,7 +32,7 @@ class DelayingMainLoop : public TestMainLoop {
   std::vector<std::pair<std::chrono::milliseconds, Task>> delayed;
 };
 
-/// The download over the real adapters, with a scripted engine in a folder of its own.
+/// The download over the real adapters, with a scripted engine in a temporary folder.
 class SetupRun : public ::testing::Test {
  protected:
   SetupRun() {
@@ -51,7 +51,7 @@ class SetupRun : public ::testing::Test {
   bool runUntilEnded() {
     return mainLoop_.runUntil([this] { return view_->downloadState().kind != Kind::downloading; });
   }
-  /// Shows the window and waits for the end.
+  /// Shows the window and waits until the run ends.
   void run() {
     view_->appeared();
     ASSERT_TRUE(runUntilEnded());
@@ -92,7 +92,7 @@ class SetupRun : public ::testing::Test {
 };
 
 TEST_F(SetupRun, ShowsTheEnginesProgressUpToItsEnd) {
-  run();  // what the scripted engine does by itself
+  run();  // what the scripted engine does without commands
   EXPECT_EQ(view_->logLines(),
             (Texts{kConnecting, "Downloading whisper-large-v3", "Verifying", "Saved", "Done!"}));
   EXPECT_EQ(view_->amountText(), "3094.0 MB / 3094.0 MB");
@@ -163,7 +163,8 @@ TEST_F(SetupRun, MakesTwoPiecesOfALineWrittenInTwo) {
 TEST_F(SetupRun, DropsAChunkThatIsNotUtf8) {
   const std::string go = (folder_.path() / "go").string();
   std::string commands = "print good\nwait-for " + go + "\nwrite bad\\xE9\\n\n";
-  for (int i = 0; i < 20; ++i) commands += "sleep 10\nprint again\n";  // the first may go with it
+  for (int i = 0; i < 20; ++i)
+    commands += "sleep 10\nprint again\n";  // the first may arrive with it
   script(commands + "exit 0\n");
   view_->appeared();
   EXPECT_TRUE(mainLoop_.runUntil([this] { return view_->logLines().size() == 2; }));
@@ -178,13 +179,13 @@ TEST_F(SetupRun, DropsAChunkThatIsNotUtf8) {
 TEST_F(SetupRun, LogsAHundredThousandLinesBeforeItIsDone) {
   run("repeat 100k Fetching another piece of the model\nprint last words\nexit 0\n");
   const Texts& log = view_->logLines();
-  // A read may end within a line, which makes two of it.
+  // A read may end within a line, which splits the line in two.
   EXPECT_GE(log.size(), 100'003U);
   EXPECT_EQ(log[log.size() - 2], "last words");
   std::string all;
   for (const auto& line : log) all += line;
   EXPECT_EQ(all.size(), std::string(kConnecting).size() + 100'000 * 35 + 10 + 5);
-  EXPECT_LT(static_cast<std::size_t>(changes_), log.size());  // at most one a read
+  EXPECT_LT(static_cast<std::size_t>(changes_), log.size());  // at most one per read
   expectSuccess();
 }
 
@@ -207,7 +208,7 @@ TEST_F(SetupRun, NamesTheEngineThatIsMissing) {
 }
 
 TEST_F(SetupRun, SaysWhyTheEngineCannotBeLaunched) {
-  // The bundle offers a program only where it can be run, so it offers this one from elsewhere.
+  // The bundle offers only programs that can run, so this one comes from elsewhere.
   struct Fixed : ApplicationBundle {
     std::optional<std::string> auxiliaryExecutable(std::string_view) const override { return path; }
     std::string path;
@@ -250,7 +251,7 @@ TEST_F(SetupRun, GoesOnWithoutItsWindowAndLeavesNothingBehind) {
   mainLoop_.delayed[0].second();
   mainLoop_.delayed.clear();
   EXPECT_EQ(completions_, 1);
-  // The task that waits to adopt the child may still be on its way.
+  // The task that adopts the child may not have run yet.
   EXPECT_TRUE(mainLoop_.runUntil([&watch] { return watch.expired(); }));
 }
 
@@ -260,7 +261,7 @@ TEST_F(SetupRun, EndsWithTheApplication) {
   view_->setOnChange(nullptr);
   const std::string log = engine() + ".setup.log";
   EXPECT_TRUE(eventually([&log] { return fs::exists(log); }));
-  view_ = nullptr;  // the adapters' end, after this, waits for the child's end
+  view_ = nullptr;  // the adapters' destructors wait for the child's end
 }
 
 }  // namespace

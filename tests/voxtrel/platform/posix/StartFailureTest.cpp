@@ -71,7 +71,7 @@ TEST_F(StartFailureTest, AMissingWorkingDirectoryIsReported) {
   expectFailure(SCRIPTED_ENGINE, "No such file or directory", missing);
 }
 
-#ifndef __SANITIZE_ADDRESS__  // the sanitizers of that build open descriptors to look at memory
+#ifndef __SANITIZE_ADDRESS__  // this sanitizer opens descriptors to inspect memory
 TEST_F(StartFailureTest, WithoutDescriptorsToSpareNothingStartsAndNothingBreaks) {
   rlimit before{};
   ::getrlimit(RLIMIT_NOFILE, &before);

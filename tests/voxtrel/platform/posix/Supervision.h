@@ -19,7 +19,7 @@
 
 namespace voxtrel {
 
-/// A main loop that the test's own thread turns.
+/// A main loop that the test's thread runs.
 /// Thread: `post` from any; the others from the test's.
 class TestMainLoop : public MainLoop {
  public:
@@ -57,16 +57,16 @@ class QuietLog : public Log {
   void write(LogLevel, std::string_view, std::string_view) override {}
 };
 
-/// The supervisor over the real adapters, with a scripted engine in a folder of its own.
+/// The supervisor over the real adapters, with a scripted engine in a temporary folder.
 class Supervision : public ::testing::Test {
  protected:
   Supervision();
   ~Supervision() override;
 
-  /// What each engine started from now on does, a command a line.
+  /// Sets what each engine started from now on does, one command per line.
   void script(const std::string& commands) const;
 
-  /// Process ids of the engines that run, whoever owns them.
+  /// Process ids of all running engines, also those of other owners.
   std::vector<int> runningEngines() const;
 
   const std::filesystem::path folder_;

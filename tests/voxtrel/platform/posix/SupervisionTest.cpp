@@ -14,7 +14,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// A sanitizer keeps what was freed, so that memory says nothing there.
+// A sanitizer keeps freed memory, so measuring memory is pointless there.
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 constexpr long kMostGrowthKilobytes = std::numeric_limits<long>::max();
 #else
@@ -122,7 +122,7 @@ TEST_F(Supervision, FloodIsStoppedAsSoonAsAnyEngine) {
   script("flood 1G Ready.\n");
   manager_->launch();
   ASSERT_TRUE(mainLoop_.runUntil([&] { return manager_->state() == AppState::idle; }));
-  // Nobody runs the main loop while this thread waits in stopAndWait.
+  // The main loop does not run while this thread waits in stopAndWait.
   const auto before = clock_.now();
   manager_->stopAndWait(3s);
   EXPECT_LT(clock_.now() - before, 2s);
