@@ -1,5 +1,5 @@
-// The yardstick of the settings window: a bare tray program that opens a window of the same controls
-// when "Settings..." is chosen.
+// The reference for the settings window: a bare tray program that opens a window with the same controls
+// on "Settings...".
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>

@@ -42,8 +42,8 @@ double threadsMilliseconds() {
   return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) / 1e6;
 }
 
-/// The longest time between two turns of the main loop's timer, and the longest that the main thread
-/// itself worked in between: the rest are other programs' turns on a busy machine.
+/// Measures the longest gap between two ticks of the main loop's timer and the longest time the main
+/// thread worked in one. The difference is other programs' work on a busy machine.
 class Probe {
  public:
   Probe() {

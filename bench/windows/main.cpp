@@ -1,9 +1,9 @@
 // A setup run that prints 200,000 lines, in the download window and read by a bare loop.
-//   windows-bench bare      reads the child in a loop that keeps nothing; prints its milliseconds
-//   windows-bench window    shows it in the window; prints the milliseconds until "Done!" is shown,
-//                           the longest in which the window did not answer, the longest that its
-//                           thread worked in one go, and those until every line can be scrolled to
-//   windows-bench setup...  is the child
+//   windows-bench bare      reads and drops the child's output; prints the milliseconds
+//   windows-bench window    shows it in the window; prints the milliseconds until "Done!" is shown, the
+//                           longest gap in which the window did not react, the longest work of its
+//                           thread in one go, and the time until every line can be scrolled to
+//   windows-bench setup...  the child
 // VOXTREL_BENCH_BUFFERED: the child writes 64 KB at a time, not line by line.
 #include <QApplication>
 #include <string_view>

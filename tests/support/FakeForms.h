@@ -16,7 +16,7 @@
 
 namespace voxtrel::testing {
 
-/// Windows that nobody sees. Each has one of the two forms.
+/// Windows that are never drawn. Each has one of the two forms.
 struct FakeFormWindows : FormWindows {
   struct State {
     FormWindowOptions options;

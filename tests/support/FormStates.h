@@ -15,7 +15,7 @@
 
 namespace voxtrel::testing {
 
-/// Forms without windows, to be put into every state.
+/// Forms without windows, with everything around them under the test's control.
 struct FormStates {
   std::shared_ptr<SettingsView> settings() {
     return std::make_shared<SettingsView>(ConfigManager(home.path()),
@@ -33,7 +33,7 @@ struct FormStates {
                                       }});
   }
 
-  // What the running setup does next.
+  // What the running setup does.
   void print(std::string_view text) {
     time.runPosted();
     launcher.last().print(text);

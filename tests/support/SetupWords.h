@@ -7,7 +7,7 @@ namespace voxtrel {
 
 using std::string_view_literals::operator""sv;
 
-/// What the engine's setup prints, whole and in pieces.
+/// Output of the engine's setup, complete and in parts.
 inline constexpr std::array kSetupWords = {"812.4 MB / 3094.1 MB (26.3%)"sv,
                                            "12MB/100MB (12%)"sv,
                                            "1 MB / 2 MB ("sv,

@@ -16,13 +16,13 @@
 
 namespace voxtrel::testing {
 
-/// An X server for one client, which greets and then knows no more than one extension of a version.
-/// Thread: the test's; serves on one of its own.  Fails by: an exception, which fails the test.
+/// An X server for one client. It accepts the connection and then offers at most one extension.
+/// Thread: the test's; serves on a second one.  Fails by: an exception, which fails the test.
 class XServerDouble {
  public:
   struct Offer {
     bool hasExtension = false;
-    std::uint16_t majorVersion = 0;  ///< 0: the question for it is an error
+    std::uint16_t majorVersion = 0;  ///< 0: the version request is an error
   };
 
   explicit XServerDouble(Offer offer) : offer_(offer) {
@@ -46,7 +46,7 @@ class XServerDouble {
   XServerDouble(const XServerDouble&) = delete;
   XServerDouble& operator=(const XServerDouble&) = delete;
 
-  /// Names the server to xcb.
+  /// The display name for xcb.
   std::string display() const {
     constexpr int kPortOfDisplay0 = 6000;
     return "127.0.0.1:" + std::to_string(port_ - kPortOfDisplay0);
@@ -66,7 +66,7 @@ class XServerDouble {
       std::uint16_t lengthWords = 0;
       std::memcpy(&lengthWords, request.data() + 2, 2);
       if (!readAll(client.get(), request.data() + 4, std::size_t{lengthWords} * 4 - 4)) return;
-      answer(client.get(), request[0], ++sequence);
+      reply(client.get(), request[0], ++sequence);
     }
   }
 
@@ -88,21 +88,21 @@ class XServerDouble {
     ::send(client, screen.data(), screen.size(), MSG_NOSIGNAL);
   }
 
-  void answer(int client, std::uint8_t opcode, std::uint16_t sequence) const {
-    std::array<std::uint8_t, 32> reply{1};
-    std::memcpy(reply.data() + 2, &sequence, 2);
+  void reply(int client, std::uint8_t opcode, std::uint16_t sequence) const {
+    std::array<std::uint8_t, 32> message{1};
+    std::memcpy(message.data() + 2, &sequence, 2);
     if (opcode == XCB_QUERY_EXTENSION) {
-      reply[8] = offer_.hasExtension ? 1 : 0;
-      reply[9] = kExtension;
+      message[8] = offer_.hasExtension ? 1 : 0;
+      message[9] = kExtension;
     } else if (opcode == kExtension && offer_.majorVersion != 0) {
-      std::memcpy(reply.data() + 8, &offer_.majorVersion, 2);
+      std::memcpy(message.data() + 8, &offer_.majorVersion, 2);
     } else if (opcode == kExtension) {
-      reply[0] = 0;  // an error
-      reply[1] = 1;
+      message[0] = 0;  // an error
+      message[1] = 1;
     } else if (opcode != XCB_GET_INPUT_FOCUS) {
       return;
     }
-    ::send(client, reply.data(), reply.size(), MSG_NOSIGNAL);
+    ::send(client, message.data(), message.size(), MSG_NOSIGNAL);
   }
 
   static constexpr std::uint8_t kExtension = 131;

@@ -3,7 +3,6 @@
 #include <chrono>
 #include <filesystem>
 #include <utility>
-#include <variant>
 
 #include "common/base/Lines.h"
 #include "common/base/Utf8.h"
@@ -17,16 +16,15 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr std::chrono::milliseconds kAtOnce = 0ms;
 constexpr std::chrono::milliseconds kCompletionDelay = 1s;
 constexpr const char* kFirstLine = "Connecting to HuggingFace...";
 constexpr const char* kLastLine = "Done!";
 
 }  // namespace
 
-/// One run of the engine's setup. What hears the child shares it, and it holds the view and the
-/// child, until the end has been reported to the main thread, where both are let go.
-/// Thread: the main thread; `view` is read on the child's threads, never after the end is reported.
+/// One run of the engine's setup. The child's callbacks share it. It holds the view and the child until
+/// the end is handled on the main thread.
+/// Thread: the main thread; the child's threads read `view` until they report the end.
 struct ModelDownloadView::Setup {
   MainLoop& mainLoop;
   ChildProcessLauncher& childProcesses;
@@ -48,7 +46,7 @@ std::shared_ptr<ModelDownloadView> ModelDownloadView::create(
   return std::shared_ptr<ModelDownloadView>(new ModelDownloadView(ports, std::move(callbacks)));
 }
 
-// What the window shows
+// What the window shows.
 
 bool ModelDownloadView::showsProgress() const {
   return downloadState_.kind == DownloadState::Kind::downloading ||
@@ -79,7 +77,7 @@ std::string ModelDownloadView::amountText() const {
   return downloadedMB_ + " / " + totalMB_;
 }
 
-// What the user does
+// What the user does.
 
 void ModelDownloadView::appeared() {
   if (downloadState_.kind == DownloadState::Kind::ready) startDownload();
@@ -87,7 +85,7 @@ void ModelDownloadView::appeared() {
 
 void ModelDownloadView::skip() {
   if (!skipIsEnabled() || !callbacks_.onSkip) return;
-  const auto alive = shared_from_this();  // the callback may let go of the window
+  const auto alive = shared_from_this();  // the callback may release the window
   callbacks_.onSkip();
 }
 
@@ -95,7 +93,7 @@ void ModelDownloadView::retry() {
   if (showsRetry()) startDownload();
 }
 
-// The setup
+// The setup.
 
 void ModelDownloadView::startDownload() {
   const auto alive = shared_from_this();
@@ -110,11 +108,11 @@ void ModelDownloadView::startDownload() {
     return;
   }
   const auto setup = std::make_shared<Setup>(Setup{ports_.mainLoop, ports_.childProcesses, alive});
-  ports_.backgroundQueue.runAfter(kAtOnce, [setup, path] { launch(setup, path); });
+  ports_.backgroundQueue.runAfter(0ms, [setup, path] { launch(setup, path); });
   changed();
 }
 
-/// On a background thread. The view is touched on the main thread only.
+/// Runs on a background thread, so it leaves the view to the main thread.
 void ModelDownloadView::launch(const std::shared_ptr<Setup>& setup, const std::string& path) {
   ChildOptions options{
       .executable = path,
@@ -124,7 +122,7 @@ void ModelDownloadView::launch(const std::shared_ptr<Setup>& setup, const std::s
           [setup](std::string_view bytes) {
             if (!isValidUtf8(bytes)) return;
             setup->mainLoop.post(
-                [view = setup->view, text = std::string(bytes)] { view->takeOutput(text); });
+                [view = setup->view, text = std::string(bytes)] { view->handleOutput(text); });
           },
       .onExit =
           [setup](int status) {
@@ -137,27 +135,27 @@ void ModelDownloadView::launch(const std::shared_ptr<Setup>& setup, const std::s
     return;
   }
   setup->mainLoop.post([setup, child = *result] {
-    if (setup->view) setup->child = child;  // else it has ended already
+    if (setup->view) setup->child = child;  // otherwise it has already ended
   });
 }
 
-void ModelDownloadView::takeOutput(std::string_view text) {
+void ModelDownloadView::handleOutput(std::string_view text) {
   bool hasChanged = false;
-  forEachLine(text, [&](std::string_view piece) { hasChanged |= takePiece(piece); });
+  forEachLine(text, [&](std::string_view line) { hasChanged |= handleLine(line); });
   if (hasChanged) changed();
 }
 
-/// False if the piece says nothing.
-bool ModelDownloadView::takePiece(std::string_view piece) {
-  if (piece.empty()) return false;
-  auto progress = parseProgress(piece);
+/// Returns whether the line changed anything.
+bool ModelDownloadView::handleLine(std::string_view line) {
+  if (line.empty()) return false;
+  auto progress = parseProgress(line);
   if (progress) {
     downloadedMB_ = std::move(progress->downloadedMB);
     totalMB_ = std::move(progress->totalMB);
     downloadProgress_ = progress->fraction;
   }
-  const bool isNewLine = isLogged(piece);
-  if (isNewLine) logLines_.emplace_back(piece);
+  const bool isNewLine = isLogged(line);
+  if (isNewLine) logLines_.emplace_back(line);
   return progress || isNewLine;
 }
 
@@ -180,7 +178,7 @@ void ModelDownloadView::fail(std::string message) {
   changed();
 }
 
-/// Calls a copy: the window may take its observer away while it runs.
+/// Calls a copy, because the callback may replace itself.
 void ModelDownloadView::changed() const {
   if (const auto onChange = onChange_) onChange();
 }

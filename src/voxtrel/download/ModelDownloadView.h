@@ -15,7 +15,7 @@ class BackgroundQueue;
 class ChildProcessLauncher;
 class MainLoop;
 
-/// What the download needs from outside; all of it must outlive every download.
+/// What the download needs from outside. All of it must outlive every download.
 struct ModelDownloadPorts {
   ApplicationBundle& bundle;
   BackgroundQueue& backgroundQueue;
@@ -23,24 +23,22 @@ struct ModelDownloadPorts {
   MainLoop& mainLoop;
 };
 
-/// The download window without its widgets: runs the engine's setup mode, which fetches the model,
-/// and says what the window shows meanwhile.
+/// The download window without its widgets: runs the engine's setup, which downloads the model, and
+/// holds what the window shows. A running setup keeps this alive until its end has been handled.
 /// Thread: the main thread.  Owns: the running setup.  Borrows: the ports.
-/// A running setup keeps this alive until it has ended and been reported, whatever became of the
-/// window.
 /// Fails by: DownloadState::error, shown to the user.
 class ModelDownloadView : public std::enable_shared_from_this<ModelDownloadView> {
  public:
   struct DownloadState {
     enum class Kind { ready, downloading, success, error };
     Kind kind = Kind::ready;
-    std::string message = {};  ///< of an error
+    std::string message = {};  ///< set for an error
     bool operator==(const DownloadState&) const = default;
   };
 
   struct Callbacks {
-    std::function<void()> onComplete;  ///< one second after a download that succeeded
-    std::function<void()> onSkip;      ///< the user goes on without the model
+    std::function<void()> onComplete;  ///< called one second after success
+    std::function<void()> onSkip;      ///< the user continues without the model
   };
 
   static constexpr std::string_view kTitle = "Voxtrel — Model Setup";
@@ -66,13 +64,13 @@ class ModelDownloadView : public std::enable_shared_from_this<ModelDownloadView>
                                                    Callbacks callbacks);
 
   const DownloadState& downloadState() const { return downloadState_; }
-  /// Oldest first, never trimmed; only grows but for a restart, which begins it anew.
+  /// Oldest first, never trimmed. A retry clears it.
   const std::vector<std::string>& logLines() const { return logLines_; }
   double downloadProgress() const { return downloadProgress_; }      ///< at most 1
   const std::string& downloadedMB() const { return downloadedMB_; }  ///< such as "812.4 MB"
   const std::string& totalMB() const { return totalMB_; }
 
-  // Which of the window's blocks are present.
+  // Which blocks the window shows.
   bool showsProgress() const;
   bool showsAmount() const;
   bool showsLog() const;
@@ -81,12 +79,12 @@ class ModelDownloadView : public std::enable_shared_from_this<ModelDownloadView>
   bool skipIsEnabled() const;
   std::string amountText() const;  ///< such as "812.4 MB / 3094.1 MB"
 
-  /// The window has come up: begins the download if none has begun yet.
+  /// The window has come up: starts the first download.
   void appeared();
   void skip();
   void retry();
 
-  /// Called after anything above has changed.
+  /// `onChange` is called after any of the above has changed.
   void setOnChange(std::function<void()> onChange) { onChange_ = std::move(onChange); }
 
  private:
@@ -96,8 +94,8 @@ class ModelDownloadView : public std::enable_shared_from_this<ModelDownloadView>
 
   void startDownload();
   static void launch(const std::shared_ptr<Setup>& setup, const std::string& path);
-  void takeOutput(std::string_view text);
-  bool takePiece(std::string_view piece);
+  void handleOutput(std::string_view text);
+  bool handleLine(std::string_view line);
   void handleExit(int status);
   void fail(std::string message);
   void changed() const;

@@ -5,14 +5,14 @@
 #include <string>
 #include <vector>
 
-#include "support/DownloadBench.h"
+#include "support/DownloadFixture.h"
 
 namespace voxtrel {
 namespace {
 
 using namespace std::chrono_literals;
-using testing::DownloadBench;
-using State = DownloadBench::State;
+using testing::DownloadFixture;
+using State = DownloadFixture::State;
 using Kind = State::Kind;
 using Texts = std::vector<std::string>;
 
@@ -23,7 +23,7 @@ State failed(const std::string& message) {
   return {Kind::error, message};
 }
 
-struct Setup : ::testing::Test, DownloadBench {
+struct Setup : ::testing::Test, DownloadFixture {
   void expectProgress() const {
     EXPECT_EQ(view->downloadProgress(), 0.263);
     EXPECT_EQ(view->amountText(), "812.4 MB / 3094.1 MB");
@@ -46,11 +46,11 @@ TEST_F(Setup, RunsTheSetupOfTheOneModelInTheEnginesFolder) {
 TEST_F(Setup, StartsOnTheBackgroundQueue) {
   view->appeared();
   EXPECT_TRUE(launcher.startedAt.empty());
-  time.sleepFor(0ms);  // the main thread stands still, background threads run
+  time.sleepFor(0ms);  // the main thread is blocked, background threads run
   EXPECT_EQ(launcher.startedAt.size(), 1U);
 }
 
-TEST_F(Setup, StartsOnceHoweverOftenItsWindowAppears) {
+TEST_F(Setup, StartsOnceEvenIfItsWindowAppearsAgain) {
   view->appeared();
   view->appeared();
   appear();
@@ -72,8 +72,9 @@ TEST_F(Setup, NamesTheMissingEngine) {
   expectReset();
 }
 
-TEST_F(Setup, LooksForTheEngineInItsUsualPlaceOtherwise) {
-  if (std::filesystem::exists("/usr/local/bin/quillback")) GTEST_SKIP() << "there is one here";
+TEST_F(Setup, FallsBackToTheUsualPlaceOfTheEngine) {
+  if (std::filesystem::exists("/usr/local/bin/quillback"))
+    GTEST_SKIP() << "an engine is installed here";
   bundle.engine.reset();
   appear();
   EXPECT_EQ(view->downloadState(),
@@ -90,7 +91,7 @@ TEST_F(Setup, SaysWhyTheSetupCouldNotBeLaunched) {
 
 // Output
 
-TEST_F(Setup, MovesTheBarWithoutGrowingTheLog) {
+TEST_F(Setup, MovesTheBarWithoutALogLine) {
   appear();
   print(kProgress);
   expectProgress();
@@ -98,13 +99,13 @@ TEST_F(Setup, MovesTheBarWithoutGrowingTheLog) {
   EXPECT_EQ(changes, 2);
 }
 
-TEST_F(Setup, LogsEveryOtherLineAsItIs) {
+TEST_F(Setup, LogsEveryOtherLineUnchanged) {
   appear();
   print("  Fetching 12 files\n\n\tdone \xE2\x9C\x93\n \n");
   EXPECT_EQ(log(), (Texts{kConnecting, "  Fetching 12 files", "\tdone \xE2\x9C\x93", " "}));
 }
 
-TEST_F(Setup, LogsAProgressLineWithoutItsBlankToo) {
+TEST_F(Setup, LogsAProgressLineWithoutSpacesToo) {
   appear();
   print("12MB/100MB (12%)\n");
   EXPECT_EQ(view->downloadProgress(), 0.12);
@@ -112,7 +113,7 @@ TEST_F(Setup, LogsAProgressLineWithoutItsBlankToo) {
   EXPECT_EQ(log(), (Texts{kConnecting, "12MB/100MB (12%)"}));
 }
 
-TEST_F(Setup, FillsTheBarAboveAHundredPercent) {
+TEST_F(Setup, LimitsTheBarToAHundredPercent) {
   appear();
   print("3100.55 MB / 3094.1 MB (100.2%)");
   EXPECT_EQ(view->downloadProgress(), 1.0);
@@ -120,30 +121,30 @@ TEST_F(Setup, FillsTheBarAboveAHundredPercent) {
   EXPECT_EQ(view->downloadState(), State{Kind::downloading});
 }
 
-TEST_F(Setup, ChangesNothingForAPercentageThatIsNoNumber) {
+TEST_F(Setup, IgnoresAPercentageThatIsNotANumber) {
   appear();
   print(kProgress);
   const int before = changes;
   print("900 MB / 3094.1 MB (1.2.3%)\n");
   expectProgress();
-  EXPECT_EQ(log(), Texts{kConnecting});  // it looks like progress all the same
+  EXPECT_EQ(log(), Texts{kConnecting});  // it still looks like progress
   EXPECT_EQ(changes, before);
 }
 
-TEST_F(Setup, CopiesAmountsThatAreNoNumbers) {
+TEST_F(Setup, CopiesAmountsThatAreNotNumbers) {
   appear();
   print("1.2.3 MB / 4 MB (5%)\n");
   EXPECT_EQ(view->amountText(), "1.2.3 MB / 4 MB");
   EXPECT_EQ(view->downloadProgress(), 0.05);
 }
 
-TEST_F(Setup, GoesBackWhereTheSetupDoes) {
+TEST_F(Setup, FollowsProgressThatGoesBack) {
   appear();
   print("2 MB / 4 MB (50%)\n1 MB / 4 MB (25%)\n");
   EXPECT_EQ(view->downloadProgress(), 0.25);
 }
 
-TEST_F(Setup, TakesCarriageReturnsAndAllOtherNewlinesForLineEnds) {
+TEST_F(Setup, TreatsCarriageReturnsAndAllOtherNewlinesAsLineEnds) {
   appear();
   print(
       "1 MB / 4 MB (25%)\rone\r2 MB / 4 MB (50%)\rtwo\r\nthree\xE2\x80\xA8"
@@ -153,7 +154,7 @@ TEST_F(Setup, TakesCarriageReturnsAndAllOtherNewlinesForLineEnds) {
   EXPECT_EQ(log(), (Texts{kConnecting, "one", "two", "three", "four", "five"}));
 }
 
-TEST_F(Setup, MakesTwoPiecesOfALineThatTheReadsCut) {
+TEST_F(Setup, TreatsALineCutByReadsAsTwoLines) {
   appear();
   print("Verif");
   print("ying\n1 MB / 2 M");
@@ -162,7 +163,7 @@ TEST_F(Setup, MakesTwoPiecesOfALineThatTheReadsCut) {
   EXPECT_EQ(view->downloadedMB(), "");
 }
 
-TEST_F(Setup, DropsAChunkThatIsNotUtf8Whole) {
+TEST_F(Setup, DropsAChunkThatIsNotValidUtf8) {
   appear();
   print("good\n1 MB / 2 MB (50%)\ncaf\xE9\n");
   EXPECT_EQ(log(), Texts{kConnecting});
@@ -172,18 +173,18 @@ TEST_F(Setup, DropsAChunkThatIsNotUtf8Whole) {
   EXPECT_EQ(log(), (Texts{kConnecting, "next"}));
 }
 
-TEST_F(Setup, TellsItsWindowOnceAChunk) {
+TEST_F(Setup, NotifiesItsWindowOncePerChunk) {
   appear();
   std::string chunk;
   for (int i = 0; i < 1000; ++i) chunk += "line\n1 MB / 2 MB (50%)\r";
   print(chunk);
   EXPECT_EQ(log().size(), 1001U);
   EXPECT_EQ(changes, 2);
-  print("\n\r\n");  // says nothing
+  print("\n\r\n");  // empty lines
   EXPECT_EQ(changes, 2);
 }
 
-TEST_F(Setup, AppliesOutputOnTheMainThreadInItsOrder) {
+TEST_F(Setup, HandlesOutputInOrderOnTheMainThread) {
   appear();
   launcher.last().print("one\n");
   launcher.last().print("two\n");
@@ -209,7 +210,7 @@ TEST_F(Setup, KeepsALogOfAnyLength) {
 
 // The end
 
-TEST_F(Setup, IsDoneOneSecondBeforeItSaysSo) {
+TEST_F(Setup, ReportsCompletionOneSecondAfterSuccess) {
   appear();
   print("Saved");
   exit(0);
@@ -248,25 +249,25 @@ TEST_F(Setup, KeepsLogAndProgressAfterAFailure) {
   EXPECT_EQ(completions, 0);
 }
 
-TEST_F(Setup, TakesEveryStatusButZeroForAFailure) {
+TEST_F(Setup, TreatsEveryStatusButZeroAsAFailure) {
   for (const int status : {1, 9, 15, 255, -1}) {
-    DownloadBench bench;
-    bench.appear();
-    bench.exit(status);
-    EXPECT_EQ(bench.view->downloadState(),
+    DownloadFixture download;
+    download.appear();
+    download.exit(status);
+    EXPECT_EQ(download.view->downloadState(),
               failed("Setup failed (exit code " + std::to_string(status) +
                      "). Check internet connection."));
   }
 }
 
-TEST_F(Setup, HearsASetupThatEndsBeforeItsLaunchIsOver) {
+TEST_F(Setup, HandlesASetupThatEndsBeforeItsStartReturns) {
   launcher.onStarted = [](testing::FakeChild& child) {
     child.print("quick\n");
     child.exit(0);
   };
   appear();
   EXPECT_EQ(log(), (Texts{kConnecting, "quick", "Done!"}));
-  EXPECT_EQ(launcher.children.front().use_count(), 1);  // nobody holds the ended child
+  EXPECT_EQ(launcher.children.front().use_count(), 1);  // the view has released it
   time.advance(1s);
   EXPECT_EQ(completions, 1);
 }

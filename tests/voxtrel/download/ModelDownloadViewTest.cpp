@@ -4,23 +4,23 @@
 #include <string>
 #include <vector>
 
-#include "support/DownloadBench.h"
+#include "support/DownloadFixture.h"
 #include "voxtrel/download/ModelDownloadView.h"
 
 namespace voxtrel {
 namespace {
 
 using namespace std::chrono_literals;
-using testing::DownloadBench;
-using State = DownloadBench::State;
+using testing::DownloadFixture;
+using State = DownloadFixture::State;
 using Kind = State::Kind;
 using Texts = std::vector<std::string>;
 
 constexpr const char* kConnecting = "Connecting to HuggingFace...";
 constexpr const char* kProgress = "812.4 MB / 3094.1 MB (26.3%)\n";
 
-struct Download : ::testing::Test, DownloadBench {
-  /// What is there and can be used.
+struct Download : ::testing::Test, DownloadFixture {
+  /// The visible blocks and the usable buttons.
   Texts shown() const {
     Texts all;
     if (view->showsProgress()) all.emplace_back("progress");
@@ -33,7 +33,7 @@ struct Download : ::testing::Test, DownloadBench {
   }
 };
 
-// What is shown in each state
+// What each state shows
 
 TEST_F(Download, IsReadyUntilItsWindowAppears) {
   EXPECT_EQ(view->downloadState(), State{Kind::ready});
@@ -52,7 +52,7 @@ TEST_F(Download, ShowsAnEmptyBarAndNoAmountAtFirst) {
   expectReset();
 }
 
-TEST_F(Download, ShowsTheAmountFromTheFirstProgressLineOn) {
+TEST_F(Download, ShowsTheAmountAfterTheFirstProgressLine) {
   appear();
   print(kProgress);
   EXPECT_EQ(shown(), (Texts{"progress", "amount", "log"}));
@@ -66,7 +66,7 @@ TEST_F(Download, ShowsAFullBarAfterASuccess) {
   EXPECT_EQ(view->downloadProgress(), 1.0);
 }
 
-TEST_F(Download, ShowsNoProgressAfterAFailureHoweverFarItCame) {
+TEST_F(Download, HidesTheProgressAfterAFailure) {
   appear();
   print(kProgress);
   exit(1);
@@ -81,7 +81,7 @@ TEST_F(Download, HasItsTexts) {
   EXPECT_EQ(ModelDownloadView::kRetryTitle, "Retry");
 }
 
-TEST_F(Download, HasItsMeasures) {
+TEST_F(Download, HasItsSizes) {
   EXPECT_EQ(ModelDownloadView::kWidthPt, 420);
   EXPECT_EQ(ModelDownloadView::kHeightPt, 320);
   EXPECT_EQ(ModelDownloadView::kPaddingPt, 24);
@@ -131,7 +131,7 @@ TEST_F(Download, RetriesOnlyAfterAFailure) {
   EXPECT_EQ(view->downloadState(), State{Kind::success});
 }
 
-TEST_F(Download, BeginsAnewOnRetry) {
+TEST_F(Download, StartsOverOnRetry) {
   appear();
   print(std::string(kProgress) + "broken\n");
   exit(1);
@@ -147,7 +147,7 @@ TEST_F(Download, BeginsAnewOnRetry) {
   EXPECT_EQ(completions, 1);
 }
 
-TEST_F(Download, LooksForTheEngineAfreshOnRetry) {
+TEST_F(Download, LooksForTheEngineAgainOnRetry) {
   bundle.engine = "/nonexistent/quillback";
   appear();
   EXPECT_TRUE(view->showsRetry());
@@ -168,7 +168,7 @@ TEST_F(Download, RetriesALaunchThatFailed) {
   EXPECT_EQ(view->downloadState(), State{Kind::success});
 }
 
-// Who holds whom
+// Lifetime
 
 TEST_F(Download, RunsToItsEndWithoutItsWindow) {
   const std::weak_ptr<ModelDownloadView> watch = view;
@@ -187,7 +187,7 @@ TEST_F(Download, RunsToItsEndWithoutItsWindow) {
   EXPECT_TRUE(watch.expired());
 }
 
-TEST_F(Download, IsGoneAfterAFailureWithoutItsWindow) {
+TEST_F(Download, IsReleasedAfterAFailureWithoutItsWindow) {
   const std::weak_ptr<ModelDownloadView> watch = view;
   appear();
   view = nullptr;
@@ -195,7 +195,7 @@ TEST_F(Download, IsGoneAfterAFailureWithoutItsWindow) {
   EXPECT_TRUE(watch.expired());
 }
 
-TEST_F(Download, IsGoneAfterAFailedLaunchWithoutItsWindow) {
+TEST_F(Download, IsReleasedAfterAFailedLaunchWithoutItsWindow) {
   const std::weak_ptr<ModelDownloadView> watch = view;
   launcher.failure = "no";
   view->appeared();
@@ -205,7 +205,7 @@ TEST_F(Download, IsGoneAfterAFailedLaunchWithoutItsWindow) {
   EXPECT_TRUE(watch.expired());
 }
 
-TEST_F(Download, HoldsItsSetupUntilTheEndAndNotLonger) {
+TEST_F(Download, HoldsItsSetupUntilItsEndIsHandled) {
   appear();
   EXPECT_EQ(launcher.children.front().use_count(), 2);
   launcher.last().exit(0);
@@ -214,19 +214,19 @@ TEST_F(Download, HoldsItsSetupUntilTheEndAndNotLonger) {
   EXPECT_EQ(launcher.children.front().use_count(), 1);
 }
 
-TEST_F(Download, MayBeLetGoByItsOwnCallbacks) {
+TEST_F(Download, MayBeReleasedByItsOwnCallbacks) {
   std::shared_ptr<ModelDownloadView> last;
   int called = 0;
-  const auto letGo = [&last, &called, text = std::string(100, 'x')] {
+  const auto release = [&last, &called, text = std::string(100, 'x')] {
     last = nullptr;
     called += text.size() == 100 ? 1 : 0;
   };
   const ModelDownloadPorts ports{bundle, time, launcher, time};
-  last = ModelDownloadView::create(ports, {}, {letGo, letGo});
+  last = ModelDownloadView::create(ports, {}, {release, release});
   last->skip();
   EXPECT_EQ(called, 1);
-  last = ModelDownloadView::create(ports, {}, {letGo, letGo});
-  last->setOnChange(letGo);
+  last = ModelDownloadView::create(ports, {}, {release, release});
+  last->setOnChange(release);
   last->appeared();
   EXPECT_EQ(called, 2);
   time.runPosted();
@@ -236,7 +236,7 @@ TEST_F(Download, MayBeLetGoByItsOwnCallbacks) {
   EXPECT_EQ(called, 4);
 }
 
-TEST_F(Download, NeedsNobodyToListen) {
+TEST_F(Download, WorksWithoutCallbacks) {
   view = ModelDownloadView::create({bundle, time, launcher, time}, {}, {});
   view->skip();
   appear();

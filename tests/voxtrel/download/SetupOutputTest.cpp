@@ -1,11 +1,9 @@
 #include <gtest/gtest.h>
 
-#include <limits>
 #include <ostream>
 #include <string>
 
 #include "support/Blanks.h"
-#include "voxtrel/download/DecimalDigits.h"
 #include "voxtrel/download/SetupOutput.h"
 
 namespace voxtrel {
@@ -23,19 +21,19 @@ std::optional<double> fractionOf(const std::string& percentage) {
   return progress->fraction;
 }
 
-TEST(SetupOutput, TellsHowFarTheDownloadIs) {
+TEST(SetupOutput, ParsesTheProgress) {
   EXPECT_EQ(parseProgress("812.4 MB / 3094.1 MB (26.3%)"),
             (SetupProgress{"812.4 MB", "3094.1 MB", 0.263}));
   EXPECT_EQ(parseProgress("0.0 MB / 3094.1 MB (0.0%)"),
             (SetupProgress{"0.0 MB", "3094.1 MB", 0.0}));
 }
 
-TEST(SetupOutput, NeedsNoBlanksForIt) {
+TEST(SetupOutput, NeedsNoSpaces) {
   EXPECT_EQ(parseProgress("12MB/100MB(12%)"), (SetupProgress{"12 MB", "100 MB", 0.12}));
   EXPECT_EQ(parseProgress("12MB/100MB (12%)"), (SetupProgress{"12 MB", "100 MB", 0.12}));
 }
 
-TEST(SetupOutput, TakesEveryBlankBetweenThePartsButNotWithinThem) {
+TEST(SetupOutput, AllowsAnyWhitespaceBetweenThePartsButNotInsideThem) {
   for (const std::string_view blank : kWhitespace) {
     const std::string b(blank);
     EXPECT_EQ(parseProgress("1" + b + b + "MB" + b + "/" + b + "2" + b + "MB" + b + "(3%)"),
@@ -48,7 +46,7 @@ TEST(SetupOutput, TakesEveryBlankBetweenThePartsButNotWithinThem) {
   }
 }
 
-TEST(SetupOutput, FindsTheFirstFiguresWhereverTheyAre) {
+TEST(SetupOutput, FindsTheFirstFiguresAnywhereInTheLine) {
   EXPECT_EQ(parseProgress("model.bin:v1.5.0 12.5 MB / 50 MB (25%), 9 MB / 9 MB (9%)"),
             (SetupProgress{"12.5 MB", "50 MB", 0.25}));
   EXPECT_EQ(parseProgress("1 MB / 2 MB / 4 MB (50%)"), (SetupProgress{"2 MB", "4 MB", 0.5}));
@@ -58,11 +56,11 @@ TEST(SetupOutput, FindsTheFirstFiguresWhereverTheyAre) {
             (SetupProgress{"1 MB", "2 MB", 0.5}));
 }
 
-TEST(SetupOutput, LooksAtTheFirstFiguresOnly) {
+TEST(SetupOutput, IgnoresAllButTheFirstFigures) {
   EXPECT_EQ(parseProgress("1 MB / 2 MB (1.2.3%) 3 MB / 4 MB (75%)"), std::nullopt);
 }
 
-TEST(SetupOutput, IsNoProgressWhereAPartIsMissingOrOther) {
+TEST(SetupOutput, RejectsALineWithAMissingOrWrongPart) {
   for (const char* line :
        {"", "MB / 2 MB (3%)", "1 / 2 MB (3%)", "1 MB 2 MB (3%)", "1 MB / MB (3%)", "1 MB / 2 (3%)",
         "1 MB / 2 MB 3%", "1 MB / 2 MB (%)", "1 MB / 2 MB (3)", "1 MB / 2 MB (3%",
@@ -73,21 +71,21 @@ TEST(SetupOutput, IsNoProgressWhereAPartIsMissingOrOther) {
   EXPECT_EQ(parseProgress("-1 MB / 2 MB (3%)"), (SetupProgress{"1 MB", "2 MB", 0.03}));
 }
 
-TEST(SetupOutput, CopiesTheAmountsAsTheyArePrinted) {
+TEST(SetupOutput, CopiesTheAmountsAsPrinted) {
   EXPECT_EQ(parseProgress("1.2.3 MB / 4 MB (5%)"), (SetupProgress{"1.2.3 MB", "4 MB", 0.05}));
   EXPECT_EQ(parseProgress("... MB / 00.70 MB (5%)"), (SetupProgress{"... MB", "00.70 MB", 0.05}));
   EXPECT_EQ(parseProgress("\xD9\xA3.\xF0\x9D\x9F\x98 MB / \xEF\xBC\x91 MB (5%)"),
             (SetupProgress{"\xD9\xA3.\xF0\x9D\x9F\x98 MB", "\xEF\xBC\x91 MB", 0.05}));
 }
 
-TEST(SetupOutput, TakesNoPercentageAboveAHundred) {
+TEST(SetupOutput, LimitsThePercentageToAHundred) {
   EXPECT_EQ(fractionOf("100"), 1.0);
   EXPECT_EQ(fractionOf("100.1"), 1.0);
   EXPECT_EQ(fractionOf("12345"), 1.0);
   EXPECT_EQ(fractionOf("99.5"), 0.995);
 }
 
-TEST(SetupOutput, TakesAPercentageOfAnyLength) {
+TEST(SetupOutput, ParsesAPercentageOfAnyLength) {
   EXPECT_EQ(fractionOf("5."), 0.05);
   EXPECT_EQ(fractionOf(".5"), 0.005);
   EXPECT_EQ(fractionOf("007"), 0.07);
@@ -97,14 +95,14 @@ TEST(SetupOutput, TakesAPercentageOfAnyLength) {
   EXPECT_EQ(fractionOf("50." + std::string(1000, '0')), 0.5);
 }
 
-TEST(SetupOutput, IsNoProgressWhereThePercentageIsNoNumber) {
+TEST(SetupOutput, RejectsAPercentageThatIsNotANumber) {
   for (const char* percentage : {"1.2.3", ".", "..", "1..", "..1", "\xD9\xA3", "1\xD9\xA3",
                                  "\xEF\xBC\x91", "1e1", "0x1", "inf", "+1", " 1"}) {
     EXPECT_EQ(fractionOf(percentage), std::nullopt) << percentage;
   }
 }
 
-TEST(SetupOutput, HasDigitsOfEveryScriptAndNoOtherNumbers) {
+TEST(SetupOutput, KnowsTheDecimalDigitsOfEveryScript) {
   for (const char* digit : {"0", "9", "\xD9\xA0", "\xDB\xB9", "\xDF\x80", "\xE0\xA5\xA6",
                             "\xEA\xA7\xB0", "\xEF\xBC\x99", "\xF0\x91\xBD\x90", "\xF0\x9D\x9F\x8E",
                             "\xF0\x9D\x9F\xBF", "\xF0\x9F\xAF\xB9"}) {
@@ -118,7 +116,7 @@ TEST(SetupOutput, HasDigitsOfEveryScriptAndNoOtherNumbers) {
   }
 }
 
-TEST(SetupOutput, LogsAllButWhatLooksLikeProgress) {
+TEST(SetupOutput, LogsEveryLineThatDoesNotLookLikeProgress) {
   EXPECT_FALSE(isLogged("812.4 MB / 3094.1 MB (26.3%)"));
   EXPECT_TRUE(isLogged("12MB/100MB (12%)"));
   EXPECT_FALSE(isLogged("about 5 MB / second"));

@@ -10,7 +10,6 @@
 #include "support/IcuText.h"
 #include "support/RandomText.h"
 #include "support/SetupWords.h"
-#include "voxtrel/download/DecimalDigits.h"
 #include "voxtrel/download/SetupOutput.h"
 
 namespace voxtrel {

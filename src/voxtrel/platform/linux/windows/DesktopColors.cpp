@@ -8,10 +8,7 @@
 #include <QStyle>
 #include <utility>
 
-#include "voxtrel/platform/linux/windows/DarkPalette.h"
-
 namespace voxtrel {
-
 namespace {
 
 constexpr const char* kService = "org.freedesktop.portal.Desktop";
@@ -21,15 +18,42 @@ constexpr const char* kSpace = "org.freedesktop.appearance";
 constexpr const char* kKey = "color-scheme";
 constexpr uint kPrefersDark = 1;
 constexpr uint kPrefersLight = 2;
-constexpr int kAnswerLimitMs = 5000;
+constexpr int kReplyTimeoutMs = 5000;
 
-/// Whether the windows' colours are those of Qt's plain style and so ours to change.
+/// Whether Qt draws with its plain style and colours, which are ours to change.
 bool isPlain() {
   const QStyle& style = *QApplication::style();
   return style.name() == "fusion" && QApplication::palette() == style.standardPalette();
 }
 
+void setDisabled(QPalette& palette) {
+  const QColor faded(0x87, 0x87, 0x87);
+  for (const auto role :
+       {QPalette::WindowText, QPalette::Text, QPalette::ButtonText, QPalette::HighlightedText}) {
+    palette.setColor(QPalette::Disabled, role, faded);
+  }
+  palette.setColor(QPalette::Disabled, QPalette::Highlight, QColor(0x50, 0x50, 0x50));
+}
+
 }  // namespace
+
+QPalette darkPalette() {
+  const QColor window(0x32, 0x32, 0x32);
+  const QColor text(0xF0, 0xF0, 0xF0);
+  const QColor blue(0x2F, 0x6F, 0xB5);
+  QPalette palette(text, QColor(0x45, 0x45, 0x45), QColor(0x60, 0x60, 0x60),
+                   QColor(0x1A, 0x1A, 0x1A), QColor(0x2A, 0x2A, 0x2A), text, Qt::white,
+                   QColor(0x1E, 0x1E, 0x1E), window);
+  palette.setColor(QPalette::AlternateBase, QColor(0x28, 0x28, 0x28));
+  palette.setColor(QPalette::ToolTipBase, QColor(0x40, 0x40, 0x40));
+  palette.setColor(QPalette::ToolTipText, text);
+  palette.setColor(QPalette::PlaceholderText, QColor(0xA0, 0xA0, 0xA0));
+  palette.setColor(QPalette::Highlight, blue);
+  palette.setColor(QPalette::HighlightedText, Qt::white);
+  palette.setColor(QPalette::Link, QColor(0x6C, 0xAE, 0xF0));
+  setDisabled(palette);
+  return palette;
+}
 
 void DesktopColors::follow() {
   if (std::exchange(isFollowing_, true) || !isPlain()) return;
@@ -39,43 +63,44 @@ void DesktopColors::follow() {
   askPortal();
 }
 
-/// Without naming the sender: to name it, Qt would wait for the bus to say who that is.
+/// Does not name the sender: for a name Qt would block to ask the bus for its owner.
 void DesktopColors::listen() {
   QDBusConnection::sessionBus().connect({}, kPath, kInterface, "SettingChanged", this,
                                         SLOT(onSettingChanged(QDBusMessage)));
 }
 
 void DesktopColors::askPortal() {
-  QDBusMessage question = QDBusMessage::createMethodCall(kService, kPath, kInterface, "Read");
-  question << QString(kSpace) << QString(kKey);
-  auto* const answer = new QDBusPendingCallWatcher(
-      QDBusConnection::sessionBus().asyncCall(question, kAnswerLimitMs), this);
-  connect(answer, &QDBusPendingCallWatcher::finished, this, [this, answer] {
-    answer->deleteLater();
-    const QDBusPendingReply<QDBusVariant> reply = *answer;
-    if (reply.isValid()) hear(reply.value().variant());
+  QDBusMessage call = QDBusMessage::createMethodCall(kService, kPath, kInterface, "Read");
+  call << QString(kSpace) << QString(kKey);
+  auto* const watcher = new QDBusPendingCallWatcher(
+      QDBusConnection::sessionBus().asyncCall(call, kReplyTimeoutMs), this);
+  connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher] {
+    watcher->deleteLater();
+    const QDBusPendingReply<QDBusVariant> reply = *watcher;
+    if (reply.isValid()) setColorScheme(reply.value().variant());
   });
 }
 
 void DesktopColors::onSettingChanged(const QDBusMessage& signal) {
-  const QVariantList arguments = signal.arguments();  // the setting's namespace, key and new value
-  if (arguments.value(0) == kSpace && arguments.value(1) == kKey) hear(arguments.value(2));
+  const QVariantList arguments = signal.arguments();  // namespace, key, new value
+  if (arguments.value(0) == kSpace && arguments.value(1) == kKey)
+    setColorScheme(arguments.value(2));
 }
 
-/// The portal answers a question with a variant within a variant.
-void DesktopColors::hear(const QVariant& colorScheme) {
+/// The portal replies to a read with a variant within a variant.
+void DesktopColors::setColorScheme(const QVariant& colorScheme) {
   QVariant value = colorScheme;
   while (value.canConvert<QDBusVariant>()) value = value.value<QDBusVariant>().variant();
-  const uint wish = value.toUInt();
-  portalsWish_ = wish == kPrefersDark    ? Wish::dark
-                 : wish == kPrefersLight ? Wish::light
-                                         : Wish::none;
+  const uint preference = value.toUInt();
+  preference_ = preference == kPrefersDark    ? Preference::dark
+                : preference == kPrefersLight ? Preference::light
+                                              : Preference::none;
   apply();
 }
 
 void DesktopColors::apply() {
-  const bool isDark = portalsWish_ == Wish::none ? theme_->name().toLower().endsWith("-dark")
-                                                 : portalsWish_ == Wish::dark;
+  const bool isDark = preference_ == Preference::none ? theme_->name().toLower().endsWith("-dark")
+                                                      : preference_ == Preference::dark;
   if (std::exchange(isDark_, isDark) == isDark) return;
   QApplication::setPalette(isDark ? darkPalette() : QPalette());
 }

@@ -2,37 +2,41 @@
 
 #include <QDBusMessage>
 #include <QObject>
+#include <QPalette>
 #include <memory>
 
 #include "voxtrel/platform/linux/x11/XTheme.h"
 
 namespace voxtrel {
 
-/// Light or dark windows, as the desktop wants them: its portal says so, or the theme's name, which
-/// ends in "-dark", where no portal has a say. Where Qt knows the desktop's own colours, or
-/// another style than its own plain one draws, those are left alone.
+/// The palette for windows on a dark desktop.
+QPalette darkPalette();
+
+/// Makes the windows light or dark, as the desktop wants: by its portal or, if that has no preference,
+/// by a theme name that ends in "-dark". Does nothing if Qt knows the desktop's colours or draws with
+/// another style than its plain one.
 /// Thread: the main thread.
 /// Fails by: staying light.
 class DesktopColors final : public QObject {
   Q_OBJECT
 
  public:
-  /// To be called before a window is made. The first time it asks the desktop, without waiting for
-  /// the answer, and it hears of changes from then on.
+  /// Call before making a window. The first call asks the desktop without blocking and then follows
+  /// its changes.
   void follow();
 
  private:
+  enum class Preference { none, dark, light };
+
   Q_SLOT void onSettingChanged(const QDBusMessage& signal);
   void listen();
   void askPortal();
-  void hear(const QVariant& colorScheme);
+  void setColorScheme(const QVariant& colorScheme);
   void apply();
-
-  enum class Wish { none, dark, light };
 
   bool isFollowing_ = false;
   bool isDark_ = false;
-  Wish portalsWish_ = Wish::none;
+  Preference preference_ = Preference::none;
   std::unique_ptr<XTheme> theme_;
 };
 

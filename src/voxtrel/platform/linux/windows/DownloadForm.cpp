@@ -6,19 +6,16 @@
 #include <QLabel>
 #include <QPointer>
 #include <QProgressBar>
+#include <QPushButton>
 #include <QVBoxLayout>
 #include <algorithm>
 #include <array>
 #include <cmath>
 
-#include "voxtrel/platform/linux/windows/FormColors.h"
-#include "voxtrel/platform/linux/windows/FormFonts.h"
-#include "voxtrel/platform/linux/windows/FormText.h"
-#include "voxtrel/platform/linux/windows/LargeButton.h"
+#include "voxtrel/platform/linux/windows/FormStyle.h"
 #include "voxtrel/platform/linux/windows/LogView.h"
 
 namespace voxtrel {
-
 namespace {
 
 using View = ModelDownloadView;
@@ -51,7 +48,7 @@ DownloadForm::DownloadForm(std::shared_ptr<ModelDownloadView> form, int heightPt
   applyStyle();
   nextFrame_.setSingleShot(true);
   connect(&nextFrame_, &QTimer::timeout, this, [this] { refresh(); });
-  // Weakly: the form outlives its widgets, which are made anew when the window opens again.
+  // Weak: the form outlives these widgets; a window that opens again makes new ones.
   form_->setOnChange([self = QPointer(this)] {
     if (self) self->formChanged();
   });
@@ -129,14 +126,14 @@ QWidget* DownloadForm::makeButtons() {
   auto* const stack = new QHBoxLayout(row);
   stack->setContentsMargins(0, 0, 0, 0);
   skip_ = new QPushButton(controlText(View::kSkipTitle, 'S'), row);
-  retry_ = new LargeButton(controlText(View::kRetryTitle, 'R'), row);
+  retry_ = makeLargeButton(controlText(View::kRetryTitle, 'R'), row);
   for (QPushButton* const button : {skip_, retry_}) button->setAutoDefault(false);
   connect(skip_, &QPushButton::clicked, this, [this] { form_->skip(); });
   connect(retry_, &QPushButton::clicked, this, [this] { form_->retry(); });
   stack->addWidget(skip_);
   stack->addStretch();
   stack->addWidget(retry_);
-  // The row, and with it the window, is as wide and high without the button as with it.
+  // A hidden button keeps its place, so that the window keeps its size.
   QSizePolicy policy = retry_->sizePolicy();
   policy.setRetainSizeWhenHidden(true);
   retry_->setSizePolicy(policy);

@@ -4,7 +4,7 @@
 #include <memory>
 
 #include "voxtrel/download/ModelDownloadView.h"
-#include "voxtrel/platform/linux/windows/FormContent.h"
+#include "voxtrel/platform/linux/windows/FormDialog.h"
 
 class QLabel;
 class QProgressBar;
@@ -14,15 +14,15 @@ namespace voxtrel {
 
 class LogView;
 
-/// The download form's widgets. However often the form changes, they follow once a frame.
-/// Thread: the main thread.  Owns: its widgets and a share of the form, whose listener it is.
+/// The download form's widgets. They follow the form at most once a frame.
+/// Thread: the main thread.  Owns: its widgets and a share of the form, whose onChange it sets.
 class DownloadForm final : public FormContent {
  public:
-  /// `heightPt`: what the form is centred in.
+  /// The form is centred in `heightPt`.
   DownloadForm(std::shared_ptr<ModelDownloadView> form, int heightPt);
 
   void appeared() override;
-  /// Includes the room of the blocks that are not there now, so that the window need not change.
+  /// Counts hidden blocks too, so that the window keeps its size.
   int neededHeight(int width) const override;
 
  protected:

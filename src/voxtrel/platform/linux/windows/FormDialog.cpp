@@ -1,12 +1,15 @@
 #include "voxtrel/platform/linux/windows/FormDialog.h"
 
+#include <QCursor>
+#include <QGuiApplication>
 #include <QKeyEvent>
 #include <QPushButton>
+#include <QScreen>
 #include <QVBoxLayout>
+#include <algorithm>
 
 #include "voxtrel/platform/linux/tray/SymbolIcons.h"
-#include "voxtrel/platform/linux/windows/FormText.h"
-#include "voxtrel/platform/linux/windows/WindowPlacement.h"
+#include "voxtrel/platform/linux/windows/FormStyle.h"
 
 namespace voxtrel {
 
@@ -43,8 +46,7 @@ bool FormDialog::event(QEvent* event) {
   return result;
 }
 
-/// Return presses the button that has the keyboard, on every desktop, and once however long it is
-/// held.
+/// Return presses the focused button, on every desktop, and does not repeat while it is held.
 void FormDialog::keyPressEvent(QKeyEvent* event) {
   const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
   auto* const button = qobject_cast<QPushButton*>(focusWidget());
@@ -57,11 +59,21 @@ void FormDialog::keyPressEvent(QKeyEvent* event) {
   }
 }
 
-/// Never shrinks while it is on the screen, where that would look like a jump.
+/// A visible window never shrinks: that would look like a jump.
 void FormDialog::fitContent() {
   const QSize floor = isVisible() ? size() : wanted_;
   const int width = std::max(floor.width(), content_->minimumSizeHint().width());
   setFixedSize(width, std::max(floor.height(), content_->neededHeight(width)));
+}
+
+void centreOnScreen(QWidget& window) {
+  const QScreen* screen = QGuiApplication::screenAt(QCursor::pos());
+  if (screen == nullptr) screen = QGuiApplication::primaryScreen();
+  if (screen == nullptr) return;
+  const QRect area = screen->availableGeometry();
+  QRect place({}, window.size());
+  place.moveCenter(area.center());
+  window.move(place.topLeft());
 }
 
 }  // namespace voxtrel

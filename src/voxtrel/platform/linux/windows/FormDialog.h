@@ -1,19 +1,34 @@
 #pragma once
 
 #include <QDialog>
+#include <QLayout>
 
 #include "voxtrel/platform/FormWindows.h"
-#include "voxtrel/platform/linux/windows/FormContent.h"
 
 namespace voxtrel {
 
-/// A form's window on the screen, of the wanted size and larger only where a large font needs it.
-/// Thread: the main thread.  Owns: its content.  Deletes itself once it is closed.
+/// The widgets of a form; a dialog adds the title and the close box.
+/// Thread: the main thread.  Owns: its widgets and a share of its form.
+class FormContent : public QWidget {
+ public:
+  /// Called after the window has come up.
+  virtual void appeared() = 0;
+  /// The widget with the initial focus; `this` focuses no control.
+  virtual QWidget* firstInFocus() { return this; }
+  /// The smallest height that clips nothing at this width.
+  virtual int neededHeight(int width) const {
+    return layout()->hasHeightForWidth() ? layout()->minimumHeightForWidth(width)
+                                         : layout()->minimumSize().height();
+  }
+};
+
+/// A form's window on the screen. It has the wanted size, or more if a large font needs it.
+/// Thread: the main thread.  Owns: its content.  Deletes itself when closed.
 class FormDialog final : public QDialog {
  public:
   FormDialog(const FormWindowOptions& options, FormContent* content);
 
-  /// Centred, in front and with the keyboard.
+  /// Shows the window, centred, in front and focused.
   void comeUp();
   void comeForward();
 
@@ -27,5 +42,8 @@ class FormDialog final : public QDialog {
   const QSize wanted_;
   FormContent* const content_;
 };
+
+/// Moves a hidden window to the middle of the screen with the pointer.
+void centreOnScreen(QWidget& window);
 
 }  // namespace voxtrel

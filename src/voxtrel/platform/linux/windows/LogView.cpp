@@ -12,25 +12,24 @@
 #include <algorithm>
 
 namespace voxtrel {
-
 namespace {
 
-/// More than are ever in view; if more than these come at a time, those before are passed over.
-constexpr std::size_t kNewest = 200;
+/// More lines than fit into view. If more arrive at once, the older ones are skipped.
+constexpr std::size_t kMaxNewest = 200;
 
-/// How many of those passed over are taken up at a time: a small part of a tenth of a second while
-/// nothing else happens, hardly anything of a frame while lines still pour in.
-constexpr std::size_t kWhenCalm = 3000;
-constexpr std::size_t kWhenBusy = 300;
+/// Skipped lines inserted per call: well below 100 ms of work when calm, a small part of a frame while
+/// lines still pour in.
+constexpr std::size_t kMaxSkippedWhenCalm = 3000;
+constexpr std::size_t kMaxSkippedWhenBusy = 300;
 
-/// The lines as one text, a line to each of the document's blocks.
+/// The lines as one text with one line per block of the document.
 QString joined(const std::vector<std::string>& lines, std::size_t first, std::size_t end) {
   QString text;
   for (std::size_t line = first; line < end; ++line) {
     if (line > first) text += '\n';
     text += QString::fromStdString(lines[line]);
   }
-  // Noncharacters that a document takes for the borders of a frame.
+  // QTextDocument reads these noncharacters as the borders of a frame.
   constexpr char16_t kFrameBegin = 0xFDD0, kFrameEnd = 0xFDD1;
   text.replace(QChar(kFrameBegin), QChar(QChar::ReplacementCharacter));
   text.replace(QChar(kFrameEnd), QChar(QChar::ReplacementCharacter));
@@ -43,7 +42,7 @@ QTextCursor endOfBlock(QTextDocument& document, std::size_t number) {
   return cursor;
 }
 
-/// Puts room below every paragraph.
+/// Adds space below every block.
 class SpacedLayout final : public QPlainTextDocumentLayout {
  public:
   SpacedLayout(QTextDocument* document, int spacing)
@@ -63,7 +62,7 @@ class SpacedLayout final : public QPlainTextDocumentLayout {
 
 LogView::LogView(int lineSpacing, int cornerRadius, QWidget* parent)
     : QFrame(parent), cornerRadius_(cornerRadius), text_(new QPlainTextEdit(this)) {
-  constexpr int kInset = 2;  // keeps the text's square corners within the rounded ones
+  constexpr int kInset = 2;  // keeps the text's square corners inside the rounded ones
   auto* const layout = new QVBoxLayout(this);
   layout->setContentsMargins(kInset, kInset, kInset, kInset);
   layout->addWidget(text_);
@@ -81,9 +80,9 @@ LogView::LogView(int lineSpacing, int cornerRadius, QWidget* parent)
 }
 
 bool LogView::follow(const Lines& lines) {
-  const bool isBusy = lines.size() - end_ > kNewest;
+  const bool isBusy = lines.size() - end_ > kMaxNewest;
   if (lines.size() > end_) showNewest(lines);
-  if (head_ < tail_) showPassedOver(lines, isBusy ? kWhenBusy : kWhenCalm);
+  if (head_ < tail_) showSkipped(lines, isBusy ? kMaxSkippedWhenBusy : kMaxSkippedWhenCalm);
   return head_ == tail_;
 }
 
@@ -101,22 +100,22 @@ void LogView::setTextName(const QString& name) {
 }
 
 void LogView::showNewest(const Lines& lines) {
-  if (head_ == tail_) head_ = tail_ = end_;  // nothing is missing: all that is shown is the head
+  if (head_ == tail_) head_ = tail_ = end_;  // no line is missing
   std::size_t first = end_;
-  if (lines.size() - end_ > kNewest) {
+  if (lines.size() - end_ > kMaxNewest) {
     dropAfterHead();
-    first = tail_ = lines.size() - kNewest;
+    first = tail_ = lines.size() - kMaxNewest;
   }
   append(lines, first, lines.size());
   end_ = lines.size();
   scrollToNewest();
 }
 
-/// Between the head and what comes after it.
-void LogView::showPassedOver(const Lines& lines, std::size_t atMost) {
+/// Inserts the next skipped lines after the head.
+void LogView::showSkipped(const Lines& lines, std::size_t maxLines) {
   const QScrollBar* const bar = text_->verticalScrollBar();
   const bool isAtNewest = bar->value() == bar->maximum();
-  const std::size_t end = std::min(tail_, head_ + atMost);
+  const std::size_t end = std::min(tail_, head_ + maxLines);
   const QString added = joined(lines, head_, end);
   if (head_ == 0) {
     QTextCursor(text_->document()).insertText(added + '\n');
@@ -128,7 +127,7 @@ void LogView::showPassedOver(const Lines& lines, std::size_t atMost) {
   if (isAtNewest) scrollToNewest();
 }
 
-/// In one insertion: each costs a new layout of what is in view.
+/// With a single insertion, because each one lays out the visible text again.
 void LogView::append(const Lines& lines, std::size_t first, std::size_t end) {
   const QTextCursor users = text_->textCursor();
   const int anchor = users.anchor();
@@ -150,7 +149,7 @@ void LogView::dropAfterHead() {
   dropped.removeSelectedText();
 }
 
-/// What is selected up to the end would grow with it.
+/// Restores the selection: one that reaches the end would grow with the text.
 void LogView::select(int anchor, int position) {
   QTextCursor users = text_->textCursor();
   users.setPosition(anchor);

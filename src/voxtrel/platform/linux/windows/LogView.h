@@ -8,22 +8,21 @@ class QPlainTextEdit;
 
 namespace voxtrel {
 
-/// Lines of text, the newest in view: read-only, to be selected and copied, older ones reachable by
-/// scrolling however many there are. When they come faster than a text can take them up, the newest
-/// are shown first, and those passed over follow as soon as there is time.
+/// A read-only log: shows the newest line, scrolls back to all others, and lets the user select and
+/// copy. When lines come too fast, the newest are inserted first and the skipped ones later.
 /// Thread: the main thread.  Owns: a copy of the lines.
 class LogView final : public QFrame {
  public:
-  /// `lineSpacing` lies between two lines; `cornerRadius` rounds the background's corners.
+  /// `lineSpacing` between two lines and `cornerRadius` of the background, in points.
   LogView(int lineSpacing, int cornerRadius, QWidget* parent);
 
-  /// Shows `lines`, which begins with the lines shown already unless `clear` was called. False: some
-  /// are still to follow; call again.
+  /// Shows `lines`, which must begin with the lines of the last call unless `clear` was called. False
+  /// if lines are still missing: call again.
   [[nodiscard]] bool follow(const std::vector<std::string>& lines);
   void clear();
 
   void setTextFont(const QFont& font);
-  /// What assistive technology calls the text.
+  /// The name for assistive technology.
   void setTextName(const QString& name);
 
  protected:
@@ -34,7 +33,7 @@ class LogView final : public QFrame {
   using Lines = std::vector<std::string>;
 
   void showNewest(const Lines& lines);
-  void showPassedOver(const Lines& lines, std::size_t atMost);
+  void showSkipped(const Lines& lines, std::size_t maxLines);
   void append(const Lines& lines, std::size_t first, std::size_t end);
   void dropAfterHead();
   void select(int anchor, int position);
@@ -42,7 +41,7 @@ class LogView final : public QFrame {
 
   const int cornerRadius_;
   QPlainTextEdit* const text_;
-  // Shown are the lines before `head_` and those from `tail_` to `end_`.
+  // Shown: the lines before `head_` and those from `tail_` to `end_`.
   std::size_t head_ = 0;
   std::size_t tail_ = 0;
   std::size_t end_ = 0;

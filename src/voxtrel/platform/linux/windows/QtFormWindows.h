@@ -6,8 +6,8 @@ namespace voxtrel {
 
 class DesktopColors;
 
-/// The application's forms as Qt's widgets.
-/// Thread: the main thread.  Borrows: the desktop's colours.
+/// Shows the application's forms with Qt widgets.
+/// Thread: the main thread.  Borrows: DesktopColors (must outlive this).
 class QtFormWindows final : public FormWindows {
  public:
   explicit QtFormWindows(DesktopColors& colors) : colors_(colors) {}

@@ -1,21 +1,43 @@
 #include "voxtrel/platform/linux/windows/SettingsForm.h"
 
 #include <QCheckBox>
+#include <QComboBox>
 #include <QEvent>
 #include <QGridLayout>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QPointer>
+#include <QPushButton>
 #include <QSignalBlocker>
 #include <QVBoxLayout>
+#include <QWheelEvent>
 #include <algorithm>
 
-#include "voxtrel/platform/linux/windows/FormFonts.h"
-#include "voxtrel/platform/linux/windows/FormText.h"
-#include "voxtrel/platform/linux/windows/LargeButton.h"
-#include "voxtrel/platform/linux/windows/PickerBox.h"
+#include "voxtrel/platform/linux/windows/FormStyle.h"
 
 namespace voxtrel {
+namespace {
+
+/// A picker that the mouse wheel changes only while it has the focus, so that scrolling past it does
+/// not.
+/// Thread: the main thread.
+class PickerBox final : public QComboBox {
+ public:
+  explicit PickerBox(QWidget* parent) : QComboBox(parent) {
+    setFocusPolicy(Qt::StrongFocus);  // the wheel must not set the focus
+  }
+
+ protected:
+  void wheelEvent(QWheelEvent* event) override {
+    if (hasFocus()) {
+      QComboBox::wheelEvent(event);
+    } else {
+      event->ignore();
+    }
+  }
+};
+
+}  // namespace
 
 SettingsForm::SettingsForm(std::shared_ptr<SettingsView> form, int heightPt)
     : form_(std::move(form)) {
@@ -37,7 +59,7 @@ SettingsForm::SettingsForm(std::shared_ptr<SettingsView> form, int heightPt)
   stack->addWidget(save_, 0, Qt::AlignHCenter);
   stack->addStretch();
   applyFont();
-  // Weakly: the form outlives its widgets, which are made anew when the window opens again.
+  // Weak: the form outlives these widgets; a window that opens again makes new ones.
   form_->setOnChange([self = QPointer(this)] {
     if (self) self->showLaunchAtLogin();
   });
@@ -54,13 +76,11 @@ QWidget* SettingsForm::firstInFocus() {
 
 void SettingsForm::changeEvent(QEvent* event) {
   FormContent::changeEvent(event);
-  if (event->type() == QEvent::FontChange) {
-    applyFont();
-  }
+  if (event->type() == QEvent::FontChange) applyFont();
 }
 
-/// Some desktops' pickers and boxes take Return for themselves; here it goes on to the default
-/// button. An open list is a window of its own, so that there it still chooses a row.
+/// Passes Return to the default button, because some styles' pickers and checkboxes use it themselves.
+/// An open list is a separate window, where Return still chooses a row.
 bool SettingsForm::eventFilter(QObject* watched, QEvent* event) {
   if (event->type() == QEvent::KeyPress) {
     const int key = static_cast<QKeyEvent*>(event)->key();
@@ -100,7 +120,7 @@ void SettingsForm::addRow(QGridLayout& rows, QLabel* label, QWidget* control) {
   rows.addWidget(control, row, 1, Qt::AlignVCenter);
 }
 
-/// Made from top to bottom, which is also the order of the keyboard's tabs.
+/// From top to bottom, which is also the tab order.
 void SettingsForm::makeRows(QGridLayout& rows) {
   using View = SettingsView;
   auto* const model = new QLabel(formText(View::kModelName), this);
@@ -120,7 +140,7 @@ void SettingsForm::makeRows(QGridLayout& rows) {
 }
 
 void SettingsForm::makeSaveButton() {
-  save_ = new LargeButton(controlText(SettingsView::kSaveTitle, 'S'), this);
+  save_ = makeLargeButton(controlText(SettingsView::kSaveTitle, 'S'), this);
   save_->setDefault(true);
   connect(save_, &QPushButton::clicked, this, [this] { form_->saveAndRestart(); });
 }
@@ -130,7 +150,7 @@ void SettingsForm::applyFont() {
 }
 
 void SettingsForm::showLaunchAtLogin() {
-  const QSignalBlocker noUserDidThis(launchAtLogin_);
+  const QSignalBlocker blocker(launchAtLogin_);
   launchAtLogin_->setChecked(form_->launchAtLogin());
 }
 

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "voxtrel/forms/SettingsView.h"
-#include "voxtrel/platform/linux/windows/FormContent.h"
+#include "voxtrel/platform/linux/windows/FormDialog.h"
 
 class QCheckBox;
 class QComboBox;
@@ -16,10 +16,10 @@ class QPushButton;
 namespace voxtrel {
 
 /// The settings form's widgets.
-/// Thread: the main thread.  Owns: its widgets and a share of the form, whose listener it is.
+/// Thread: the main thread.  Owns: its widgets and a share of the form, whose onChange it sets.
 class SettingsForm final : public FormContent {
  public:
-  /// `heightPt`: what the form is centred in, which may be less than the form's own height.
+  /// The form is centred in `heightPt`, which may be less than the form's own height.
   SettingsForm(std::shared_ptr<SettingsView> form, int heightPt);
 
   void appeared() override;

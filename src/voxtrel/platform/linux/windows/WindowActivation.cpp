@@ -6,7 +6,7 @@
 namespace voxtrel {
 
 void bringForward(const QString& activationToken) {
-  // Where Qt looks for it when it activates a window.
+  // Qt reads it when it activates a window.
   constexpr const char* kTokenVariable = "XDG_ACTIVATION_TOKEN";
   if (!activationToken.isEmpty()) qputenv(kTokenVariable, activationToken.toUtf8());
   for (QWidget* const window : QApplication::topLevelWidgets()) {

@@ -5,7 +5,7 @@ class QString;
 namespace voxtrel {
 
 /// Brings the application's visible windows forward, as far as the desktop allows.
-/// `activationToken`: the desktop's leave to do so, or empty.
+/// `activationToken`: the desktop's permission to do so, or empty.
 /// Thread: the main thread.
 void bringForward(const QString& activationToken);
 

@@ -6,14 +6,14 @@
 #include <QScrollBar>
 #include <QTextBlock>
 
-#include "voxtrel/platform/linux/windows/FormTest.h"
+#include "voxtrel/platform/linux/windows/FormFixture.h"
 
 namespace voxtrel::testing {
 namespace {
 
 constexpr std::string_view kProgress = "812.4 MB / 3094.1 MB (26.3%)\n";
 
-class TheDownloadWindow : public FormTest {
+class TheDownloadWindow : public FormFixture {
  protected:
   static QPlainTextEdit* log() { return dialog()->findChild<QPlainTextEdit*>(); }
   static QProgressBar* bar() { return visible<QProgressBar>().value(0); }
@@ -48,7 +48,7 @@ class TheDownloadWindow : public FormTest {
   }
 };
 
-TEST_F(TheDownloadWindow, hasTheTitleAndTheSizeItWasGiven) {
+TEST_F(TheDownloadWindow, hasTheGivenTitleAndSize) {
   openDownload();
   EXPECT_EQ(dialog()->windowTitle(), "Voxtrel Setup");
   EXPECT_EQ(dialog()->size(), QSize(420, 340));
@@ -84,7 +84,7 @@ TEST_F(TheDownloadWindow, showsAFullBarAndDoneAtTheEnd) {
   EXPECT_FALSE(retry());
 }
 
-TEST_F(TheDownloadWindow, showsTheErrorInPlaceOfTheBar) {
+TEST_F(TheDownloadWindow, showsTheErrorInsteadOfTheBar) {
   openDownload();
   forms.print(kProgress);
   forms.exit(3);
@@ -97,7 +97,7 @@ TEST_F(TheDownloadWindow, showsTheErrorInPlaceOfTheBar) {
   EXPECT_TRUE(areApart(everything(), *dialog()));
 }
 
-TEST_F(TheDownloadWindow, startsAgainOnRetryWithANewLog) {
+TEST_F(TheDownloadWindow, restartsOnRetryWithANewLog) {
   openDownload();
   forms.print(lines(0, 5));
   forms.exit(1);
@@ -109,7 +109,7 @@ TEST_F(TheDownloadWindow, startsAgainOnRetryWithANewLog) {
   EXPECT_TRUE(bar());
 }
 
-TEST_F(TheDownloadWindow, skipsAtTheButton) {
+TEST_F(TheDownloadWindow, skipsOnTheSkipButton) {
   forms.bundle.engine = "/nowhere/quillback";
   forms.onSkip = [this] { window.reset(); };
   openDownload();
@@ -168,7 +168,7 @@ TEST_F(TheDownloadWindow, hasRoomForALongError) {
   EXPECT_TRUE(areApart(everything(), *dialog()));
 }
 
-TEST_F(TheDownloadWindow, pressesTheButtonThatHasTheKeyboardOnReturn) {
+TEST_F(TheDownloadWindow, pressesTheFocusedButtonOnReturn) {
   openDownload();
   forms.exit(1);
   retry()->setFocus();
@@ -185,7 +185,7 @@ TEST_F(TheDownloadWindow, pressesNothingOnReturnElsewhere) {
   EXPECT_EQ(forms.skips, 0);
 }
 
-TEST_F(TheDownloadWindow, keepsTheNewestLineInViewAndOlderOnesInReach) {
+TEST_F(TheDownloadWindow, showsTheNewestLineAndScrollsToOlderOnes) {
   openDownload();
   forms.print(lines(0, 100));
   EXPECT_TRUE(eventuallyReads("line 99"));
@@ -197,7 +197,7 @@ TEST_F(TheDownloadWindow, keepsTheNewestLineInViewAndOlderOnesInReach) {
   EXPECT_TRUE(newestIsInView());
 }
 
-TEST_F(TheDownloadWindow, keepsWhatIsSelectedInTheLog) {
+TEST_F(TheDownloadWindow, keepsTheSelectionInTheLog) {
   openDownload();
   log()->selectAll();
   forms.print(lines(0, 50));
@@ -236,13 +236,13 @@ TEST_F(TheDownloadWindow, losesNoLineHoweverFastTheyCome) {
     forms.print(text);
     expected += "\n" + text.substr(0, text.size() - 1);
     const QString newest = "line " + QString::number(printed - 1);
-    EXPECT_TRUE(eventuallyReads(newest));  // some of those before may still be missing
+    EXPECT_TRUE(eventuallyReads(newest));  // older ones may still be missing
   }
   EXPECT_TRUE(eventually([&] { return log()->blockCount() == printed + 1; }));
   EXPECT_EQ(log()->toPlainText().toStdString(), expected);
 }
 
-TEST_F(TheDownloadWindow, takesEveryLineForOne) {
+TEST_F(TheDownloadWindow, showsEachLineAsOneLine) {
   openDownload();
   const std::string odd = "a \xEF\xB7\x90 b \xEF\xB7\x91 c \t <b>d</b>";
   forms.print(odd + "\n" + lines(0, 500));
@@ -252,7 +252,7 @@ TEST_F(TheDownloadWindow, takesEveryLineForOne) {
             QString::fromUtf8("a \uFFFD b \uFFFD c \t <b>d</b>"));
 }
 
-TEST_F(TheDownloadWindow, tellsAssistiveTechnologyItsNamesAndTexts) {
+TEST_F(TheDownloadWindow, hasNamesAndTextsForAssistiveTechnology) {
   openDownload();
   forms.print(lines(0, 2));
   EXPECT_TRUE(eventuallyReads("line 1"));

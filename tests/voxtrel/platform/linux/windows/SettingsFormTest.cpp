@@ -7,12 +7,12 @@
 #include <QWheelEvent>
 
 #include "common/settings/ConfigManager.h"
-#include "voxtrel/platform/linux/windows/FormTest.h"
+#include "voxtrel/platform/linux/windows/FormFixture.h"
 
 namespace voxtrel::testing {
 namespace {
 
-class TheSettingsWindow : public FormTest {
+class TheSettingsWindow : public FormFixture {
  protected:
   TheSettingsWindow() {
     qputenv("XDG_CURRENT_DESKTOP", "XFCE");
@@ -44,14 +44,14 @@ class TheSettingsWindow : public FormTest {
   int saves = 0;
 };
 
-TEST_F(TheSettingsWindow, hasTheTitleAndTheSizeItWasGiven) {
+TEST_F(TheSettingsWindow, hasTheGivenTitleAndSize) {
   openSettings();
   EXPECT_EQ(dialog()->windowTitle(), "Voxtrel Settings");
   EXPECT_EQ(dialog()->size(), QSize(420, 280));
   EXPECT_EQ(dialog()->minimumSize(), dialog()->maximumSize());
 }
 
-TEST_F(TheSettingsWindow, showsEveryRowWholeInAnyFont) {
+TEST_F(TheSettingsWindow, cutsNoRowInAnyFont) {
   for (const int points : {8, 10, 14, 18, 24, 32}) {
     setFontSize(points);
     openSettings();
@@ -95,7 +95,7 @@ TEST_F(TheSettingsWindow, listsTheTables) {
   EXPECT_EQ(picker(2)->itemText(1), "Translate to English");
 }
 
-TEST_F(TheSettingsWindow, readsToTheLetter) {
+TEST_F(TheSettingsWindow, hasTheExactTexts) {
   openSettings();
   QStringList names;
   for (QLabel* const label : visible<QLabel>()) names << nameOf(label);
@@ -116,7 +116,7 @@ TEST_F(TheSettingsWindow, namesEveryPickerByItsLabel) {
   }
 }
 
-TEST_F(TheSettingsWindow, passesTheKeyboardFromTopToBottom) {
+TEST_F(TheSettingsWindow, movesTheFocusFromTopToBottom) {
   openSettings();
   QList<QWidget*> visited;
   for (int tabs = 0; tabs < 5; ++tabs) {
@@ -138,7 +138,7 @@ TEST_F(TheSettingsWindow, savesWhatIsChosen) {
   EXPECT_TRUE(saved().translate);
 }
 
-TEST_F(TheSettingsWindow, savesOnReturnWhereverTheKeyboardIs) {
+TEST_F(TheSettingsWindow, savesOnReturnWhateverHasTheFocus) {
   openSettings();
   EXPECT_TRUE(saveButton()->isDefault());
   int expected = 0;
@@ -170,13 +170,13 @@ TEST_F(TheSettingsWindow, closesOnEscapeWithoutSaving) {
   EXPECT_EQ(saves, 0);
 }
 
-TEST_F(TheSettingsWindow, showsWhatTheSystemSaysAboutLaunchAtLogin) {
+TEST_F(TheSettingsWindow, showsTheSystemsLaunchAtLogin) {
   forms.loginItem.enabled = true;
   openSettings();
   EXPECT_TRUE(checkBox()->isChecked());
 }
 
-TEST_F(TheSettingsWindow, registersAtTheClickAndSpringsBackWhereThatFails) {
+TEST_F(TheSettingsWindow, registersAtTheClickAndUnchecksIfThatFails) {
   openSettings();
   checkBox()->click();
   EXPECT_TRUE(forms.loginItem.enabled);
@@ -187,7 +187,7 @@ TEST_F(TheSettingsWindow, registersAtTheClickAndSpringsBackWhereThatFails) {
   EXPECT_FALSE(checkBox()->isChecked());
 }
 
-TEST_F(TheSettingsWindow, isNotChangedByAWheelThatPassesOver) {
+TEST_F(TheSettingsWindow, ignoresTheWheelOverAPickerWithoutFocus) {
   openSettings();
   picker(0)->setFocus();
   wheel(picker(1));
@@ -196,7 +196,7 @@ TEST_F(TheSettingsWindow, isNotChangedByAWheelThatPassesOver) {
   EXPECT_EQ(picker(0)->currentIndex(), 1);
 }
 
-TEST_F(TheSettingsWindow, mayGoWhileItsOwnButtonIsPressed) {
+TEST_F(TheSettingsWindow, mayBeDestroyedByItsOwnButton) {
   forms.onSave = [this] { window.reset(); };
   openSettings();
   saveButton()->click();
@@ -205,7 +205,7 @@ TEST_F(TheSettingsWindow, mayGoWhileItsOwnButtonIsPressed) {
   EXPECT_TRUE(QApplication::topLevelWidgets().isEmpty());
 }
 
-TEST_F(TheSettingsWindow, keepsNoWidgetsOnceItIsClosed) {
+TEST_F(TheSettingsWindow, keepsNoWidgetsAfterClosing) {
   openSettings();
   window->close();
   window->close();
@@ -214,7 +214,7 @@ TEST_F(TheSettingsWindow, keepsNoWidgetsOnceItIsClosed) {
   EXPECT_TRUE(QApplication::topLevelWidgets().isEmpty());
 }
 
-TEST_F(TheSettingsWindow, stillHearsItsFormWhenItIsOpenedAtOnceAfterItWasClosed) {
+TEST_F(TheSettingsWindow, followsItsFormWhenReopenedRightAfterClosing) {
   openSettings();
   window->close();
   window->makeKeyAndOrderFront();
@@ -225,7 +225,7 @@ TEST_F(TheSettingsWindow, stillHearsItsFormWhenItIsOpenedAtOnceAfterItWasClosed)
   EXPECT_FALSE(checkBox()->isChecked());
 }
 
-TEST_F(TheSettingsWindow, comesForwardWhenItIsOpenAlready) {
+TEST_F(TheSettingsWindow, comesForwardIfAlreadyOpen) {
   openSettings();
   QDialog* const first = dialog();
   window->makeKeyAndOrderFront();

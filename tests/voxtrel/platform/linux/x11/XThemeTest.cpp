@@ -35,12 +35,12 @@ TEST(XSettings, findATextAmongOtherSettings) {
   EXPECT_EQ(xSettingsText(published(), "N/Las"), "");
 }
 
-TEST(XSettings, knowOnlyTexts) {
+TEST(XSettings, returnOnlyTexts) {
   EXPECT_EQ(xSettingsText(published(), "N/A"), std::nullopt);
   EXPECT_EQ(xSettingsText(published(), "Net/IconThemeName"), std::nullopt);
 }
 
-TEST(XSettings, areReadFromTheOtherByteOrderToo) {
+TEST(XSettings, areReadInBigEndianToo) {
   const QByteArray data = QByteArray::fromHex(
       "01000000"
       "00000007"

@@ -24,7 +24,7 @@ TEST(XServerTest, aServerWithAnEarlierVersionDoesNot) {
   EXPECT_FALSE(isOffered({.hasExtension = true, .majorVersion = 1}));
 }
 
-TEST(XServerTest, aServerThatDoesNotKnowTheQuestionDoesNot) {
+TEST(XServerTest, aServerThatRejectsTheRequestDoesNot) {
   EXPECT_FALSE(isOffered({.hasExtension = true, .majorVersion = 0}));
 }
 
@@ -32,7 +32,7 @@ TEST(XServerTest, aServerWithoutTheExtensionDoesNot) {
   EXPECT_FALSE(isOffered({.hasExtension = false, .majorVersion = 2}));
 }
 
-TEST(XServerTest, aServerThatIsNotThereDoesNot) {
+TEST(XServerTest, aMissingServerDoesNot) {
   EXPECT_FALSE(offersXInput2("127.0.0.1:59535"));
   EXPECT_FALSE(offersXInput2("no display at all"));
 }

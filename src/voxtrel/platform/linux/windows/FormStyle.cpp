@@ -1,13 +1,32 @@
-#include "voxtrel/platform/linux/windows/FormColors.h"
+#include "voxtrel/platform/linux/windows/FormStyle.h"
 
+#include <QFontDatabase>
+#include <QPushButton>
 #include <algorithm>
 #include <cmath>
 
 namespace voxtrel {
-
 namespace {
 
-/// The share of light that a channel between 0 and 1 stands for in sRGB.
+constexpr double kHeadlineScale = 1.2;
+constexpr double kCaptionScale = 0.85;
+
+/// `font` at `scale` times the size of `base`, which is in points or in pixels.
+QFont sized(QFont font, const QFont& base, double scale) {
+  if (base.pointSizeF() > 0) {
+    font.setPointSizeF(base.pointSizeF() * scale);
+  } else {
+    font.setPixelSize(qRound(base.pixelSize() * scale));
+  }
+  return font;
+}
+
+QFont weighted(QFont font, QFont::Weight weight) {
+  font.setWeight(weight);
+  return font;
+}
+
+/// Linear light of an sRGB channel, both from 0 to 1.
 double linear(double channel) {
   return channel <= 0.04045 ? channel / 12.92 : std::pow((channel + 0.055) / 1.055, 2.4);
 }
@@ -23,7 +42,53 @@ QColor mixed(const QColor& one, const QColor& other, float shareOfOther) {
                           mix(one.blueF(), other.blueF()));
 }
 
+class LargeButton final : public QPushButton {
+ public:
+  using QPushButton::QPushButton;
+
+  QSize sizeHint() const override {
+    const int margin = fontMetrics().height() / 2;
+    return QPushButton::sizeHint() + QSize(2 * margin, margin / 2);
+  }
+  QSize minimumSizeHint() const override { return sizeHint(); }
+};
+
 }  // namespace
+
+QString formText(std::string_view utf8) {
+  return QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size()));
+}
+
+QString controlText(std::string_view text, char accessKey) {
+  const QChar key = QLatin1Char(accessKey);
+  QString result;
+  bool isMarked = accessKey == '\0';
+  for (const QChar character : formText(text)) {
+    if (!isMarked && character == key) {
+      result += '&';
+      isMarked = true;
+    }
+    result += character;
+    if (character == '&') result += '&';
+  }
+  return result;
+}
+
+QFont headline(const QFont& base) {
+  return weighted(sized(base, base, kHeadlineScale), QFont::Bold);
+}
+
+QFont semibold(const QFont& base) {
+  return weighted(base, QFont::DemiBold);
+}
+
+QFont caption(const QFont& base) {
+  return sized(base, base, kCaptionScale);
+}
+
+QFont monospacedCaption(const QFont& base) {
+  return sized(QFontDatabase::systemFont(QFontDatabase::FixedFont), base, kCaptionScale);
+}
 
 double contrast(const QColor& one, const QColor& other) {
   const double first = luminance(one);
@@ -60,6 +125,10 @@ QColor hintColor(const QPalette& palette) {
 QPalette withTextColor(QPalette palette, const QColor& color) {
   palette.setColor(QPalette::WindowText, color);
   return palette;
+}
+
+QPushButton* makeLargeButton(const QString& text, QWidget* parent) {
+  return new LargeButton(text, parent);
 }
 
 }  // namespace voxtrel

@@ -3,13 +3,13 @@
 #include <QProxyStyle>
 #include <QPushButton>
 
-#include "voxtrel/platform/linux/windows/FormTest.h"
-#include "voxtrel/platform/linux/windows/QtAlerts.h"
+#include "voxtrel/platform/linux/windows/FormFixture.h"
+#include "voxtrel/platform/linux/windows/MessageBoxes.h"
 
 namespace voxtrel::testing {
 namespace {
 
-/// A desktop that has its own order of buttons.
+/// A desktop with another order of buttons.
 class StyleWithLayout : public QProxyStyle {
  public:
   explicit StyleWithLayout(int layout) : QProxyStyle("fusion"), layout_(layout) {}
@@ -23,7 +23,7 @@ class StyleWithLayout : public QProxyStyle {
   const int layout_;
 };
 
-class AnAlert : public FormTest {
+class AnAlert : public FormFixture {
  protected:
   void run() {
     alerts->runModal(
@@ -38,7 +38,7 @@ class AnAlert : public FormTest {
   std::vector<std::size_t> answers;
 };
 
-TEST_F(AnAlert, saysItsTextsToTheLetter) {
+TEST_F(AnAlert, showsItsTextsLiterally) {
   run();
   EXPECT_EQ(dialog()->windowTitle(), "Voxtrel");
   EXPECT_TRUE(dialog()->isModal());
@@ -49,7 +49,7 @@ TEST_F(AnAlert, saysItsTextsToTheLetter) {
   EXPECT_EQ(withText<QLabel>("Privacy > <b>Microphone</b>.")->textFormat(), Qt::PlainText);
 }
 
-TEST_F(AnAlert, hasItsButtonsInOrderOnEveryDesktop) {
+TEST_F(AnAlert, keepsTheOrderOfItsButtonsOnEveryDesktop) {
   for (const int layout : {0, 1, 2, 3, 5}) {  // Windows, macOS, KDE, GNOME, Android
     QApplication::setStyle(new StyleWithLayout(layout));
     run();
@@ -59,7 +59,7 @@ TEST_F(AnAlert, hasItsButtonsInOrderOnEveryDesktop) {
   }
 }
 
-TEST_F(AnAlert, isAnsweredByTheButtonsIndex) {
+TEST_F(AnAlert, reportsTheIndexOfTheButton) {
   run();
   EXPECT_TRUE(answers.empty());
   button("Open Settings")->click();
@@ -71,20 +71,20 @@ TEST_F(AnAlert, isAnsweredByTheButtonsIndex) {
   EXPECT_EQ(answers, std::vector<std::size_t>({0, 1}));
 }
 
-TEST_F(AnAlert, takesReturnForTheFirstButton) {
+TEST_F(AnAlert, treatsReturnAsTheFirstButton) {
   run();
   EXPECT_TRUE(button("Open Settings")->isDefault());
   QTest::keyClick(dialog(), Qt::Key_Return);
   EXPECT_EQ(answers, std::vector<std::size_t>({0}));
 }
 
-TEST_F(AnAlert, takesEscapeForTheLastButton) {
+TEST_F(AnAlert, treatsEscapeAsTheLastButton) {
   run();
   QTest::keyClick(dialog(), Qt::Key_Escape);
   EXPECT_EQ(answers, std::vector<std::size_t>({1}));
 }
 
-TEST_F(AnAlert, takesTheCloseBoxForTheLastButton) {
+TEST_F(AnAlert, treatsTheCloseBoxAsTheLastButton) {
   run();
   dialog()->close();
   EXPECT_EQ(answers, std::vector<std::size_t>({1}));
@@ -104,6 +104,33 @@ TEST_F(AnAlert, showsEverythingInALargeFont) {
   QList<QWidget*> widgets{button("Open Settings"), button("Quit")};
   for (QLabel* const label : visible<QLabel>()) widgets << label;
   EXPECT_TRUE(areApart(widgets, *dialog()));
+}
+
+class TheUpdateNotice : public FormFixture {
+ protected:
+  std::unique_ptr<UpdateNotice> notice = std::make_unique<UpdateNotice>("1.2.3");
+};
+
+TEST_F(TheUpdateNotice, showsTheVersionWithoutBlockingOtherWindows) {
+  notice->checkForUpdates();
+  ASSERT_TRUE(dialog());
+  EXPECT_EQ(dialog()->windowTitle(), "Voxtrel Updates");
+  EXPECT_FALSE(dialog()->isModal());
+  EXPECT_TRUE(withText<QLabel>("Voxtrel 1.2.3"));
+  EXPECT_TRUE(withText<QLabel>("This build has no update feed."));
+}
+
+TEST_F(TheUpdateNotice, hasOneBoxAtATimeAndTakesItAlong) {
+  notice->checkForUpdates();
+  notice->checkForUpdates();
+  EXPECT_EQ(QApplication::topLevelWidgets().size(), 1);
+  dialog()->close();
+  settle();
+  EXPECT_TRUE(QApplication::topLevelWidgets().isEmpty());
+  notice->checkForUpdates();
+  EXPECT_TRUE(dialog());
+  notice.reset();
+  EXPECT_TRUE(QApplication::topLevelWidgets().isEmpty());
 }
 
 }  // namespace

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
-#include "voxtrel/platform/linux/windows/DarkPalette.h"
-#include "voxtrel/platform/linux/windows/FormColors.h"
+#include "voxtrel/platform/linux/windows/DesktopColors.h"
+#include "voxtrel/platform/linux/windows/FormStyle.h"
 
 namespace voxtrel {
 namespace {
@@ -42,16 +42,21 @@ TEST(FormColors, fallBackToTheTextColour) {
   EXPECT_EQ(errorColor(same), QColor(Qt::gray));
 }
 
-TEST(FormColors, makeEveryTextOfTheDarkWindowsReadable) {
-  const QPalette dark = darkPalette();
-  using Pair = std::pair<QPalette::ColorRole, QPalette::ColorRole>;
-  for (const auto& [text, background] :
-       {Pair{QPalette::WindowText, QPalette::Window}, Pair{QPalette::Text, QPalette::Base},
-        Pair{QPalette::ButtonText, QPalette::Button},
-        Pair{QPalette::HighlightedText, QPalette::Highlight},
-        Pair{QPalette::PlaceholderText, QPalette::Base}}) {
-    EXPECT_GE(contrast(dark.color(text), dark.color(background)), kReadableContrast) << text;
-  }
+TEST(ControlText, escapesAnAmpersand) {
+  EXPECT_EQ(controlText("Save & Restart"), "Save && Restart");
+}
+
+TEST(ControlText, marksTheAccessKey) {
+  EXPECT_EQ(controlText("Save & Restart", 'R'), "Save && &Restart");
+  EXPECT_EQ(controlText("Input Language:", 'I'), "&Input Language:");
+}
+
+TEST(ControlText, marksOnlyTheFirstOfEqualLetters) {
+  EXPECT_EQ(controlText("Retry Retry", 'R'), "&Retry Retry");
+}
+
+TEST(ControlText, ignoresAKeyThatTheTextDoesNotHave) {
+  EXPECT_EQ(controlText("Quit", 'X'), "Quit");
 }
 
 }  // namespace

@@ -24,7 +24,7 @@ inline void PrintTo(const ModelDownloadView::DownloadState& state, std::ostream*
 namespace voxtrel::testing {
 
 /// A download with everything around it under the test's control.
-struct DownloadBench {
+struct DownloadFixture {
   using State = ModelDownloadView::DownloadState;
 
   ManualTime time;
@@ -35,7 +35,7 @@ struct DownloadBench {
       {.bundle = bundle, .backgroundQueue = time, .childProcesses = launcher, .mainLoop = time},
       "medium", {[this] { ++completions; }, [this] { ++skips; }});
 
-  DownloadBench() {
+  DownloadFixture() {
     view->setOnChange([this] { ++changes; });
   }
 
@@ -47,12 +47,12 @@ struct DownloadBench {
     EXPECT_EQ(log(), std::vector<std::string>{"Connecting to HuggingFace..."});
   }
 
-  /// Shows the window; the setup runs when this returns.
+  /// Shows the window and starts the setup.
   void appear() {
     view->appeared();
     time.runPosted();
   }
-  /// The setup prints `bytes` in one write, and the main thread hears of it.
+  /// The setup prints `bytes` in one write, and the main thread handles them.
   void print(std::string_view bytes) {
     launcher.last().print(bytes);
     time.runPosted();

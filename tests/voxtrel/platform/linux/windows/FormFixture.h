@@ -14,12 +14,12 @@
 
 namespace voxtrel::testing {
 
-/// Windows without a screen. No message bus answers there.
-class FormTest : public ::testing::Test {
+/// Windows on Qt's platform without a screen, and without a message bus.
+class FormFixture : public ::testing::Test {
  protected:
-  FormTest() { QApplication::setQuitOnLastWindowClosed(false); }
+  FormFixture() { QApplication::setQuitOnLastWindowClosed(false); }
 
-  /// The newest window that is on the screen.
+  /// The newest visible dialog.
   static QDialog* dialog() {
     QDialog* found = nullptr;
     for (QWidget* const window : QApplication::topLevelWidgets()) {
@@ -45,14 +45,14 @@ class FormTest : public ::testing::Test {
     return nullptr;
   }
 
-  /// Lets the loop run until `condition`, at most for half a minute.
+  /// Runs the main loop until `condition` or for 30 s.
   template <typename Condition>
   static bool eventually(Condition condition) {
-    constexpr qint64 kLimitMs = 30000;
-    QElapsedTimer waiting;
-    waiting.start();
+    constexpr qint64 kTimeoutMs = 30000;
+    QElapsedTimer elapsed;
+    elapsed.start();
     while (!condition()) {
-      if (waiting.elapsed() > kLimitMs) return false;
+      if (elapsed.elapsed() > kTimeoutMs) return false;
       QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 10);
       QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
@@ -87,7 +87,7 @@ class FormTest : public ::testing::Test {
   int argc = 1;
   char name[5] = "form";
   char* argv[2] = {name, nullptr};
-  bool hasNoScreen = qputenv("QT_QPA_PLATFORM", "offscreen");  // before the application looks
+  bool hasNoScreen = qputenv("QT_QPA_PLATFORM", "offscreen");  // before QApplication reads it
   QApplication application{argc, argv};
   FormStates forms;
   DesktopColors colors;
@@ -95,7 +95,7 @@ class FormTest : public ::testing::Test {
   std::unique_ptr<FormWindow> window;
 };
 
-/// Whether everything that `widgets` show lies within `window` and none lies upon another.
+/// Whether all `widgets` lie inside `window`, none is cut and no two overlap.
 inline ::testing::AssertionResult areApart(const QList<QWidget*>& widgets, const QWidget& window) {
   for (qsizetype one = 0; one < widgets.size(); ++one) {
     const auto placeOf = [&](QWidget* widget) {
