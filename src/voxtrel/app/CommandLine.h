@@ -9,7 +9,7 @@ namespace voxtrel {
 struct CommandLine {
   enum class Request { run, printAndExit, usageError };
   Request request = Request::run;
-  std::string text;  ///< what to print: on standard output, or for a usage error on standard error
+  std::string text;  ///< to print: a usage error on standard error, else on standard output
 };
 
 /// The version of this build, such as "0.1.0".

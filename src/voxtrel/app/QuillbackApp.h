@@ -8,7 +8,7 @@ class AppDelegate;
 struct Desktop;
 class RecordingOverlay;
 
-/// The program: the rooms, put together on a desktop.
+/// The program: the rooms put together on a desktop.
 /// Thread: the main thread.  Owns: the delegate, the overlay.  Borrows: the desktop.
 class QuillbackApp {
  public:

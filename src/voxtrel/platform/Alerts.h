@@ -7,12 +7,12 @@
 
 namespace voxtrel {
 
-/// A warning that the user must answer before anything goes on.
+/// A warning that the user must answer.
 struct Alert {
   std::string messageText;
   std::string informativeText;
-  /// From first to last as shown. Return chooses the first; Escape and the close box, where the
-  /// desktop has them, choose the last.
+  /// In the order shown. Return chooses the first; Escape and the close box, where the desktop has
+  /// them, choose the last.
   std::vector<std::string> buttons;
 };
 
@@ -22,8 +22,8 @@ class Alerts {
  public:
   virtual ~Alerts() = default;
 
-  /// `onAnswer` is called once, with the index of the button: before this returns where the desktop
-  /// blocks, otherwise later. An alert that the application's end takes away is never answered.
+  /// Calls `onAnswer` once with the index of the button: before this returns if the desktop blocks,
+  /// otherwise later. Not called if the application ends first.
   virtual void runModal(const Alert& alert, std::function<void(std::size_t button)> onAnswer) = 0;
 };
 

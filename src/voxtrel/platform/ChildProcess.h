@@ -10,29 +10,28 @@
 
 namespace voxtrel {
 
-/// How to start a child process. Environment and signal state are not chosen: the child inherits
-/// the environment, gets default signal dispositions and an empty mask, and no descriptor but the
-/// standard three.
+/// How to start a child process. It always inherits the environment, and gets default signal
+/// handlers, an empty signal mask and no descriptors except the standard three.
 struct ChildOptions {
   std::string executable;              ///< path of the program file
   std::vector<std::string> arguments;  ///< without the program's own name
   std::string workingDirectory;        ///< empty: the application's
-  /// Bytes of standard output and standard error, interleaved as written. Called on a thread of the
-  /// child's own with whatever one read gave, never empty; valid during the call only.
+  /// The bytes of one read from standard output and standard error, interleaved as written; never
+  /// empty; valid during the call. Called on a thread that only reads this child.
   std::function<void(std::string_view bytes)> onOutput;
-  /// Called once on another thread of the child's, after the last byte that the child wrote before
-  /// its end has gone to `onOutput`. Nothing is reported afterwards.
+  /// Called once, on another thread, after `onOutput` has had every byte that the child wrote before
+  /// its end. Nothing is reported afterwards.
   /// `status`: the exit code, or the number of the signal that ended it.
   std::function<void(int status)> onExit;
 };
 
-/// A child that was started. Destroying it ends the child (SIGKILL) if it still runs.
+/// A started child. Destroying it ends the child (SIGKILL) if it still runs.
 /// Thread: any.
 class ChildProcess {
  public:
   virtual ~ChildProcess() = default;
 
-  /// False once the child has ended, however much of its output is still to be reported.
+  /// False once the child has ended, even if some output is not reported yet.
   virtual bool isRunning() const = 0;
 
   /// Asks the child to end (SIGTERM); nothing happens if it has ended.
@@ -45,7 +44,7 @@ class ChildProcess {
   virtual void waitUntilExit() = 0;
 };
 
-/// Starts child processes, which end with the application however it ends.
+/// Starts child processes. They end with the application, however it ends.
 /// Thread: any; several starts may overlap.
 class ChildProcessLauncher {
  public:
@@ -54,8 +53,8 @@ class ChildProcessLauncher {
 
   virtual ~ChildProcessLauncher() = default;
 
-  /// Returns once the program runs in the child, or could not be started (then neither callback is
-  /// ever called). Output and exit may be reported before this returns.
+  /// Returns once the program runs in the child or could not be started; then neither callback is
+  /// ever called. Output and exit may be reported before this returns.
   [[nodiscard]] virtual Result start(ChildOptions options) = 0;
 };
 

@@ -8,16 +8,16 @@ namespace voxtrel {
 class ModelDownloadView;
 class SettingsView;
 
-/// A titled window with a close box and a size of its own, neither resizable nor miniaturisable.
-/// Closing only hides it. It may be closed and destroyed from within what its form calls.
-/// Thread: the main thread.  Owns: a share of its form.
+/// A titled window with a close box and a fixed size; it cannot be minimised. Closing only hides it.
+/// Its form's callbacks may close and destroy it.
+/// Thread: the main thread.  Owns: its form, shared.
 class FormWindow {
  public:
   virtual ~FormWindow() = default;
 
   virtual bool isVisible() const = 0;
-  /// Shows the window, centred when it was not visible, in front and with the keyboard, and
-  /// activates the application. The form hears that it has appeared before this returns.
+  /// Shows the window in front and with the keyboard focus, centred if it was not visible, and
+  /// activates the application. Calls the form's `appeared` before it returns.
   virtual void makeKeyAndOrderFront() = 0;
   virtual void close() = 0;
 };
@@ -28,7 +28,7 @@ struct FormWindowOptions {
   int contentHeightPt = 0;
 };
 
-/// Makes windows, invisible at first, that render the application's forms.
+/// Makes windows, hidden at first, that show the application's forms.
 /// Thread: the main thread.
 class FormWindows {
  public:

@@ -12,14 +12,14 @@ class Log {
  public:
   virtual ~Log() = default;
 
-  /// Whether messages of `level` go anywhere; ask before building an expensive one.
+  /// Whether messages of `level` are kept; ask before building an expensive one.
   virtual bool isEnabled(LogLevel level) const = 0;
 
-  /// `category` names the subsystem that speaks: "process", "main", "audio" or "ui".
+  /// `category` names the subsystem: "process", "main", "audio" or "ui".
   virtual void write(LogLevel level, std::string_view category, std::string_view message) = 0;
 };
 
-/// One source unit's voice in the log.
+/// The log with one source unit's category.
 /// Thread: any.  Borrows: Log.
 class Logger {
  public:

@@ -13,14 +13,14 @@ struct NotificationAction {
   bool foreground = false;  ///< choosing it brings the application forward
 };
 
-/// A kind of notification, with the buttons that all of its kind carry.
+/// A kind of notification, with the buttons that each of this kind has.
 struct NotificationCategory {
   std::string identifier;
   std::vector<NotificationAction> actions;
 };
 
 struct UserNotification {
-  std::string identifier;  ///< two with the same one replace each other
+  std::string identifier;  ///< a second notification with the same one replaces the first
   std::string title;
   std::string body;
   std::string categoryIdentifier;
@@ -39,7 +39,7 @@ constexpr PresentationOptions operator|(PresentationOptions a, PresentationOptio
   return static_cast<PresentationOptions>(static_cast<unsigned>(a) | static_cast<unsigned>(b));
 }
 
-/// Hears what happens to notifications.
+/// Receives the events of notifications.
 /// Thread: the main thread.
 class NotificationDelegate {
  public:
@@ -53,15 +53,15 @@ class NotificationDelegate {
 };
 
 /// The desktop's notifications.
-/// Thread: `post` from any, the others from the main thread. Nothing here waits for the desktop.
-/// Fails by: nothing; a notification that cannot be shown is dropped.
+/// Thread: `post` from any, the others from the main thread. No call waits for the desktop.
+/// Fails by: dropping a notification that cannot be shown.
 class Notifications {
  public:
   virtual ~Notifications() = default;
 
   virtual void setCategories(std::vector<NotificationCategory> categories) = 0;
   virtual void setDelegate(std::weak_ptr<NotificationDelegate> delegate) = 0;
-  /// Asks the user, where the desktop does, whether alerts may be shown.
+  /// Asks the user whether notifications may be shown, on desktops that ask.
   virtual void requestAuthorization() = 0;
   virtual void post(UserNotification notification) = 0;
 };

@@ -11,7 +11,7 @@ namespace voxtrel {
 /// One row of the status item's menu.
 struct MenuItem {
   std::string title{};  ///< shown as it is, `&` and `_` included
-  /// One lower-case character, pressed with the platform's command key; empty: none.
+  /// One lower-case character, used with the platform's command key; empty: none.
   std::string keyEquivalent{};
   bool enabled = true;
   bool separator = false;          ///< a line; the other fields are then unused
@@ -19,17 +19,18 @@ struct MenuItem {
 };
 
 /// The icon in the menu bar or tray, with its menu.
-/// Thread: the main thread. Setting what is already set costs nothing outside the process.
+/// Setting what is already set sends nothing to the desktop.
+/// Thread: the main thread.
 class StatusItem {
  public:
   virtual ~StatusItem() = default;
 
-  /// Replaces the menu; rows are counted from 0, separators included.
+  /// Replaces the menu. Rows count from 0 and include separators.
   virtual void setMenu(std::vector<MenuItem> rows) = 0;
 
   virtual void setTitle(std::size_t row, const std::string& title) = 0;
 
-  /// Shows the symbol called `name` ("mic.fill"); a name it does not know leaves the icon as it is.
+  /// Shows the symbol `name` ("mic.fill"); an unknown name leaves the icon as it is.
   virtual void setSymbol(std::string_view name) = 0;
 };
 

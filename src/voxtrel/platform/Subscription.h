@@ -5,8 +5,8 @@
 
 namespace voxtrel {
 
-/// Something that goes on until this handle is destroyed: a timer, an observer.
-/// Thread: the one that made it.  Owns: the way to end it.
+/// Keeps a timer or an observer running until this handle is destroyed.
+/// Thread: the one that made it.  Owns: the function that ends it.
 class Subscription {
  public:
   Subscription() = default;
@@ -23,7 +23,7 @@ class Subscription {
   Subscription& operator=(const Subscription&) = delete;
   ~Subscription() { reset(); }
 
-  /// Ends it now; harmless when repeated.
+  /// Ends it now. May be repeated.
   void reset() {
     if (auto end = std::exchange(end_, nullptr)) end();
   }

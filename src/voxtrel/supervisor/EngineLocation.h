@@ -7,10 +7,10 @@ namespace voxtrel {
 class ApplicationBundle;
 
 /// Path of the engine: "quillback" beside the application's executable, otherwise
-/// "/usr/local/bin/quillback", whether or not anything is there.
+/// "/usr/local/bin/quillback". Does not check that a file is there.
 std::string binaryPath(const ApplicationBundle& bundle);
 
-/// Whether anything is at `path`; links are followed.
+/// Whether a file or folder is at `path`; links are followed.
 bool fileExists(const std::string& path);
 
 }  // namespace voxtrel

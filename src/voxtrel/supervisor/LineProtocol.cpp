@@ -33,8 +33,8 @@ std::optional<AppState> stateOf(std::string_view line) {
   return std::nullopt;
 }
 
-/// The text runs from the first opening of the marker to the last quote of the line. Where the
-/// first opening has no quote after it, no later one has: an opening ends in a quote itself.
+/// The text between the first marker and the last quote of the line. If no quote follows the first
+/// marker, there is no later marker either, because a marker ends in a quote.
 std::optional<std::string_view> transcriptionOf(std::string_view line) {
   const std::size_t opening = line.find(kTranscription);
   if (opening == std::string_view::npos) return std::nullopt;
@@ -44,8 +44,8 @@ std::optional<std::string_view> transcriptionOf(std::string_view line) {
   return text.substr(0, closing);
 }
 
-/// Between the two bytes of an anchor. With this one, eight pairs of bytes tell all markers, six of
-/// them begin alike, and ordinary lines seldom hold one.
+/// Distance between the two bytes of an anchor. With this one, eight different pairs are enough for
+/// all markers, six of them start with the same byte, and ordinary lines rarely contain one.
 constexpr std::size_t kGap = 4;
 
 /// Two bytes of a marker, kGap apart.
@@ -57,7 +57,7 @@ struct Anchor {
   constexpr char second() const { return marker[offset + kGap]; }
 };
 
-/// Every line with an effect holds one of these markers ("audio" matters only beside "Processing").
+/// Every line with an effect contains one of these ("audio" matters only together with "Processing").
 constexpr std::array<Anchor, 10> kAnchors = {{{kRecording, 2},         // c...i
                                               {kProcessing, 3},        // c...i
                                               {kReady, 0},             // R...y
@@ -74,14 +74,14 @@ using Flags = std::array<unsigned char, kBlockBytes>;
 
 constexpr unsigned char kFlagged = 0xFF;
 
-/// What a vector comparison yields: all bits set where the bytes are equal, none elsewhere. It is
-/// arithmetic because of a choice in its place GCC makes branches, ten times as slow.
+/// The result of a vector comparison: all bits set if the bytes are equal, else none. Arithmetic,
+/// because GCC turns a conditional into branches, ten times as slow.
 inline unsigned char equality(char left, char right) {
   return static_cast<unsigned char>(-static_cast<int>(left == right));
 }
 
-/// kFlagged if the two bytes of any anchor stand at `at`, else 0. No branches and masks instead of
-/// truth values, so that compilers turn the loop over a block into vector code.
+/// kFlagged if the two bytes of any anchor stand at `at`, else 0. Without branches and with masks
+/// instead of bool, so that compilers turn the loop over a block into vector code.
 template <std::size_t... kIndex>
 inline unsigned char anchorAt(const char* at, std::index_sequence<kIndex...>) {
   return static_cast<unsigned char>(
@@ -119,7 +119,7 @@ bool isMarkerAt(std::string_view chunk, std::size_t position) {
   });
 }
 
-/// The place of the first marker's anchor at or after `from`; npos if there is none.
+/// Position of the first marker's anchor at or after `from`; npos if there is none.
 std::size_t findMarker(std::string_view chunk, std::size_t from) {
   Flags flags;
   std::array<char, kBlockBytes + kGap> tail;
