@@ -40,8 +40,7 @@ def contenders(desk, programs, application):
     bare = os.path.join(programs, "bare_tray")
     return [
         Contender("voxtrel", application.start),
-        Contender("bare, 20 Hz timer", lambda: desk.spawn(bare, "--timer")),
-        Contender("bare, no timer", lambda: desk.spawn(bare)),
+        Contender("bare", lambda: desk.spawn(bare)),
         Contender("flameshot", lambda: desk.spawn("flameshot")),
         Contender("copyq", lambda: desk.spawn("copyq")),
     ]
@@ -146,15 +145,11 @@ def measure_idle(desk, everyone, application):
     desk.messages.messages.clear()
     before = {c.name: (running_time_ns(c.process.pid), wake_ups(c.process.pid)) for c in everyone}
     wait(IDLE_S)
-    ran, woke = {}, {}
     for contender in everyone:
         pid, name = contender.process.pid, contender.name
-        ran[name] = (running_time_ns(pid) - before[name][0]) / 1e9 / IDLE_S * 100
-        woke[name] = (wake_ups(pid) - before[name][1]) / IDLE_S
-        print(f"idle, {name}: {ran[name]:.3f} % of a core, {woke[name]:.1f} wake-ups/s")
-    timer = "bare, 20 Hz timer"
-    print(f"idle, ratio to {timer}: processor {ran['voxtrel'] / ran[timer]:.2f}, "
-          f"wake-ups {woke['voxtrel'] / woke[timer]:.2f}")
+        ran = (running_time_ns(pid) - before[name][0]) / 1e9 / IDLE_S * 100
+        woke = (wake_ups(pid) - before[name][1]) / IDLE_S
+        print(f"idle, {name}: {ran:.3f} % of a core, {woke:.1f} wake-ups/s")
     print(f"idle, D-Bus messages from or to voxtrel: {len(desk.messages.touching(ours))}")
     item.rows()
     wait(0.2)

@@ -7,7 +7,7 @@ READY = "Ready — hold Right Cmd"
 
 
 class Quiet(DesktopCase):
-    """The menu is refreshed twenty times a second; only a change may leave the process."""
+    """Only a change of what the menu shows may leave the process."""
 
     def traffic_of(self, app):
         """The messages so far from or to the program's connections."""

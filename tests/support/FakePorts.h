@@ -74,6 +74,7 @@ struct FakeStatusItem : StatusItem {
   void setSymbol(std::string_view name) override {
     symbol = name;
     symbols.emplace_back(name);
+    if (onSymbol) onSymbol();
   }
   void choose(std::size_t row) const { rows.at(row).action(); }
 
@@ -81,6 +82,7 @@ struct FakeStatusItem : StatusItem {
   int menusSet = 0;
   std::string symbol;
   std::vector<std::string> symbols;  // every one set, oldest first
+  std::function<void()> onSymbol;    // after one was set
 };
 
 struct FakeSleepWatch : SleepWatch {

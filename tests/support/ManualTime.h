@@ -24,33 +24,30 @@ class ManualTime : public Clock, public MainLoop, public BackgroundQueue {
   /// A blocked thread: time passes for the world and for background threads, not for the main loop.
   void sleepFor(Milliseconds duration) override { moveTo(now_ + duration, false); }
 
-  void post(Task task) override { add(Kind::main, Milliseconds(0), std::move(task)); }
+  void post(Task task) override { add(Kind::main, now_, std::move(task)); }
   void postAfter(Milliseconds delay, Task task) override {
-    add(Kind::main, delay, std::move(task));
+    add(Kind::main, now_ + delay, std::move(task));
   }
   void runAfter(Milliseconds delay, Task task) override {
-    add(Kind::background, delay, std::move(task));
+    add(Kind::background, now_ + delay, std::move(task));
+  }
+  [[nodiscard]] Subscription at(TimePoint time, Task task) override {
+    return timer(add(Kind::main, time, std::move(task)));
   }
   [[nodiscard]] Subscription every(Milliseconds interval, Task task) override {
-    const Id id = add(Kind::main, interval, std::move(task), interval);
-    ++timersRunning;
-    return Subscription([this, id] {
-      --timersRunning;
-      std::erase_if(entries_, [id](const auto& entry) { return entry.second.id == id; });
-    });
+    return timer(add(Kind::main, now_ + interval, std::move(task), interval));
   }
 
-  /// Something that happens in the world outside at that time, whoever is blocked.
-  void happensAfter(Milliseconds delay, Task event) {
-    add(Kind::background, delay, std::move(event));
-  }
+  /// An event outside the program; it happens even while a thread is blocked.
+  void happensAfter(Milliseconds delay, Task event) { runAfter(delay, std::move(event)); }
 
   /// Lets `duration` pass with the main loop running.
   void advance(Milliseconds duration) { moveTo(now_ + duration, true); }
   /// Runs what is already due.
   void runPosted() { advance(Milliseconds(0)); }
 
-  int timersRunning = 0;
+  int timersRunning = 0;  ///< those with a handle
+  int timersStarted = 0;
 
  private:
   using Id = std::size_t;
@@ -63,9 +60,18 @@ class ManualTime : public Clock, public MainLoop, public BackgroundQueue {
   };
   using Entries = std::multimap<TimePoint, Entry>;  // equal times keep the order of insertion
 
-  Id add(Kind kind, Milliseconds delay, Task task, std::optional<Milliseconds> interval = {}) {
-    entries_.emplace(now_ + delay, Entry{++lastId_, kind, std::move(task), interval});
+  Id add(Kind kind, TimePoint time, Task task, std::optional<Milliseconds> interval = {}) {
+    entries_.emplace(time, Entry{++lastId_, kind, std::move(task), interval});
     return lastId_;
+  }
+
+  Subscription timer(Id id) {
+    ++timersRunning;
+    ++timersStarted;
+    return Subscription([this, id] {
+      --timersRunning;
+      std::erase_if(entries_, [id](const auto& entry) { return entry.second.id == id; });
+    });
   }
 
   void moveTo(TimePoint end, bool mainRuns) {

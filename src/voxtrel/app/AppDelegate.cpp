@@ -11,7 +11,6 @@
 #include "voxtrel/platform/Permissions.h"
 #include "voxtrel/platform/Preferences.h"
 #include "voxtrel/platform/Scheduling.h"
-#include "voxtrel/supervisor/CrashNotificationHelper.h"
 
 namespace voxtrel {
 namespace {
@@ -60,7 +59,7 @@ AppDelegate::AppDelegate(const Desktop& desktop, RecordingIndicator& overlay)
 void AppDelegate::applicationDidFinishLaunching() {
   logger_.info("Voxtrel launching");
   if (desktop_.userDefaults.boolForKey(SettingsView::kLaunchAtLoginKey)) {
-    static_cast<void>(desktop_.loginItem.enable());  // no reason not to start
+    static_cast<void>(desktop_.loginItem.enable());  // a failure must not prevent the start
   }
   Notifications& notifications = desktop_.notifications;
   notifications.setCategories({crashCategory()});

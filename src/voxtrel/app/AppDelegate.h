@@ -9,7 +9,7 @@
 #include "voxtrel/platform/Log.h"
 #include "voxtrel/platform/Permissions.h"
 #include "voxtrel/platform/Subscription.h"
-#include "voxtrel/supervisor/CrashNotificationDelegate.h"
+#include "voxtrel/supervisor/CrashRecovery.h"
 
 namespace voxtrel {
 
@@ -17,12 +17,11 @@ struct Desktop;
 class RecordingIndicator;
 class StatusBarController;
 
-/// Gets the machine into a state in which the engine can work (its model fetched, its permissions
-/// granted), then creates the menu-bar controller, which starts the engine; at the end makes sure
-/// that no engine is left.
+/// Prepares what the engine needs (model and permissions), then creates the menu-bar controller,
+/// which starts the engine. Stops the engine when the application ends.
 /// Thread: the main thread.  Owns: the controller, the crash-notification delegate, the setup window.
 /// Borrows: the desktop and the overlay (must outlive this).
-/// Fails by: ending the application, after an alert, when a permission is missing.
+/// Fails by: an alert about the missing permission, then the end of the application.
 class AppDelegate : public ApplicationDelegate, public std::enable_shared_from_this<AppDelegate> {
  public:
   /// Starts nothing. The delegate must be held by a shared_ptr.

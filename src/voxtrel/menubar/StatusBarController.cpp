@@ -1,5 +1,6 @@
 #include "voxtrel/menubar/StatusBarController.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cstddef>
 #include <utility>
@@ -9,7 +10,6 @@
 #include "voxtrel/menubar/StatusContent.h"
 #include "voxtrel/platform/Application.h"
 #include "voxtrel/platform/RecordingIndicator.h"
-#include "voxtrel/platform/Scheduling.h"
 #include "voxtrel/platform/SleepWatch.h"
 
 namespace voxtrel {
@@ -48,9 +48,13 @@ void StatusBarController::begin() {
   processManager_->setOnStateChange([weak = weak_from_this()](AppState newState) {
     if (const auto self = weak.lock()) self->handleStateChange(newState);
   });
+  processManager_->setOnStatusOutdated([weak = weak_from_this()](Clock::TimePoint since) {
+    if (const auto self = weak.lock()) self->refreshAfter(since);
+  });
   processManager_->launch();
   observeSleep();
-  refreshTimer_ = ports_.process.mainLoop.every(kRefreshInterval, [this] { refreshUI(); });
+  lastTick_ = ports_.process.clock.now();
+  refreshAfter(lastTick_);
 }
 
 // The menu
@@ -87,7 +91,19 @@ void StatusBarController::applyIcon(AppState state) {
   ports_.statusItem.setSymbol(symbolFor(state));
 }
 
+// A change is shown at the first tick after it. No timer runs while there is nothing to show, and a
+// running timer is already set for the next tick.
+void StatusBarController::refreshAfter(Clock::TimePoint change) {
+  if (refreshTimer_) return;
+  const auto sinceLastTick = std::max(change - lastTick_, Clock::TimePoint::duration::zero());
+  const auto ticks = sinceLastTick / kRefreshInterval + 1;
+  refreshTimer_ =
+      ports_.process.mainLoop.at(lastTick_ + ticks * kRefreshInterval, [this] { refreshUI(); });
+}
+
 void StatusBarController::refreshUI() {
+  refreshTimer_.reset();
+  lastTick_ += (ports_.process.clock.now() - lastTick_) / kRefreshInterval * kRefreshInterval;
   const EngineStatus status = processManager_->status();
   applyIcon(status.state);
   ports_.statusItem.setTitle(kStatusRow, statusTitle(status.state, status.lastError));
@@ -119,6 +135,7 @@ void StatusBarController::quit() {
 void StatusBarController::shutdown() {
   sleepObserver_.reset();
   wakeObserver_.reset();
+  processManager_->setOnStatusOutdated(nullptr);
   refreshTimer_.reset();
   processManager_->stopAndWait(kQuitStopTimeout);
 }
@@ -190,6 +207,7 @@ void StatusBarController::handleWake() {
   logger_.info("System woke, restarting process after delay");
   wasRunningBeforeSleep_ = false;
   applyIcon(AppState::loading);
+  refreshAfter(ports_.process.clock.now());
   ports_.process.mainLoop.postAfter(kLaunchAfterWake, [weak = weak_from_this()] {
     if (const auto self = weak.lock()) self->processManager_->launch();
   });

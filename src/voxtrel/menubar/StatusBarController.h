@@ -7,6 +7,7 @@
 #include "common/settings/ConfigManager.h"
 #include "voxtrel/platform/FormWindows.h"
 #include "voxtrel/platform/Log.h"
+#include "voxtrel/platform/Scheduling.h"
 #include "voxtrel/platform/StatusItem.h"
 #include "voxtrel/platform/Subscription.h"
 #include "voxtrel/supervisor/AppState.h"
@@ -21,7 +22,7 @@ class SleepWatch;
 class Updater;
 class UserDefaults;
 
-/// What the controller needs from outside; all of it must outlive the controller.
+/// What the controller needs from outside; must outlive the controller.
 struct StatusBarPorts {
   ProcessManagerPorts process;
   Application& application;
@@ -35,8 +36,8 @@ struct StatusBarPorts {
   UserDefaults& userDefaults;
 };
 
-/// Shows the engine's state in the status item and its menu, starts and stops the engine when the
-/// user or the system says so, and opens the settings and what follows from saving them.
+/// Shows the engine's status in the status item and its menu, starts and stops the engine for the
+/// user and the system, and opens the settings window and the download that may follow.
 /// Thread: the main thread.  Owns: the supervisor, the two windows.  Borrows: the ports.
 class StatusBarController : public std::enable_shared_from_this<StatusBarController> {
  public:
@@ -45,13 +46,12 @@ class StatusBarController : public std::enable_shared_from_this<StatusBarControl
 
   const std::shared_ptr<ProcessManager>& processManager() const { return processManager_; }
 
-  /// A settings window that is open comes to the front; otherwise a fresh one reads the file.
+  /// Brings an open settings window to the front; otherwise opens a new one, which reads the file.
   void openSettings();
   void restart();
   void quit();
 
-  /// Ends timer and observers and stops the engine, waiting 2 seconds at most before it is killed.
-  /// Harmless when repeated.
+  /// Ends timer and observers and stops the engine; after 2 seconds it is killed. May be repeated.
   void shutdown();
 
  private:
@@ -61,6 +61,7 @@ class StatusBarController : public std::enable_shared_from_this<StatusBarControl
   void buildMenu();
   std::function<void()> whileAlive(void (StatusBarController::*command)());
   void applyIcon(AppState state);
+  void refreshAfter(Clock::TimePoint change);
   void refreshUI();
   void handleStateChange(AppState newState);
   void settingsSaved();
@@ -78,6 +79,7 @@ class StatusBarController : public std::enable_shared_from_this<StatusBarControl
   std::unique_ptr<FormWindow> downloadWindow_;
   AppState lastOverlayState_ = AppState::idle;
   bool wasRunningBeforeSleep_ = false;
+  Clock::TimePoint lastTick_;  ///< the refresh's clock: every 0.05 s from construction
   Subscription refreshTimer_;
   Subscription sleepObserver_;
   Subscription wakeObserver_;

@@ -12,7 +12,6 @@ struct Appearance {
   std::string_view label;
 };
 
-// One piece of constant memory: it is read 20 times a second, each time with cold caches.
 constexpr std::array<Appearance, 5> kAppearances = {{
     {AppState::loading, "mic.badge.xmark", "Loading model..."},
     {AppState::idle, "mic", "Ready \u2014 hold Right Cmd"},

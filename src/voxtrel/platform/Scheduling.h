@@ -35,6 +35,9 @@ class MainLoop {
   /// Runs `task` once, `delay` from now. It cannot be cancelled.
   virtual void postAfter(std::chrono::milliseconds delay, Task task) = 0;
 
+  /// Runs `task` once at `time`, or soon if that has passed, unless the handle is gone by then.
+  [[nodiscard]] virtual Subscription at(Clock::TimePoint time, Task task) = 0;
+
   /// Runs `task` every `interval` until the handle is gone.
   [[nodiscard]] virtual Subscription every(std::chrono::milliseconds interval, Task task) = 0;
 };

@@ -6,8 +6,7 @@
 #include "common/base/Utf8.h"
 #include "voxtrel/platform/ChildProcess.h"
 #include "voxtrel/platform/Scheduling.h"
-#include "voxtrel/supervisor/CrashNotificationHelper.h"
-#include "voxtrel/supervisor/CrashPolicy.h"
+#include "voxtrel/supervisor/CrashRecovery.h"
 #include "voxtrel/supervisor/EngineLocation.h"
 
 namespace voxtrel {
@@ -18,17 +17,18 @@ using namespace std::chrono_literals;
 constexpr std::chrono::milliseconds kStopTimeout = 3s;
 constexpr std::chrono::milliseconds kExitPollInterval = 50ms;
 
-// An engine that floods its output is read no faster than the main thread hears of its states, so
-// that what waits for the main thread stays small.
-constexpr int kMaxUndeliveredChanges = 256;
+// Output is read no faster than the main thread takes the states from it, so that a flood of output
+// needs little memory.
+constexpr int kMaxUndeliveredStates = 256;
 
 }  // namespace
 
 ProcessManager::ProcessManager(const ProcessManagerPorts& ports)
     : ports_(ports), logger_(ports.log, "process") {}
 
-EngineStatus ProcessManager::status() const {
+EngineStatus ProcessManager::status() {
   const std::lock_guard guard(lock_);
+  outdatedSince_.reset();
   return {state_, lastText_, lastError_};
 }
 
@@ -51,6 +51,10 @@ void ProcessManager::setOnStateChange(std::function<void(AppState)> observer) {
   onStateChange_ = std::move(observer);
 }
 
+void ProcessManager::setOnStatusOutdated(std::function<void(Clock::TimePoint since)> observer) {
+  onStatusOutdated_ = std::move(observer);
+}
+
 void ProcessManager::resetCrashCount() {
   const std::lock_guard guard(lock_);
   crashCount_.reset();
@@ -63,21 +67,20 @@ void ProcessManager::launch() {
   const std::string path = binaryPath(ports_.bundle);
   if (!fileExists(path)) {
     logger_.error("quillback binary not found at " + path);
-    setState(AppState::stopped);
-    const std::lock_guard guard(lock_);
-    lastError_ = "quillback binary not found";
+    setState(AppState::stopped, [this] {
+      lastError_ = "quillback binary not found";
+      return true;
+    });
     return;
   }
   Generation generation = 0;
   std::shared_ptr<ChildProcess> overtaken;  // another thread has started it since the stop above
-  {
-    const std::lock_guard guard(lock_);
+  setState(AppState::loading, [&] {
     generation = startedGeneration_ = generation_.increment();
     lastError_.clear();
-    state_ = AppState::loading;
     overtaken = process_;
-  }
-  postStateChange(AppState::loading);
+    return true;
+  });
   if (overtaken && overtaken->isRunning()) stop(*overtaken, kStopTimeout);
   start(path, generation);
 }
@@ -98,19 +101,15 @@ void ProcessManager::start(const std::string& path, Generation generation) {
                                self->handleExit(status, generation);
                            }};
   auto result = ports_.childProcesses.start(std::move(options));
-  if (!result) {
-    {
-      const std::lock_guard guard(lock_);
-      if (startedGeneration_ == generation) lastError_ = result.error();
-    }
-    setStopped(generation);
-    return;
+  if (result) {
+    adopt(std::move(*result), generation);
+  } else {
+    setStopped(generation, result.error());
   }
-  adopt(std::move(*result), generation);
 }
 
-// Between the raising of the generation and the end of the start, another thread may have stopped
-// or launched the engine. It could not see this process yet, so this process is ended here.
+// While this process was being started, another thread may have stopped or launched the engine. It
+// could not see this process yet, so this process is ended here.
 void ProcessManager::adopt(std::shared_ptr<ChildProcess> process, Generation generation) {
   {
     const std::lock_guard guard(lock_);
@@ -129,7 +128,7 @@ void ProcessManager::stopAndWait(std::chrono::milliseconds timeout) {
     generation_.increment();
     process = process_;
   }
-  changesDelivered_.notify_all();
+  statesDelivered_.notify_all();
   if (process && process->isRunning()) stop(*process, timeout);
 
   const std::lock_guard guard(lock_);
@@ -158,24 +157,20 @@ void ProcessManager::parseLine(std::string_view chunk, Generation generation) {
     const std::lock_guard guard(lock_);
     if (generation_.value() != generation) return;
   }
-  const auto applyLine = [&](std::string_view line, const LineEffects& effects) {
-    apply(line, effects, generation);
-  };
-  if (!logger_.isDebugEnabled()) {
-    interpretChunk(chunk, applyLine);
-    return;
+  if (logger_.isDebugEnabled()) {
+    forEachLine(chunk, [this](std::string_view line) {
+      if (!line.empty()) logger_.debug(line);
+    });
   }
-  forEachLine(chunk, [&](std::string_view line) {
-    if (line.empty()) return;
-    logger_.debug(line);
-    applyLine(line, interpretLine(line));
+  interpretChunk(chunk, [&](std::string_view line, const LineEffects& effects) {
+    apply(line, effects, generation);
   });
 }
 
-// A chunk that was being read when the engine was stopped is read to its end: nothing that was said
-// is lost. Once the next engine was started, it has nothing more to say.
+// After a stop, the chunk that is being read still counts; after the next start, no longer.
 void ProcessManager::apply(std::string_view line, const LineEffects& effects,
                            Generation generation) {
+  const auto now = ports_.clock.now();
   {
     const std::lock_guard guard(lock_);
     if (startedGeneration_ != generation) return;
@@ -184,15 +179,14 @@ void ProcessManager::apply(std::string_view line, const LineEffects& effects,
     if (effects.isError) lastError_ = line;
     if (effects.transcription) lastText_ = *effects.transcription;
   }
-  if (effects.state) {
-    postStateChange(*effects.state);
-    waitForObserver(generation);
-  }
+  announce(now, effects.state);
+  if (effects.state) waitForObserver(generation);
 }
 
 // The engine's end
 
 void ProcessManager::handleExit(int status, Generation generation) {
+  const auto now = ports_.clock.now();
   std::int64_t crashCount = 0;
   {
     const std::lock_guard guard(lock_);
@@ -207,6 +201,7 @@ void ProcessManager::handleExit(int status, Generation generation) {
   if (status == 0) {
     setStopped(generation);
   } else {
+    announce(now);
     logger_.error("Process exited with code " + std::to_string(status));
     handleCrash(crashCount, generation);
   }
@@ -225,49 +220,59 @@ void ProcessManager::handleCrash(std::int64_t crashCount, Generation generation)
   });
 }
 
-// State
+// Changes and their observers
 
-void ProcessManager::setState(AppState newState) {
+// `edit` runs under the lock, changes what goes with the state, and says whether the state is set.
+void ProcessManager::setState(AppState newState, const std::function<bool()>& edit) {
+  const auto now = ports_.clock.now();
   {
     const std::lock_guard guard(lock_);
+    if (!edit()) return;
     state_ = newState;
   }
-  postStateChange(newState);
+  announce(now, newState);
 }
 
-// Unless another start is under way since: then the new engine's state stands.
-void ProcessManager::setStopped(Generation generation) {
-  {
-    const std::lock_guard guard(lock_);
-    if (startedGeneration_ != generation) return;
-    state_ = AppState::stopped;
-  }
-  postStateChange(AppState::stopped);
-}
-
-void ProcessManager::postStateChange(AppState newState) {
-  {
-    const std::lock_guard guard(lock_);
-    ++undeliveredChanges_;
-  }
-  ports_.mainLoop.post([weak = weak_from_this(), newState] {
-    if (const auto self = weak.lock()) self->deliverStateChange(newState);
+// Does nothing after a newer start: then the new engine's state stays.
+void ProcessManager::setStopped(Generation generation, const std::string& error) {
+  setState(AppState::stopped, [&] {
+    if (startedGeneration_ != generation) return false;
+    if (!error.empty()) lastError_ = error;
+    return true;
   });
 }
 
-void ProcessManager::deliverStateChange(AppState newState) {
+// `changedAt` was taken before the change. Between two calls of status() only the first change posts
+// a task, and each state that is set.
+void ProcessManager::announce(Clock::TimePoint changedAt, std::optional<AppState> newState) {
   {
     const std::lock_guard guard(lock_);
-    --undeliveredChanges_;
+    if (newState) ++undeliveredStates_;
+    const bool isAnnounced = outdatedSince_.has_value();
+    if (!isAnnounced) outdatedSince_ = changedAt;
+    if (isAnnounced && !newState) return;
   }
-  changesDelivered_.notify_all();
-  if (onStateChange_) onStateChange_(newState);
+  ports_.mainLoop.post([weak = weak_from_this(), newState] {
+    if (const auto self = weak.lock()) self->deliver(newState);
+  });
+}
+
+void ProcessManager::deliver(std::optional<AppState> newState) {
+  std::optional<Clock::TimePoint> outdatedSince;
+  {
+    const std::lock_guard guard(lock_);
+    if (newState) --undeliveredStates_;
+    outdatedSince = outdatedSince_;
+  }
+  statesDelivered_.notify_all();
+  if (newState && onStateChange_) onStateChange_(*newState);
+  if (outdatedSince && onStatusOutdated_) onStatusOutdated_(*outdatedSince);
 }
 
 void ProcessManager::waitForObserver(Generation generation) {
   std::unique_lock guard(lock_);
-  changesDelivered_.wait(guard, [&] {
-    return undeliveredChanges_ < kMaxUndeliveredChanges || generation_.value() != generation;
+  statesDelivered_.wait(guard, [&] {
+    return undeliveredStates_ < kMaxUndeliveredStates || generation_.value() != generation;
   });
 }
 

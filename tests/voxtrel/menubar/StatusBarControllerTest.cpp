@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <thread>
+#include <utility>
+
 #include "support/StatusBarFixture.h"
 
 namespace voxtrel {
@@ -100,10 +103,83 @@ TEST_F(StatusBar, ShowsTheOverlayOnEveryRecordingAndHidesItOnce) {
   EXPECT_EQ(overlay.calls, "ssh");
 }
 
-TEST_F(StatusBar, RefreshesTwentyTimesASecond) {
-  const auto before = desktop.item.symbols.size();
+TEST_F(StatusBar, SleepsWhileNothingChanges) {
+  print("Ready.\n");
+  const int timers = desktop.time.timersStarted;
+  const auto refreshes = desktop.item.symbols.size();
+  desktop.time.advance(1h);
+  EXPECT_EQ(desktop.time.timersStarted, timers);
+  EXPECT_EQ(desktop.time.timersRunning, 0);
+  EXPECT_EQ(desktop.item.symbols.size(), refreshes);
+  print("Recording...\n[gpu-decode] text: \"one\"\nProcessing audio\n");
+  desktop.time.advance(1h);
+  EXPECT_EQ(desktop.time.timersStarted, timers + 1);
+  EXPECT_EQ(desktop.item.symbols.size(), refreshes + 1);
+}
+
+TEST_F(StatusBar, ShowsAChangeAtTheFirstTickAfterIt) {
+  for (const auto sinceTick : {0ms, 1ms, 49ms}) {
+    SCOPED_TRACE(sinceTick.count());
+    print("Ready.\n");
+    desktop.time.advance(1s + sinceTick);
+    desktop.launcher.last().print("Recording...\n");
+    desktop.time.advance(kTick - sinceTick - 1ms);
+    EXPECT_EQ(desktop.item.symbol, "mic");
+    desktop.time.advance(1ms);
+    EXPECT_EQ(desktop.item.symbol, "mic.fill");
+  }
+}
+
+TEST_F(StatusBar, ShowsATextWithoutAChangeOfStateAtTheFirstTickAfterIt) {
+  desktop.time.advance(1234ms);
+  desktop.launcher.last().print("[gpu-decode] text: \"hello\"\n");
+  desktop.time.advance(15ms);
+  EXPECT_EQ(title(lastText), "Last: —");
+  desktop.time.advance(1ms);
+  EXPECT_EQ(title(lastText), "Last: hello");
+}
+
+TEST_F(StatusBar, ShowsAChangeFromAnotherThread) {
   desktop.time.advance(1s);
-  EXPECT_EQ(desktop.item.symbols.size(), before + 20);
+  std::jthread([&] { desktop.launcher.last().print("Ready.\n"); }).join();
+  desktop.time.advance(kTick);
+  EXPECT_EQ(desktop.item.symbol, "mic");
+}
+
+TEST_F(StatusBar, ShowsAChangeDuringTheRefreshAtTheNextTick) {
+  bool printed = false;
+  desktop.item.onSymbol = [&] {
+    if (!std::exchange(printed, true)) desktop.launcher.last().print("Recording...\n");
+  };
+  print("Ready.\n");
+  desktop.time.advance(kTick - 1ms);
+  EXPECT_EQ(desktop.item.symbol, "mic");
+  desktop.time.advance(1ms);
+  EXPECT_EQ(desktop.item.symbol, "mic.fill");
+}
+
+TEST_F(StatusBar, ShowsAChangeAtOnceWhenTheMainThreadMissedTheTick) {
+  desktop.time.advance(1s + 48ms);
+  desktop.time.happensAfter(1ms, [&] { desktop.launcher.last().print("Ready.\n"); });
+  desktop.time.sleepFor(3ms);
+  desktop.time.runPosted();
+  EXPECT_EQ(desktop.item.symbol, "mic");
+  desktop.launcher.last().print("Recording...\n");
+  desktop.time.advance(48ms);
+  EXPECT_EQ(desktop.item.symbol, "mic");  // the ticks stay where they were
+  desktop.time.advance(1ms);
+  EXPECT_EQ(desktop.item.symbol, "mic.fill");
+}
+
+TEST_F(StatusBar, ShowsNothingAfterShutdown) {
+  desktop.launcher.last().print("Ready.\n");
+  desktop.time.runPosted();
+  controller->shutdown();
+  controller->processManager()->launch();
+  print("Recording...\n");
+  desktop.time.advance(1s);
+  EXPECT_EQ(desktop.item.symbols, Texts{"mic.badge.xmark"});
+  EXPECT_EQ(desktop.time.timersRunning, 0);
 }
 
 TEST_F(StatusBar, CommandsReachSettingsAndUpdater) {
@@ -170,6 +246,17 @@ TEST_F(StatusBar, SleepWhileRecordingStopsTheEngineAndWakeLaunchesIt) {
   EXPECT_EQ(starts(), 2U);
   EXPECT_EQ(logged(), (Texts{"StatusBarController initialized", "System sleeping, wasRunning=true",
                              "System woke, restarting process after delay"}));
+}
+
+TEST_F(StatusBar, ShowsTheLoadingSymbolAfterWakeOnlyUntilTheNextTick) {
+  print("Ready.\n");
+  desktop.time.advance(1s + 30ms);
+  desktop.sleep.willSleep();
+  desktop.sleep.didWake();  // 50 ms later, a step of the wait for the engine's end
+  desktop.time.advance(19ms);
+  EXPECT_EQ(desktop.item.symbol, "mic.badge.xmark");
+  desktop.time.advance(1ms);
+  EXPECT_EQ(desktop.item.symbol, "mic");
 }
 
 TEST_F(StatusBar, SecondWakeAfterOneSleepLaunchesNothing) {

@@ -14,46 +14,64 @@ using testing::FakeChild;
 using States = std::vector<AppState>;
 
 TEST(EngineStatus, IsLoadingBeforeAnythingWasLaunched) {
-  const EngineFixture bench;
-  EXPECT_EQ(bench.manager->state(), AppState::loading);
-  EXPECT_EQ(bench.manager->lastText(), "");
-  EXPECT_EQ(bench.manager->lastError(), "");
-  EXPECT_TRUE(bench.launcher.children.empty());
+  const EngineFixture engine;
+  EXPECT_EQ(engine.manager->state(), AppState::loading);
+  EXPECT_EQ(engine.manager->lastText(), "");
+  EXPECT_EQ(engine.manager->lastError(), "");
+  EXPECT_TRUE(engine.launcher.children.empty());
 }
 
 TEST(EngineStatus, NotifiesTheObserverAlsoOfAStateThatIsAlreadyCurrent) {
-  EngineFixture bench;
-  bench.manager->launch();
-  bench.print("Ready.\nReady.\n");
-  EXPECT_EQ(bench.heard, (States{AppState::loading, AppState::idle, AppState::idle}));
+  EngineFixture engine;
+  engine.manager->launch();
+  engine.print("Ready.\nReady.\n");
+  EXPECT_EQ(engine.heard, (States{AppState::loading, AppState::idle, AppState::idle}));
 }
 
 TEST(EngineStatus, IsStoredAtOnceAndHeardOfOnTheMainLoopWithItsOwnValue) {
-  EngineFixture bench;
-  bench.manager->launch();
-  bench.time.runPosted();
-  bench.heard.clear();
-  bench.launcher.last().print("Ready.\nRecording...\n");
-  EXPECT_EQ(bench.manager->state(), AppState::recording);
-  EXPECT_TRUE(bench.heard.empty());
-  bench.time.runPosted();
-  EXPECT_EQ(bench.heard, (States{AppState::idle, AppState::recording}));
+  EngineFixture engine;
+  engine.manager->launch();
+  engine.time.runPosted();
+  engine.heard.clear();
+  engine.launcher.last().print("Ready.\nRecording...\n");
+  EXPECT_EQ(engine.manager->state(), AppState::recording);
+  EXPECT_TRUE(engine.heard.empty());
+  engine.time.runPosted();
+  EXPECT_EQ(engine.heard, (States{AppState::idle, AppState::recording}));
 }
 
 TEST(EngineStatus, IsStoredWithoutAnObserver) {
-  EngineFixture bench;
-  bench.manager->setOnStateChange(nullptr);
-  bench.manager->launch();
-  bench.print("Ready.\n");
-  EXPECT_EQ(bench.manager->state(), AppState::idle);
+  EngineFixture engine;
+  engine.manager->setOnStateChange(nullptr);
+  engine.manager->launch();
+  engine.print("Ready.\n");
+  EXPECT_EQ(engine.manager->state(), AppState::idle);
+}
+
+TEST(EngineStatus, IsAnnouncedOnceUntilItIsReadWithTheTimeOfTheFirstChange) {
+  EngineFixture engine;
+  engine.manager->launch();
+  engine.manager->status();
+  std::vector<Clock::TimePoint> announced;
+  engine.manager->setOnStatusOutdated([&](auto since) { announced.push_back(since); });
+  const auto first = engine.time.now() + 5ms;
+  engine.time.advance(5ms);
+  engine.print("[gpu-decode] text: \"one\"\n");
+  engine.time.advance(5ms);
+  engine.print("[gpu-decode] text: \"two\"\n[quillback] ERROR three\n");
+  EXPECT_EQ(announced, std::vector{first});
+  EXPECT_EQ(engine.manager->status().lastText, "two");
+  engine.time.advance(5ms);
+  engine.print("[quillback] ERROR four\n");
+  EXPECT_EQ(announced, (std::vector{first, first + 10ms}));
 }
 
 TEST(EngineStatus, DropsANotificationWhoseSupervisorIsGone) {
-  EngineFixture bench;
-  bench.manager->launch();
-  bench.manager.reset();
-  bench.time.runPosted();
-  EXPECT_TRUE(bench.heard.empty());
+  EngineFixture engine;
+  engine.manager->launch();
+  engine.manager.reset();
+  engine.time.runPosted();
+  EXPECT_TRUE(engine.heard.empty());
 }
 
 TEST(EngineLocation, IsBesideTheApplicationElseInTheSystemFolder) {
@@ -66,215 +84,215 @@ TEST(EngineLocation, IsBesideTheApplicationElseInTheSystemFolder) {
 }
 
 TEST(Launch, StartsTheEngineWithTheSingleArgumentRun) {
-  EngineFixture bench;
-  bench.manager->launch();
-  ASSERT_EQ(bench.launcher.children.size(), 1U);
-  const ChildOptions& options = bench.launcher.last().options;
-  EXPECT_EQ(options.executable, *bench.bundle.engine);
+  EngineFixture engine;
+  engine.manager->launch();
+  ASSERT_EQ(engine.launcher.children.size(), 1U);
+  const ChildOptions& options = engine.launcher.last().options;
+  EXPECT_EQ(options.executable, *engine.bundle.engine);
   EXPECT_EQ(options.arguments, std::vector<std::string>{"run"});
   EXPECT_EQ(options.workingDirectory, "");
-  EXPECT_EQ(bench.manager->state(), AppState::loading);
+  EXPECT_EQ(engine.manager->state(), AppState::loading);
 }
 
 TEST(Launch, WithoutAnEngineLogsAndStopsEachTimeAndCountsNoCrash) {
-  EngineFixture bench;
-  bench.bundle.engine = "/nonexistent/quillback";
+  EngineFixture engine;
+  engine.bundle.engine = "/nonexistent/quillback";
   for (std::size_t launches = 1; launches <= 5; ++launches) {
-    bench.manager->launch();
-    EXPECT_EQ(bench.manager->state(), AppState::stopped);
-    EXPECT_EQ(bench.manager->lastError(), "quillback binary not found");
-    EXPECT_EQ(bench.log.entries.size(), launches);
+    engine.manager->launch();
+    EXPECT_EQ(engine.manager->state(), AppState::stopped);
+    EXPECT_EQ(engine.manager->lastError(), "quillback binary not found");
+    EXPECT_EQ(engine.log.entries.size(), launches);
   }
   const testing::FakeLog::Entry notFound{LogLevel::error, "process",
                                          "quillback binary not found at /nonexistent/quillback"};
-  EXPECT_EQ(bench.log.entries.front(), notFound);
-  bench.time.advance(10s);
-  EXPECT_TRUE(bench.launcher.startedAt.empty());
-  EXPECT_TRUE(bench.notifications.posted.empty());
+  EXPECT_EQ(engine.log.entries.front(), notFound);
+  engine.time.advance(10s);
+  EXPECT_TRUE(engine.launcher.startedAt.empty());
+  EXPECT_TRUE(engine.notifications.posted.empty());
 }
 
 TEST(Launch, ThatFailsShowsWhyAndIsNotRepeated) {
-  EngineFixture bench;
-  bench.launcher.failure = "Cannot start quillback: Permission denied";
-  bench.manager->launch();
-  bench.time.advance(10s);
-  EXPECT_EQ(bench.manager->state(), AppState::stopped);
-  EXPECT_EQ(bench.manager->lastError(), "Cannot start quillback: Permission denied");
-  EXPECT_EQ(bench.launcher.startedAt.size(), 1U);
-  EXPECT_TRUE(bench.notifications.posted.empty());
-  EXPECT_EQ(bench.heard, (States{AppState::loading, AppState::stopped}));
+  EngineFixture engine;
+  engine.launcher.failure = "Cannot start quillback: Permission denied";
+  engine.manager->launch();
+  engine.time.advance(10s);
+  EXPECT_EQ(engine.manager->state(), AppState::stopped);
+  EXPECT_EQ(engine.manager->lastError(), "Cannot start quillback: Permission denied");
+  EXPECT_EQ(engine.launcher.startedAt.size(), 1U);
+  EXPECT_TRUE(engine.notifications.posted.empty());
+  EXPECT_EQ(engine.heard, (States{AppState::loading, AppState::stopped}));
 }
 
 TEST(Launch, ForgetsTheLastErrorAndKeepsTheLastText) {
-  EngineFixture bench;
-  bench.manager->launch();
-  bench.print("[quillback] ERROR one\n[gpu-decode] text: \"hello\"\n");
-  bench.manager->launch();
-  EXPECT_EQ(bench.manager->lastError(), "");
-  EXPECT_EQ(bench.manager->lastText(), "hello");
+  EngineFixture engine;
+  engine.manager->launch();
+  engine.print("[quillback] ERROR one\n[gpu-decode] text: \"hello\"\n");
+  engine.manager->launch();
+  EXPECT_EQ(engine.manager->lastError(), "");
+  EXPECT_EQ(engine.manager->lastText(), "hello");
 }
 
 TEST(Launch, ReplacesTheRunningEngine) {
-  EngineFixture bench;
-  bench.manager->launch();
-  bench.manager->launch();
-  ASSERT_EQ(bench.launcher.children.size(), 2U);
-  EXPECT_EQ(bench.launcher.children[0]->terminations, 1);
-  EXPECT_FALSE(bench.launcher.children[0]->running);
-  EXPECT_TRUE(bench.launcher.last().running);
+  EngineFixture engine;
+  engine.manager->launch();
+  engine.manager->launch();
+  ASSERT_EQ(engine.launcher.children.size(), 2U);
+  EXPECT_EQ(engine.launcher.children[0]->terminations, 1);
+  EXPECT_FALSE(engine.launcher.children[0]->running);
+  EXPECT_TRUE(engine.launcher.last().running);
 }
 
 TEST(Launch, IgnoresWhatTheReplacedEnginePrintsAndHowItEnds) {
-  EngineFixture bench;
-  bench.launcher.endsAfterTerminate = 200ms;
-  bench.manager->launch();
-  const auto old = bench.launcher.children.back();
-  bench.manager->launch();
-  bench.print("Ready.\n");
-  bench.heard.clear();
+  EngineFixture engine;
+  engine.launcher.endsAfterTerminate = 200ms;
+  engine.manager->launch();
+  const auto old = engine.launcher.children.back();
+  engine.manager->launch();
+  engine.print("Ready.\n");
+  engine.heard.clear();
   old->print("Recording...\n[quillback] ERROR late\n[gpu-decode] text: \"late\"\n");
   old->options.onExit(1);
-  bench.time.advance(10s);
-  EXPECT_EQ(bench.manager->state(), AppState::idle);
-  EXPECT_EQ(bench.manager->lastError(), "");
-  EXPECT_EQ(bench.manager->lastText(), "");
-  EXPECT_TRUE(bench.heard.empty());
-  EXPECT_TRUE(bench.notifications.posted.empty());
+  engine.time.advance(10s);
+  EXPECT_EQ(engine.manager->state(), AppState::idle);
+  EXPECT_EQ(engine.manager->lastError(), "");
+  EXPECT_EQ(engine.manager->lastText(), "");
+  EXPECT_TRUE(engine.heard.empty());
+  EXPECT_TRUE(engine.notifications.posted.empty());
 }
 
 TEST(Launch, LeavesOneEngineWhenAnotherLaunchOvertakesIt) {
-  EngineFixture bench;
+  EngineFixture engine;
   bool overtaken = false;
-  bench.launcher.onStarted = [&](FakeChild& /*child*/) {
-    if (!std::exchange(overtaken, true)) bench.manager->launch();
+  engine.launcher.onStarted = [&](FakeChild& /*child*/) {
+    if (!std::exchange(overtaken, true)) engine.manager->launch();
   };
-  bench.manager->launch();
-  ASSERT_EQ(bench.launcher.children.size(), 2U);
-  EXPECT_EQ(bench.launcher.running(), 1U);
-  EXPECT_TRUE(bench.launcher.last().running);
-  bench.print("Ready.\n");
-  EXPECT_EQ(bench.manager->state(), AppState::idle);
-  bench.manager->stopAndWait(2s);
-  EXPECT_EQ(bench.launcher.running(), 0U);
+  engine.manager->launch();
+  ASSERT_EQ(engine.launcher.children.size(), 2U);
+  EXPECT_EQ(engine.launcher.running(), 1U);
+  EXPECT_TRUE(engine.launcher.last().running);
+  engine.print("Ready.\n");
+  EXPECT_EQ(engine.manager->state(), AppState::idle);
+  engine.manager->stopAndWait(2s);
+  EXPECT_EQ(engine.launcher.running(), 0U);
 }
 
 TEST(Launch, StopsTheEngineThatAnotherLaunchStartedBetweenItsOwnStopAndStart) {
-  EngineFixture bench;
-  bench.launcher.endsAfterTerminate = 200ms;
+  EngineFixture engine;
+  engine.launcher.endsAfterTerminate = 200ms;
   bool overtaken = false;
-  bench.bundle.onAsked = [&] {
-    if (!std::exchange(overtaken, true)) bench.manager->launch();
+  engine.bundle.onAsked = [&] {
+    if (!std::exchange(overtaken, true)) engine.manager->launch();
   };
   std::size_t runningAtStart = 0;
-  bench.launcher.onStarted = [&](FakeChild& /*child*/) {
-    runningAtStart = bench.launcher.running();
+  engine.launcher.onStarted = [&](FakeChild& /*child*/) {
+    runningAtStart = engine.launcher.running();
   };
-  bench.manager->launch();
-  ASSERT_EQ(bench.launcher.children.size(), 2U);
+  engine.manager->launch();
+  ASSERT_EQ(engine.launcher.children.size(), 2U);
   EXPECT_EQ(runningAtStart, 1U);  // the first has ended before the second begins
-  EXPECT_EQ(bench.launcher.children[0]->terminations, 1);
-  EXPECT_EQ(bench.launcher.children[0]->kills, 0);
-  EXPECT_TRUE(bench.launcher.last().running);
-  bench.time.advance(10s);
-  EXPECT_TRUE(bench.notifications.posted.empty());
+  EXPECT_EQ(engine.launcher.children[0]->terminations, 1);
+  EXPECT_EQ(engine.launcher.children[0]->kills, 0);
+  EXPECT_TRUE(engine.launcher.last().running);
+  engine.time.advance(10s);
+  EXPECT_TRUE(engine.notifications.posted.empty());
 }
 
 TEST(Launch, LeavesNoEngineWhenAStopOvertakesIt) {
-  EngineFixture bench;
-  bench.launcher.onStarted = [&](FakeChild& /*child*/) { bench.manager->stopAndWait(2s); };
-  bench.manager->launch();
-  EXPECT_EQ(bench.launcher.running(), 0U);
+  EngineFixture engine;
+  engine.launcher.onStarted = [&](FakeChild& /*child*/) { engine.manager->stopAndWait(2s); };
+  engine.manager->launch();
+  EXPECT_EQ(engine.launcher.running(), 0U);
 }
 
 TEST(Launch, ThatWasOvertakenAndFailsLeavesTheLaterOneItsState) {
-  EngineFixture bench;
-  bench.launcher.failure = "Cannot start quillback: Exec format error";
-  bench.launcher.onFailing = [&] {
-    bench.launcher.failure.reset();
-    bench.manager->launch();
+  EngineFixture engine;
+  engine.launcher.failure = "Cannot start quillback: Exec format error";
+  engine.launcher.onFailing = [&] {
+    engine.launcher.failure.reset();
+    engine.manager->launch();
   };
-  bench.manager->launch();
-  EXPECT_EQ(bench.manager->state(), AppState::loading);
-  EXPECT_EQ(bench.manager->lastError(), "");
-  EXPECT_EQ(bench.launcher.running(), 1U);
+  engine.manager->launch();
+  EXPECT_EQ(engine.manager->state(), AppState::loading);
+  EXPECT_EQ(engine.manager->lastError(), "");
+  EXPECT_EQ(engine.launcher.running(), 1U);
 }
 
 TEST(StopAndWait, EndsThePollingAsSoonAsTheEngineHasEndedAndSendsNoKill) {
-  EngineFixture bench;
-  bench.launcher.endsAfterTerminate = 120ms;
-  bench.manager->launch();
-  const auto before = bench.time.now();
-  bench.manager->stopAndWait(3s);
-  EXPECT_EQ(bench.time.now() - before, 150ms);  // the first step of 50 ms after the exit
-  EXPECT_EQ(bench.launcher.last().terminations, 1);
-  EXPECT_EQ(bench.launcher.last().kills, 0);
+  EngineFixture engine;
+  engine.launcher.endsAfterTerminate = 120ms;
+  engine.manager->launch();
+  const auto before = engine.time.now();
+  engine.manager->stopAndWait(3s);
+  EXPECT_EQ(engine.time.now() - before, 150ms);  // the first step of 50 ms after the exit
+  EXPECT_EQ(engine.launcher.last().terminations, 1);
+  EXPECT_EQ(engine.launcher.last().kills, 0);
 }
 
 TEST(StopAndWait, KillsAnEngineThatIgnoresTheRequestAfterTheTimeoutAndWaitsForItsEnd) {
-  EngineFixture bench;
-  bench.launcher.endsAfterTerminate.reset();
-  bench.manager->launch();
-  const auto before = bench.time.now();
-  bench.manager->stopAndWait(2s);
-  EXPECT_EQ(bench.time.now() - before, 2s);
-  EXPECT_EQ(bench.launcher.last().kills, 1);
-  EXPECT_EQ(bench.launcher.last().waits, 1);
+  EngineFixture engine;
+  engine.launcher.endsAfterTerminate.reset();
+  engine.manager->launch();
+  const auto before = engine.time.now();
+  engine.manager->stopAndWait(2s);
+  EXPECT_EQ(engine.time.now() - before, 2s);
+  EXPECT_EQ(engine.launcher.last().kills, 1);
+  EXPECT_EQ(engine.launcher.last().waits, 1);
 }
 
 TEST(StopAndWait, InALaunchTakesThreeSecondsBeforeTheKill) {
-  EngineFixture bench;
-  bench.launcher.endsAfterTerminate.reset();
-  bench.manager->launch();
-  bench.manager->launch();
-  EXPECT_EQ(bench.launcher.startedAt[1] - bench.launcher.startedAt[0], 3s);
+  EngineFixture engine;
+  engine.launcher.endsAfterTerminate.reset();
+  engine.manager->launch();
+  engine.manager->launch();
+  EXPECT_EQ(engine.launcher.startedAt[1] - engine.launcher.startedAt[0], 3s);
 }
 
 TEST(StopAndWait, KeepsTheStateAndAnnouncesNothing) {
-  EngineFixture bench;
-  bench.manager->launch();
-  bench.print("Recording...\n");
-  bench.heard.clear();
-  bench.manager->stopAndWait(3s);
-  bench.time.advance(10s);
-  EXPECT_EQ(bench.manager->state(), AppState::recording);
-  EXPECT_TRUE(bench.heard.empty());
-  EXPECT_TRUE(bench.notifications.posted.empty());
-  EXPECT_EQ(bench.launcher.startedAt.size(), 1U);
+  EngineFixture engine;
+  engine.manager->launch();
+  engine.print("Recording...\n");
+  engine.heard.clear();
+  engine.manager->stopAndWait(3s);
+  engine.time.advance(10s);
+  EXPECT_EQ(engine.manager->state(), AppState::recording);
+  EXPECT_TRUE(engine.heard.empty());
+  EXPECT_TRUE(engine.notifications.posted.empty());
+  EXPECT_EQ(engine.launcher.startedAt.size(), 1U);
 }
 
 TEST(StopAndWait, WithoutAnEngineReturnsAtOnce) {
-  EngineFixture bench;
-  const auto before = bench.time.now();
-  bench.manager->stopAndWait(3s);
-  bench.manager->launch();
-  bench.launcher.last().exit(0);
-  bench.manager->stopAndWait(3s);
-  EXPECT_EQ(bench.time.now(), before);
-  EXPECT_EQ(bench.launcher.last().terminations, 0);
+  EngineFixture engine;
+  const auto before = engine.time.now();
+  engine.manager->stopAndWait(3s);
+  engine.manager->launch();
+  engine.launcher.last().exit(0);
+  engine.manager->stopAndWait(3s);
+  EXPECT_EQ(engine.time.now(), before);
+  EXPECT_EQ(engine.launcher.last().terminations, 0);
 }
 
 TEST(StopAndWait, DoesNotForgetAnEngineThatAnotherThreadStartedMeanwhile) {
-  EngineFixture bench;
-  bench.launcher.endsAfterTerminate = 200ms;
-  bench.manager->launch();
-  bench.time.happensAfter(100ms, [&] { bench.manager->launch(); });
-  bench.manager->stopAndWait(3s);
-  ASSERT_EQ(bench.launcher.children.size(), 2U);
-  EXPECT_TRUE(bench.launcher.last().running);
-  bench.manager->stopAndWait(3s);
-  EXPECT_EQ(bench.launcher.running(), 0U);
+  EngineFixture engine;
+  engine.launcher.endsAfterTerminate = 200ms;
+  engine.manager->launch();
+  engine.time.happensAfter(100ms, [&] { engine.manager->launch(); });
+  engine.manager->stopAndWait(3s);
+  ASSERT_EQ(engine.launcher.children.size(), 2U);
+  EXPECT_TRUE(engine.launcher.last().running);
+  engine.manager->stopAndWait(3s);
+  EXPECT_EQ(engine.launcher.running(), 0U);
 }
 
 TEST(Supervisor, ThatIsGoneHearsNothing) {
-  EngineFixture bench;
-  bench.manager->launch();
-  const auto child = bench.launcher.children.back();
-  bench.manager.reset();
+  EngineFixture engine;
+  engine.manager->launch();
+  const auto child = engine.launcher.children.back();
+  engine.manager.reset();
   child->print("Ready.\n");
   child->exit(1);
-  bench.time.advance(10s);
-  EXPECT_EQ(bench.launcher.startedAt.size(), 1U);
-  EXPECT_TRUE(bench.notifications.posted.empty());
+  engine.time.advance(10s);
+  EXPECT_EQ(engine.launcher.startedAt.size(), 1U);
+  EXPECT_TRUE(engine.notifications.posted.empty());
 }
 
 }  // namespace

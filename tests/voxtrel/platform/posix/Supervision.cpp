@@ -19,6 +19,11 @@ void TestMainLoop::postAfter(std::chrono::milliseconds /*delay*/, Task /*task*/)
   ADD_FAILURE() << "the supervisor delays nothing on the main loop";
 }
 
+Subscription TestMainLoop::at(Clock::TimePoint /*time*/, Task /*task*/) {
+  ADD_FAILURE() << "the supervisor sets no timers on the main loop";
+  return {};
+}
+
 Subscription TestMainLoop::every(std::chrono::milliseconds /*interval*/, Task /*task*/) {
   ADD_FAILURE() << "the supervisor repeats nothing on the main loop";
   return {};

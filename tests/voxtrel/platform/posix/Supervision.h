@@ -25,6 +25,7 @@ class TestMainLoop : public MainLoop {
  public:
   void post(Task task) override;
   void postAfter(std::chrono::milliseconds delay, Task task) override;
+  [[nodiscard]] Subscription at(Clock::TimePoint time, Task task) override;
   [[nodiscard]] Subscription every(std::chrono::milliseconds interval, Task task) override;
 
   /// Runs what is posted until `holds` or for `limit`. Returns whether it holds.

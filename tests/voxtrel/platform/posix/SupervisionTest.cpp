@@ -118,6 +118,17 @@ TEST_F(Supervision, FloodOfStatesStaysSmallInMemoryAndEndsInTheRightState) {
   EXPECT_LT(mainLoop_.mostWaiting(), 300U);
 }
 
+TEST_F(Supervision, NoChangeOfTheStatusIsLostWhileItIsBeingRead) {
+  script(
+      "repeat 20000 [gpu-decode] text: \"again\"\n"
+      "print [gpu-decode] text: \"last\"\n");
+  std::string text;
+  manager_->setOnStatusOutdated([&](Clock::TimePoint) { text = manager_->status().lastText; });
+  manager_->launch();
+  EXPECT_TRUE(mainLoop_.runUntil([&] { return text == "last"; }));
+  EXPECT_LT(mainLoop_.mostWaiting(), 10U);
+}
+
 TEST_F(Supervision, FloodIsStoppedAsSoonAsAnyEngine) {
   script("flood 1G Ready.\n");
   manager_->launch();

@@ -1,10 +1,12 @@
 #include "voxtrel/platform/linux/session/QtMainLoop.h"
 
+#include <QBasicTimer>
 #include <QCoreApplication>
 #include <QEvent>
 #include <QObject>
 #include <QPointer>
 #include <QTimer>
+#include <algorithm>
 #include <utility>
 
 namespace voxtrel {
@@ -32,23 +34,31 @@ std::unique_ptr<QEvent> newWakeUp() {
 }
 
 /// A timer without the signal and slot between it and its task.
-class RepeatingTimer final : public QObject {
+class TaskTimer final : public QObject {
  public:
-  RepeatingTimer(std::chrono::milliseconds interval, QtMainLoop::Task task, QObject* parent)
-      : QObject(parent), task_(std::move(task)), id_(startTimer(interval, Qt::CoarseTimer)) {}
+  TaskTimer(std::chrono::milliseconds interval, bool repeats, QtMainLoop::Task task,
+            QObject* parent)
+      : QObject(parent), task_(std::move(task)), repeats_(repeats) {
+    timer_.start(static_cast<int>(interval.count()), repeats ? Qt::CoarseTimer : Qt::PreciseTimer,
+                 this);
+  }
 
-  /// It may be its own task that ends it.
+  /// Its own task may end it.
   void end() {
-    killTimer(id_);
+    timer_.stop();
     deleteLater();
   }
 
  protected:
-  void timerEvent(QTimerEvent*) override { task_(); }
+  void timerEvent(QTimerEvent*) override {
+    if (!repeats_) timer_.stop();
+    task_();
+  }
 
  private:
   QtMainLoop::Task task_;
-  int id_;
+  bool repeats_;
+  QBasicTimer timer_;
 };
 
 }  // namespace
@@ -94,9 +104,18 @@ void QtMainLoop::postAfter(std::chrono::milliseconds delay, Task task) {
   QTimer::singleShot(delay, receiver_.get(), std::move(task));
 }
 
+Subscription QtMainLoop::at(Clock::TimePoint time, Task task) {
+  const auto delay = std::chrono::ceil<std::chrono::milliseconds>(time - steady_clock::now());
+  return startTimer(std::max(delay, std::chrono::milliseconds(0)), false, std::move(task));
+}
+
 Subscription QtMainLoop::every(std::chrono::milliseconds interval, Task task) {
-  const QPointer<RepeatingTimer> timer(
-      new RepeatingTimer(interval, std::move(task), receiver_.get()));
+  return startTimer(interval, true, std::move(task));
+}
+
+Subscription QtMainLoop::startTimer(std::chrono::milliseconds interval, bool repeats, Task task) {
+  const QPointer<TaskTimer> timer(
+      new TaskTimer(interval, repeats, std::move(task), receiver_.get()));
   return Subscription([timer] {
     if (timer) timer->end();
   });

@@ -24,10 +24,12 @@ class QtMainLoop final : public MainLoop {
 
   void post(Task task) override;
   void postAfter(std::chrono::milliseconds delay, Task task) override;
+  [[nodiscard]] Subscription at(Clock::TimePoint time, Task task) override;
   [[nodiscard]] Subscription every(std::chrono::milliseconds interval, Task task) override;
 
  private:
   void runBatch();
+  Subscription startTimer(std::chrono::milliseconds interval, bool repeats, Task task);
 
   std::mutex mutex_;
   std::deque<Task> queue_;

@@ -115,5 +115,30 @@ TEST_F(QtMainLoopTest, whatHasNotRunWhenTheLoopGoesIsDropped) {
   EXPECT_EQ(ran, 0);
 }
 
+TEST_F(QtMainLoopTest, aTaskAtATimeRunsOnceAndNotBefore) {
+  const auto time = std::chrono::steady_clock::now() + std::chrono::microseconds(10'500);
+  int runs = 0;
+  std::chrono::steady_clock::time_point ran;
+  Subscription timer = loop.at(time, [&] {
+    ++runs;
+    ran = std::chrono::steady_clock::now();
+    timer.reset();
+  });
+  loop.postAfter(milliseconds(50), [&] { quit(); });
+  run();
+  EXPECT_EQ(runs, 1);
+  EXPECT_GE(ran, time);
+}
+
+TEST_F(QtMainLoopTest, aTaskAtAPastTimeRunsSoonAndOneWithoutItsHandleNever) {
+  int runs = 0;
+  const Subscription past =
+      loop.at(std::chrono::steady_clock::now() - milliseconds(5), [&] { ++runs; });
+  static_cast<void>(loop.at(std::chrono::steady_clock::now(), [&] { runs += 100; }));
+  loop.postAfter(milliseconds(20), [&] { quit(); });
+  run();
+  EXPECT_EQ(runs, 1);
+}
+
 }  // namespace
 }  // namespace voxtrel
