@@ -20,6 +20,12 @@ inline int eventType(const xcb_generic_event_t& event) {
   return event.response_type & 0x7f;
 }
 
+/// `event` as what its type says it is.
+template <typename Event>
+const Event& eventAs(const xcb_generic_event_t& event) {
+  return *static_cast<const Event*>(static_cast<const void*>(&event));
+}
+
 /// A connection to the X server. A server that dies ends the connection, not the program.
 /// Thread: one.  Owns: the connection, unless it is borrowed.
 /// Fails by: a null reply, atom 0.

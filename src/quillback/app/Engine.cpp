@@ -23,11 +23,11 @@ void Engine::watchKey(const Hotkey& hotkey) {
   const KeyWatch::Listener listener{[this] { dictation_.keyPressed(); },
                                     [this] { dictation_.keyReleased(); },
                                     [this] { dictation_.keyCancelled(); }};
-  KeySource source = openKeySource(session_, hotkey, listener, ownKeys_, loop_, [this, hotkey] {
+  auto source = openKeySource(session_, hotkey, listener, ownKeys_, loop_, [this, hotkey] {
     output_.print(noKeySourceLine(hotkey, "the X server is gone"));
   });
-  keyWatch_ = std::move(source.watch);
-  if (!keyWatch_) output_.print(noKeySourceLine(hotkey, source.why));
+  if (!source) return output_.print(noKeySourceLine(hotkey, source.error()));
+  keyWatch_ = std::move(*source);
 }
 
 void Engine::loadModel(const EngineSettings& settings) {

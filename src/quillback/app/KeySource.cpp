@@ -3,29 +3,23 @@
 #include <utility>
 
 #include "quillback/keys/evdev/EvdevKeyWatch.h"
-#include "quillback/keys/evdev/LibevdevKeyboard.h"
 #include "quillback/keys/x11/XInput2KeyWatch.h"
 
 namespace voxtrel::quillback {
 
-KeySource openKeySource(SessionKind session, const Hotkey& hotkey,
-                        const KeyWatch::Listener& listener, OwnKeys& ownKeys, Loop& loop,
-                        const std::function<void()>& onLost) {
-  const auto fromX11 = [&]() -> KeySource {
-    auto opened = XInput2KeyWatch::open(hotkey, listener, ownKeys, loop, onLost);
-    return {std::move(opened.watch), std::move(opened.why)};
-  };
-  const auto fromKernel = [&]() -> KeySource {
-    auto opened = EvdevKeyWatch::open(hotkey, listener, loop, LibevdevKeyboard::open);
-    return {std::move(opened.watch), std::move(opened.why)};
-  };
+tl::expected<std::unique_ptr<KeyWatch>, std::string> openKeySource(
+    SessionKind session, const Hotkey& hotkey, const KeyWatch::Listener& listener, OwnKeys& ownKeys,
+    Loop& loop, const std::function<void()>& onLost) {
   // A Wayland session's X server sees only the keys that go to X11 windows.
-  if (session == SessionKind::wayland) return fromKernel();
-  KeySource first = fromX11();
-  if (first.watch) return first;
-  KeySource second = fromKernel();
-  if (second.watch) return second;
-  return {nullptr, first.why + "; " + second.why};
+  std::string why;
+  if (session != SessionKind::wayland) {
+    auto fromX11 = XInput2KeyWatch::open(hotkey, listener, ownKeys, loop, onLost);
+    if (fromX11) return fromX11;
+    why = fromX11.error() + "; ";
+  }
+  auto fromKernel = EvdevKeyWatch::open(hotkey, listener, loop, openEvdevKeyboard);
+  if (fromKernel) return fromKernel;
+  return tl::unexpected(why + fromKernel.error());
 }
 
 std::string noKeySourceLine(const Hotkey& hotkey, const std::string& why) {

@@ -5,7 +5,7 @@
 namespace voxtrel::quillback {
 namespace {
 
-/// The server answers within milliseconds.
+/// The server reports an event within milliseconds.
 constexpr std::chrono::milliseconds kLifetime{500};
 
 }  // namespace
@@ -20,7 +20,7 @@ void OwnKeys::sent(int code, bool isDown) {
   events_.push_back({code, isDown, loop_.now()});
 }
 
-bool OwnKeys::take(int code, bool isDown) {
+bool OwnKeys::claim(int code, bool isDown) {
   forgetOld();
   const auto found = std::find_if(events_.begin(), events_.end(), [&](const Event& event) {
     return event.code == code && event.isDown == isDown;

@@ -6,18 +6,17 @@
 
 namespace voxtrel::quillback {
 
-/// What we pressed and let go ourselves while typing, so that whoever watches the keys does not take
-/// it for the user's. Counted event by event, because a key pressed by another program at the same
-/// time comes from the same keyboard as ours.
+/// Key events that we sent while typing, so that the key watch does not take them for the user's. They
+/// are counted one by one, because events that other programs send come from the same virtual keyboard.
 /// Thread: the loop's.  Borrows: Loop (must outlive this).
 class OwnKeys {
  public:
   explicit OwnKeys(const Loop& loop) : loop_(loop) {}
 
-  /// The server was asked for this event.
+  /// Notes an event that the server was asked for.
   void sent(int code, bool isDown);
-  /// True, once for each event sent, if this is one of them.
-  [[nodiscard]] bool take(int code, bool isDown);
+  /// True, once per event sent, if this event is ours.
+  [[nodiscard]] bool claim(int code, bool isDown);
 
  private:
   struct Event {
@@ -26,7 +25,7 @@ class OwnKeys {
     Loop::TimePoint at;
   };
 
-  /// An event that the server swallowed must not hide one of the user's for ever.
+  /// An event that never comes back must not hide a later one of the user's.
   void forgetOld();
 
   const Loop& loop_;

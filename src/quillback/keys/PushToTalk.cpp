@@ -38,7 +38,7 @@ void PushToTalk::gone(Keyboard keyboard) {
   if (holders_.erase(keyboard) > 0 && !isHeld()) listener_.onReleased();
 }
 
-void PushToTalk::letGo() {
+void PushToTalk::release() {
   if (!isHeld()) return;
   holders_.clear();
   listener_.onReleased();
@@ -46,7 +46,7 @@ void PushToTalk::letGo() {
 
 void PushToTalk::allGone() {
   shifts_.clear();
-  letGo();
+  release();
 }
 
 void PushToTalk::setCodes(const Codes& codes) {
@@ -54,7 +54,7 @@ void PushToTalk::setCodes(const Codes& codes) {
   const bool moved = codes.hotkey != codes_.hotkey;
   codes_ = codes;
   shifts_.clear();
-  if (moved) letGo();
+  if (moved) release();
 }
 
 }  // namespace voxtrel::quillback

@@ -6,13 +6,13 @@
 
 namespace voxtrel::quillback {
 
-/// Makes one press and one release of what the keyboards' keys do, whatever numbers they go by.
+/// Turns the key events of all keyboards into one press, one release and cancels of the hotkey.
 /// Thread: the loop's.
 class PushToTalk {
  public:
   using Keyboard = int;
 
-  /// Key codes; kNone is no key.
+  /// Key codes of the source of events; kNone is no key.
   struct Codes {
     static constexpr int kNone = -1;
 
@@ -20,28 +20,27 @@ class PushToTalk {
     int escape = kNone;
     int leftShift = kNone;
     int rightShift = kNone;
-    bool needsShift = false;  ///< the key counts only where a Shift is down as it goes down
+    bool needsShift = false;  ///< a press counts only while a Shift is down
 
     bool operator==(const Codes&) const = default;
   };
 
   PushToTalk(Codes codes, KeyWatch::Listener listener);
 
-  /// A key of one keyboard went down or repeats. The hotkey held on two keyboards is one press.
+  /// A key was pressed or repeats. The hotkey held on two keyboards is one press.
   void down(Keyboard keyboard, int code);
   void up(Keyboard keyboard, int code);
-  /// Its keys are not held any more.
+  /// Releases the keys of a keyboard that is gone.
   void gone(Keyboard keyboard);
-  /// All keyboards are gone.
   void allGone();
-  /// Other numbers for the same keys. A hotkey whose number changes under the finger is let go.
+  /// New codes for the same keys. A held hotkey whose code changes is released.
   void setCodes(const Codes& codes);
 
   bool isHeld() const { return !holders_.empty(); }
 
  private:
   bool isShift(int code) const;
-  void letGo();
+  void release();
 
   Codes codes_;
   KeyWatch::Listener listener_;

@@ -24,35 +24,35 @@ class PushToTalkTest : public ::testing::Test {
   }
   PushToTalk make(bool needsShift = false) {
     return {codes(needsShift),
-            {.onPressed = [this] { heard_.emplace_back("pressed"); },
-             .onReleased = [this] { heard_.emplace_back("released"); },
-             .onCancelled = [this] { heard_.emplace_back("cancelled"); }}};
+            {.onPressed = [this] { events_.emplace_back("pressed"); },
+             .onReleased = [this] { events_.emplace_back("released"); },
+             .onCancelled = [this] { events_.emplace_back("cancelled"); }}};
   }
 
-  std::vector<std::string> heard_;
+  std::vector<std::string> events_;
 };
 
-TEST_F(PushToTalkTest, APressAndAReleaseAreToldOnceEach) {
+TEST_F(PushToTalkTest, APressAndAReleaseAreReportedOnceEach) {
   PushToTalk key = make();
   key.down(1, kKey);
-  EXPECT_THAT(heard_, ElementsAre("pressed"));
+  EXPECT_THAT(events_, ElementsAre("pressed"));
   EXPECT_TRUE(key.isHeld());
   key.up(1, kKey);
-  EXPECT_THAT(heard_, ElementsAre("pressed", "released"));
+  EXPECT_THAT(events_, ElementsAre("pressed", "released"));
   EXPECT_FALSE(key.isHeld());
 }
 
-TEST_F(PushToTalkTest, RepeatsOfAHeldKeyAreNotTold) {
+TEST_F(PushToTalkTest, RepeatsOfAHeldKeyAreIgnored) {
   PushToTalk key = make();
   for (int i = 0; i < 5; ++i) key.down(1, kKey);
   key.up(1, kKey);
-  EXPECT_THAT(heard_, ElementsAre("pressed", "released"));
+  EXPECT_THAT(events_, ElementsAre("pressed", "released"));
 }
 
-TEST_F(PushToTalkTest, ReleaseOfAKeyThatWasDownBeforeWeLookedIsNotTold) {
+TEST_F(PushToTalkTest, AReleaseWithoutAPressIsIgnored) {
   PushToTalk key = make();
   key.up(1, kKey);
-  EXPECT_THAT(heard_, IsEmpty());
+  EXPECT_THAT(events_, IsEmpty());
 }
 
 TEST_F(PushToTalkTest, OtherKeysChangeNothingWhileTheKeyIsHeld) {
@@ -61,7 +61,7 @@ TEST_F(PushToTalkTest, OtherKeysChangeNothingWhileTheKeyIsHeld) {
   key.down(1, kOther);
   key.up(1, kOther);
   key.down(1, kLeftShift);
-  EXPECT_THAT(heard_, ElementsAre("pressed"));
+  EXPECT_THAT(events_, ElementsAre("pressed"));
 }
 
 TEST_F(PushToTalkTest, EscapeCancelsOnceAndTheReleaseStillFollows) {
@@ -72,7 +72,7 @@ TEST_F(PushToTalkTest, EscapeCancelsOnceAndTheReleaseStillFollows) {
   key.up(1, kEscape);
   key.down(2, kEscape);
   key.up(1, kKey);
-  EXPECT_THAT(heard_, ElementsAre("pressed", "cancelled", "released"));
+  EXPECT_THAT(events_, ElementsAre("pressed", "cancelled", "released"));
 }
 
 TEST_F(PushToTalkTest, EscapeCancelsTheNextPressToo) {
@@ -82,15 +82,15 @@ TEST_F(PushToTalkTest, EscapeCancelsTheNextPressToo) {
     key.down(1, kEscape);
     key.up(1, kKey);
   }
-  EXPECT_THAT(heard_,
+  EXPECT_THAT(events_,
               ElementsAre("pressed", "cancelled", "released", "pressed", "cancelled", "released"));
 }
 
-TEST_F(PushToTalkTest, EscapeMeansNothingWhileTheKeyIsUp) {
+TEST_F(PushToTalkTest, EscapeIsIgnoredWhileTheKeyIsUp) {
   PushToTalk key = make();
   key.down(1, kEscape);
   key.up(1, kEscape);
-  EXPECT_THAT(heard_, IsEmpty());
+  EXPECT_THAT(events_, IsEmpty());
 }
 
 TEST_F(PushToTalkTest, TheKeyHeldOnTwoKeyboardsCountsOnce) {
@@ -98,22 +98,22 @@ TEST_F(PushToTalkTest, TheKeyHeldOnTwoKeyboardsCountsOnce) {
   key.down(1, kKey);
   key.down(2, kKey);
   key.up(1, kKey);
-  EXPECT_THAT(heard_, ElementsAre("pressed"));
+  EXPECT_THAT(events_, ElementsAre("pressed"));
   key.up(2, kKey);
-  EXPECT_THAT(heard_, ElementsAre("pressed", "released"));
+  EXPECT_THAT(events_, ElementsAre("pressed", "released"));
 }
 
-TEST_F(PushToTalkTest, AKeyboardThatGoesAwayLetsGoOfItsKeys) {
+TEST_F(PushToTalkTest, AKeyboardThatGoesAwayReleasesItsKeys) {
   PushToTalk key = make();
   key.down(1, kKey);
   key.down(2, kKey);
   key.gone(1);
-  EXPECT_THAT(heard_, ElementsAre("pressed"));
+  EXPECT_THAT(events_, ElementsAre("pressed"));
   key.gone(2);
-  EXPECT_THAT(heard_, ElementsAre("pressed", "released"));
+  EXPECT_THAT(events_, ElementsAre("pressed", "released"));
   key.up(2, kKey);
   key.gone(2);
-  EXPECT_THAT(heard_, ElementsAre("pressed", "released"));
+  EXPECT_THAT(events_, ElementsAre("pressed", "released"));
 }
 
 TEST_F(PushToTalkTest, AllKeyboardsGoneIsOneRelease) {
@@ -122,61 +122,61 @@ TEST_F(PushToTalkTest, AllKeyboardsGoneIsOneRelease) {
   key.down(2, kKey);
   key.allGone();
   key.allGone();
-  EXPECT_THAT(heard_, ElementsAre("pressed", "released"));
+  EXPECT_THAT(events_, ElementsAre("pressed", "released"));
 }
 
 TEST_F(PushToTalkTest, AKeyThatNeedsShiftCountsOnlyWithEitherShiftDown) {
   PushToTalk key = make(true);
   key.down(1, kKey);
   key.up(1, kKey);
-  EXPECT_THAT(heard_, IsEmpty());
+  EXPECT_THAT(events_, IsEmpty());
   for (const int shift : {kLeftShift, kRightShift}) {
-    heard_.clear();
+    events_.clear();
     key.down(1, shift);
     key.down(1, kKey);
     key.up(1, shift);
-    EXPECT_THAT(heard_, ElementsAre("pressed")) << "letting go of Shift first ended it";
+    EXPECT_THAT(events_, ElementsAre("pressed")) << "releasing Shift first ended it";
     key.up(1, kKey);
-    EXPECT_THAT(heard_, ElementsAre("pressed", "released"));
+    EXPECT_THAT(events_, ElementsAre("pressed", "released"));
   }
-  heard_.clear();
+  events_.clear();
   key.down(1, kKey);
-  EXPECT_THAT(heard_, IsEmpty()) << "Shift is up again";
+  EXPECT_THAT(events_, IsEmpty()) << "Shift is up again";
 }
 
-TEST_F(PushToTalkTest, ShiftOfOneKeyboardServesTheKeyOfAnotherUntilItGoesAway) {
+TEST_F(PushToTalkTest, ShiftOnOneKeyboardCountsForAnotherUntilItGoesAway) {
   PushToTalk key = make(true);
   key.down(1, kLeftShift);
   key.gone(1);
   key.down(2, kKey);
-  EXPECT_THAT(heard_, IsEmpty());
+  EXPECT_THAT(events_, IsEmpty());
   key.up(2, kKey);
   key.down(1, kLeftShift);
   key.down(2, kKey);
-  EXPECT_THAT(heard_, ElementsAre("pressed"));
+  EXPECT_THAT(events_, ElementsAre("pressed"));
 }
 
-TEST_F(PushToTalkTest, ANewKeymapWithTheKeyElsewhereLetsGoOfIt) {
+TEST_F(PushToTalkTest, ANewKeymapWithTheKeyElsewhereReleasesIt) {
   PushToTalk key = make();
   key.down(1, kKey);
   key.setCodes(codes(false));
-  EXPECT_THAT(heard_, ElementsAre("pressed"));
+  EXPECT_THAT(events_, ElementsAre("pressed"));
   PushToTalk::Codes moved = codes(false);
   moved.hotkey = kOther;
   key.setCodes(moved);
-  EXPECT_THAT(heard_, ElementsAre("pressed", "released"));
+  EXPECT_THAT(events_, ElementsAre("pressed", "released"));
   key.down(1, kKey);
-  EXPECT_THAT(heard_, ElementsAre("pressed", "released"));
+  EXPECT_THAT(events_, ElementsAre("pressed", "released"));
   key.down(1, kOther);
-  EXPECT_THAT(heard_, ElementsAre("pressed", "released", "pressed"));
+  EXPECT_THAT(events_, ElementsAre("pressed", "released", "pressed"));
 }
 
-TEST_F(PushToTalkTest, AKeyWithoutANumberIsNeverPressed) {
-  PushToTalk key({}, {.onPressed = [this] { heard_.emplace_back("pressed"); },
+TEST_F(PushToTalkTest, AHotkeyWithoutACodeIsNeverPressed) {
+  PushToTalk key({}, {.onPressed = [this] { events_.emplace_back("pressed"); },
                       .onReleased = [] {},
                       .onCancelled = [] {}});
   key.down(1, PushToTalk::Codes::kNone);
-  EXPECT_THAT(heard_, IsEmpty());
+  EXPECT_THAT(events_, IsEmpty());
 }
 
 }  // namespace

@@ -8,12 +8,7 @@
 namespace voxtrel::quillback {
 namespace {
 
-template <typename Event>
-const Event& as(const xcb_generic_event_t& event) {
-  return *static_cast<const Event*>(static_cast<const void*>(&event));
-}
-
-/// Wraps around like the server's clock.
+/// The server's clock wraps around.
 bool isBefore(xcb_timestamp_t first, xcb_timestamp_t second) {
   return static_cast<std::int32_t>(first - second) < 0;
 }
@@ -31,7 +26,6 @@ xcb_window_t makeWindow(const XConnection& server) {
 std::unique_ptr<X11Clipboard> X11Clipboard::open(Loop& loop) {
   auto server = XConnection::open();
   if (!server) return nullptr;
-  // The constructor is private.
   std::unique_ptr<X11Clipboard> clipboard(new X11Clipboard(std::move(server)));
   clipboard->watch_ = loop.watch(clipboard->server_->descriptor(),
                                  [self = clipboard.get()] { self->handleEvents(); });
@@ -55,7 +49,7 @@ X11Clipboard::Atoms X11Clipboard::atomsOf(const XConnection& server) {
 
 void X11Clipboard::put(const std::string& text) {
   text_ = text;
-  // Ownership needs the server's time; the event that this causes has it.
+  // Becoming the owner needs the server's time, which the event of this change has.
   xcb_change_property(server_->get(), XCB_PROP_MODE_APPEND, window_, atoms_.stamp, XCB_ATOM_STRING,
                       8, 0, nullptr);
   server_->flush();
@@ -68,17 +62,16 @@ void X11Clipboard::handleEvents() {
 }
 
 void X11Clipboard::handle(const xcb_generic_event_t& event) {
-  constexpr int kSentBySomebody = 0x80;
-  switch (event.response_type & ~kSentBySomebody) {
+  switch (eventType(event)) {
     case XCB_PROPERTY_NOTIFY:
-      own(as<xcb_property_notify_event_t>(event));
+      own(eventAs<xcb_property_notify_event_t>(event));
       break;
     case XCB_SELECTION_REQUEST:
-      serve(as<xcb_selection_request_event_t>(event));
+      serve(eventAs<xcb_selection_request_event_t>(event));
       break;
     case XCB_SELECTION_CLEAR:
-      // A clear from before our latest copy is late news.
-      if (!isBefore(as<xcb_selection_clear_event_t>(event).time, ownedSince_)) text_.clear();
+      // A clear from before our latest copy is outdated.
+      if (!isBefore(eventAs<xcb_selection_clear_event_t>(event).time, ownedSince_)) text_.clear();
       break;
     default:
       break;
@@ -92,20 +85,20 @@ void X11Clipboard::own(const xcb_property_notify_event_t& event) {
 }
 
 void X11Clipboard::serve(const xcb_selection_request_event_t& request) {
-  // Old programs name no property and mean one of the target's name.
+  // Old programs name no property and mean the one named like the target.
   const xcb_atom_t property = request.property == XCB_NONE ? request.target : request.property;
   const bool isOurs = request.selection == atoms_.clipboard &&
                       (request.time == XCB_CURRENT_TIME || !isBefore(request.time, ownedSince_));
-  xcb_selection_notify_event_t answer{};
-  answer.response_type = XCB_SELECTION_NOTIFY;
-  answer.time = request.time;
-  answer.requestor = request.requestor;
-  answer.selection = request.selection;
-  answer.target = request.target;
-  answer.property = isOurs && write(request, property) ? property : XCB_NONE;
+  xcb_selection_notify_event_t reply{};
+  reply.response_type = XCB_SELECTION_NOTIFY;
+  reply.time = request.time;
+  reply.requestor = request.requestor;
+  reply.selection = request.selection;
+  reply.target = request.target;
+  reply.property = isOurs && write(request, property) ? property : XCB_NONE;
   std::array<char, 32> event{};
-  static_assert(sizeof answer <= event.size());
-  std::copy_n(static_cast<const char*>(static_cast<const void*>(&answer)), sizeof answer,
+  static_assert(sizeof reply <= event.size());
+  std::copy_n(static_cast<const char*>(static_cast<const void*>(&reply)), sizeof reply,
               event.data());
   xcb_send_event(server_->get(), 0, request.requestor, XCB_EVENT_MASK_NO_EVENT, event.data());
 }
@@ -126,10 +119,10 @@ bool X11Clipboard::write(const xcb_selection_request_event_t& request, xcb_atom_
       request.target != atoms_.plainMime) {
     return false;
   }
-  // What one request can carry is hours of speech; anything longer is refused.
-  constexpr std::size_t kRequestHeadBytes = 64;
-  const std::size_t most = std::size_t{4} * xcb_get_maximum_request_length(server_->get());
-  if (text_.size() + kRequestHeadBytes > most) return false;
+  // One request carries hours of speech; a longer text is refused.
+  constexpr std::size_t kRequestHeaderBytes = 64;
+  const std::size_t limit = std::size_t{4} * xcb_get_maximum_request_length(server_->get());
+  if (text_.size() + kRequestHeaderBytes > limit) return false;
   return put(request.target, 8, text_.size(), text_.data());
 }
 

@@ -3,21 +3,21 @@
 #include <string>
 
 #include "common/x11/XConnection.h"
-#include "quillback/insertion/clipboard/Clipboard.h"
 #include "quillback/ports/Loop.h"
 
 namespace voxtrel::quillback {
 
-/// X11's clipboard: the text stays with us, and whoever pastes asks us for it, until somebody else
-/// copies something or we end.
-/// Thread: the loop's.  Owns: a connection to the server with a window that nobody sees.
-/// Fails by: silence where the server goes away.
-class X11Clipboard final : public Clipboard {
+/// X11's clipboard. The text stays here; programs that paste ask for it, until another program copies
+/// something or this is destroyed.
+/// Thread: the loop's.  Owns: a connection to the server with an invisible window.
+/// Fails by: null from `open`; does nothing once the server is gone.
+class X11Clipboard {
  public:
-  /// Nothing where there is no server.
+  /// Null without a server.
   [[nodiscard]] static std::unique_ptr<X11Clipboard> open(Loop& loop);
 
-  void put(const std::string& text) override;
+  /// Replaces the clipboard's text.
+  void put(const std::string& text);
 
  private:
   struct Atoms {
@@ -27,7 +27,7 @@ class X11Clipboard final : public Clipboard {
     xcb_atom_t utf8String;
     xcb_atom_t utf8Mime;
     xcb_atom_t plainMime;
-    xcb_atom_t stamp;  // a property of our window; writing it tells the server's time
+    xcb_atom_t stamp;  // a property of our window; the event of its change has the server's time
   };
 
   explicit X11Clipboard(std::unique_ptr<XConnection> server);
@@ -37,7 +37,7 @@ class X11Clipboard final : public Clipboard {
   void handle(const xcb_generic_event_t& event);
   void own(const xcb_property_notify_event_t& event);
   void serve(const xcb_selection_request_event_t& request);
-  /// Writes the wanted form of the text to the asker's property; false where we do not have it.
+  /// Writes the requested form of the text to the requestor's property; false if it is unknown.
   bool write(const xcb_selection_request_event_t& request, xcb_atom_t property);
 
   std::unique_ptr<XConnection> server_;

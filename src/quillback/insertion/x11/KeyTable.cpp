@@ -1,22 +1,28 @@
 #include "quillback/insertion/x11/KeyTable.h"
 
 #include <xkbcommon/xkbcommon-keysyms.h>
+#include <xkbcommon/xkbcommon-x11.h>
 #include <xkbcommon/xkbcommon.h>
 
 #include <algorithm>
 #include <memory>
 
+#include "common/x11/XcbXkb.h"
+
 namespace voxtrel::quillback {
 namespace {
 
-constexpr xkb_keycode_t kLargestCode = 255;
-/// evdev's code 0 is no key, and some programs drop it.
-constexpr xkb_keycode_t kSmallestSpare = 9;
+constexpr xkb_keycode_t kMaxCode = 255;
+/// Code 8 is evdev's 0, which is no key; some programs drop it.
+constexpr xkb_keycode_t kMinSpare = 9;
 
-struct Released {
+struct Unref {
+  void operator()(xkb_context* context) const { xkb_context_unref(context); }
+  void operator()(xkb_keymap* keymap) const { xkb_keymap_unref(keymap); }
   void operator()(xkb_state* state) const { xkb_state_unref(state); }
 };
-using State = std::unique_ptr<xkb_state, Released>;
+template <typename T>
+using Owned = std::unique_ptr<T, Unref>;
 
 struct Codes {
   xkb_keycode_t first;
@@ -24,11 +30,11 @@ struct Codes {
 };
 
 Codes codesOf(xkb_keymap* keymap) {
-  return {xkb_keymap_min_keycode(keymap), std::min(xkb_keymap_max_keycode(keymap), kLargestCode)};
+  return {xkb_keymap_min_keycode(keymap), std::min(xkb_keymap_max_keycode(keymap), kMaxCode)};
 }
 
-State stateIn(xkb_keymap* keymap, std::uint32_t layout) {
-  State state(xkb_state_new(keymap));
+Owned<xkb_state> stateIn(xkb_keymap* keymap, std::uint32_t layout) {
+  Owned<xkb_state> state(xkb_state_new(keymap));
   xkb_state_update_mask(state.get(), 0, 0, 0, 0, 0, layout);
   return state;
 }
@@ -49,7 +55,7 @@ bool isPrintable(char32_t character) {
   return character >= U' ' && character != 0x7F;
 }
 
-/// Adds what the keys write with the state's modifiers, where fewer modifiers do not.
+/// Adds what the keys write with the state's modifiers, unless fewer modifiers write it as well.
 void addStrokes(KeyTable& table, xkb_keymap* keymap, xkb_state* state, bool shift, bool level3) {
   const auto [first, last] = codesOf(keymap);
   for (auto code = first; code <= last; ++code) {
@@ -75,24 +81,36 @@ bool isSpare(xkb_keymap* keymap, xkb_keycode_t code) {
 
 KeyTable readKeyTable(xkb_keymap* keymap, std::uint32_t layout) {
   KeyTable table;
-  const State state = stateIn(keymap, layout);
+  const Owned<xkb_state> state = stateIn(keymap, layout);
   table.shiftCode = keyFor(keymap, state.get(), XKB_KEY_Shift_L);
   table.level3Code = keyFor(keymap, state.get(), XKB_KEY_ISO_Level3_Shift);
   for (const bool level3 : {false, true}) {
     if (level3 && table.level3Code == 0) continue;
     for (const bool shift : {false, true}) {
       if (shift && table.shiftCode == 0) continue;
-      const State pressed = stateIn(keymap, layout);
+      const Owned<xkb_state> pressed = stateIn(keymap, layout);
       if (shift) xkb_state_update_key(pressed.get(), table.shiftCode, XKB_KEY_DOWN);
       if (level3) xkb_state_update_key(pressed.get(), table.level3Code, XKB_KEY_DOWN);
       addStrokes(table, keymap, pressed.get(), shift, level3);
     }
   }
   const auto [first, last] = codesOf(keymap);
-  for (auto code = std::max(first, kSmallestSpare); code <= last; ++code) {
+  for (auto code = std::max(first, kMinSpare); code <= last; ++code) {
     if (isSpare(keymap, code)) table.spares.push_back(static_cast<std::uint8_t>(code));
   }
   return table;
+}
+
+std::optional<KeyTable> readKeyTable(const XConnection& server) {
+  const auto state = server.reply<xcb_xkb_get_state_reply_t>(
+      xcb_xkb_get_state(server.get(), XCB_XKB_ID_USE_CORE_KBD));
+  if (!state) return std::nullopt;
+  const Owned<xkb_context> context(xkb_context_new(XKB_CONTEXT_NO_DEFAULT_INCLUDES));
+  if (!context) return std::nullopt;
+  const Owned<xkb_keymap> keymap(xkb_x11_keymap_new_from_device(
+      context.get(), server.get(), state->deviceID, XKB_KEYMAP_COMPILE_NO_FLAGS));
+  if (!keymap) return std::nullopt;
+  return readKeyTable(keymap.get(), state->group);
 }
 
 }  // namespace voxtrel::quillback

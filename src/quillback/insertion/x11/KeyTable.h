@@ -2,30 +2,36 @@
 
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <vector>
+
+#include "common/x11/XConnection.h"
 
 struct xkb_keymap;
 
 namespace voxtrel::quillback {
 
-/// A key to press, with what is held meanwhile.
+/// A key to press, with the modifiers held meanwhile.
 struct KeyStroke {
   std::uint8_t code = 0;
   bool shift = false;
-  bool level3 = false;  ///< the key that layouts call ISO_Level3_Shift, often AltGr
+  bool level3 = false;  ///< ISO_Level3_Shift, often AltGr
 
   bool operator==(const KeyStroke&) const = default;
 };
 
-/// How a keyboard writes characters in one of its layouts while nothing is locked.
+/// How a keyboard writes characters in one layout, without any lock.
 struct KeyTable {
   std::map<char32_t, KeyStroke> strokes;
-  std::uint8_t shiftCode = 0;        ///< 0 where there is none
-  std::uint8_t level3Code = 0;       ///< 0 where there is none
-  std::vector<std::uint8_t> spares;  ///< keys that do nothing and may be given a character
+  std::uint8_t shiftCode = 0;        ///< 0 if there is none
+  std::uint8_t level3Code = 0;       ///< 0 if there is none
+  std::vector<std::uint8_t> spares;  ///< keys that do nothing
 };
 
-/// `layout` counts from 0. Keypads are left out: what they write depends on Num Lock.
+/// `layout` counts from 0. Keypad keys are left out, because they depend on Num Lock.
 KeyTable readKeyTable(xkb_keymap* keymap, std::uint32_t layout);
+
+/// The table of the server's keyboard in its current layout; none if the server does not reply.
+std::optional<KeyTable> readKeyTable(const XConnection& server);
 
 }  // namespace voxtrel::quillback

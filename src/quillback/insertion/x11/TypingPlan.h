@@ -9,20 +9,19 @@
 
 namespace voxtrel::quillback {
 
-/// What is typed with one set of characters on the spare keys.
+/// Strokes that share one assignment of the spare keys.
 struct TypingBatch {
-  std::map<std::uint8_t, char32_t> spares;  ///< what each spare key must write; empty: none needed
+  std::map<std::uint8_t, char32_t> spares;  ///< what each spare key must write; may be empty
   std::vector<KeyStroke> strokes;
 
   bool operator==(const TypingBatch&) const = default;
 };
 
-/// The characters of a text that can be typed: one line, without control characters; what is no
-/// UTF-8 is left out.
+/// The text as one line, without control characters and invalid UTF-8.
 std::u32string typeable(std::string_view text);
 
-/// The key strokes that write `text`. Characters that the layout lacks go to spare keys, as few
-/// batches as their number allows; without any spare key such a text cannot be typed: no batch.
+/// The strokes that write `text`. Characters missing from the layout go to spare keys, in as few
+/// batches as possible. No batch if the text needs spare keys and there are none.
 std::vector<TypingBatch> planTyping(std::u32string_view text, const KeyTable& table);
 
 }  // namespace voxtrel::quillback

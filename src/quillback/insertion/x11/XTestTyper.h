@@ -2,64 +2,62 @@
 
 #include <deque>
 
+#include <tl/expected.hpp>
+
 #include "quillback/insertion/x11/FocusedWindow.h"
-#include "quillback/insertion/x11/SpareKeys.h"
-#include "quillback/insertion/x11/TypingKeys.h"
+#include "quillback/insertion/x11/TypingKeyboard.h"
 #include "quillback/insertion/x11/TypingPlan.h"
-#include "quillback/insertion/x11/WindowPing.h"
 #include "quillback/keys/OwnKeys.h"
 #include "quillback/ports/Loop.h"
 
 namespace voxtrel::quillback {
 
-/// Types texts into whichever window has the focus, one after the other, with a blank between two
-/// that go to the same window. A character that the layout lacks is put on a spare key for a moment,
-/// until the program has read it. Never waits for programs. Destroying it restores everything at once
-/// and leaves out the rest of the text.
+/// Types texts into the window with the focus, one after the other, with a space between two that go
+/// to the same window. A character missing from the layout is put on a spare key until the client has
+/// read it. Nothing blocks on clients. Destroying it restores the keyboard at once and drops the rest
+/// of the text.
 /// Thread: the loop's.  Owns: a connection to the server.  Borrows: Loop, OwnKeys (must outlive this).
-/// Fails by: `onRefused` with the text and the reason.
+/// Fails by: an error from `open`; later `onRefused` with the text and the reason.
 class XTestTyper {
  public:
   using OnRefused = std::function<void(const std::string& text, const std::string& why)>;
-  struct Opened {
-    std::unique_ptr<XTestTyper> typer;  ///< nothing where the server does not do
-    std::string why;                    ///< then the reason, for people
-  };
 
-  [[nodiscard]] static Opened open(Loop& loop, OwnKeys& ownKeys, OnRefused onRefused);
+  /// The error is for people.
+  [[nodiscard]] static tl::expected<std::unique_ptr<XTestTyper>, std::string> open(
+      Loop& loop, OwnKeys& ownKeys, OnRefused onRefused);
 
+  /// Returns at once; the text is typed in steps on the loop.
   void type(const std::string& text);
   bool isIdle() const { return !timer_ && texts_.empty(); }
 
  private:
+  using Step = void (XTestTyper::*)();
+
   XTestTyper(std::unique_ptr<XConnection> server, Loop& loop, OwnKeys& ownKeys,
              OnRefused onRefused);
 
-  static std::string missing(const XConnection& server);
   void typeNextText();
-  /// Returns why the text cannot be typed, "" if it can and its batches are ready.
-  std::string prepare(const std::string& text);
+  /// Makes the text's batches.
+  tl::expected<void, std::string> prepare(const std::string& text);
   void remember(const FocusedWindow& window);
   void beginBatch();
   void typePiece();
   void endBatch();
-  /// Goes on with `step` once the program has read its keys.
-  void atSign(void (XTestTyper::*step)(), std::chrono::milliseconds withoutSigns);
-  void stopAwaitingSign();
-  void restoreAtSign();
+  void restoreAfterPing();
   void restore();
+  /// Runs `step` after the reply to the pending ping, or after `withoutPing` if none is pending.
+  void afterPing(Step step, std::chrono::milliseconds withoutPing);
+  void cancelPing();
+  void runAfter(std::chrono::milliseconds delay, Step step);
   void drainEvents();
-  void later(std::chrono::milliseconds delay, void (XTestTyper::*step)());
 
   std::unique_ptr<XConnection> server_;
   Loop& loop_;
   OnRefused onRefused_;
   xcb_atom_t activeWindowAtom_;
   WindowPing ping_;
-  bool awaitsSign_ = false;
-  void (XTestTyper::*atSign_)() = nullptr;
-  TypingKeys keys_;
-  SpareKeys spares_;
+  Step afterPing_ = nullptr;
+  TypingKeyboard keyboard_;
   std::deque<std::string> texts_;
   KeyTable table_;
   std::deque<TypingBatch> batches_;

@@ -21,18 +21,18 @@ PushToTalk::Codes codesOf(const Hotkey& hotkey) {
 
 }  // namespace
 
-EvdevKeyWatch::Opened EvdevKeyWatch::open(const Hotkey& hotkey, KeyWatch::Listener listener,
-                                          Loop& loop, OpenKeyboard openKeyboard,
-                                          const std::string& folder) {
-  // The constructor is private.
+tl::expected<std::unique_ptr<EvdevKeyWatch>, std::string> EvdevKeyWatch::open(
+    const Hotkey& hotkey, KeyWatch::Listener listener, Loop& loop, OpenKeyboard openKeyboard,
+    const std::string& folder) {
   std::unique_ptr<EvdevKeyWatch> watch(
       new EvdevKeyWatch(hotkey, std::move(listener), loop, std::move(openKeyboard), folder));
-  if (!watch->folderWatch_.isOpen()) return {nullptr, "there is no folder " + folder};
-  watch->lookAtFolder();
-  if (watch->devices_.empty() && watch->someRefused_) {
-    return {nullptr, "the keyboards in " + folder + " may be read only by members of their group"};
+  if (!watch->folderWatch_.isOpen()) return tl::unexpected("there is no folder " + folder);
+  watch->addAll();
+  if (watch->devices_.empty() && watch->wasRefused_) {
+    return tl::unexpected("the keyboards in " + folder +
+                          " may be read only by members of their group");
   }
-  return {std::move(watch), ""};
+  return watch;
 }
 
 EvdevKeyWatch::EvdevKeyWatch(const Hotkey& hotkey, KeyWatch::Listener listener, Loop& loop,
@@ -47,7 +47,7 @@ EvdevKeyWatch::EvdevKeyWatch(const Hotkey& hotkey, KeyWatch::Listener listener, 
   folderLoopWatch_ = loop_.watch(folderWatch_.descriptor(), [this] { handleFolder(); });
 }
 
-void EvdevKeyWatch::lookAtFolder() {
+void EvdevKeyWatch::addAll() {
   std::error_code error;
   for (const auto& entry : std::filesystem::directory_iterator(folder_, error)) {
     add(entry.path().filename());
@@ -56,38 +56,38 @@ void EvdevKeyWatch::lookAtFolder() {
 
 void EvdevKeyWatch::handleFolder() {
   folderWatch_.read({.onAppeared = [this](const std::string& name) { add(name); },
-                     .onVanished = [this](const std::string& name) { remove(name); },
-                     .onMissed = [this] { lookAtFolder(); }});
+                     .onDisappeared = [this](const std::string& name) { remove(name); },
+                     .onMissed = [this] { addAll(); }});
 }
 
 void EvdevKeyWatch::add(const std::string& name) {
   if (!name.starts_with(kDevicePrefix) || devices_.contains(name)) return;
-  auto [keyboard, isRefused] = openKeyboard_(folder_ + "/" + name, hotkey_.evdevCode);
-  someRefused_ = someRefused_ || isRefused;
-  if (!keyboard) return;
-  const int number = nextNumber_++;
-  auto watch = loop_.watch(keyboard->descriptor(), [this, number] { handleKeys(number); });
-  devices_.emplace(name, Device{number, std::move(keyboard), std::move(watch)});
+  auto keyboard = openKeyboard_(folder_ + "/" + name, hotkey_.evdevCode);
+  if (!keyboard) {
+    wasRefused_ = wasRefused_ || keyboard.error() == NoKeyboard::noPermission;
+    return;
+  }
+  const int id = nextId_++;
+  auto watch = loop_.watch((*keyboard)->descriptor(), [this, id] { handleKeys(id); });
+  devices_.emplace(name, Device{id, std::move(*keyboard), std::move(watch)});
 }
 
 void EvdevKeyWatch::remove(const std::string& name) {
   const auto found = devices_.find(name);
   if (found == devices_.end()) return;
-  // The watch goes before the descriptor that it watches.
+  // The watch must end before its descriptor is closed.
   found->second.watch.reset();
-  const int number = found->second.number;
+  const int id = found->second.id;
   devices_.erase(found);
-  key_.gone(number);
+  key_.gone(id);
 }
 
-void EvdevKeyWatch::handleKeys(int number) {
-  const auto found = std::find_if(devices_.begin(), devices_.end(), [number](const auto& device) {
-    return device.second.number == number;
-  });
+void EvdevKeyWatch::handleKeys(int id) {
+  const auto found = std::find_if(devices_.begin(), devices_.end(),
+                                  [id](const auto& device) { return device.second.id == id; });
   if (found == devices_.end()) return;
-  const bool isThere = found->second.keyboard->read([this, number](int code, bool isDown) {
-    isDown ? key_.down(number, code) : key_.up(number, code);
-  });
+  const bool isThere = found->second.keyboard->read(
+      [this, id](int code, bool isDown) { isDown ? key_.down(id, code) : key_.up(id, code); });
   if (!isThere) remove(std::string(found->first));
 }
 

@@ -10,29 +10,25 @@
 
 namespace voxtrel::quillback {
 
-/// The push-to-talk key read from the kernel, from every keyboard that is there or comes later. A
-/// key held on a keyboard that is unplugged counts as let go; a release follows every press, a
-/// cancelled one too.
-/// Thread: the loop's.  Owns: the keyboards' descriptors.  Borrows: the loop (must outlive this).
+/// The push-to-talk key read from the kernel, from every keyboard that is there or is plugged in
+/// later. Unplugging a keyboard releases its key. Every press is followed by a release, also after a
+/// cancel.
+/// Thread: the loop's.  Owns: the keyboards.
+/// Fails by: an error from `open`.
 class EvdevKeyWatch final : public KeyWatch {
  public:
-  struct Opened {
-    std::unique_ptr<EvdevKeyWatch> watch;  ///< nothing where no keyboard may be read
-    std::string why;                       ///< then the reason, for people
-  };
-
   static constexpr std::string_view kFolder = "/dev/input";
 
-  /// No keyboard at all is no failure: one may be plugged in later.
-  [[nodiscard]] static Opened open(const Hotkey& hotkey, KeyWatch::Listener listener, Loop& loop,
-                                   OpenKeyboard openKeyboard,
-                                   const std::string& folder = std::string(kFolder));
+  /// Fails if no keyboard may be read, with a reason for people. No keyboard at all is fine.
+  [[nodiscard]] static tl::expected<std::unique_ptr<EvdevKeyWatch>, std::string> open(
+      const Hotkey& hotkey, KeyWatch::Listener listener, Loop& loop, OpenKeyboard openKeyboard,
+      const std::string& folder = std::string(kFolder));
 
   std::size_t keyboardCount() const { return devices_.size(); }
 
  private:
   struct Device {
-    int number;  // what PushToTalk knows it by; never used again
+    int id;  // PushToTalk's; never reused
     std::unique_ptr<Keyboard> keyboard;
     std::unique_ptr<Loop::Watch> watch;
   };
@@ -40,11 +36,11 @@ class EvdevKeyWatch final : public KeyWatch {
   EvdevKeyWatch(const Hotkey& hotkey, KeyWatch::Listener listener, Loop& loop,
                 OpenKeyboard openKeyboard, std::string folder);
 
-  void lookAtFolder();
+  void addAll();
   void handleFolder();
   void add(const std::string& name);
   void remove(const std::string& name);
-  void handleKeys(int number);
+  void handleKeys(int id);
 
   Hotkey hotkey_;
   PushToTalk key_;
@@ -53,8 +49,8 @@ class EvdevKeyWatch final : public KeyWatch {
   std::string folder_;
   FolderWatch folderWatch_;
   std::map<std::string, Device> devices_;  // by file name
-  int nextNumber_ = 0;
-  bool someRefused_ = false;
+  int nextId_ = 0;
+  bool wasRefused_ = false;
   std::unique_ptr<Loop::Watch> folderLoopWatch_;
 };
 

@@ -10,13 +10,13 @@ namespace voxtrel::quillback {
 namespace {
 
 constexpr std::uint32_t kAppeared = IN_CREATE | IN_MOVED_TO | IN_ATTRIB;
-constexpr std::uint32_t kVanished = IN_DELETE | IN_MOVED_FROM;
+constexpr std::uint32_t kDisappeared = IN_DELETE | IN_MOVED_FROM;
 constexpr std::size_t kBufferBytes = 4096;
 
-void tell(const FolderWatch::Listener& listener, std::uint32_t what, const std::string& name) {
+void report(const FolderWatch::Listener& listener, std::uint32_t what, const std::string& name) {
   if ((what & IN_Q_OVERFLOW) != 0) listener.onMissed();
   if (name.empty()) return;
-  if ((what & kVanished) != 0) listener.onVanished(name);
+  if ((what & kDisappeared) != 0) listener.onDisappeared(name);
   if ((what & kAppeared) != 0) listener.onAppeared(name);
 }
 
@@ -25,7 +25,7 @@ void tell(const FolderWatch::Listener& listener, std::uint32_t what, const std::
 FolderWatch::FolderWatch(const std::string& folder)
     : descriptor_(inotify_init1(IN_NONBLOCK | IN_CLOEXEC)),
       isWatching_(inotify_add_watch(descriptor_.get(), folder.c_str(),
-                                    kAppeared | kVanished | IN_ONLYDIR) >= 0) {}
+                                    kAppeared | kDisappeared | IN_ONLYDIR) >= 0) {}
 
 void FolderWatch::read(const Listener& listener) const {
   std::array<char, kBufferBytes> buffer{};
@@ -36,7 +36,7 @@ void FolderWatch::read(const Listener& listener) const {
     while (at < buffer.data() + size) {
       inotify_event event{};
       std::memcpy(&event, at, sizeof event);
-      tell(listener, event.mask, event.len == 0 ? "" : at + sizeof event);
+      report(listener, event.mask, event.len == 0 ? "" : at + sizeof event);
       at += sizeof event + event.len;
     }
   }

@@ -7,21 +7,22 @@
 
 namespace voxtrel::quillback {
 
-/// Tells of files that appear in a folder, vanish from it, or change whom they allow to read them.
+/// Reports files that appear in a folder, disappear or change their permissions.
 /// Thread: the loop's.  Owns: a descriptor.
+/// Fails by: `isOpen`.
 class FolderWatch {
  public:
   struct Listener {
-    std::function<void(const std::string& name)> onAppeared;  ///< also when its rights change
-    std::function<void(const std::string& name)> onVanished;
-    std::function<void()> onMissed;  ///< too much happened at once: look at the whole folder
+    std::function<void(const std::string& name)> onAppeared;  ///< also when its permissions change
+    std::function<void(const std::string& name)> onDisappeared;
+    std::function<void()> onMissed;  ///< events were lost: read the whole folder
   };
 
   explicit FolderWatch(const std::string& folder);
 
   bool isOpen() const { return isWatching_; }
   int descriptor() const { return descriptor_.get(); }
-  /// Tells what has happened since the last time, without waiting.
+  /// Reports what has happened since the last call, without waiting.
   void read(const Listener& listener) const;
 
  private:

@@ -4,6 +4,8 @@
 #include <memory>
 #include <string>
 
+#include <tl/expected.hpp>
+
 namespace voxtrel::quillback {
 
 /// A keyboard as the kernel shows it.
@@ -15,18 +17,18 @@ class Keyboard {
   virtual ~Keyboard() = default;
 
   virtual int descriptor() const = 0;
-  /// Hands over what was pressed and let go since the last time, in that order, without waiting.
-  /// False where the keyboard is gone.
+  /// Reports presses and releases since the last call, oldest first, without waiting. False if the
+  /// keyboard is gone.
   [[nodiscard]] virtual bool read(const OnKey& onKey) = 0;
 };
 
-/// What became of a file that may be a keyboard.
-struct KeyboardFile {
-  std::unique_ptr<Keyboard> keyboard;  ///< nothing where it is none
-  bool isRefused = false;              ///< we may not read the file
-};
+/// Why a file is not read as a keyboard.
+enum class NoKeyboard { notOne, noPermission };
+using OpenedKeyboard = tl::expected<std::unique_ptr<Keyboard>, NoKeyboard>;
+/// Opens the file at `path`, which is a keyboard if it has the key `code`.
+using OpenKeyboard = std::function<OpenedKeyboard(const std::string& path, int code)>;
 
-/// Opens a file; a keyboard is what has the key `code`.
-using OpenKeyboard = std::function<KeyboardFile(const std::string& path, int code)>;
+/// Opens a kernel device with libevdev. It is never grabbed, so other programs read it too.
+OpenedKeyboard openEvdevKeyboard(const std::string& path, int code);
 
 }  // namespace voxtrel::quillback

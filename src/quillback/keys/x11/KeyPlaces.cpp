@@ -12,9 +12,10 @@
 namespace voxtrel::quillback {
 namespace {
 
-constexpr int kAboveEvdev = 8;
+/// An X server's code minus evdev's.
+constexpr int kCodeOffset = 8;
 
-/// The names that the key-code tables of X keyboards give the places of these keys.
+/// A key, and the name of its place in XKB's keycode tables.
 struct Place {
   int evdevCode;
   std::string_view name;
@@ -33,13 +34,13 @@ constexpr std::array<Place, 11> kPlaces = {{{KEY_ESC, "ESC"},
 
 using Names = std::map<std::string, int, std::less<>>;
 
-constexpr std::size_t kNameBytes = 4;  // with zeros behind shorter names
+constexpr std::size_t kNameBytes = 4;  // shorter names are padded with zeros
 
 std::string text(const char* name) {
   return {name, strnlen(name, kNameBytes)};
 }
 
-/// Name to key code, aliases too.
+/// The server's key names and aliases, with their codes.
 Names namedKeys(const XConnection& server) {
   constexpr std::uint32_t kWanted = XCB_XKB_NAME_DETAIL_KEY_NAMES | XCB_XKB_NAME_DETAIL_KEY_ALIASES;
   const auto reply = server.reply<xcb_xkb_get_names_reply_t>(
@@ -67,7 +68,7 @@ int keyCode(const Names& names, int evdevCode) {
     const auto found = names.find(place.name);
     if (found != names.end()) return found->second;
   }
-  return evdevCode + kAboveEvdev;
+  return evdevCode + kCodeOffset;
 }
 
 }  // namespace

@@ -6,10 +6,9 @@
 
 namespace voxtrel::quillback {
 
-/// The server's numbers of the keys that a hotkey needs, found by the places that the server's key
-/// names stand for (RALT, BKSL, ...), not by what is printed on them: the right Alt key stays the
-/// hotkey where the layout makes it AltGr. Where the server names no keys, its numbers are taken for
-/// those of evdev plus 8.
+/// The server's codes of the hotkey's keys, found by their place on the keyboard: by the server's key
+/// names (RALT, BKSL, ...), not by what they write. So the right Alt key stays the hotkey in layouts
+/// that make it AltGr. Without key names, evdev's codes plus 8.
 PushToTalk::Codes keyPlaces(const XConnection& server, const Hotkey& hotkey);
 
 }  // namespace voxtrel::quillback

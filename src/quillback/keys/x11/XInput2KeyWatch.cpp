@@ -9,11 +9,6 @@
 namespace voxtrel::quillback {
 namespace {
 
-template <typename Wanted>
-const Wanted& as(const xcb_ge_generic_event_t& event) {
-  return *static_cast<const Wanted*>(static_cast<const void*>(&event));
-}
-
 void select(const XConnection& server, xcb_input_device_id_t device, std::uint32_t events) {
   struct {
     xcb_input_event_mask_t head;
@@ -22,35 +17,38 @@ void select(const XConnection& server, xcb_input_device_id_t device, std::uint32
   xcb_input_xi_select_events(server.get(), server.root(), 1, &mask.head);
 }
 
+/// The error says which extension the server lacks.
+tl::expected<void, std::string> checkExtensions(const XConnection& server) {
+  const auto* input = xcb_get_extension_data(server.get(), &xcb_input_id);
+  if (input == nullptr || input->present == 0)
+    return tl::make_unexpected("the X server has no XInput extension");
+  const auto version = server.reply<xcb_input_xi_query_version_reply_t>(
+      xcb_input_xi_query_version(server.get(), 2, 2));
+  if (!version || version->major_version < 2)
+    return tl::make_unexpected("the X server has no XInput 2");
+  const auto* xkb = xcb_get_extension_data(server.get(), &xcb_xkb_id);
+  if (xkb == nullptr || xkb->present == 0)
+    return tl::make_unexpected("the X server has no keyboard extension");
+  if (!server.reply<xcb_xkb_use_extension_reply_t>(xcb_xkb_use_extension(server.get(), 1, 0))) {
+    return tl::make_unexpected("the X server refused its keyboard extension");
+  }
+  return {};
+}
+
 }  // namespace
 
-XInput2KeyWatch::Opened XInput2KeyWatch::open(const Hotkey& hotkey, KeyWatch::Listener listener,
-                                              OwnKeys& ownKeys, Loop& loop,
-                                              std::function<void()> onLost) {
+tl::expected<std::unique_ptr<XInput2KeyWatch>, std::string> XInput2KeyWatch::open(
+    const Hotkey& hotkey, KeyWatch::Listener listener, OwnKeys& ownKeys, Loop& loop,
+    std::function<void()> onLost) {
   auto server = XConnection::open();
-  if (!server) return {nullptr, "there is no X server"};
-  if (auto why = missing(*server); !why.empty()) return {nullptr, std::move(why)};
-  // The constructor is private.
+  if (!server) return tl::make_unexpected("there is no X server");
+  if (auto checked = checkExtensions(*server); !checked) return tl::unexpected(checked.error());
   std::unique_ptr<XInput2KeyWatch> watch(new XInput2KeyWatch(
       std::move(server), hotkey, std::move(listener), ownKeys, std::move(onLost)));
   watch->selectEvents();
   watch->watch_ =
       loop.watch(watch->server_->descriptor(), [self = watch.get()] { self->handleEvents(); });
-  return {std::move(watch), ""};
-}
-
-std::string XInput2KeyWatch::missing(const XConnection& server) {
-  const auto* input = xcb_get_extension_data(server.get(), &xcb_input_id);
-  if (input == nullptr || input->present == 0) return "the X server has no XInput extension";
-  const auto version = server.reply<xcb_input_xi_query_version_reply_t>(
-      xcb_input_xi_query_version(server.get(), 2, 2));
-  if (!version || version->major_version < 2) return "the X server has no XInput 2";
-  const auto* xkb = xcb_get_extension_data(server.get(), &xcb_xkb_id);
-  if (xkb == nullptr || xkb->present == 0) return "the X server has no keyboard extension";
-  if (!server.reply<xcb_xkb_use_extension_reply_t>(xcb_xkb_use_extension(server.get(), 1, 0))) {
-    return "the X server refused its keyboard extension";
-  }
-  return "";
+  return watch;
 }
 
 XInput2KeyWatch::XInput2KeyWatch(std::unique_ptr<XConnection> server, const Hotkey& hotkey,
@@ -65,7 +63,7 @@ XInput2KeyWatch::XInput2KeyWatch(std::unique_ptr<XConnection> server, const Hotk
       keyboardEvent_(xcb_get_extension_data(server_->get(), &xcb_xkb_id)->first_event) {}
 
 void XInput2KeyWatch::selectEvents() {
-  // From the slaves as well, every event would come twice.
+  // With the slaves selected too, every event would arrive twice.
   select(*server_, XCB_INPUT_DEVICE_ALL_MASTER,
          XCB_INPUT_XI_EVENT_MASK_RAW_KEY_PRESS | XCB_INPUT_XI_EVENT_MASK_RAW_KEY_RELEASE);
   select(*server_, XCB_INPUT_DEVICE_ALL, XCB_INPUT_XI_EVENT_MASK_HIERARCHY);
@@ -81,34 +79,32 @@ void XInput2KeyWatch::handleEvents() {
 }
 
 void XInput2KeyWatch::handle(const xcb_generic_event_t& event) {
-  constexpr int kSentBySomebody = 0x80;
-  const int type = event.response_type & ~kSentBySomebody;
-  if (type == XCB_GE_GENERIC) {
-    const auto& input = as<xcb_ge_generic_event_t>(
-        *static_cast<const xcb_ge_generic_event_t*>(static_cast<const void*>(&event)));
-    if (input.extension == inputOpcode_) handleInput(input);
-  } else if (type == keyboardEvent_ && event.pad0 == XCB_XKB_NEW_KEYBOARD_NOTIFY) {
+  if (eventType(event) == XCB_GE_GENERIC) {
+    const auto& generic = eventAs<xcb_ge_generic_event_t>(event);
+    if (generic.extension != inputOpcode_) return;
+    if (generic.event_type == XCB_INPUT_RAW_KEY_PRESS) handleKey(event, true);
+    if (generic.event_type == XCB_INPUT_RAW_KEY_RELEASE) handleKey(event, false);
+    if (generic.event_type == XCB_INPUT_HIERARCHY) handleHierarchy(event);
+  } else if (eventType(event) == keyboardEvent_ && event.pad0 == XCB_XKB_NEW_KEYBOARD_NOTIFY) {
     key_.setCodes(keyPlaces(*server_, hotkey_));
   }
 }
 
-void XInput2KeyWatch::handleInput(const xcb_ge_generic_event_t& event) {
-  if (event.event_type == XCB_INPUT_RAW_KEY_PRESS ||
-      event.event_type == XCB_INPUT_RAW_KEY_RELEASE) {
-    const auto& raw = as<xcb_input_raw_key_press_event_t>(event);
-    const int code = static_cast<int>(raw.detail);
-    const bool isDown = event.event_type == XCB_INPUT_RAW_KEY_PRESS;
-    if (ownKeys_.take(code, isDown)) return;
-    isDown ? key_.down(raw.sourceid, code) : key_.up(raw.sourceid, code);
-  } else if (event.event_type == XCB_INPUT_HIERARCHY) {
-    constexpr std::uint32_t kGone = XCB_INPUT_HIERARCHY_MASK_SLAVE_REMOVED |
-                                    XCB_INPUT_HIERARCHY_MASK_DEVICE_DISABLED |
-                                    XCB_INPUT_HIERARCHY_MASK_SLAVE_DETACHED;
-    const auto& change = as<xcb_input_hierarchy_event_t>(event);
-    for (auto info = xcb_input_hierarchy_infos_iterator(&change); info.rem > 0;
-         xcb_input_hierarchy_info_next(&info)) {
-      if ((info.data->flags & kGone) != 0) key_.gone(info.data->deviceid);
-    }
+void XInput2KeyWatch::handleKey(const xcb_generic_event_t& event, bool isDown) {
+  const auto& raw = eventAs<xcb_input_raw_key_press_event_t>(event);
+  const int code = static_cast<int>(raw.detail);
+  if (ownKeys_.claim(code, isDown)) return;
+  isDown ? key_.down(raw.sourceid, code) : key_.up(raw.sourceid, code);
+}
+
+void XInput2KeyWatch::handleHierarchy(const xcb_generic_event_t& event) {
+  constexpr std::uint32_t kGone = XCB_INPUT_HIERARCHY_MASK_SLAVE_REMOVED |
+                                  XCB_INPUT_HIERARCHY_MASK_DEVICE_DISABLED |
+                                  XCB_INPUT_HIERARCHY_MASK_SLAVE_DETACHED;
+  const auto& change = eventAs<xcb_input_hierarchy_event_t>(event);
+  for (auto info = xcb_input_hierarchy_infos_iterator(&change); info.rem > 0;
+       xcb_input_hierarchy_info_next(&info)) {
+    if ((info.data->flags & kGone) != 0) key_.gone(info.data->deviceid);
   }
 }
 

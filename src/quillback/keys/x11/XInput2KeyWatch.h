@@ -1,35 +1,35 @@
 #pragma once
 
+#include <tl/expected.hpp>
+
 #include "quillback/keys/OwnKeys.h"
 #include "quillback/keys/x11/KeyPlaces.h"
 #include "quillback/ports/Loop.h"
 
 namespace voxtrel::quillback {
 
-/// The push-to-talk key under X11, by raw events of all keyboards, which come whatever window has
-/// the focus or has grabbed the keyboard. A release follows every press, a cancelled one too.
+/// The push-to-talk key under X11, from raw events of all keyboards, which arrive whatever window has
+/// the focus or a grab. Every press is followed by a release, also after a cancel.
 /// Thread: the loop's.  Owns: a connection to the server.  Borrows: OwnKeys (must outlive this).
-/// Fails by: `onLost`, once, where the server goes away; a key that was held is released first.
+/// Fails by: an error from `open`; later `onLost`, once, when the server goes away. A held key is
+/// released first.
 class XInput2KeyWatch final : public KeyWatch {
  public:
-  struct Opened {
-    std::unique_ptr<XInput2KeyWatch> watch;  ///< nothing where the server does not do
-    std::string why;                         ///< then the reason, for people
-  };
-
-  /// Watches the keyboards of the server that $DISPLAY names. `onLost` may destroy the watch.
-  [[nodiscard]] static Opened open(const Hotkey& hotkey, KeyWatch::Listener listener,
-                                   OwnKeys& ownKeys, Loop& loop, std::function<void()> onLost);
+  /// Watches the keyboards of the server that $DISPLAY names. The error is for people. `onLost` may
+  /// destroy the watch.
+  [[nodiscard]] static tl::expected<std::unique_ptr<XInput2KeyWatch>, std::string> open(
+      const Hotkey& hotkey, KeyWatch::Listener listener, OwnKeys& ownKeys, Loop& loop,
+      std::function<void()> onLost);
 
  private:
   XInput2KeyWatch(std::unique_ptr<XConnection> server, const Hotkey& hotkey,
                   KeyWatch::Listener listener, OwnKeys& ownKeys, std::function<void()> onLost);
 
-  static std::string missing(const XConnection& server);
   void selectEvents();
   void handleEvents();
   void handle(const xcb_generic_event_t& event);
-  void handleInput(const xcb_ge_generic_event_t& event);
+  void handleKey(const xcb_generic_event_t& event, bool isDown);
+  void handleHierarchy(const xcb_generic_event_t& event);
   void lose();
 
   std::unique_ptr<XConnection> server_;

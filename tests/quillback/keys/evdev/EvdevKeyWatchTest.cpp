@@ -9,8 +9,8 @@
 
 #include "common/posix/FileDescriptor.h"
 #include "quillback/keys/evdev/EvdevKeyWatch.h"
-#include "quillback/keys/evdev/LibevdevKeyboard.h"
 #include "support/PollLoop.h"
+#include "support/ScratchFolder.h"
 
 namespace voxtrel::quillback {
 namespace {
@@ -19,17 +19,21 @@ namespace fs = std::filesystem;
 using std::chrono::milliseconds;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-using ::testing::IsNull;
-using ::testing::NotNull;
 
-constexpr int kLetGo = 0;
+constexpr int kReleased = 0;
 constexpr int kPressed = 1;
 constexpr int kRepeated = 2;
 
-/// Reads a pipe as the kernel's device would be read; the writer's end is the unplugging.
+/// Reads a pipe like a kernel device. Closing the other end unplugs it.
 class PipedKeyboard final : public Keyboard {
  public:
-  explicit PipedKeyboard(FileDescriptor descriptor) : descriptor_(std::move(descriptor)) {}
+  PipedKeyboard(FileDescriptor descriptor, int& count)
+      : descriptor_(std::move(descriptor)), count_(count) {
+    ++count_;
+  }
+  PipedKeyboard(const PipedKeyboard&) = delete;
+  PipedKeyboard& operator=(const PipedKeyboard&) = delete;
+  ~PipedKeyboard() override { --count_; }
 
   int descriptor() const override { return descriptor_.get(); }
   bool read(const OnKey& onKey) override {
@@ -44,6 +48,7 @@ class PipedKeyboard final : public Keyboard {
 
  private:
   FileDescriptor descriptor_;
+  int& count_;
 };
 
 /// The other end of a keyboard's pipe.
@@ -64,8 +69,8 @@ class Plug {
     end_ = FileDescriptor();
     fs::remove(path_);
   }
-  /// The device breaks before its file goes.
-  void breakOff() { end_ = FileDescriptor(); }
+  /// The device fails before its file is removed.
+  void breakDown() { end_ = FileDescriptor(); }
 
  private:
   fs::path path_;
@@ -74,169 +79,165 @@ class Plug {
 
 class EvdevKeyWatchTest : public ::testing::Test {
  protected:
-  static constexpr milliseconds kQuiet{30};
+  static constexpr milliseconds kSettle{30};
 
-  EvdevKeyWatchTest() {
-    std::string name = (fs::temp_directory_path() / "quillback-input-XXXXXX").string();
-    if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("no scratch folder");
-    folder_ = name;
-  }
-  ~EvdevKeyWatchTest() override { fs::remove_all(folder_); }
-
-  EvdevKeyWatch::Opened open(std::string_view name = "f5", const std::string& folder = "") {
+  auto open(std::string_view name = "f5", const std::string& folder = "") {
     return EvdevKeyWatch::open(
         *hotkeyNamed(name),
-        {.onPressed = [this] { heard_.emplace_back("pressed"); },
-         .onReleased = [this] { heard_.emplace_back("released"); },
-         .onCancelled = [this] { heard_.emplace_back("cancelled"); }},
+        {.onPressed = [this] { events_.emplace_back("pressed"); },
+         .onReleased = [this] { events_.emplace_back("released"); },
+         .onCancelled = [this] { events_.emplace_back("cancelled"); }},
         loop_, [this](const std::string& path, int) { return openPipe(path); },
-        folder.empty() ? folder_.string() : folder);
+        folder.empty() ? folder_.path().string() : folder);
   }
-  KeyboardFile openPipe(const std::string& path) {
-    if (refused_.contains(path)) return {nullptr, true};
+  OpenedKeyboard openPipe(const std::string& path) {
+    if (refused_.contains(path)) return tl::unexpected(NoKeyboard::noPermission);
     FileDescriptor pipe(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
     struct stat status {};
-    if (!pipe.isOpen() || fstat(pipe.get(), &status) != 0 || !S_ISFIFO(status.st_mode)) return {};
-    return {std::make_unique<PipedKeyboard>(std::move(pipe)), false};
+    if (!pipe.isOpen() || fstat(pipe.get(), &status) != 0 || !S_ISFIFO(status.st_mode)) {
+      return tl::unexpected(NoKeyboard::notOne);
+    }
+    return std::make_unique<PipedKeyboard>(std::move(pipe), keyboardCount_);
   }
-  Plug plug(const std::string& name) { return Plug(folder_ / name); }
-  void settle() { loop_.runFor(kQuiet); }
+  Plug plug(const std::string& name) { return Plug(folder_.path() / name); }
+  void settle() { loop_.runFor(kSettle); }
 
   test::PollLoop loop_;
-  fs::path folder_;
+  ScratchFolder folder_;
+  int keyboardCount_ = 0;  ///< open keyboards
   std::set<std::string> refused_;
-  std::vector<std::string> heard_;
+  std::vector<std::string> events_;
 };
 
 TEST_F(EvdevKeyWatchTest, AKeyHeldWithRepeatsIsOnePressAndOneRelease) {
   const Plug keyboard = plug("event0");
-  const auto [watch, why] = open();
-  ASSERT_THAT(watch, NotNull()) << why;
+  const auto watch = open();
+  ASSERT_TRUE(watch) << watch.error();
   keyboard.key(KEY_F5, kPressed);
   keyboard.key(KEY_F5, kRepeated);
   keyboard.key(KEY_F5, kRepeated);
   settle();
-  EXPECT_THAT(heard_, ElementsAre("pressed"));
-  keyboard.key(KEY_F5, kLetGo);
+  EXPECT_THAT(events_, ElementsAre("pressed"));
+  keyboard.key(KEY_F5, kReleased);
   settle();
-  EXPECT_THAT(heard_, ElementsAre("pressed", "released"));
+  EXPECT_THAT(events_, ElementsAre("pressed", "released"));
 }
 
 TEST_F(EvdevKeyWatchTest, EscapeCancelsAndOtherKeysDoNothing) {
   const Plug keyboard = plug("event0");
-  const auto opened = open("right_cmd");
+  const auto watch = open("right_cmd");
   keyboard.key(KEY_RIGHTMETA, kPressed);
   keyboard.key(KEY_A, kPressed);
-  keyboard.key(KEY_A, kLetGo);
+  keyboard.key(KEY_A, kReleased);
   keyboard.key(KEY_ESC, kPressed);
-  keyboard.key(KEY_ESC, kLetGo);
-  keyboard.key(KEY_RIGHTMETA, kLetGo);
+  keyboard.key(KEY_ESC, kReleased);
+  keyboard.key(KEY_RIGHTMETA, kReleased);
   settle();
-  EXPECT_THAT(heard_, ElementsAre("pressed", "cancelled", "released"));
+  EXPECT_THAT(events_, ElementsAre("pressed", "cancelled", "released"));
 }
 
 TEST_F(EvdevKeyWatchTest, TheBackslashKeyNeedsShift) {
   const Plug keyboard = plug("event0");
-  const auto opened = open("shift+\\");
+  const auto watch = open("shift+\\");
   keyboard.key(KEY_BACKSLASH, kPressed);
-  keyboard.key(KEY_BACKSLASH, kLetGo);
+  keyboard.key(KEY_BACKSLASH, kReleased);
   settle();
-  EXPECT_THAT(heard_, IsEmpty());
+  EXPECT_THAT(events_, IsEmpty());
   keyboard.key(KEY_RIGHTSHIFT, kPressed);
   keyboard.key(KEY_BACKSLASH, kPressed);
   settle();
-  EXPECT_THAT(heard_, ElementsAre("pressed"));
+  EXPECT_THAT(events_, ElementsAre("pressed"));
 }
 
-TEST_F(EvdevKeyWatchTest, AKeyboardPluggedInLaterIsHeard) {
-  const auto [watch, why] = open();
-  ASSERT_THAT(watch, NotNull()) << why;
-  EXPECT_EQ(watch->keyboardCount(), 0u);
+TEST_F(EvdevKeyWatchTest, AKeyboardPluggedInLaterIsRead) {
+  const auto watch = open();
+  ASSERT_TRUE(watch) << watch.error();
+  EXPECT_EQ(keyboardCount_, 0);
   const Plug keyboard = plug("event7");
   settle();
-  EXPECT_EQ(watch->keyboardCount(), 1u);
+  EXPECT_EQ(keyboardCount_, 1);
   keyboard.key(KEY_F5, kPressed);
   settle();
-  EXPECT_THAT(heard_, ElementsAre("pressed"));
+  EXPECT_THAT(events_, ElementsAre("pressed"));
 }
 
-TEST_F(EvdevKeyWatchTest, AKeyboardUnpluggedWithTheKeyHeldLetsGoOfItOnce) {
+TEST_F(EvdevKeyWatchTest, UnpluggingAKeyboardReleasesItsHeldKeyOnce) {
   Plug keyboard = plug("event0");
-  const auto opened = open();
+  const auto watch = open();
   keyboard.key(KEY_F5, kPressed);
   settle();
   keyboard.unplug();
   settle();
-  EXPECT_THAT(heard_, ElementsAre("pressed", "released"));
-  EXPECT_EQ(opened.watch->keyboardCount(), 0u);
+  EXPECT_THAT(events_, ElementsAre("pressed", "released"));
+  EXPECT_EQ(keyboardCount_, 0);
   const Plug again = plug("event0");
   settle();
   again.key(KEY_F5, kPressed);
   settle();
-  EXPECT_THAT(heard_, ElementsAre("pressed", "released", "pressed"));
+  EXPECT_THAT(events_, ElementsAre("pressed", "released", "pressed"));
 }
 
-TEST_F(EvdevKeyWatchTest, ABrokenKeyboardIsDroppedBeforeItsFileGoes) {
+TEST_F(EvdevKeyWatchTest, ABrokenKeyboardIsDroppedBeforeItsFileIsRemoved) {
   Plug keyboard = plug("event0");
-  const auto opened = open();
+  const auto watch = open();
   keyboard.key(KEY_F5, kPressed);
   settle();
-  keyboard.breakOff();
+  keyboard.breakDown();
   settle();
-  EXPECT_THAT(heard_, ElementsAre("pressed", "released"));
-  EXPECT_EQ(opened.watch->keyboardCount(), 0u);
+  EXPECT_THAT(events_, ElementsAre("pressed", "released"));
+  EXPECT_EQ(keyboardCount_, 0);
 }
 
 TEST_F(EvdevKeyWatchTest, TheKeyHeldOnTwoKeyboardsCountsOnce) {
   const Plug first = plug("event0");
   Plug second = plug("event1");
-  const auto opened = open();
+  const auto watch = open();
   first.key(KEY_F5, kPressed);
   settle();
   second.key(KEY_F5, kPressed);
   settle();
-  first.key(KEY_F5, kLetGo);
+  first.key(KEY_F5, kReleased);
   settle();
-  EXPECT_THAT(heard_, ElementsAre("pressed"));
+  EXPECT_THAT(events_, ElementsAre("pressed"));
   second.unplug();
   settle();
-  EXPECT_THAT(heard_, ElementsAre("pressed", "released"));
+  EXPECT_THAT(events_, ElementsAre("pressed", "released"));
 }
 
-TEST_F(EvdevKeyWatchTest, AKeyboardWhoseRightsComeLateIsHeardOnceItMayBeRead) {
-  refused_.insert(folder_ / "event3");
+TEST_F(EvdevKeyWatchTest, AKeyboardIsReadOnceItsPermissionsAllowIt) {
+  refused_.insert(folder_.path() / "event3");
   const Plug other = plug("event1");
-  const auto opened = open();
+  const auto watch = open();
   const Plug keyboard = plug("event3");
   settle();
-  EXPECT_EQ(opened.watch->keyboardCount(), 1u);
+  EXPECT_EQ(keyboardCount_, 1);
   refused_.clear();
-  fs::permissions(folder_ / "event3", fs::perms::owner_all);
+  fs::permissions(folder_.path() / "event3", fs::perms::owner_all);
   settle();
-  EXPECT_EQ(opened.watch->keyboardCount(), 2u);
+  EXPECT_EQ(keyboardCount_, 2);
 }
 
-TEST_F(EvdevKeyWatchTest, WhereNoKeyboardMayBeReadTheReasonIsSaid) {
+TEST_F(EvdevKeyWatchTest, WithoutAReadableKeyboardTheErrorSaysWhy) {
   const Plug keyboard = plug("event0");
-  refused_.insert(folder_ / "event0");
-  const auto [watch, why] = open();
-  EXPECT_THAT(watch, IsNull());
-  EXPECT_THAT(why, ::testing::HasSubstr("members of their group"));
-  const auto nowhere = open("f5", folder_ / "missing");
-  EXPECT_THAT(nowhere.watch, IsNull());
-  EXPECT_THAT(nowhere.why, ::testing::StartsWith("there is no folder"));
+  refused_.insert(folder_.path() / "event0");
+  const auto watch = open();
+  ASSERT_FALSE(watch);
+  EXPECT_THAT(watch.error(), ::testing::HasSubstr("members of their group"));
+  const auto nowhere = open("f5", folder_.path() / "missing");
+  ASSERT_FALSE(nowhere);
+  EXPECT_THAT(nowhere.error(), ::testing::StartsWith("there is no folder"));
 }
 
-TEST_F(EvdevKeyWatchTest, FilesThatAreNoKeyboardsAreLeftAlone) {
-  std::ofstream(folder_ / "event0") << "text";
+TEST_F(EvdevKeyWatchTest, FilesThatAreNotKeyboardsAreIgnored) {
+  std::ofstream(folder_.path() / "event0") << "text";
   const Plug mouse = plug("mouse0");
-  const auto [watch, why] = open();
-  ASSERT_THAT(watch, NotNull()) << why;
-  EXPECT_EQ(watch->keyboardCount(), 0u);
+  const auto watch = open();
+  ASSERT_TRUE(watch) << watch.error();
+  EXPECT_EQ(keyboardCount_, 0);
 }
 
-TEST_F(EvdevKeyWatchTest, AHundredPluggingsLeaveNoDescriptorBehind) {
-  const auto opened = open();
+TEST_F(EvdevKeyWatchTest, AHundredKeyboardsPluggedAndUnpluggedLeakNoDescriptor) {
+  const auto watch = open();
   const auto count = [] {
     return std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator());
   };
@@ -247,17 +248,17 @@ TEST_F(EvdevKeyWatchTest, AHundredPluggingsLeaveNoDescriptorBehind) {
     keyboard.unplug();
     loop_.runFor(milliseconds(1));
   }
-  EXPECT_EQ(opened.watch->keyboardCount(), 0u);
+  EXPECT_EQ(keyboardCount_, 0);
   EXPECT_EQ(count(), before);
 }
 
-TEST_F(EvdevKeyWatchTest, TheKernelsLibraryTakesOnlyRealDevices) {
+TEST_F(EvdevKeyWatchTest, OnlyRealDevicesAreKeyboards) {
   const Plug pipe = plug("event0");
-  std::ofstream(folder_ / "event1") << "text";
+  std::ofstream(folder_.path() / "event1") << "text";
   for (const char* name : {"event0", "event1", "missing"}) {
-    const KeyboardFile file = LibevdevKeyboard::open(folder_ / name, KEY_F5);
-    EXPECT_THAT(file.keyboard, IsNull()) << name;
-    EXPECT_FALSE(file.isRefused) << name;
+    const OpenedKeyboard keyboard = openEvdevKeyboard(folder_.path() / name, KEY_F5);
+    ASSERT_FALSE(keyboard) << name;
+    EXPECT_EQ(keyboard.error(), NoKeyboard::notOne) << name;
   }
 }
 

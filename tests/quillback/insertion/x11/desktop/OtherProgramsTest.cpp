@@ -3,19 +3,19 @@
 namespace voxtrel::quillback {
 namespace {
 
-/// Typing into programs that are not ours, of other toolkits.
-class OtherProgramsTest : public TypingTest, public ::testing::WithParamInterface<const char*> {
+/// Typing into other programs, of other toolkits.
+class OtherProgramsTest : public TypingFixture, public ::testing::WithParamInterface<const char*> {
  protected:
   OtherProgramsTest() {
-    file_ = folder_ / "typed.txt";
+    file_ = folder_.path() / "typed.txt";
     setenv("LC_ALL", "C.UTF-8", 1);
     setenv("GSETTINGS_BACKEND", "memory", 1);
     setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent", 1);
-    setenv("HOME", folder_.c_str(), 1);
+    setenv("HOME", folder_.path().c_str(), 1);
     test::run(std::string("setxkbmap ") + GetParam());
   }
 
-  /// The first large window that is shown.
+  /// The first large window on the screen.
   static xcb_window_t shownWindow() {
     const auto server = XConnection::open();
     const auto tree =
@@ -36,10 +36,10 @@ class OtherProgramsTest : public TypingTest, public ::testing::WithParamInterfac
     field_.emplace(words);
     xcb_window_t window = XCB_NONE;
     ASSERT_TRUE(runUntil([&] { return (window = shownWindow()) != XCB_NONE && focus(window); }));
-    runFor(std::chrono::milliseconds(500));  // until its first screen is drawn
+    runFor(std::chrono::milliseconds(500));  // until it has drawn itself
     focus(window);
   }
-  /// Content once the keys that save it have been pressed.
+  /// The content after pressing the keys that save it.
   std::string saved(const std::string& keys, const std::string& expected) {
     for (int i = 0; i < 20 && content() != expected; ++i) {
       test::run("xdotool key " + keys);

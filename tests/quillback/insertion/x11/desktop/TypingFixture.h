@@ -5,30 +5,23 @@
 #include <optional>
 
 #include "quillback/insertion/x11/XTestTyper.h"
-#include "support/X11Test.h"
+#include "support/ScratchFolder.h"
+#include "support/X11Fixture.h"
 
 namespace voxtrel::quillback {
 
 inline const std::string kEverything = "Grüße, ñ, Ж, 你好, 😀 \"quotes\" \\ @ € | ~";
 
 /// A test with a text field and a typer.
-class TypingTest : public X11Test {
+class TypingFixture : public X11Fixture {
  protected:
-  TypingTest() {
-    std::string name =
-        (std::filesystem::temp_directory_path() / "quillback-typing-XXXXXX").string();
-    if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("no scratch folder");
-    folder_ = name;
-  }
-  ~TypingTest() override { std::filesystem::remove_all(folder_); }
-
   void openField(const std::string& name = "field") {
     setenv("QT_QPA_PLATFORM", "xcb", 1);
-    file_ = folder_ / name;
+    file_ = folder_.path() / name;
     field_.emplace(std::vector<std::string>{TEXT_FIELD, file_.string()});
     ASSERT_TRUE(runUntil([&] { return focusField() && std::filesystem::exists(file_); }));
   }
-  /// There is no window manager to do it. False while the window is not there.
+  /// Without a window manager the test sets the focus. False until the window exists.
   bool focusField() {
     std::ifstream in(file_.string() + ".window");
     xcb_window_t window = XCB_NONE;
@@ -41,9 +34,11 @@ class TypingTest : public X11Test {
   }
   XTestTyper& typer() {
     if (!typer_) {
-      typer_ = XTestTyper::open(loop_, ownKeys_, [this](const auto& text, const auto& why) {
-                 refused_.push_back(text + ": " + why);
-               }).typer;
+      auto opened = XTestTyper::open(loop_, ownKeys_, [this](const auto& text, const auto& why) {
+        refused_.push_back(text + ": " + why);
+      });
+      if (!opened) throw std::runtime_error(opened.error());
+      typer_ = std::move(*opened);
     }
     return *typer_;
   }
@@ -51,19 +46,19 @@ class TypingTest : public X11Test {
     std::ifstream in(file_);
     return {std::istreambuf_iterator<char>(in), {}};
   }
-  /// Types and waits until everything is restored.
+  /// Types and waits until the keyboard is restored.
   void type(const std::string& text) {
     typer().type(text);
     ASSERT_TRUE(runUntil([&] { return typer().isIdle(); }));
   }
-  /// What the field has after typing `text`, as soon as that is `expected`, else after a while.
+  /// The field's content after typing `text`, as soon as it is `expected`, else after the limit.
   std::string typed(const std::string& text, const std::string& expected) {
     type(text);
     runUntil([&] { return content() == expected; });
     return content();
   }
   std::string typed(const std::string& text) { return typed(text, text); }
-  /// xkbcomp leaves out the keys that have no name.
+  /// With xmodmap, because xkbcomp leaves out keys without a name.
   static std::string keymap() {
     return test::outputOf("xkbcomp $DISPLAY - 2>/dev/null") + test::outputOf("xmodmap -pke");
   }
@@ -77,7 +72,7 @@ class TypingTest : public X11Test {
     return pressed;
   }
 
-  std::filesystem::path folder_;
+  ScratchFolder folder_;
   std::filesystem::path file_;
   std::optional<test::RunningProgram> field_;
   std::unique_ptr<XTestTyper> typer_;

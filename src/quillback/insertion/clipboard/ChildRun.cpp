@@ -1,4 +1,4 @@
-#include "quillback/insertion/helpers/ChildRun.h"
+#include "quillback/insertion/clipboard/ChildRun.h"
 
 #include <fcntl.h>
 #include <spawn.h>
@@ -13,7 +13,7 @@
 namespace voxtrel::quillback {
 namespace {
 
-/// A file in memory: however long the text, nobody waits for the program to read it.
+/// A file in memory with the text. Unlike a pipe it takes any length without waiting for the reader.
 FileDescriptor fileWith(const std::string& text) {
   FileDescriptor file(memfd_create("quillback-text", MFD_CLOEXEC));
   std::size_t written = 0;
@@ -26,10 +26,10 @@ FileDescriptor fileWith(const std::string& text) {
   return file;
 }
 
-/// How the program starts: our signals' treatment is none of its business.
-class Setup {
+/// Spawn attributes: default signal handlers, empty mask, `input` as standard input, no output.
+class SpawnSetup {
  public:
-  explicit Setup(int input) {
+  explicit SpawnSetup(int input) {
     posix_spawn_file_actions_init(&actions_);
     posix_spawn_file_actions_adddup2(&actions_, input, STDIN_FILENO);
     posix_spawn_file_actions_addopen(&actions_, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
@@ -43,14 +43,14 @@ class Setup {
     posix_spawnattr_setsigdefault(&attributes_, &all);
     posix_spawnattr_setflags(&attributes_, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
   }
-  Setup(const Setup&) = delete;
-  Setup& operator=(const Setup&) = delete;
-  ~Setup() {
+  SpawnSetup(const SpawnSetup&) = delete;
+  SpawnSetup& operator=(const SpawnSetup&) = delete;
+  ~SpawnSetup() {
     posix_spawn_file_actions_destroy(&actions_);
     posix_spawnattr_destroy(&attributes_);
   }
 
-  /// 0 where the program cannot be started.
+  /// Returns 0 if the program cannot be started.
   pid_t spawn(char* const* words) const {
     pid_t child = 0;
     return posix_spawnp(&child, words[0], &actions_, &attributes_, words, environ) == 0 ? child : 0;
@@ -72,9 +72,8 @@ std::unique_ptr<ChildRun> ChildRun::start(const std::vector<std::string>& words,
   pointers.reserve(copies.size() + 1);
   for (std::string& copy : copies) pointers.push_back(copy.data());
   pointers.push_back(nullptr);
-  const pid_t child = Setup(file.get()).spawn(pointers.data());
+  const pid_t child = SpawnSetup(file.get()).spawn(pointers.data());
   if (child == 0) return nullptr;
-  // The constructor is private.
   std::unique_ptr<ChildRun> run(new ChildRun(child, std::move(onEnd)));
   run->watch_ = loop.watch(run->process_.get(), [self = run.get()] { self->handleEnd(); });
   return run;

@@ -8,20 +8,19 @@
 
 #include "quillback/keys/OwnKeys.h"
 #include "quillback/keys/x11/XInput2KeyWatch.h"
-#include "quillback/ports/Output.h"
 #include "support/PollLoop.h"
 #include "support/VirtualDisplay.h"
 
 namespace voxtrel::quillback {
 
-/// A test with an X server of its own and a loop in real time.
-class X11Test : public ::testing::Test {
+/// A test with its own X server and a loop in real time.
+class X11Fixture : public ::testing::Test {
  protected:
-  static constexpr std::chrono::milliseconds kQuiet{80};
+  static constexpr std::chrono::milliseconds kSettle{80};
   static constexpr std::chrono::seconds kLimit{30};
 
   void runFor(std::chrono::milliseconds span) { loop_.runFor(span); }
-  /// False where it was not so within the limit.
+  /// False if `isSo` does not hold within the limit.
   bool runUntil(const std::function<bool()>& isSo) {
     const auto end = loop_.now() + kLimit;
     while (!isSo()) {
@@ -30,19 +29,19 @@ class X11Test : public ::testing::Test {
     }
     return true;
   }
-  /// Watches a key; what it does is in heard_.
-  XInput2KeyWatch::Opened watchKey(std::string_view name) {
+  /// Watches a key and notes its events.
+  auto watchKey(std::string_view name) {
     return XInput2KeyWatch::open(*hotkeyNamed(name),
-                                 {.onPressed = [this] { heard_.emplace_back("pressed"); },
-                                  .onReleased = [this] { heard_.emplace_back("released"); },
-                                  .onCancelled = [this] { heard_.emplace_back("cancelled"); }},
-                                 ownKeys_, loop_, [this] { heard_.emplace_back("lost"); });
+                                 {.onPressed = [this] { events_.emplace_back("pressed"); },
+                                  .onReleased = [this] { events_.emplace_back("released"); },
+                                  .onCancelled = [this] { events_.emplace_back("cancelled"); }},
+                                 ownKeys_, loop_, [this] { events_.emplace_back("lost"); });
   }
 
   test::VirtualDisplay display_;
   test::PollLoop loop_;
   OwnKeys ownKeys_{loop_};
-  std::vector<std::string> heard_;
+  std::vector<std::string> events_;
 };
 
 }  // namespace voxtrel::quillback

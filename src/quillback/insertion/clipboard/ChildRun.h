@@ -9,15 +9,16 @@
 
 namespace voxtrel::quillback {
 
-/// A small program that is run beside us and waited for without blocking.
-/// Thread: the loop's.  Owns: its handle. Destroying it leaves the program running.
+/// A small program that runs in the background. Destroying this leaves the program running.
+/// Thread: the loop's.  Owns: the process descriptor.
+/// Fails by: null from `start`; an exit status other than 0.
 class ChildRun {
  public:
   using OnEnd = std::function<void(int exitStatus)>;
 
-  /// Runs `words` (the program, looked up in $PATH, and its arguments) with `input` as its standard
-  /// input and without any output. Nothing where it cannot be started. `onEnd` is called once and may
-  /// destroy the run.
+  /// Runs `words` (a program, looked up in $PATH, and its arguments) with `input` as its standard
+  /// input; its output is discarded. `onEnd` gets the exit status, or -1 after a signal, and may
+  /// destroy this.
   [[nodiscard]] static std::unique_ptr<ChildRun> start(const std::vector<std::string>& words,
                                                        const std::string& input, Loop& loop,
                                                        OnEnd onEnd);

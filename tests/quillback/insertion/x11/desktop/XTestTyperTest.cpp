@@ -7,14 +7,17 @@ using test::outputOf;
 using test::run;
 using ::testing::IsEmpty;
 
-class TypingInLayoutTest : public TypingTest, public ::testing::WithParamInterface<const char*> {};
+class XTestTyperTest : public TypingFixture {};
+
+class TypingInLayoutTest : public TypingFixture,
+                           public ::testing::WithParamInterface<const char*> {};
 INSTANTIATE_TEST_SUITE_P(Layouts, TypingInLayoutTest,
                          ::testing::Values("us", "de", "fr", "ru", "gr,us", "us -variant intl"),
                          [](const auto& parameter) {
                            return "Layout" + std::to_string(parameter.index);
                          });
 
-TEST_P(TypingInLayoutTest, AnyTextArrivesAsItIsAndTheKeymapIsAsBefore) {
+TEST_P(TypingInLayoutTest, AnyTextArrivesUnchangedAndTheKeymapIsRestored) {
   run(std::string("setxkbmap ") + GetParam());
   openField();
   const std::string before = keymap();
@@ -26,7 +29,7 @@ TEST_P(TypingInLayoutTest, AnyTextArrivesAsItIsAndTheKeymapIsAsBefore) {
   EXPECT_THAT(pressedKeys(), IsEmpty());
 }
 
-TEST_F(TypingTest, LettersOfTheLayoutNeedNoOtherKeymap) {
+TEST_F(XTestTyperTest, CharactersOfTheLayoutNeedNoKeymapChange) {
   openField();
   typer().type("The quick brown fox, 1 + 1 = 2!");
   const std::string during = keymap();
@@ -35,7 +38,7 @@ TEST_F(TypingTest, LettersOfTheLayoutNeedNoOtherKeymap) {
   EXPECT_TRUE(runUntil([&] { return content() == "The quick brown fox, 1 + 1 = 2!"; }));
 }
 
-TEST_F(TypingTest, ModifiersStillHeldChangeNothing) {
+TEST_F(XTestTyperTest, HeldModifiersChangeNothing) {
   openField();
   std::string expected;
   for (const std::string held : {"50", "37", "133", "134", "64", "105 keydown 62"}) {
@@ -47,7 +50,7 @@ TEST_F(TypingTest, ModifiersStillHeldChangeNothing) {
   }
 }
 
-TEST_F(TypingTest, CapsLockChangesNothingAndStaysOn) {
+TEST_F(XTestTyperTest, CapsLockChangesNothingAndStaysOn) {
   openField();
   run("xdotool key Caps_Lock");
   EXPECT_EQ(typed("Aa Ññ"), "Aa Ññ");
@@ -56,7 +59,7 @@ TEST_F(TypingTest, CapsLockChangesNothingAndStaysOn) {
   EXPECT_EQ(outputOf("xset q | grep -o 'Caps Lock: *off' | tr -d ' '"), "CapsLock:off\n");
 }
 
-TEST_F(TypingTest, MoreForeignCharactersThanSpareKeysArriveInBatches) {
+TEST_F(XTestTyperTest, MoreForeignCharactersThanSpareKeysArriveInBatches) {
   openField();
   std::string text;
   for (char32_t c = 0x4E00; c < 0x4E00 + 60; ++c) {
@@ -68,7 +71,7 @@ TEST_F(TypingTest, MoreForeignCharactersThanSpareKeysArriveInBatches) {
   EXPECT_EQ(keymap(), before);
 }
 
-TEST_F(TypingTest, AProgramThatIsLateStillReadsEachBatchByItsOwnCharacters) {
+TEST_F(XTestTyperTest, ASlowClientReadsEachBatchByItsOwnKeymap) {
   openField();
   const std::string text = "абвгдежзийклмнопрстуфхцчшщъыьэюя";
   kill(field_->processId(), SIGSTOP);
@@ -78,7 +81,7 @@ TEST_F(TypingTest, AProgramThatIsLateStillReadsEachBatchByItsOwnCharacters) {
   EXPECT_TRUE(runUntil([&] { return content() == text && typer().isIdle(); })) << content();
 }
 
-TEST_F(TypingTest, AProgramThatHangsIsNotWaitedForForEver) {
+TEST_F(XTestTyperTest, AHungClientIsTimedOut) {
   const std::string before = keymap();
   openField();
   kill(field_->processId(), SIGSTOP);
@@ -87,7 +90,7 @@ TEST_F(TypingTest, AProgramThatHangsIsNotWaitedForForEver) {
   kill(field_->processId(), SIGCONT);
 }
 
-TEST_F(TypingTest, ALongTextArrivesWhole) {
+TEST_F(XTestTyperTest, ALongTextArrivesWhole) {
   openField();
   std::string text;
   for (int i = 0; i < 60; ++i) text += "Word " + std::to_string(i) + "; ";
@@ -95,7 +98,7 @@ TEST_F(TypingTest, ALongTextArrivesWhole) {
   EXPECT_EQ(typed(text), text);
 }
 
-TEST_F(TypingTest, ABlankGoesBetweenTextsInTheSameWindowOnly) {
+TEST_F(XTestTyperTest, ASpaceGoesBetweenTextsInTheSameWindowOnly) {
   openField("first");
   EXPECT_EQ(typed("one"), "one");
   typer().type("two");
@@ -107,37 +110,38 @@ TEST_F(TypingTest, ABlankGoesBetweenTextsInTheSameWindowOnly) {
   EXPECT_EQ(typed("five", "four five"), "four five");
 }
 
-TEST_F(TypingTest, OurKeysAreNotTakenForTheHotkeyButTheUsersAre) {
+TEST_F(XTestTyperTest, OnlyTheUsersKeysCountAsTheHotkey) {
   run("setxkbmap de");
   openField();
-  const auto [watch, why] = watchKey("right_opt");
-  ASSERT_TRUE(watch) << why;
+  const auto watch = watchKey("right_opt");
+  ASSERT_TRUE(watch) << watch.error();
   run("xdotool keydown 108");
-  runFor(kQuiet);
-  EXPECT_THAT(heard_, ::testing::ElementsAre("pressed"));
+  runFor(kSettle);
+  EXPECT_THAT(events_, ::testing::ElementsAre("pressed"));
   EXPECT_EQ(typed("@ € @"), "@ € @");
-  EXPECT_THAT(heard_, ::testing::ElementsAre("pressed")) << "AltGr was typed, nobody let go";
+  EXPECT_THAT(events_, ::testing::ElementsAre("pressed"))
+      << "AltGr was typed; the user still holds the hotkey";
   run("xdotool keyup 108");
-  runFor(kQuiet);
+  runFor(kSettle);
   run("xdotool key 108");
-  runFor(kQuiet);
-  EXPECT_THAT(heard_, ::testing::ElementsAre("pressed", "released", "pressed", "released"));
+  runFor(kSettle);
+  EXPECT_THAT(events_, ::testing::ElementsAre("pressed", "released", "pressed", "released"));
 }
 
-TEST_F(TypingTest, AKeyPressedByTheUserInTheMiddleIsHeard) {
+TEST_F(XTestTyperTest, AKeyPressedByTheUserMeanwhileIsReported) {
   openField();
-  const auto [watch, why] = watchKey("right_cmd");
-  ASSERT_TRUE(watch) << why;
+  const auto watch = watchKey("right_cmd");
+  ASSERT_TRUE(watch) << watch.error();
   typer().type("Ж and more");
   run("xdotool keydown 134");
   EXPECT_TRUE(runUntil([&] { return typer().isIdle(); }));
   run("xdotool keyup 134");
-  runFor(kQuiet);
-  EXPECT_THAT(heard_, ::testing::ElementsAre("pressed", "released"));
+  runFor(kSettle);
+  EXPECT_THAT(events_, ::testing::ElementsAre("pressed", "released"));
   EXPECT_EQ(content(), "Ж and more");
 }
 
-TEST_F(TypingTest, EndingInTheMiddleRestoresAtOnceAndLeavesNoKeyPressed) {
+TEST_F(XTestTyperTest, DestroyingItInTheMiddleRestoresAtOnceAndLeavesNoKeyPressed) {
   const std::string before = keymap();
   run("xdotool key Caps_Lock");
   openField();
@@ -150,13 +154,13 @@ TEST_F(TypingTest, EndingInTheMiddleRestoresAtOnceAndLeavesNoKeyPressed) {
   EXPECT_EQ(keymap(), before);
   EXPECT_THAT(pressedKeys(), IsEmpty());
   EXPECT_EQ(outputOf("xset q | grep -o 'Caps Lock: *on' | tr -d ' '"), "CapsLock:on\n");
-  EXPECT_LT(content().size(), 2000u) << "it was not in the middle";
+  EXPECT_LT(content().size(), 2000u) << "the text was complete already";
 }
 
-TEST_F(TypingTest, ALayoutChosenMeanwhileIsNotTouched) {
+TEST_F(XTestTyperTest, ALayoutChosenMeanwhileIsKept) {
   openField();
   typer().type("Ж");
-  runFor(kQuiet);
+  runFor(kSettle);
   const std::string spare = outputOf(
       "xmodmap -pke | sed -n 's/^keycode *\\([0-9]*\\) = Cyrillic_ZHE.*/\\1/p' | tr -d '\\n'");
   ASSERT_NE(spare, "");
@@ -167,16 +171,16 @@ TEST_F(TypingTest, ALayoutChosenMeanwhileIsNotTouched) {
   EXPECT_EQ(keymap(), chosen);
 }
 
-TEST_F(TypingTest, WithoutAFocusedWindowTheTextIsRefused) {
+TEST_F(XTestTyperTest, WithoutAFocusedWindowTheTextIsRefused) {
   const auto server = XConnection::open();
   xcb_set_input_focus(server->get(), XCB_INPUT_FOCUS_NONE, XCB_NONE, XCB_CURRENT_TIME);
   server->flush();
-  runFor(kQuiet);
+  runFor(kSettle);
   typer().type("hello");
   EXPECT_THAT(refused_, ::testing::ElementsAre("hello: no window has the focus"));
 }
 
-TEST_F(TypingTest, AServerThatDiesInTheMiddleRefusesTheNextText) {
+TEST_F(XTestTyperTest, AServerThatDiesInTheMiddleRefusesTheNextText) {
   openField();
   typer().type("Ж");
   display_.kill();
@@ -185,11 +189,11 @@ TEST_F(TypingTest, AServerThatDiesInTheMiddleRefusesTheNextText) {
   EXPECT_THAT(refused_, ::testing::ElementsAre("next: the X server is gone"));
 }
 
-TEST_F(TypingTest, AServerWithoutFakeKeysIsNoPlaceToType) {
+TEST_F(XTestTyperTest, AServerWithoutXTestIsAnError) {
   const test::VirtualDisplay poor({"-extension", "XTEST"});
-  const auto [typer, why] = XTestTyper::open(loop_, ownKeys_, nullptr);
-  EXPECT_FALSE(typer);
-  EXPECT_EQ(why, "the X server has no XTEST extension");
+  const auto typer = XTestTyper::open(loop_, ownKeys_, nullptr);
+  ASSERT_FALSE(typer);
+  EXPECT_EQ(typer.error(), "the X server has no XTEST extension");
 }
 
 }  // namespace

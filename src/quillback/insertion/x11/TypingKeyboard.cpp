@@ -1,0 +1,109 @@
+#include "quillback/insertion/x11/TypingKeyboard.h"
+
+#include <xcb/xtest.h>
+#include <xkbcommon/xkbcommon.h>
+
+#include <array>
+#include <utility>
+
+#include "common/x11/XcbXkb.h"
+
+namespace voxtrel::quillback {
+namespace {
+
+/// All modifiers except those of Num Lock and Scroll Lock, which do not change what we type.
+constexpr std::uint8_t kLocks = XCB_MOD_MASK_SHIFT | XCB_MOD_MASK_LOCK | XCB_MOD_MASK_CONTROL |
+                                XCB_MOD_MASK_1 | XCB_MOD_MASK_4 | XCB_MOD_MASK_5;
+constexpr std::uint8_t kAllModifiers = 0xFF;
+
+}  // namespace
+
+TypingKeyboard::~TypingKeyboard() {
+  restoreSpares();
+  restoreLocks();
+}
+
+void TypingKeyboard::send(std::uint8_t code, bool isDown) {
+  const std::uint8_t event = isDown ? XCB_KEY_PRESS : XCB_KEY_RELEASE;
+  xcb_test_fake_input(server_.get(), event, code, XCB_CURRENT_TIME, XCB_NONE, 0, 0, 0);
+  ownKeys_.sent(code, isDown);
+}
+
+void TypingKeyboard::releaseHeldKeys() {
+  const auto held = server_.reply<xcb_query_keymap_reply_t>(xcb_query_keymap(server_.get()));
+  if (!held) return;
+  for (unsigned code = 0; code < 8 * sizeof held->keys; ++code) {
+    if ((held->keys[code / 8] >> (code % 8) & 1) == 0) continue;
+    send(static_cast<std::uint8_t>(code), false);
+  }
+}
+
+void TypingKeyboard::turnLocksOff() {
+  const auto state = server_.reply<xcb_xkb_get_state_reply_t>(
+      xcb_xkb_get_state(server_.get(), XCB_XKB_ID_USE_CORE_KBD));
+  if (!state) return;
+  const auto locked = static_cast<std::uint8_t>(state->lockedMods & kLocks);
+  if (locked == 0 && state->latchedMods == 0) return;
+  locksTurnedOff_ |= locked;
+  xcb_xkb_latch_lock_state(server_.get(), XCB_XKB_ID_USE_CORE_KBD, locked, 0, 0, 0, kAllModifiers,
+                           0, 0);
+}
+
+void TypingKeyboard::releaseAll() {
+  releaseHeldKeys();
+  turnLocksOff();
+}
+
+void TypingKeyboard::press(const KeyStroke& stroke, const KeyTable& table) {
+  if (stroke.shift) send(table.shiftCode, true);
+  if (stroke.level3) send(table.level3Code, true);
+  send(stroke.code, true);
+  send(stroke.code, false);
+  if (stroke.level3) send(table.level3Code, false);
+  if (stroke.shift) send(table.shiftCode, false);
+}
+
+void TypingKeyboard::restoreLocks() {
+  const auto locks = std::exchange(locksTurnedOff_, std::uint8_t{0});
+  if (locks == 0) return;
+  xcb_xkb_latch_lock_state(server_.get(), XCB_XKB_ID_USE_CORE_KBD, locks, locks, 0, 0, 0, 0, 0);
+  server_.flush();
+}
+
+void TypingKeyboard::map(std::uint8_t code, xcb_keysym_t keysym) {
+  const std::array<xcb_keysym_t, 2> levels = {keysym, keysym};
+  xcb_change_keyboard_mapping(server_.get(), 1, code, static_cast<std::uint8_t>(levels.size()),
+                              levels.data());
+}
+
+void TypingKeyboard::assignSpares(const std::map<std::uint8_t, char32_t>& characters) {
+  for (const auto& [code, character] : characters) {
+    const xcb_keysym_t keysym = xkb_utf32_to_keysym(character);
+    // Each change makes every program on the desktop read its keymap again.
+    if (const auto old = assigned_.find(code); old != assigned_.end() && old->second == keysym) {
+      continue;
+    }
+    map(code, keysym);
+    assigned_[code] = keysym;
+  }
+  server_.flush();
+}
+
+void TypingKeyboard::restoreSpares() {
+  if (assigned_.empty()) return;
+  std::map<std::uint8_t, xcb_get_keyboard_mapping_cookie_t> requests;
+  for (const auto& [code, keysym] : assigned_) {
+    requests.emplace(code, xcb_get_keyboard_mapping(server_.get(), code, 1));
+  }
+  for (const auto& [code, request] : requests) {
+    const auto current = server_.reply<xcb_get_keyboard_mapping_reply_t>(request);
+    const bool isOurs =
+        !current || (current->keysyms_per_keycode > 0 &&
+                     *xcb_get_keyboard_mapping_keysyms(current.get()) == assigned_[code]);
+    if (isOurs) map(code, XCB_NO_SYMBOL);
+  }
+  assigned_.clear();
+  server_.flush();
+}
+
+}  // namespace voxtrel::quillback

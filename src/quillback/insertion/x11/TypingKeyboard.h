@@ -1,0 +1,49 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+
+#include "common/x11/XConnection.h"
+#include "quillback/insertion/x11/KeyTable.h"
+#include "quillback/keys/OwnKeys.h"
+
+namespace voxtrel::quillback {
+
+/// The server's keyboard while we type on it. Each stroke's presses and releases are sent together, so
+/// no key stays pressed. Destroying this restores locks and spare keys.
+/// Thread: the loop's.  Borrows: XConnection, OwnKeys (must outlive this).
+class TypingKeyboard {
+ public:
+  TypingKeyboard(const XConnection& server, OwnKeys& ownKeys)
+      : server_(server), ownKeys_(ownKeys) {}
+  TypingKeyboard(const TypingKeyboard&) = delete;
+  TypingKeyboard& operator=(const TypingKeyboard&) = delete;
+  ~TypingKeyboard();
+
+  /// Releases all held keys and turns off Caps Lock and the like, which would change what the next
+  /// strokes write. A released key is not pressed again: if its user has let go of it meanwhile, it
+  /// would stay pressed.
+  void releaseAll();
+  void press(const KeyStroke& stroke, const KeyTable& table);
+  /// Turns on again what releaseAll turned off.
+  void restoreLocks();
+
+  /// Makes these keys write these characters, with Shift or without.
+  void assignSpares(const std::map<std::uint8_t, char32_t>& characters);
+  /// Makes the spare keys do nothing again, except those that a new keymap uses.
+  void restoreSpares();
+  bool hasAssignedSpares() const { return !assigned_.empty(); }
+
+ private:
+  void releaseHeldKeys();
+  void turnLocksOff();
+  void send(std::uint8_t code, bool isDown);
+  void map(std::uint8_t code, xcb_keysym_t keysym);
+
+  const XConnection& server_;
+  OwnKeys& ownKeys_;
+  std::uint8_t locksTurnedOff_ = 0;
+  std::map<std::uint8_t, xcb_keysym_t> assigned_;
+};
+
+}  // namespace voxtrel::quillback
