@@ -18,16 +18,16 @@ inline Nanoseconds nowNs() {
   return std::chrono::steady_clock::now().time_since_epoch().count();
 }
 
-/// What the timed engine is told and what it notes, in memory that it shares with the benchmark.
+/// Memory shared by the benchmark and the timed engine: what to do, and the times of what it did.
 struct EngineTimes {
-  static constexpr std::size_t kMostLines = 4096;
+  static constexpr std::size_t kMaxLines = 4096;
 
   std::atomic<int> linesToWrite;
   std::atomic<Nanoseconds> mainEntered;
   std::atomic<Nanoseconds> exiting;
-  std::array<std::atomic<Nanoseconds>, kMostLines> written;
+  std::array<std::atomic<Nanoseconds>, kMaxLines> written;
 
-  /// The memory behind the file beside `engine`; null if that is not to be had.
+  /// Maps the file next to `engine`; null on failure.
   static EngineTimes* shareWith(const std::string& engine) {
     const int file = ::open((engine + ".times").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
     if (file < 0 || ::ftruncate(file, sizeof(EngineTimes)) != 0) return nullptr;

@@ -1,4 +1,4 @@
-// The least that notices a key under X11, whatever has the focus: it prints a line for each press.
+// A minimal program that prints a line for each press of a key under X11, whatever has the focus.
 
 #include <unistd.h>
 #include <xcb/xcb.h>

@@ -1,6 +1,6 @@
-// engine_key ENGINE LISTENER: how long it takes from a key's press to the line about it in its parent's
-// hands, for the engine and for the least program that does the same. Both are started in turn and
-// never run together. Needs an X server and a sound server; bench/run_engine.py brings them up.
+// engine_key ENGINE LISTENER: the time from a key's press until its line reaches the parent process, for
+// the engine and for a minimal program that does the same. They run in turn, never together. Needs an
+// X server and a sound server; bench/run_engine.py starts them.
 
 #include <spawn.h>
 #include <sys/wait.h>
@@ -22,12 +22,13 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using Milliseconds = std::chrono::duration<double, std::milli>;
 
-constexpr int kTurns = 5;
+constexpr int kRounds = 5;
 constexpr int kPresses = 21;
 constexpr std::uint8_t kRightSuper = 134;
 constexpr std::chrono::milliseconds kPause{60};
 
-/// A program whose lines are read here.
+/// A running program and the lines it prints.
+/// Thread: one.  Owns: the process.
 class Contender {
  public:
   explicit Contender(const char* program) {
@@ -62,7 +63,6 @@ class Contender {
     }
     text_.erase(0, text_.find(line) + line.size());
   }
-  void forget() { text_.clear(); }
 
  private:
   pid_t pid_ = 0;
@@ -103,7 +103,7 @@ int main(int argumentCount, char** arguments) {
   if (argumentCount != 3 || xcb_connection_has_error(server) != 0) return 1;
   std::vector<double> engine;
   std::vector<double> bare;
-  for (int turn = 0; turn < kTurns; ++turn) {
+  for (int round = 0; round < kRounds; ++round) {
     measure(server, arguments[1], true, engine);
     measure(server, arguments[2], false, bare);
   }

@@ -11,8 +11,8 @@
 
 namespace voxtrel::quillback::test {
 
-/// A loop whose time stands still until `advance`. Posted tasks run in `runPosted` or `advance`.
-/// It watches no descriptors.
+/// A loop whose clock moves only in `advance`. Posted tasks run in `runPosted` or `advance`. It watches
+/// no descriptors.
 /// Thread: one.
 class ManualLoop final : public Loop {
  public:
@@ -30,7 +30,7 @@ class ManualLoop final : public Loop {
 
   TimePoint now() const override { return now_; }
 
-  /// Runs everything posted, also what that posts.
+  /// Runs all posted tasks, including those they post.
   void runPosted() {
     while (!posted_.empty()) {
       const Task task = std::move(posted_.front());
@@ -39,7 +39,7 @@ class ManualLoop final : public Loop {
     }
   }
 
-  /// Runs what is posted, then every timer due within `span` at its time, in order.
+  /// Runs posted tasks, then every timer due within `span`, in order and at its time.
   void advance(std::chrono::milliseconds span) {
     const TimePoint end = now_ + span;
     runPosted();
@@ -52,7 +52,6 @@ class ManualLoop final : public Loop {
     now_ = end;
   }
 
-  std::size_t timerCount() const { return timers_->size(); }
   bool isIdle() const { return posted_.empty() && timers_->empty(); }
 
  private:

@@ -13,7 +13,7 @@
 
 namespace voxtrel::quillback::test {
 
-/// A loop in real time that runs for as long as a test says, again and again.
+/// A loop in real time that a test can run repeatedly, each time for a given span.
 /// Thread: one.
 class PollLoop final : public Loop {
  public:
@@ -87,7 +87,7 @@ class PollLoop final : public Loop {
     for (std::size_t i = 0; i < ids.size(); ++i) {
       const auto watched = watches_->find(ids[i]);
       if (descriptors[i].revents == 0 || watched == watches_->end()) continue;
-      Task(watched->second.second)();  // a copy: the task may end its own watch
+      Task(watched->second.second)();  // a copy: the task may destroy its watch
     }
   }
 

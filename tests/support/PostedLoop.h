@@ -11,8 +11,8 @@
 
 namespace voxtrel::quillback::test {
 
-/// A loop that runs what other threads post while somebody waits for something. It has no timers
-/// and watches no descriptors.
+/// Runs the tasks that other threads post, while the test waits for something. It has no timers and
+/// watches no descriptors.
 /// Thread: `post` from any; the others from one.
 class PostedLoop final : public Loop {
  public:
@@ -33,7 +33,7 @@ class PostedLoop final : public Loop {
 
   TimePoint now() const override { return std::chrono::steady_clock::now(); }
 
-  /// Runs tasks until `isDone`; false where that takes longer than anything here may.
+  /// Runs tasks until `isDone`; false if that does not happen within `limit`.
   bool runUntil(const std::function<bool()>& isDone,
                 std::chrono::milliseconds limit = std::chrono::seconds(60)) {
     const TimePoint end = now() + limit;

@@ -16,7 +16,7 @@
 
 namespace voxtrel::quillback::test {
 
-/// A program that runs for as long as this lives.
+/// A program that runs while this lives.
 /// Thread: one.  Owns: the process.
 class RunningProgram {
  public:
@@ -48,7 +48,7 @@ class RunningProgram {
   pid_t process_ = 0;
 };
 
-/// An X server without a screen, on a free display, which is $DISPLAY from then on.
+/// An X server without a screen, on a free display number, to which it sets $DISPLAY.
 /// Thread: one.  Owns: the server.
 class VirtualDisplay {
  public:
@@ -69,7 +69,7 @@ class VirtualDisplay {
     if (pipe2(ends.data(), O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
     return ends;
   }
-  /// The server writes its number and the line's end one after the other.
+  /// The server writes its number and the newline separately.
   static std::string readLine(int from) {
     constexpr int kStartLimitMs = 10'000;
     std::string line;
@@ -93,7 +93,7 @@ class VirtualDisplay {
   RunningProgram server_;
 };
 
-/// What a shell command prints; it must succeed.
+/// The output of a shell command, which must succeed.
 inline std::string outputOf(const std::string& command) {
   FILE* out = popen(("timeout 20 " + command).c_str(), "re");
   if (out == nullptr) throw std::runtime_error("no shell");
