@@ -12,7 +12,7 @@
 #include "common/base/Utf8.h"
 #include "quillback/dictation/PrintedLines.h"
 #include "quillback/settings/EngineSettings.h"
-#include "support/DictationBench.h"
+#include "support/DictationFixture.h"
 #include "support/EngineWords.h"
 #include "support/RandomText.h"
 #include "voxtrel/download/SetupOutput.h"
@@ -109,14 +109,14 @@ TEST(EngineOutput, WordsThatAreOneLineOfTextAreNotChanged) {
 }
 
 /// A dictation whose lines go to the application's reader.
-class Conversation : public DictationTest {
+class Conversation : public DictationFixture {
  protected:
   /// One recording, from the key's press to its words.
   void dictate(const std::string& words) {
     hold(1s);
     readLines();
     EXPECT_EQ(state_, AppState::recording);
-    letGo();
+    release();
     readLines();
     EXPECT_EQ(state_, AppState::processing);
     understand(words);

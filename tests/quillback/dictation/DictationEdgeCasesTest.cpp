@@ -1,6 +1,6 @@
 #include <gmock/gmock.h>
 
-#include "quillback/dictation/DictationFixture.h"
+#include "support/DictationFixture.h"
 
 namespace voxtrel::quillback {
 namespace {
