@@ -20,22 +20,23 @@ inline std::vector<std::string> wordsOf(const std::string& text) {
   return words;
 }
 
-/// Words of `said` less the edits (insertions, deletions, replacements) that lead to `heard`; at least 0.
+/// Number of words in `said` minus the edits (insertions, deletions, replacements) that lead to
+/// `recognised`; at least 0.
 inline std::size_t countOfRightWords(const std::vector<std::string>& said,
-                                     const std::vector<std::string>& heard) {
-  std::vector<std::size_t> edits(heard.size() + 1);
+                                     const std::vector<std::string>& recognised) {
+  std::vector<std::size_t> edits(recognised.size() + 1);
   std::iota(edits.begin(), edits.end(), std::size_t{0});
   for (std::size_t row = 1; row <= said.size(); ++row) {
     std::size_t diagonal = std::exchange(edits[0], row);
-    for (std::size_t at = 1; at <= heard.size(); ++at) {
-      const std::size_t replaced = diagonal + (said[row - 1] == heard[at - 1] ? 0U : 1U);
+    for (std::size_t at = 1; at <= recognised.size(); ++at) {
+      const std::size_t replaced = diagonal + (said[row - 1] == recognised[at - 1] ? 0U : 1U);
       diagonal = std::exchange(edits[at], std::min({edits[at] + 1, edits[at - 1] + 1, replaced}));
     }
   }
   return said.size() - std::min(said.size(), edits.back());
 }
 
-/// The recogniser's own command line programs, with the same model and the options they start with.
+/// PocketSphinx's command line programs, with the same model and default options.
 /// Thread: one.
 class RecogniserYardstick {
  public:
@@ -45,7 +46,7 @@ class RecogniserYardstick {
     return !output("command -v pocketsphinx_continuous && command -v pocketsphinx_batch").empty();
   }
 
-  /// Writes samples of 16 kHz as NAME.wav and NAME.raw; the path of the first.
+  /// Writes 16 kHz samples as NAME.wav and NAME.raw; returns the path of NAME.wav.
   std::string write(const std::string& name, const std::vector<std::int16_t>& samples) const {
     const std::string path = folder_ + "/" + name;
     const auto bytes = static_cast<std::uint32_t>(samples.size() * 2);
@@ -72,7 +73,7 @@ class RecogniserYardstick {
     std::ifstream heard(folder_ + "/heard");
     std::string line;
     std::getline(heard, line);
-    return line.substr(0, line.rfind('('));  // then comes the score
+    return line.substr(0, line.rfind('('));  // the score follows
   }
 
  private:

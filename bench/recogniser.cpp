@@ -1,6 +1,6 @@
-// Measures the embedded recogniser beside its own command line programs on the same samples: how long
-// after the key is up the text is there, and how many words of the sentences are right. Prints
-// "key: value" lines. An argument is the list of sentences; "words" or "latency" runs only that.
+// Measures the embedded recogniser against PocketSphinx's command line programs on the same samples: the
+// time from key up to the text, and how many words of the sentences are right. Prints "key: value"
+// lines. Arguments: a list of sentences; "words" or "latency" to run only that.
 
 #include <unistd.h>
 
@@ -21,7 +21,7 @@
 #include "bench/RecogniserYardstick.h"
 #include "quillback/ports/Microphone.h"
 #include "quillback/recognition/ThreadedRecogniser.h"
-#include "quillback/recognition/sphinx/SphinxEngine.h"
+#include "quillback/recognition/sphinx/SphinxBackend.h"
 #include "support/PostedLoop.h"
 #include "support/Voice.h"
 
@@ -37,7 +37,7 @@ using Clock = std::chrono::steady_clock;
 using Samples = std::vector<std::int16_t>;
 
 constexpr int kRounds = 11;
-constexpr std::size_t kBlockSamples = kSampleRateHz / 100;  // what a microphone brings in 10 ms
+constexpr std::size_t kBlockSamples = kSampleRateHz / 100;  // 10 ms
 
 struct Sentence {
   std::string voice, wordsPerMinute, text;
@@ -63,8 +63,8 @@ class Ours {
     if (!loop_.runUntil([this] { return isLoaded_; })) std::exit(1);
   }
 
-  /// Feeds one block each 10 ms where `isPaced`; the time is that from the last one to the text.
-  std::string hear(const Samples& samples, bool isPaced, Clock::duration* time) {
+  /// Feeds one block per 10 ms if `isPaced`. `time` is from the last block to the text.
+  std::string recognise(const Samples& samples, bool isPaced, Clock::duration* time) {
     const auto utterance = recogniser_.begin();
     Clock::time_point next = Clock::now();
     for (std::size_t at = 0; at < samples.size(); at += kBlockSamples) {
@@ -84,7 +84,7 @@ class Ours {
   bool isLoaded_ = false;
   voxtrel::quillback::ThreadedRecogniser recogniser_{
       loop_,
-      std::make_unique<voxtrel::quillback::SphinxEngine>(voxtrel::quillback::sphinxModelFolder()),
+      std::make_unique<voxtrel::quillback::SphinxBackend>(voxtrel::quillback::sphinxModelFolder()),
       [this](const voxtrel::quillback::LoadReport& /*report*/) { isLoaded_ = true; }};
 };
 
@@ -99,7 +99,7 @@ Clock::duration timeOf(const std::function<void()>& work) {
   return Clock::now() - start;
 }
 
-/// The yardstick's load time is that of the same command with 10 ms of silence, measured in turn.
+/// The yardstick's load time is the time of the same command with 10 ms of silence.
 void measureLatency(Ours& ours, voxtrel::quillback::test::Voice& voice,
                     const RecogniserYardstick& yardstick) {
   Samples samples =
@@ -109,7 +109,7 @@ void measureLatency(Ours& ours, voxtrel::quillback::test::Voice& voice,
   const std::string nothing = yardstick.write("nothing", Samples(kBlockSamples));
   std::vector<Clock::duration> our, whole, load;
   for (int round = 0; round < kRounds; ++round) {
-    ours.hear(samples, true, &our.emplace_back());
+    ours.recognise(samples, true, &our.emplace_back());
     whole.push_back(timeOf([&] { yardstick.continuous(speech); }));
     load.push_back(timeOf([&] { yardstick.continuous(nothing); }));
   }
@@ -136,7 +136,7 @@ void measureWords(Ours& ours, voxtrel::quillback::test::Voice& voice,
         voice.say(sentence.text, sentence.voice, sentence.wordsPerMinute));
     const std::string path = yardstick.write("sentence", samples);
     words += wordsOf(sentence.text).size();
-    score("quillback", sentence, ours.hear(samples, false, nullptr));
+    score("quillback", sentence, ours.recognise(samples, false, nullptr));
     score("pocketsphinx_continuous", sentence, yardstick.continuous(path));
     score("pocketsphinx_batch", sentence, yardstick.batch("sentence"));
   }

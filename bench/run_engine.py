@@ -1,4 +1,4 @@
-"""The engine from the key's press to the first sample, and its costs while nobody presses anything."""
+"""Measures the engine: the time from key press to the first sample, and its costs while idle."""
 
 import os
 import subprocess
@@ -18,12 +18,12 @@ IDLE_S = 30.0
 
 
 def run(desk, *command):
-    """Runs a benchmark's program on the desk; what it prints are figures."""
+    """Runs a benchmark program on the desk."""
     subprocess.run(command, check=True, env=desk.environment, timeout=300)
 
 
 def measure_idle(desk, programs):
-    """Prints processor time, wake-ups and memory of a ready engine, beside an idle `cat`."""
+    """Prints processor time, wake-ups and memory of a ready engine, next to an idle `cat`."""
     engine = desk.spawn(os.path.join(programs, "quillback"), "run")
     eventually(lambda: "Ready." in engine.output(), "a ready engine", 20)
     pipe, end = os.pipe()
@@ -44,7 +44,7 @@ def measure_idle(desk, programs):
 
 
 def main(programs):
-    """Measures on one desk, everything in one run."""
+    """Runs all measurements on one desk."""
     with Desk(panel=False, notifications=False) as desk:
         sound = SoundServer(desk).start()
         sys.stdout.flush()

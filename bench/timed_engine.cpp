@@ -1,4 +1,4 @@
-// An engine that notes when its program began, when it wrote each line and when it ended.
+// An engine that records when it started, when it wrote each line and when it ended.
 
 #include <signal.h>
 #include <time.h>
@@ -9,7 +9,7 @@ namespace {
 
 voxtrel::bench::EngineTimes* times = nullptr;
 
-void noteTheEnd(int /*signal*/) {
+void recordTheEnd(int /*signal*/) {
   times->exiting = voxtrel::bench::nowNs();
   ::_exit(0);
 }
@@ -21,10 +21,10 @@ int main(int /*argc*/, char** argv) {
   times = voxtrel::bench::EngineTimes::shareWith(argv[0]);
   if (times == nullptr) return 1;
   times->mainEntered = entered;
-  ::signal(SIGTERM, noteTheEnd);
+  ::signal(SIGTERM, recordTheEnd);
   constexpr char kLine[] = "Ready.\n";
   for (int line = 0; line < times->linesToWrite; ++line) {
-    const timespec pause{0, 2'000'000};  // as an engine that speaks now and then
+    const timespec pause{0, 2'000'000};  // 2 ms
     ::nanosleep(&pause, nullptr);
     times->written.at(static_cast<std::size_t>(line)) = voxtrel::bench::nowNs();
     if (::write(STDOUT_FILENO, kLine, sizeof kLine - 1) < 0) return 1;

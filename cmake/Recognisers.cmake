@@ -1,7 +1,7 @@
-# The libraries that recognise speech, as targets: quillback_pocketsphinx, and quillback_whisper_library
-# where QUILLBACK_WHISPER says so. Nothing is downloaded.
+# The speech recognition libraries as targets: quillback_pocketsphinx, and quillback_whisper_library if
+# QUILLBACK_WHISPER is ON. Nothing is downloaded.
 
-# PocketSphinx's own pkg-config file names a folder that Debian does not have.
+# PocketSphinx's pkg-config file names a folder that Debian does not have.
 find_path(POCKETSPHINX_INCLUDE pocketsphinx.h PATH_SUFFIXES pocketsphinx REQUIRED)
 find_path(SPHINXBASE_INCLUDE sphinxbase/err.h REQUIRED)
 find_library(POCKETSPHINX_LIBRARY pocketsphinx REQUIRED)

@@ -8,7 +8,7 @@
 
 namespace voxtrel::quillback::test {
 
-/// What the recogniser understands word for word in the voice that is the default of Voice.
+/// Phrases that the embedded recogniser gets right word for word in the default voice of Voice.
 inline constexpr std::array<const char*, 9> kPhrases = {
     "one two three four five", "how are you today",     "nice to meet you",
     "see you next week",       "we need more time",     "the answer is yes",

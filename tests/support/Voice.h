@@ -14,8 +14,8 @@
 
 namespace voxtrel::quillback::test {
 
-/// Synthetic speech in a folder of its own, which goes with this.
-/// Thread: one.
+/// Synthetic speech as files in a temporary folder.
+/// Thread: one.  Owns: the folder.
 class Voice {
  public:
   Voice() {
@@ -29,7 +29,7 @@ class Voice {
 
   std::string folder() const { return folder_; }
 
-  /// The path of a WAV file in which `voice` says `text`; empty where that failed.
+  /// The path of a WAV file in which `voice` says `text`; empty on failure.
   std::string say(const std::string& text, const std::string& voice = "en-us+edward",
                   const std::string& wordsPerMinute = "165") {
     const std::string path = folder_ + "/" + std::to_string(count_++) + ".wav";
@@ -47,7 +47,7 @@ class Voice {
     return path;
   }
 
-  /// The same as samples for the recogniser.
+  /// The file as samples for the recogniser.
   static std::vector<std::int16_t> samplesOf(const std::string& path) {
     const auto wav = readWav(path);
     if (!wav) return {};

@@ -25,7 +25,7 @@ WhisperDouble& WhisperDouble::fresh() {
 }
 
 void whisper_log_set(ggml_log_callback log_callback, void* user_data) {
-  // A silent log is a function that does nothing, not none: none means the default.
+  // A silent log needs a function that does nothing; null means the default log.
   log_callback(GGML_LOG_LEVEL_NONE, "", user_data);
   WhisperDouble::instance().isLogSilenced = true;
 }

@@ -8,19 +8,19 @@
 
 namespace voxtrel::quillback::test {
 
-/// What the double of whisper.cpp's library was asked and what it answers. One for the process; a test
-/// starts by resetting it.
+/// The calls to a double of whisper.cpp's library, and what it returns. One per process; a test starts
+/// with `fresh`.
 /// Thread: one.
 struct WhisperDouble {
-  // Answers.
+  // Results.
   bool loads = true;
   int fullResult = 0;
   std::vector<std::string> segments;
   float encodeMs = 0;
-  int encodings = 1;                      ///< windows of the utterance
-  std::function<void()> whileItComputes;  ///< runs before each question whether to go on
+  int encodings = 1;                      ///< 30 s windows of the utterance
+  std::function<void()> whileItComputes;  ///< runs before each call of the callbacks
 
-  // Record.
+  // Calls.
   int contexts = 0;  ///< loaded and not freed
   std::vector<std::string> loadedFiles;
   bool isLogSilenced = false;

@@ -1,7 +1,7 @@
 #pragma once
 
-// A double of whisper.cpp's header: only what the adapter uses, with the names, types and order of
-// parameters of the real one, so that the adapter compiles against either.
+// A double of whisper.cpp's header: the part that the backend uses, with the same names, types and
+// order of parameters, so that the backend compiles with either.
 
 #include <cstddef>
 #include <cstdint>
