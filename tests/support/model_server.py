@@ -1,4 +1,4 @@
-"""A loopback server of one file, honest unless a test tells it how to answer its next requests."""
+"""A loopback server of one file, correct unless a test scripts its next replies."""
 
 import http.server
 import re
@@ -11,7 +11,7 @@ LAST_MODIFIED = "Mon, 01 Jan 2024 00:00:00 GMT"
 
 
 class ModelServer:
-    """Serves `content` at every path; `script` holds the answers to the next requests."""
+    """Serves `content` at every path; `script` holds the replies to the next requests."""
 
     def __init__(self, content, tls=None):
         self.content = content
@@ -38,11 +38,11 @@ class ModelServer:
         return f"{self.scheme}://{self.host}"
 
     def ranges(self):
-        """What the requests so far asked for, None for all of it."""
+        """The Range headers of the requests so far; None for the whole file."""
         return [headers.get("Range") for _, headers in self.requests]
 
     def wait_for_request(self):
-        """Returns once one more request has come."""
+        """Waits for one more request."""
         assert self.serving.acquire(timeout=20), "no request came"
 
     def close(self):
@@ -55,23 +55,23 @@ class _Handler(http.server.BaseHTTPRequestHandler):
     def do_GET(self):
         model = self.server.model
         model.requests.append((self.path, dict(self.headers)))
-        answer = model.script.pop(0) if model.script else model.default
+        reply = model.script.pop(0) if model.script else model.default
         self.close_connection = True
         model.serving.release()
         try:
-            answer(self, model)
+            reply(self, model)
         except OSError:
-            pass  # The client has left, which is what some tests are about.
+            pass  # The client closed the connection, as some tests expect.
 
     def head(self, status, **fields):
-        """Sends the answer's head; underscores in names stand for hyphens."""
+        """Sends status and headers; underscores in names stand for hyphens."""
         self.send_response(status)
         for name, value in fields.items():
             self.send_header(name.replace("_", "-"), str(value))
         self.end_headers()
 
     def wait_for_leaving(self):
-        """Returns when the client has closed the connection, or the server ends."""
+        """Waits until the client closes the connection or the server ends."""
         self.connection.settimeout(0.05)
         while not self.server.model.closing.is_set():
             try:
@@ -85,14 +85,14 @@ class _Handler(http.server.BaseHTTPRequestHandler):
 
 
 def offset_of(handler, model):
-    """The first byte that is asked for and may be given as a range; None: the whole file."""
+    """The first byte of the requested range; None for the whole file."""
     asked = re.fullmatch(r"bytes=(\d+)-", handler.headers.get("Range", ""))
     condition = handler.headers.get("If-Range", model.etag)
     return int(asked[1]) if asked and condition in (model.etag, LAST_MODIFIED) else None
 
 
 def send_head(handler, model):
-    """An honest head; returns the bytes that have to follow."""
+    """Sends correct headers; returns the body."""
     offset, total = offset_of(handler, model), len(model.content)
     common = {"ETag": model.etag, "Last_Modified": LAST_MODIFIED}
     if offset is None:
@@ -116,36 +116,36 @@ def ignoring_ranges(handler, model):
 
 
 def cut(count):
-    """Promises all, ends after `count` bytes."""
+    """Promises everything, closes after `count` bytes."""
     return lambda handler, model: handler.wfile.write(send_head(handler, model)[:count])
 
 
 def reset(count):
     """Like cut, but as a broken connection."""
-    def answer(handler, model):
+    def reply(handler, model):
         handler.wfile.write(send_head(handler, model)[:count])
         handler.wfile.flush()
         handler.connection.setsockopt(socket.SOL_SOCKET, socket.SO_LINGER, struct.pack("ii", 1, 0))
         handler.connection.close()
-    return answer
+    return reply
 
 
 def stall(count):
     """Sends `count` bytes and then nothing more."""
-    def answer(handler, model):
+    def reply(handler, model):
         handler.wfile.write(send_head(handler, model)[:count])
         handler.wait_for_leaving()
-    return answer
+    return reply
 
 
 def paced(block, pause):
-    """Honest, but with a pause in seconds after every `block` bytes."""
-    def answer(handler, model):
+    """Correct, with a pause in seconds after every `block` bytes."""
+    def reply(handler, model):
         body = send_head(handler, model)
         for start in range(0, len(body), block):
             handler.wfile.write(body[start:start + block])
             model.closing.wait(pause)
-    return answer
+    return reply
 
 
 def silent(handler, _model):
@@ -153,10 +153,10 @@ def silent(handler, _model):
 
 
 def status(code, **fields):
-    def answer(handler, _model):
+    def reply(handler, _model):
         handler.head(code, Content_Length=5, **fields)
         handler.wfile.write(b"sorry")
-    return answer
+    return reply
 
 
 def redirect(place, code=302):
@@ -165,20 +165,20 @@ def redirect(place, code=302):
 
 
 def bytes_of(content, code=200, **fields):
-    """Exactly these bytes under exactly this head, the connection's end being the end."""
-    def answer(handler, _model):
+    """Exactly these headers and bytes; then closes the connection."""
+    def reply(handler, _model):
         handler.head(code, **fields)
         handler.wfile.write(content)
-    return answer
+    return reply
 
 
 def raw(data):
-    """Not even HTTP."""
+    """Bytes that are not HTTP."""
     return lambda handler, _model: handler.wfile.write(data)
 
 
 def chunked(handler, model):
-    """HTTP/1.1's way of not knowing the length beforehand."""
+    """A chunked reply, which has no length."""
     handler.protocol_version = "HTTP/1.1"
     handler.head(200, Transfer_Encoding="chunked", ETag=model.etag)
     for start in range(0, len(model.content), 100_000):
@@ -188,9 +188,9 @@ def chunked(handler, model):
 
 
 def partial(content_range, body=None):
-    """A 206 that says `content_range`; the bytes are those that would be right."""
-    def answer(handler, model):
+    """A 206 with this Content-Range; by default the body is the right one."""
+    def reply(handler, model):
         rest = model.content[offset_of(handler, model) or 0:] if body is None else body
         handler.head(206, Content_Range=content_range, Content_Length=len(rest), ETag=model.etag)
         handler.wfile.write(rest)
-    return answer
+    return reply

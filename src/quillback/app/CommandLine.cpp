@@ -8,36 +8,33 @@ namespace {
 
 using Command = CommandLine::Command;
 using Words = std::span<const std::string_view>;
+using Parsed = tl::expected<CommandLine, std::string>;
 
 std::string quoted(std::string_view word) {
   return std::string("\"").append(word).append("\"");
 }
 
-CommandLine mistaken(const std::string& mistake) {
-  return {Command::usageError, "", mistake};
+Parsed withoutArguments(Command command, std::string_view name, Words rest) {
+  if (rest.empty()) return CommandLine{command, ""};
+  return tl::unexpected(quoted(name).append(" takes no argument"));
 }
 
-CommandLine alone(Command command, std::string_view name, Words rest) {
-  if (rest.empty()) return {command, "", ""};
-  return mistaken(quoted(name).append(" takes no argument"));
-}
-
-CommandLine setup(Words rest) {
+Parsed setup(Words rest) {
   constexpr std::string_view kModel = "--model";
   if (rest.size() == 2 && rest[0] == kModel) {
-    return {Command::setup, std::string(rest[1]), ""};
+    return CommandLine{Command::setup, std::string(rest[1])};
   }
   constexpr std::string_view kModelIs = "--model=";
   if (rest.size() == 1 && rest[0].starts_with(kModelIs)) {
-    return {Command::setup, std::string(rest[0].substr(kModelIs.size())), ""};
+    return CommandLine{Command::setup, std::string(rest[0].substr(kModelIs.size()))};
   }
-  return mistaken(R"("setup" takes "--model NAME")");
+  return tl::make_unexpected(R"("setup" takes "--model NAME")");
 }
 
-CommandLine transcribe(Words rest) {
+Parsed transcribe(Words rest) {
   if (!rest.empty() && rest[0] == "--") rest = rest.subspan(1);
-  if (rest.size() == 1) return {Command::transcribe, std::string(rest[0]), ""};
-  return mistaken("\"transcribe\" takes one file");
+  if (rest.size() == 1) return CommandLine{Command::transcribe, std::string(rest[0])};
+  return tl::make_unexpected("\"transcribe\" takes one file");
 }
 
 }  // namespace
@@ -53,27 +50,31 @@ std::string helpText() {
          "       quillback --help | --version\n"
          "Turns speech into text: hold a key, speak, and the words arrive.\n"
          "\n"
-         "  run         wait for the key and type what is said while it is held\n"
+         "  run         wait for the key and type what is said while it is "
+         "held\n"
          "  setup       download a speech model and check it\n"
          "  transcribe  print what is said in a WAV file\n"
          "\n"
          "The settings are in ~/.config/quillback/config.toml:\n"
-         "  [model]   whisper_model = \"large-v3\", language = \"auto\", translate = false\n"
-         "  [audio]   hotkey = 'right_cmd' (the right Super key), or hotkey_code = 54\n"
+         "  [model]   whisper_model = \"large-v3\", language = \"auto\", "
+         "translate = false\n"
+         "  [audio]   hotkey = 'right_cmd' (the right Super key), or "
+         "hotkey_code = 54\n"
          "  [output]  insert = \"type\", \"clipboard\" or \"none\"\n"
          "Escape, while the key is held, drops the recording.\n";
 }
 
-CommandLine parseCommandLine(std::span<const char* const> arguments) {
+tl::expected<CommandLine, std::string> parseCommandLine(std::span<const char* const> arguments) {
   const std::vector<std::string_view> words(arguments.begin(), arguments.end());
-  if (words.empty()) return mistaken("no command");
+  if (words.empty()) return tl::make_unexpected("no command");
   const Words rest = Words(words).subspan(1);
-  if (words[0] == "run") return alone(Command::run, words[0], rest);
+  if (words[0] == "run") return withoutArguments(Command::run, words[0], rest);
   if (words[0] == "setup") return setup(rest);
   if (words[0] == "transcribe") return transcribe(rest);
-  if (words[0] == "--help" || words[0] == "-h") return alone(Command::help, words[0], rest);
-  if (words[0] == "--version") return alone(Command::version, words[0], rest);
-  return mistaken("unknown command " + quoted(words[0]));
+  if (words[0] == "--help" || words[0] == "-h")
+    return withoutArguments(Command::help, words[0], rest);
+  if (words[0] == "--version") return withoutArguments(Command::version, words[0], rest);
+  return tl::unexpected("unknown command " + quoted(words[0]));
 }
 
 }  // namespace voxtrel::quillback

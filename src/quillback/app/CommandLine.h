@@ -3,15 +3,16 @@
 #include <span>
 #include <string>
 
+#include <tl/expected.hpp>
+
 namespace voxtrel::quillback {
 
-/// What the command line asks for.
+/// The parsed command line.
 struct CommandLine {
-  enum class Command { run, setup, transcribe, help, version, usageError };
+  enum class Command { run, setup, transcribe, help, version };
 
-  Command command = Command::usageError;
-  std::string argument;  ///< setup: the model's name; transcribe: the file's
-  std::string mistake;   ///< usageError: what is wrong, in one line
+  Command command = Command::help;
+  std::string argument;  ///< setup: the model's name; transcribe: the file
 };
 
 /// The version of this build, such as "0.1.0".
@@ -20,7 +21,8 @@ std::string engineVersion();
 /// What `--help` prints.
 std::string helpText();
 
-/// Reads the arguments after the program's name.
-CommandLine parseCommandLine(std::span<const char* const> arguments);
+/// Parses the arguments after the program's name.
+/// Fails by: one line that says what is wrong.
+tl::expected<CommandLine, std::string> parseCommandLine(std::span<const char* const> arguments);
 
 }  // namespace voxtrel::quillback

@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "common/base/HomeDirectory.h"
-#include "quillback/app/ChosenEngine.h"
+#include "quillback/app/ChosenBackend.h"
 #include "quillback/recognition/ThreadedRecogniser.h"
 
 namespace voxtrel::quillback {
@@ -31,9 +31,8 @@ void Engine::watchKey(const Hotkey& hotkey) {
 }
 
 void Engine::loadModel(const EngineSettings& settings) {
-  const SpeechSettings speech{settings.model, settings.language, settings.translate};
   recogniser_ = std::make_unique<ThreadedRecogniser>(
-      loop_, makeSpeechEngine(speech, homeDirectory()), [this](const LoadReport& report) {
+      loop_, makeBackend(settings, homeDirectory()), [this](const LoadReport& report) {
         for (const std::string& line : report.lines) output_.print(line);
         if (report.isUsable) return dictation_.modelLoaded(*recogniser_);
         exitStatus_ = 1;

@@ -13,8 +13,8 @@ namespace voxtrel::quillback {
 
 /// The parts of the running engine, put together for this desktop.
 /// Thread: the loop's.  Owns: all parts.  Borrows: the loop, the output (must outlive this).
-/// Fails by: lines of output; what is missing leaves the rest at work. Without any speech model there
-/// is nothing left to do: it ends the loop with an exit status of 1.
+/// Fails by: a line of output for each part that does not work; the others do. Without any speech
+/// model it stops the loop, with exit status 1.
 class Engine {
  public:
   Engine(EpollLoop& loop, Output& output, const EngineSettings& settings);
@@ -34,7 +34,7 @@ class Engine {
   OwnKeys ownKeys_;
   TextSinks sinks_;
   PulseMicrophone microphone_;
-  // An utterance ends before its recogniser, a dictation before where its words go.
+  // Destroyed in reverse order: an utterance before its recogniser, the dictation before its sink.
   std::unique_ptr<TextSink> sink_;
   std::unique_ptr<Recogniser> recogniser_;
   Dictation dictation_;

@@ -25,7 +25,7 @@ tl::expected<std::unique_ptr<KeyWatch>, std::string> openKeySource(
 std::string noKeySourceLine(const Hotkey& hotkey, const std::string& why) {
   return "[quillback] Accessibility: " + std::string(hotkey.label) + " cannot be watched (" + why +
          "). Run it in an X11 session, or let your user read the keyboards: sudo usermod -aG input "
-         "$USER, then log in anew.";
+         "$USER, then log in again.";
 }
 
 }  // namespace voxtrel::quillback

@@ -20,7 +20,7 @@ namespace voxtrel::quillback {
     SessionKind session, const Hotkey& hotkey, const KeyWatch::Listener& listener, OwnKeys& ownKeys,
     Loop& loop, const std::function<void()>& onLost);
 
-/// The line that says what to do without a key source.
+/// The error line for a key that cannot be watched: says why and what to do.
 std::string noKeySourceLine(const Hotkey& hotkey, const std::string& why);
 
 }  // namespace voxtrel::quillback

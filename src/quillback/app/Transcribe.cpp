@@ -9,16 +9,16 @@
 namespace voxtrel::quillback {
 namespace {
 
-std::string recognised(SpeechEngine& engine, std::span<const std::int16_t> samples) {
+std::string recognised(RecogniserBackend& backend, std::span<const std::int16_t> samples) {
   const std::atomic<bool> isDropped{false};
-  engine.begin(isDropped);
-  engine.hear(samples);
-  return engine.finish().text;
+  backend.begin(isDropped);
+  backend.feed(samples);
+  return backend.finish().text;
 }
 
 }  // namespace
 
-TranscribeExit transcribeFile(const std::string& path, SpeechEngine& engine, Output& text,
+TranscribeExit transcribeFile(const std::string& path, RecogniserBackend& backend, Output& text,
                               Output& notes) {
   const auto wav = readWav(path);
   if (!wav) {
@@ -32,10 +32,10 @@ TranscribeExit transcribeFile(const std::string& path, SpeechEngine& engine, Out
     notes.print("\"" + path + "\" holds no sound.");
     return TranscribeExit::empty;
   }
-  const LoadReport report = engine.load();
+  const LoadReport report = backend.load();
   for (const std::string& line : report.lines) notes.print(line);
   if (!report.isUsable) return TranscribeExit::noRecogniser;
-  const std::string words = recognised(engine, samples);
+  const std::string words = recognised(backend, samples);
   if (words.empty()) {
     notes.print("No words were understood.");
   } else {

@@ -1,18 +1,27 @@
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <cstdio>
 #include <span>
 #include <string>
 
 #include "quillback/app/CommandLine.h"
-#include "quillback/app/RunCommand.h"
-#include "quillback/app/SetupCommand.h"
-#include "quillback/app/StandardDescriptors.h"
-#include "quillback/app/TranscribeCommand.h"
+#include "quillback/app/Commands.h"
 
 using namespace voxtrel::quillback;
 
 namespace {
 
-/// Prints for a command that does nothing else; returns the exit status.
+/// Opens /dev/null for each standard descriptor that is closed. Otherwise the next opened file would
+/// take its number and get what is meant for it.
+void openStandardDescriptors() {
+  for (const int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    // `open` returns the lowest free number, which is this one.
+    if (::fcntl(fd, F_GETFD) < 0) ::open("/dev/null", O_RDWR);
+  }
+}
+
+/// Returns the exit status.
 int show(const std::string& text) {
   return std::fputs(text.c_str(), stdout) < 0 || std::fflush(stdout) != 0 ? 1 : 0;
 }
@@ -20,23 +29,24 @@ int show(const std::string& text) {
 }  // namespace
 
 int main(int argumentCount, char** arguments) {
-  keepStandardDescriptorsOpen();
+  openStandardDescriptors();
   const std::span words(arguments, static_cast<std::size_t>(argumentCount));
-  const CommandLine line = parseCommandLine(words.subspan(words.empty() ? 0 : 1));
-  switch (line.command) {
+  const auto line = parseCommandLine(words.subspan(words.empty() ? 0 : 1));
+  if (!line) {
+    std::fprintf(stderr, "quillback: %s\nTry \"quillback --help\".\n", line.error().c_str());
+    return 2;
+  }
+  switch (line->command) {
     case CommandLine::Command::run:
       return runEngine();
     case CommandLine::Command::setup:
-      return setUpModel(line.argument);
+      return setUpModel(line->argument);
     case CommandLine::Command::transcribe:
-      return printTranscript(line.argument);
+      return printTranscript(line->argument);
     case CommandLine::Command::help:
       return show(helpText());
     case CommandLine::Command::version:
-      return show("quillback " + engineVersion() + "\n");
-    case CommandLine::Command::usageError:
       break;
   }
-  std::fprintf(stderr, "quillback: %s\nTry \"quillback --help\".\n", line.mistake.c_str());
-  return 2;
+  return show("quillback " + engineVersion() + "\n");
 }

@@ -2,29 +2,29 @@
 
 #include <functional>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
 #include "quillback/model/HttpTransfer.h"
 #include "quillback/model/ModelPin.h"
 #include "quillback/model/PartFile.h"
-#include "quillback/model/PartRecord.h"
 #include "quillback/model/ProgressLine.h"
 #include "quillback/model/RangeRules.h"
-#include "quillback/model/SetupExit.h"
+#include "quillback/model/SetupFailure.h"
 #include "quillback/ports/Output.h"
 
 namespace voxtrel::quillback {
 
-/// Brings one pinned file into a folder as FILE.part, and goes on where an earlier download ended.
-/// Thread: one, which it blocks.  Owns: the part and its record, FILE.part.json.
-/// Borrows: all of Surroundings.
+/// Downloads one pinned file into a folder as FILE.part. Resumes an earlier download.
+/// Thread: one, which it blocks.  Owns: the part and its record.  Borrows: what Options refers to.
+/// Fails by: a SetupFailure; what has arrived is kept unless it is wrong.
 class Download {
  public:
-  struct Surroundings {
+  struct Options {
     const ModelPin& pin;
-    std::string folder;  ///< must be there, and locked
-    std::string baseUrl;
+    std::string folder;   ///< exists and is locked
+    std::string baseUrl;  ///< without a slash at its end
     std::string certificates;
     std::string userAgent;
     const TransferLimits& limits;
@@ -33,43 +33,42 @@ class Download {
     std::function<void(std::string_view step)> onStep;
   };
 
-  explicit Download(Surroundings around);
+  explicit Download(Options options);
 
-  /// Returns nothing once the part is whole, verified and on the disk.
-  std::optional<SetupFailure> run();
+  /// Succeeds when the part is complete, verified and on the disk.
+  SetupResult run();
 
-  std::string partPath() const { return partPath_; }
+  std::string partPath() const { return part_.path(); }
 
  private:
-  std::string recordPath() const { return partPath_ + ".json"; }
-  /// What one request came to.
-  struct Attempt {
-    std::optional<SetupFailure> failure;
-    bool mayPass = false;
+  struct AttemptFailure {
+    SetupFailure failure;
+    bool isRetryable = false;
   };
+  using AttemptResult = tl::expected<void, AttemptFailure>;
 
-  std::optional<SetupFailure> takeUpPart();
-  std::optional<SetupFailure> findSpace() const;
-  std::optional<SetupFailure> fetch();
-  std::optional<SetupFailure> finish();
-  std::optional<SetupFailure> discard();
-  std::optional<SetupFailure> pauseBefore(int nextTry);
+  SetupResult resumePart();
+  SetupResult checkSpace() const;
+  SetupResult fetch();
+  SetupResult finish();
+  SetupResult pauseBefore(int retry);
+  SetupResult check(FileResult result) const;
+  bool isWhole() const { return part_.sizeBytes() == options_.pin.sizeBytes; }
 
-  Attempt attempt();
+  AttemptResult attempt();
+  AttemptResult resultOf(const HttpFailure& failure) const;
   bool onReply(const HttpReply& reply);
   bool onBody(std::span<const char> bytes);
-  bool act(ReplyAction action, const HttpReply& reply);
-  bool give(SetupExit exit, const std::string& line, bool mayPass = false);
+  bool prepareFor(ReplyAction action, const HttpReply& reply);
+  bool accept(FileResult result);
+  bool reject(SetupFailure failure, bool isRetryable = false);
   void showProgress();
-  Attempt resultOf(const HttpEnd& end);
 
-  Surroundings around_;
+  Options options_;
   std::string host_;
-  std::string partPath_;
   PartFile part_;
-  PartRecord record_;
   ProgressThrottle throttle_;
-  Attempt given_;  ///< by what was thought of the answer, while it comes
+  std::optional<AttemptFailure> verdict_;  ///< recorded by onReply and onBody
 };
 
 }  // namespace voxtrel::quillback

@@ -1,31 +1,67 @@
 #pragma once
 
+#include <openssl/evp.h>
+
+#include <cerrno>
 #include <cstdint>
+#include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
+#include <system_error>
+
+#include <tl/expected.hpp>
+
+#include "common/posix/StopSignals.h"
 
 namespace voxtrel::quillback {
 
-/// Length of the regular file `path` (also through a symbolic link); nothing where there is none.
+/// Fails by: the system's error; `operation_canceled` means that a stop was requested.
+using FileResult = tl::expected<void, std::error_code>;
+
+/// The failure with this errno.
+inline tl::unexpected<std::error_code> systemFailure(int number = errno) {
+  return tl::unexpected(std::error_code(number, std::generic_category()));
+}
+
+/// The SHA-256 of bytes that arrive in pieces.
+/// Thread: one at a time.  Owns: the library's context.
+/// Fails by: aborting when there is no memory.
+class Sha256 {
+ public:
+  Sha256();
+
+  void add(std::span<const char> bytes);
+  /// Starts again with no bytes.
+  void reset();
+  /// 64 lower-case hexadecimal digits. More bytes may follow.
+  std::string digest() const;
+
+ private:
+  struct Free {
+    void operator()(EVP_MD_CTX* context) const { EVP_MD_CTX_free(context); }
+  };
+  std::unique_ptr<EVP_MD_CTX, Free> context_;
+};
+
+/// Size of the regular file `path`, also through a symbolic link; nothing if there is none.
 std::optional<std::uint64_t> fileSize(const std::string& path);
-
-/// The regular file's bytes, `maxBytes` of them at most; nothing where it cannot be read.
+/// Up to `maxBytes` of the regular file `path`; nothing if it cannot be read. Never blocks on a pipe.
 std::optional<std::string> readSmallFile(const std::string& path, std::size_t maxBytes);
-
-/// Bytes that this user can still write below `folder`; nothing where that is not known.
+/// Adds all bytes of the open file `descriptor` to `hash`.
+[[nodiscard]] FileResult hashFile(int descriptor, Sha256& hash, const StopSignals& stop);
+/// Bytes that this user can still write below `folder`; nothing if unknown.
 std::optional<std::uint64_t> freeSpace(const std::string& folder);
 
-// These return 0 or the system's error number.
-
-/// Makes `folder` and those above it that are missing.
-[[nodiscard]] int makeFolders(const std::string& folder);
-/// Makes a rename or a removal in `folder` last.
-[[nodiscard]] int syncFolder(const std::string& folder);
-/// Removes a file; one that is not there is no error.
-[[nodiscard]] int removeFile(const std::string& path);
-/// Puts `text` in the place of folder/name: whoever looks sees the old file or the whole new one.
-[[nodiscard]] int replaceFile(const std::string& folder, const std::string& name,
-                              std::string_view text);
+/// Creates `folder` and its missing parents.
+[[nodiscard]] FileResult makeFolders(const std::string& folder);
+/// Flushes renames and removals in `folder` to the disk.
+[[nodiscard]] FileResult syncFolder(const std::string& folder);
+/// Removes a file; a missing one is no failure.
+[[nodiscard]] FileResult removeFile(const std::string& path);
+/// Replaces folder/name atomically: readers see the old file or the whole new one.
+[[nodiscard]] FileResult replaceFile(const std::string& folder, const std::string& name,
+                                     std::string_view text);
 
 }  // namespace voxtrel::quillback

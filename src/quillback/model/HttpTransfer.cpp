@@ -2,40 +2,43 @@
 
 #include <curl/curl.h>
 
-#include <algorithm>
 #include <array>
 #include <memory>
-
-#include "quillback/model/PartRecord.h"
-#include "quillback/model/StallWatch.h"
+#include <optional>
+#include <utility>
 
 namespace voxtrel::quillback {
 
 namespace {
 
 using Clock = std::chrono::steady_clock;
+using Kind = HttpFailure::Kind;
+using Result = tl::expected<void, HttpFailure>;
 
-constexpr std::chrono::milliseconds kPollLimit(200);
+constexpr int kPollMs = 200;
 
-struct FreeEasy {
+struct Free {
   void operator()(CURL* handle) const { curl_easy_cleanup(handle); }
-};
-struct FreeMulti {
-  void operator()(CURLM* handle) const { curl_multi_cleanup(handle); }
-};
-struct FreeList {
   void operator()(curl_slist* list) const { curl_slist_free_all(list); }
 };
+struct FreeMulti {  // the library's CURL and CURLM are both `void`
+  void operator()(CURLM* handle) const { curl_multi_cleanup(handle); }
+};
 
-/// One transfer with everything that the library calls back for.
+Result failure(Kind kind, bool isRetryable = false, std::string why = {}) {
+  return tl::unexpected(HttpFailure{kind, isRetryable, std::move(why)});
+}
+
+/// One transfer and the library's callbacks for it.
+/// Thread: one.  Owns: the library's handles.  Borrows: the listener.
 class Transfer {
  public:
   Transfer(const HttpRequest& request, const TransferLimits& limits, const HttpListener& listener)
-      : listener_(listener), stall_(limits.stall, Clock::now()), easy_(curl_easy_init()) {
+      : listener_(listener), stall_(limits.stallTimeout, Clock::now()), easy_(curl_easy_init()) {
     setUp(request, limits);
   }
 
-  HttpEnd run(const StopSignals& stop);
+  Result run(const StopSignals& stop);
 
  private:
   template <typename Value>
@@ -43,21 +46,20 @@ class Transfer {
     curl_easy_setopt(easy_.get(), option, value);
   }
   void setUp(const HttpRequest& request, const TransferLimits& limits);
-  void onHeader(std::string_view line);
   bool onBody(std::span<const char> bytes);
-  /// Shows the listener the reply, unless it has been shown.
   bool showReply();
-  HttpEnd endOf(CURLcode code);
-  HttpEnd drive(CURLM* multi, const StopSignals& stop);
+  HttpReply readReply() const;
+  std::optional<std::string> header(const char* name) const;
+  Result drive(CURLM* multi, const StopSignals& stop);
+  Result resultOf(CURLcode code);
 
   const HttpListener& listener_;
   StallWatch stall_;
-  HttpReply reply_;
   bool isReplyShown_ = false;
-  bool isDropped_ = false;
+  bool isRejected_ = false;
   std::array<char, CURL_ERROR_SIZE> error_{};
-  std::unique_ptr<curl_slist, FreeList> headers_;
-  std::unique_ptr<CURL, FreeEasy> easy_;
+  std::unique_ptr<curl_slist, Free> headers_;
+  std::unique_ptr<CURL, Free> easy_;
 };
 
 void Transfer::setUp(const HttpRequest& request, const TransferLimits& limits) {
@@ -66,8 +68,8 @@ void Transfer::setUp(const HttpRequest& request, const TransferLimits& limits) {
   set(CURLOPT_PROTOCOLS_STR, protocols);
   set(CURLOPT_REDIR_PROTOCOLS_STR, protocols);
   set(CURLOPT_FOLLOWLOCATION, 1L);
-  set(CURLOPT_MAXREDIRS, static_cast<long>(limits.redirects));
-  set(CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(limits.connect.count()));
+  set(CURLOPT_MAXREDIRS, static_cast<long>(limits.maxRedirects));
+  set(CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(limits.connectTimeout.count()));
   set(CURLOPT_NOSIGNAL, 1L);
   set(CURLOPT_ERRORBUFFER, error_.data());
   set(CURLOPT_USERAGENT, request.userAgent.c_str());
@@ -81,66 +83,57 @@ void Transfer::setUp(const HttpRequest& request, const TransferLimits& limits) {
   }
 
   using Callback = size_t (*)(char*, size_t, size_t, void*);
-  const Callback onHeaderBytes = [](char* data, size_t, size_t count, void* self) {
-    static_cast<Transfer*>(self)->onHeader({data, count});
-    return count;
-  };
   const Callback onBodyBytes = [](char* data, size_t, size_t count, void* self) -> size_t {
-    // Any other number than that of the bytes ends the transfer.
+    // Any number other than `count` ends the transfer.
     return static_cast<Transfer*>(self)->onBody({data, count}) ? count : count + 1;
   };
-  set(CURLOPT_HEADERFUNCTION, onHeaderBytes);
-  set(CURLOPT_HEADERDATA, static_cast<void*>(this));
   set(CURLOPT_WRITEFUNCTION, onBodyBytes);
   set(CURLOPT_WRITEDATA, static_cast<void*>(this));
 }
 
-void Transfer::onHeader(std::string_view line) {
-  // Every answer on the way, redirects too, begins with such a line.
-  if (line.starts_with("HTTP/")) {
-    reply_ = HttpReply();
-    return;
-  }
-  const std::size_t colon = line.find(':');
-  if (colon == std::string_view::npos) return;
-  std::string name(line.substr(0, colon));
-  std::ranges::transform(name, name.begin(), [](char c) {
-    return static_cast<char>(c >= 'A' && c <= 'Z' ? c | 0x20 : c);
-  });
-  std::string_view value = line.substr(colon + 1);
-  while (!value.empty() && value.front() == ' ') value.remove_prefix(1);
-  while (!value.empty() && std::string_view(" \r\n").find(value.back()) != std::string_view::npos) {
-    value.remove_suffix(1);
-  }
-  if (name == "content-range") reply_.contentRange = value;
-  if (!isHeaderValue(value)) return;
-  if (name == "etag") reply_.etag = value;
-  if (name == "last-modified") reply_.lastModified = value;
-}
-
 bool Transfer::onBody(std::span<const char> bytes) {
   stall_.onBytes(bytes.size(), Clock::now());
-  if (!showReply() || !listener_.onBody(bytes)) isDropped_ = true;
-  return !isDropped_;
+  if (!showReply() || !listener_.onBody(bytes)) isRejected_ = true;
+  return !isRejected_;
 }
 
+/// Shows the listener the reply, the first time; false if it was rejected.
 bool Transfer::showReply() {
-  if (isReplyShown_) return true;
-  isReplyShown_ = true;
+  if (std::exchange(isReplyShown_, true)) return true;
+  return listener_.onReply(readReply());
+}
+
+HttpReply Transfer::readReply() const {
   long status = 0;
   curl_off_t length = -1;
   curl_easy_getinfo(easy_.get(), CURLINFO_RESPONSE_CODE, &status);
   curl_easy_getinfo(easy_.get(), CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &length);
-  reply_.status = static_cast<int>(status);
-  if (length >= 0) reply_.contentLength = static_cast<std::uint64_t>(length);
-  return listener_.onReply(reply_);
+  HttpReply reply;
+  reply.status = static_cast<int>(status);
+  if (length >= 0) reply.contentLength = static_cast<std::uint64_t>(length);
+  reply.contentRange = header("Content-Range");
+  if (const auto etag = header("ETag"); etag && isHeaderValue(*etag)) reply.etag = *etag;
+  if (const auto time = header("Last-Modified"); time && isHeaderValue(*time)) {
+    reply.lastModified = *time;
+  }
+  return reply;
 }
 
-HttpEnd Transfer::endOf(CURLcode code) {
-  using Kind = HttpEnd::Kind;
-  if (code == CURLE_OK && !showReply()) isDropped_ = true;
-  if (isDropped_) return {Kind::dropped, false, {}};
-  if (code == CURLE_OK) return {Kind::complete, false, {}};
+/// The last header with this name in the final reply.
+std::optional<std::string> Transfer::header(const char* name) const {
+  constexpr int kFinalReply = -1;
+  curl_header* found = nullptr;
+  const auto find = [&](std::size_t index) {
+    return curl_easy_header(easy_.get(), name, index, CURLH_HEADER, kFinalReply, &found);
+  };
+  if (find(0) != CURLHE_OK || find(found->amount - 1) != CURLHE_OK) return std::nullopt;
+  return found->value;
+}
+
+Result Transfer::resultOf(CURLcode code) {
+  if (code == CURLE_OK && !showReply()) isRejected_ = true;
+  if (isRejected_) return failure(Kind::rejected);
+  if (code == CURLE_OK) return {};
   const std::string why = error_.front() != '\0' ? error_.data() : curl_easy_strerror(code);
   switch (code) {
     case CURLE_UNSUPPORTED_PROTOCOL:
@@ -148,50 +141,56 @@ HttpEnd Transfer::endOf(CURLcode code) {
     case CURLE_WEIRD_SERVER_REPLY:
     case CURLE_URL_MALFORMAT:
     case CURLE_BAD_CONTENT_ENCODING:
-      return {Kind::refused, false, why};
+      return failure(Kind::refused, false, why);
     case CURLE_PEER_FAILED_VERIFICATION:
     case CURLE_SSL_CACERT_BADFILE:
     case CURLE_OUT_OF_MEMORY:
     case CURLE_FAILED_INIT:
-      return {Kind::network, false, why};
+      return failure(Kind::network, false, why);
     default:
-      return {Kind::network, true, why};
+      return failure(Kind::network, true, why);
   }
 }
 
-HttpEnd Transfer::drive(CURLM* multi, const StopSignals& stop) {
+Result Transfer::drive(CURLM* multi, const StopSignals& stop) {
   for (int running = 1; running > 0;) {
-    if (stop.isRequested()) return {HttpEnd::Kind::interrupted, false, {}};
+    if (stop.isRequested()) return failure(Kind::interrupted);
     if (curl_multi_perform(multi, &running) != CURLM_OK) {
-      return {HttpEnd::Kind::network, false, "the HTTP library failed"};
+      return failure(Kind::network, false, "the HTTP library failed");
     }
     int queued = 0;
     while (const CURLMsg* message = curl_multi_info_read(multi, &queued)) {
-      if (message->msg == CURLMSG_DONE) return endOf(message->data.result);
+      if (message->msg == CURLMSG_DONE) return resultOf(message->data.result);
     }
     if (stall_.isStalled(Clock::now())) {
-      return {HttpEnd::Kind::network, true, "nothing arrives any more"};
+      return failure(Kind::network, true, "nothing arrives any more");
     }
     curl_waitfd stopHandle{stop.descriptor(), CURL_WAIT_POLLIN, 0};
-    curl_multi_poll(multi, &stopHandle, 1, static_cast<int>(kPollLimit.count()), nullptr);
+    curl_multi_poll(multi, &stopHandle, 1, kPollMs, nullptr);
   }
-  return {HttpEnd::Kind::network, true, "the transfer ended without a result"};
+  return failure(Kind::network, true, "the transfer ended without a result");
 }
 
-HttpEnd Transfer::run(const StopSignals& stop) {
+Result Transfer::run(const StopSignals& stop) {
   const std::unique_ptr<CURLM, FreeMulti> multi(curl_multi_init());
   curl_multi_add_handle(multi.get(), easy_.get());
-  HttpEnd end = drive(multi.get(), stop);
-  // A name's look-up can last long and cannot be cancelled: nobody waits for its thread.
-  if (end.kind == HttpEnd::Kind::interrupted) set(CURLOPT_QUICK_EXIT, 1L);
+  Result result = drive(multi.get(), stop);
+  // Looking up a host name can take long and cannot be cancelled: do not wait for its thread.
+  if (!result && result.error().kind == Kind::interrupted) set(CURLOPT_QUICK_EXIT, 1L);
   curl_multi_remove_handle(multi.get(), easy_.get());
-  return end;
+  return result;
 }
 
 }  // namespace
 
-HttpEnd transfer(const HttpRequest& request, const TransferLimits& limits, const StopSignals& stop,
-                 const HttpListener& listener) {
+HttpLibrary::HttpLibrary() : isReady_(curl_global_init(CURL_GLOBAL_DEFAULT) == CURLE_OK) {}
+
+HttpLibrary::~HttpLibrary() {
+  if (isReady_) curl_global_cleanup();
+}
+
+Result transfer(const HttpRequest& request, const TransferLimits& limits, const StopSignals& stop,
+                const HttpListener& listener) {
   return Transfer(request, limits, listener).run(stop);
 }
 

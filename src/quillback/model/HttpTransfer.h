@@ -3,57 +3,93 @@
 #include <chrono>
 #include <cstdint>
 #include <functional>
-#include <optional>
 #include <span>
 #include <string>
 
+#include <tl/expected.hpp>
+
 #include "common/posix/StopSignals.h"
-#include "quillback/model/HttpReply.h"
+#include "quillback/model/RangeRules.h"
 
 namespace voxtrel::quillback {
 
-/// How patient a download is.
-struct TransferLimits {
-  std::chrono::milliseconds connect = std::chrono::seconds(20);
-  std::chrono::milliseconds stall = std::chrono::seconds(30);  ///< of less than 1 KB/s
-  int redirects = 10;
-  int tries = 4;  ///< in a row without much having arrived
-  std::chrono::milliseconds beforeRetry = std::chrono::seconds(2);  ///< doubles with each try
+/// Keeps the HTTP library initialised while it exists.
+/// Thread: any.
+class HttpLibrary {
+ public:
+  HttpLibrary();
+  HttpLibrary(const HttpLibrary&) = delete;
+  HttpLibrary& operator=(const HttpLibrary&) = delete;
+  ~HttpLibrary();
+
+ private:
+  bool isReady_;
 };
 
-/// One request for a file, or for the rest of it.
+/// Timeouts and limits of a download.
+struct TransferLimits {
+  std::chrono::milliseconds connectTimeout = std::chrono::seconds(20);
+  std::chrono::milliseconds stallTimeout = std::chrono::seconds(30);  ///< below 1 KB/s
+  int maxRedirects = 10;
+  int maxTries = 4;  ///< in a row, without much progress
+  std::chrono::milliseconds retryDelay = std::chrono::seconds(2);  ///< doubles with each retry
+};
+
+/// Detects a transfer that stays below 1 KB/s for the time of `limit`.
+/// Thread: one.
+class StallWatch {
+ public:
+  using TimePoint = std::chrono::steady_clock::time_point;
+
+  StallWatch(std::chrono::milliseconds limit, TimePoint now) : limit_(limit), since_(now) {}
+
+  void onBytes(std::uint64_t count, TimePoint now) {
+    bytes_ += count;
+    // 1 KB/s is one byte for each millisecond.
+    if (bytes_ < static_cast<std::uint64_t>(limit_.count())) return;
+    bytes_ = 0;
+    since_ = now;
+  }
+  bool isStalled(TimePoint now) const { return now - since_ >= limit_; }
+
+ private:
+  std::chrono::milliseconds limit_;
+  TimePoint since_;          ///< when enough bytes had last arrived
+  std::uint64_t bytes_ = 0;  ///< since then
+};
+
+/// A request for a file or the rest of it.
 struct HttpRequest {
-  std::string url;           ///< redirects leave https only if this is not https
-  std::uint64_t offset = 0;  ///< not 0: asks for the bytes from there on
-  std::string ifRange;       ///< asks for them only of this version of the file; or empty
-  std::string certificates;  ///< file of the authorities to trust; empty: the system's
+  std::string url;           ///< redirects may leave https only if this is not https
+  std::uint64_t offset = 0;  ///< if not 0, requests the bytes from there on
+  std::string ifRange;       ///< the version that the bytes must be from; may be empty
+  std::string certificates;  ///< file of trusted authorities; empty: the system's
   std::string userAgent;
 };
 
-/// What came of a request.
-struct HttpEnd {
-  enum class Kind {
-    complete,     ///< as long as the server said, where it said
-    dropped,      ///< a listener wanted no more
-    interrupted,  ///< by a signal
-    network,      ///< the connection failed
-    refused,      ///< the server's answer, or where it led, cannot be followed
-  };
-
-  Kind kind = Kind::complete;
-  bool mayPass = false;  ///< trying again may help
-  std::string why;       ///< half a sentence
-};
-
-/// The server's answer as it comes; each says whether to go on.
+/// Receives the reply. A function that returns false ends the transfer.
 struct HttpListener {
   std::function<bool(const HttpReply& reply)> onReply;  ///< once, before the body
   std::function<bool(std::span<const char> bytes)> onBody;
 };
 
-/// Sends `request` and follows redirects; the proxies are those of the environment.
-/// Thread: any, which it blocks; HttpLibrary must live.
-HttpEnd transfer(const HttpRequest& request, const TransferLimits& limits, const StopSignals& stop,
-                 const HttpListener& listener);
+struct HttpFailure {
+  enum class Kind {
+    rejected,     ///< the listener returned false
+    interrupted,  ///< a stop was requested
+    network,      ///< the connection failed
+    refused,      ///< the reply, or where it redirects to, is not acceptable
+  };
+
+  Kind kind = Kind::network;
+  bool isRetryable = false;
+  std::string why;  ///< half a sentence
+};
+
+/// Sends `request` and follows redirects, through the proxies of the environment. Succeeds when the body
+/// ends where the server said.
+/// Thread: any, which it blocks.  Borrows: HttpLibrary (must exist).
+tl::expected<void, HttpFailure> transfer(const HttpRequest& request, const TransferLimits& limits,
+                                         const StopSignals& stop, const HttpListener& listener);
 
 }  // namespace voxtrel::quillback

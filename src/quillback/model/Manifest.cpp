@@ -22,7 +22,7 @@ std::optional<std::string> textOf(const Json& object, const char* key) {
   return found->get<std::string>();
 }
 
-/// Only a whole, not negative number: what is written with a point or an exponent is none.
+/// Non-negative integers only, written without a point or an exponent.
 std::optional<std::uint64_t> countOf(const Json& object, const char* key) {
   const auto found = object.find(key);
   if (found == object.end() || !found->is_number_unsigned()) return std::nullopt;
@@ -40,8 +40,8 @@ std::optional<Manifest::File> fileOf(const Json& entry) {
   return Manifest::File{*name, *sizeBytes, *sha256};
 }
 
-/// Whether the files are those that the recogniser needs.
-std::optional<std::string> disagreement(const Manifest& manifest) {
+/// What is wrong if the files are not those that the recogniser needs.
+std::optional<std::string> fileMismatch(const Manifest& manifest) {
   if (manifest.recogniser == kWhisper) {
     if (manifest.files.empty()) return "it names no weights";
   } else if (manifest.recogniser == kPocketSphinx) {
@@ -68,27 +68,28 @@ bool isSha256(std::string_view text) {
          });
 }
 
-std::variant<Manifest, std::string> parseManifest(std::string_view text) {
-  if (text.size() > kMaxManifestBytes) return "it is too long";
+tl::expected<Manifest, std::string> parseManifest(std::string_view text) {
+  if (text.size() > kMaxManifestBytes) return tl::make_unexpected("it is too long");
   const Json json = Json::parse(text, nullptr, false);
-  if (!json.is_object()) return "it is not a JSON object";
-  if (countOf(json, "format") != kFormat) return "it has an unknown format";
+  if (!json.is_object()) return tl::make_unexpected("it is not a JSON object");
+  if (countOf(json, "format") != kFormat) return tl::make_unexpected("it has an unknown format");
 
   const std::optional<std::string> model = textOf(json, "model");
   const std::optional<std::string> recogniser = textOf(json, "recogniser");
   const std::optional<std::string> writtenBy = textOf(json, "written_by");
-  if (!model || !recogniser || !writtenBy) return "it lacks a member";
+  if (!model || !recogniser || !writtenBy) return tl::make_unexpected("it lacks a member");
 
   Manifest manifest{*model, *recogniser, {}, *writtenBy};
   const auto files = json.find("files");
-  if (files == json.end() || !files->is_array()) return "it lacks a member";
-  if (files->size() > kMaxFiles) return "it names too many files";
+  if (files == json.end() || !files->is_array()) return tl::make_unexpected("it lacks a member");
+  if (files->size() > kMaxFiles) return tl::make_unexpected("it names too many files");
   for (const Json& entry : *files) {
     const std::optional<Manifest::File> file = fileOf(entry);
-    if (!file) return "it describes a file wrongly";
+    if (!file) return tl::make_unexpected("it describes a file wrongly");
     manifest.files.push_back(*file);
   }
-  if (const std::optional<std::string> wrong = disagreement(manifest)) return *wrong;
+  if (const std::optional<std::string> wrong = fileMismatch(manifest))
+    return tl::make_unexpected(*wrong);
   return manifest;
 }
 
@@ -102,7 +103,7 @@ std::string formatManifest(const Manifest& manifest) {
                      {"recogniser", manifest.recogniser},
                      {"files", files},
                      {"written_by", manifest.writtenBy}};
-  // A name that is not UTF-8 is written with replacement characters rather than not at all.
+  // Names that are not UTF-8 are written with replacement characters.
   return json.dump(2, ' ', false, Json::error_handler_t::replace) + '\n';
 }
 

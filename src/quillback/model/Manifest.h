@@ -3,8 +3,9 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
-#include <variant>
 #include <vector>
+
+#include <tl/expected.hpp>
 
 namespace voxtrel::quillback {
 
@@ -12,8 +13,8 @@ namespace voxtrel::quillback {
 inline constexpr std::string_view kWhisper = "whisper";
 inline constexpr std::string_view kPocketSphinx = "pocketsphinx";
 
-/// What a model's "manifest.json" says. The file is written last and in one piece, so that its being
-/// there means that everything it names is there:
+/// The content of a model's "manifest.json". The file is written last and atomically, so if it exists,
+/// everything that it names exists:
 ///
 ///   {
 ///     "format": 1,
@@ -23,8 +24,8 @@ inline constexpr std::string_view kPocketSphinx = "pocketsphinx";
 ///     "written_by": "quillback 0.1.0"
 ///   }
 ///
-/// With the recogniser "pocketsphinx", which a build without Whisper embeds, `files` is empty. Other
-/// members are ignored; another format is not read.
+/// For the recogniser "pocketsphinx" (a build without Whisper), `files` is empty. Other members are
+/// ignored; other formats are refused.
 struct Manifest {
   struct File {
     std::string name;  ///< within the model's folder; never a path
@@ -42,17 +43,17 @@ struct Manifest {
   bool operator==(const Manifest&) const = default;
 };
 
-/// Longest manifest that is read.
+/// Longer manifests are refused.
 inline constexpr std::size_t kMaxManifestBytes = 65'536;
 
-/// Whether `name` is a file's name that stays in its folder.
+/// Whether `name` is a file name without a path.
 bool isPlainFileName(std::string_view name);
 /// Whether `text` is 64 lower-case hexadecimal digits.
 bool isSha256(std::string_view text);
 
-/// The manifest that `text` holds, or what is wrong with it: half a sentence, "it …".
-std::variant<Manifest, std::string> parseManifest(std::string_view text);
-/// The file's text, which ends in a line feed.
+/// Fails by: what is wrong with the text, as half a sentence: "it …".
+tl::expected<Manifest, std::string> parseManifest(std::string_view text);
+/// The file's text, with a newline at its end.
 std::string formatManifest(const Manifest& manifest);
 
 }  // namespace voxtrel::quillback

@@ -9,7 +9,7 @@ namespace {
 constexpr std::string_view kHttp = "http://";
 constexpr std::string_view kHttps = "https://";
 
-/// From the host on; empty where there is none.
+/// Everything after "http://" or "https://"; empty for other URLs.
 std::string_view afterScheme(std::string_view url) {
   for (const std::string_view scheme : {kHttp, kHttps}) {
     if (url.starts_with(scheme)) return url.substr(scheme.size());

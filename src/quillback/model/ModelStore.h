@@ -2,24 +2,34 @@
 
 #include <string>
 
+#include <tl/expected.hpp>
+
+#include "quillback/model/Manifest.h"
+
 namespace voxtrel::quillback {
 
-/// What the store holds of one model.
-struct StoreState {
+/// A complete Whisper model in the store.
+struct StoredModel {
+  std::string weightsFile;  ///< path
+  Manifest manifest;
+};
+
+/// Why the store has no usable weights of a model.
+struct StoreFault {
   enum class Kind {
     absent,    ///< no manifest
-    embedded,  ///< set up by a build without Whisper: a manifest, but no weights
-    complete,  ///< the weights are there in their right size
-    damaged,   ///< a manifest that is unreadable, or that promises files which are not there
+    embedded,  ///< set up by a build without Whisper: a manifest without weights
+    damaged,   ///< the manifest is unreadable, or its files are missing or have other sizes
   };
 
   Kind kind = Kind::absent;
-  std::string weightsFile;  ///< path of the weights; only of a complete model
-  std::string why;          ///< one sentence, without a full stop; empty where complete
+  std::string why;  ///< one sentence, without a full stop
 };
 
-/// Looks at the store below the user's `home`: reads the manifest and compares sizes, never the weights' bytes.
-/// Thread: any. Fails by: `damaged` with the reason.
-StoreState inspectStore(const std::string& home, const std::string& model);
+/// Looks at the store below the user's `home`: reads the manifest of `model` and compares the sizes of
+/// its files, but never reads the weights.
+/// Thread: any.
+tl::expected<StoredModel, StoreFault> inspectStore(const std::string& home,
+                                                   const std::string& model);
 
 }  // namespace voxtrel::quillback

@@ -7,17 +7,17 @@ namespace voxtrel::quillback {
 namespace {
 
 constexpr std::uint64_t kBytesPerMegabyte = 1'000'000;
-// Eight lines a second leave room for the last one, which does not wait for its turn.
-constexpr std::chrono::milliseconds kBetweenLines(125);
+// Eight lines a second, because the last line does not wait.
+constexpr std::chrono::milliseconds kMinInterval(125);
 
-/// A number of tenths as a decimal, whatever the locale.
+/// Independent of the locale.
 std::string decimal(std::uint64_t tenths) {
   return std::to_string(tenths / 10) + "." + std::to_string(tenths % 10);
 }
 
 std::uint64_t perMille(std::uint64_t done, std::uint64_t total) {
   if (done >= total) return 1000;
-  // The product of large numbers would not fit.
+  // Here the product would overflow.
   if (done > UINT64_MAX / 1000) return std::min<std::uint64_t>(done / (total / 1000), 999);
   return done * 1000 / total;
 }
@@ -37,7 +37,7 @@ std::string formatMegabytes(std::uint64_t bytes) {
 
 bool ProgressThrottle::isDue(TimePoint now, bool isLast) {
   if (isOver_) return false;
-  if (!isLast && lastLine_ && now - *lastLine_ < kBetweenLines) return false;
+  if (!isLast && lastLine_ && now - *lastLine_ < kMinInterval) return false;
   lastLine_ = now;
   isOver_ = isLast;
   return true;

@@ -7,20 +7,19 @@
 
 namespace voxtrel::quillback {
 
-/// "812.4 MB / 3095.0 MB (26.2%)": millions of bytes, as people count a download. Rounded down, so
-/// that 100.0% means all of it.
+/// "812.4 MB / 3095.0 MB (26.2%)", in millions of bytes. Rounded down, so 100.0% means everything.
 std::string formatProgress(std::uint64_t doneBytes, std::uint64_t totalBytes);
 
-/// Millions of bytes without a fraction, rounded up: "3096 MB".
+/// "3096 MB": millions of bytes, rounded up.
 std::string formatMegabytes(std::uint64_t bytes);
 
-/// Lets through at most 10 lines in any second, the last one among them in any case.
+/// Allows at most 10 progress lines per second, and always the last one.
 /// Thread: one.
 class ProgressThrottle {
  public:
   using TimePoint = std::chrono::steady_clock::time_point;
 
-  /// Whether a line is due now; `isLast`: it is, once.
+  /// Whether to print a line now. The last line is due once, and no line after it.
   bool isDue(TimePoint now, bool isLast);
 
  private:

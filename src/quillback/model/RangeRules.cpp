@@ -8,12 +8,13 @@ namespace voxtrel::quillback {
 
 namespace {
 
+constexpr std::size_t kMaxHeaderValueBytes = 512;
 constexpr int kOk = 200;
 constexpr int kPartialContent = 206;
 constexpr int kRangeNotSatisfiable = 416;
-constexpr std::array<int, 7> kPassingFaults = {408, 425, 429, 500, 502, 503, 504};
+constexpr std::array<int, 7> kTemporaryErrors = {408, 425, 429, 500, 502, 503, 504};
 
-/// Takes a number and the character after it (none: the end) off the front of `text`.
+/// Removes a number and the character `after` it ('\0': the end) from the front of `text`.
 std::optional<std::uint64_t> takeNumber(std::string_view& text, char after) {
   std::uint64_t number = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
@@ -25,18 +26,24 @@ std::optional<std::uint64_t> takeNumber(std::string_view& text, char after) {
   return number;
 }
 
-ReplyAction judgePartial(const RangeAsk& ask, const HttpReply& reply) {
+ReplyAction judgePartial(const RangeRequest& request, const HttpReply& reply) {
   const std::optional<ContentRange> range = parseContentRange(reply.contentRange.value_or(""));
-  const ContentRange wanted{ask.offset, ask.totalBytes - 1, ask.totalBytes};
-  if (ask.offset == 0 || range != wanted) return ReplyAction::askAnew;
-  if (reply.contentLength.value_or(ask.totalBytes - ask.offset) != ask.totalBytes - ask.offset) {
-    return ReplyAction::askAnew;
+  const ContentRange wanted{request.offset, request.totalBytes - 1, request.totalBytes};
+  if (request.offset == 0 || range != wanted) return ReplyAction::refetch;
+  if (reply.contentLength.value_or(request.totalBytes - request.offset) !=
+      request.totalBytes - request.offset) {
+    return ReplyAction::refetch;
   }
-  const bool isSameFile = ask.etag.empty() || reply.etag.empty() || ask.etag == reply.etag;
-  return isSameFile ? ReplyAction::append : ReplyAction::askAnew;
+  const bool isSameFile = request.etag.empty() || reply.etag.empty() || request.etag == reply.etag;
+  return isSameFile ? ReplyAction::append : ReplyAction::refetch;
 }
 
 }  // namespace
+
+bool isHeaderValue(std::string_view value) {
+  return value.size() <= kMaxHeaderValueBytes &&
+         std::ranges::all_of(value, [](char c) { return c >= ' ' && c < '\x7f'; });
+}
 
 std::optional<ContentRange> parseContentRange(std::string_view text) {
   constexpr std::string_view kUnit = "bytes ";
@@ -54,21 +61,21 @@ std::optional<ContentRange> parseContentRange(std::string_view text) {
   return ContentRange{*first, *last, *totalBytes};
 }
 
-ReplyAction judgeReply(const RangeAsk& ask, const HttpReply& reply) {
+ReplyAction judgeReply(const RangeRequest& request, const HttpReply& reply) {
   if (reply.status == kOk) {
-    if (reply.contentLength.value_or(ask.totalBytes) != ask.totalBytes) {
+    if (reply.contentLength.value_or(request.totalBytes) != request.totalBytes) {
       return ReplyAction::wrongFile;
     }
-    return ask.offset == 0 ? ReplyAction::append : ReplyAction::restart;
+    return request.offset == 0 ? ReplyAction::append : ReplyAction::restart;
   }
-  if (reply.status == kPartialContent) return judgePartial(ask, reply);
-  if (reply.status == kRangeNotSatisfiable && ask.offset > 0) return ReplyAction::askAnew;
-  return std::ranges::count(kPassingFaults, reply.status) > 0 ? ReplyAction::retry
-                                                              : ReplyAction::refuse;
+  if (reply.status == kPartialContent) return judgePartial(request, reply);
+  if (reply.status == kRangeNotSatisfiable && request.offset > 0) return ReplyAction::refetch;
+  return std::ranges::count(kTemporaryErrors, reply.status) > 0 ? ReplyAction::retry
+                                                                : ReplyAction::refuse;
 }
 
 std::string ifRangeOf(std::string_view etag, std::string_view lastModified) {
-  // A weak tag promises the same meaning, not the same bytes.
+  // A weak tag does not promise the same bytes.
   if (etag.size() > 2 && etag.starts_with('"') && etag.ends_with('"')) return std::string(etag);
   return std::string(lastModified);
 }

@@ -5,11 +5,24 @@
 #include <string>
 #include <string_view>
 
-#include "quillback/model/HttpReply.h"
-
 namespace voxtrel::quillback {
 
-/// What a Content-Range says: bytes `first` to `last`, both included, of a file of `totalBytes`.
+/// Status and headers of a server's final reply, after redirects.
+struct HttpReply {
+  int status = 0;
+  std::optional<std::string> contentRange;
+  std::optional<std::uint64_t> contentLength;
+  std::string etag;          ///< empty if missing or no header value
+  std::string lastModified;  ///< likewise
+};
+
+/// Whether `value` may be sent as a header's value: short and printable.
+bool isHeaderValue(std::string_view value);
+
+/// The value of If-Range for the version of a file; empty if neither can be used.
+std::string ifRangeOf(std::string_view etag, std::string_view lastModified);
+
+/// A Content-Range: bytes `first` to `last`, both included, of `totalBytes`.
 struct ContentRange {
   std::uint64_t first = 0;
   std::uint64_t last = 0;
@@ -18,29 +31,26 @@ struct ContentRange {
   bool operator==(const ContentRange&) const = default;
 };
 
-/// Nothing unless all three numbers are there and fit each other.
+/// Nothing unless all three numbers are given and consistent.
 std::optional<ContentRange> parseContentRange(std::string_view text);
 
-/// What was asked of the server: everything from `offset` on.
-struct RangeAsk {
-  std::uint64_t offset = 0;      ///< 0: no range was asked for
+/// What was requested: all bytes from `offset` on.
+struct RangeRequest {
+  std::uint64_t offset = 0;      ///< 0: no range, the whole file
   std::uint64_t totalBytes = 0;  ///< of the whole file, as pinned
   std::string etag;              ///< of the file that the first `offset` bytes are from; or empty
 };
 
 enum class ReplyAction {
-  append,     ///< the body goes on where the part ends
-  restart,    ///< the body is the whole file: the part is emptied first
-  askAnew,    ///< the answer cannot be trusted: the part is emptied, and the whole file asked for
-  retry,      ///< a fault that may pass
-  wrongFile,  ///< the server has another file
-  refuse,     ///< an answer without the file
+  append,     ///< the body continues the part
+  restart,    ///< the body is the whole file: empty the part first
+  refetch,    ///< the reply cannot be trusted: empty the part and request the whole file
+  retry,      ///< a temporary error
+  wrongFile,  ///< the server has a file of another size
+  refuse,     ///< a reply without the file
 };
 
-/// What to do with the server's answer, before its body is read.
-ReplyAction judgeReply(const RangeAsk& ask, const HttpReply& reply);
-
-/// The value of If-Range for a file with these; empty where neither serves.
-std::string ifRangeOf(std::string_view etag, std::string_view lastModified);
+/// What to do with a reply before its body is read.
+ReplyAction judgeReply(const RangeRequest& request, const HttpReply& reply);
 
 }  // namespace voxtrel::quillback

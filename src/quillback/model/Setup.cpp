@@ -1,30 +1,36 @@
 #include "quillback/model/Setup.h"
 
+#include <fcntl.h>
+#include <sys/file.h>
+
 #include <algorithm>
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <optional>
+#include <utility>
 
+#include "common/posix/FileDescriptor.h"
 #include "common/posix/StopSignals.h"
 #include "common/settings/ConfigManager.h"
 #include "quillback/model/Download.h"
 #include "quillback/model/Files.h"
-#include "quillback/model/HttpLibrary.h"
 #include "quillback/model/Manifest.h"
 #include "quillback/model/ModelStore.h"
-#include "quillback/model/SetupExit.h"
-#include "quillback/model/StoreLock.h"
+#include "quillback/model/SetupFailure.h"
 
 namespace voxtrel::quillback {
 
 namespace {
 
-using Kind = StoreState::Kind;
-using Failure = std::optional<SetupFailure>;
+using Fault = StoreFault::Kind;
 
 constexpr const char* kManifestName = "manifest.json";
+constexpr std::chrono::milliseconds kLockInterval(50);
+constexpr mode_t kFileMode = 0666;
 
-/// One run of setup for one known model.
+/// One run of setup for a known model.
+/// Thread: the main one.  Owns: the store's lock.  Borrows: options, pin, output.
 class Setup {
  public:
   Setup(const SetupOptions& options, const ModelPin& pin, Output& output)
@@ -34,131 +40,154 @@ class Setup {
         folder_(ConfigManager(options.home).weightsFolder(pin.model)),
         filePath_(folder_ + "/" + pin.fileName) {}
 
-  Failure run();
+  SetupResult run();
 
  private:
-  Kind look() const;
-  bool sayIfReady(Kind kind) const;
-  Failure makeReady(Kind kind);
-  Failure makeEmbedded();
-  Failure takeUpFile();
-  Failure download();
-  Failure writeManifest(std::string_view recogniser, std::vector<Manifest::File> files);
-  Failure failureOf(int error) const;
+  SetupResult lockStore();
+  std::optional<Fault> findFault() const;
+  bool isReady(std::optional<Fault> fault) const;
+  SetupResult makeEmbedded();
+  SetupResult makeReady(Fault fault);
+  SetupResult removeManifest();
+  SetupResult keepOrRemoveFile();
+  SetupResult download();
+  SetupResult removeParts();
+  SetupResult writeManifest(std::string_view recogniser, std::vector<Manifest::File> files);
+  Manifest::File pinnedFile() const { return {pin_.fileName, pin_.sizeBytes, pin_.sha256}; }
+  SetupResult check(FileResult result) const;
 
   const SetupOptions& options_;
   const ModelPin& pin_;
   Output& output_;
   std::string folder_;
   std::string filePath_;
-  // Writing to a closed pipe or past a file size limit is an error here, not the end.
+  // Writing to a closed pipe or past a file size limit must fail, not end the process.
   StopSignals stop_{StopSignals::InheritedIgnores::keep, {SIGPIPE, SIGXFSZ}};
+  FileDescriptor lock_;
 };
 
-Failure Setup::failureOf(int error) const {
-  return error == 0 ? std::nullopt : Failure(writeFailure(error, folder_));
+SetupResult Setup::check(FileResult result) const {
+  return std::move(result).map_error(
+      [this](std::error_code error) { return fileFailure(error, folder_); });
 }
 
-/// Weights that are complete, but of another version than the pinned one, are as good as damaged.
-Kind Setup::look() const {
-  const StoreState state = inspectStore(options_.home, pin_.model);
-  if (state.kind != Kind::complete) return state.kind;
-  const auto text = readSmallFile(folder_ + "/" + kManifestName, kMaxManifestBytes);
-  const auto parsed = parseManifest(text.value_or(""));
-  const auto* manifest = std::get_if<Manifest>(&parsed);
-  const Manifest::File wanted{pin_.fileName, pin_.sizeBytes, pin_.sha256};
-  const bool isPinned = manifest && std::ranges::count(manifest->files, wanted) > 0;
-  return isPinned ? Kind::complete : Kind::damaged;
-}
-
-bool Setup::sayIfReady(Kind kind) const {
-  if (!options_.hasWhisper) return false;
-  if (kind == Kind::complete) {
-    output_.print("The weights of " + pin_.model + " are complete already; nothing to do.");
-  }
-  return kind == Kind::complete;
-}
-
-Failure Setup::run() {
-  if (sayIfReady(look())) return std::nullopt;
-  if (auto failure = failureOf(makeFolders(folder_))) return failure;
-  StoreLock lock;
-  if (auto failure = lock.take(folder_, stop_, output_)) return failure;
+SetupResult Setup::run() {
+  if (isReady(findFault())) return {};
+  if (auto made = makeFolders(folder_); !made) return check(made);
+  if (auto locked = lockStore(); !locked) return locked;
   options_.onStep("locked");
-  // Whoever had the lock may have done it all.
-  const Kind kind = look();
-  if (sayIfReady(kind)) return std::nullopt;
-  return options_.hasWhisper ? makeReady(kind) : makeEmbedded();
+  // The setup that had the lock may have finished the job.
+  const std::optional<Fault> fault = findFault();
+  if (isReady(fault)) return {};
+  return options_.hasWhisper ? makeReady(*fault) : makeEmbedded();
 }
 
-Failure Setup::makeEmbedded() {
-  // Weights that another build can use stay as they are.
-  const StoreState state = inspectStore(options_.home, pin_.model);
-  if (state.kind == Kind::absent || state.kind == Kind::damaged) {
-    if (auto failure = writeManifest(kPocketSphinx, {})) return failure;
+/// Waits until no other setup has the lock, and says so once. The kernel releases the lock when the
+/// process ends; the file stays.
+SetupResult Setup::lockStore() {
+  lock_ = FileDescriptor(::open((folder_ + "/setup.lock").c_str(),
+                                O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, kFileMode));
+  if (!lock_.isOpen()) return check(systemFailure());
+  for (bool isFirst = true; ::flock(lock_.get(), LOCK_EX | LOCK_NB) != 0; isFirst = false) {
+    if (errno != EWOULDBLOCK && errno != EINTR) {
+      return tl::unexpected(
+          SetupFailure{SetupExit::locked, "Setup failed: " + folder_ + " cannot be locked (" +
+                                              systemFailure().value().message() +
+                                              "). Check the file system it is on."});
+    }
+    if (isFirst) output_.print("Another setup is running; waiting for it.");
+    if (stop_.waitFor(kLockInterval)) return tl::unexpected(interruption());
+  }
+  return {};
+}
+
+/// Complete weights of another version than the pinned one count as damaged.
+std::optional<Fault> Setup::findFault() const {
+  const auto stored = inspectStore(options_.home, pin_.model);
+  if (!stored) return stored.error().kind;
+  const bool isPinned = std::ranges::count(stored->manifest.files, pinnedFile()) > 0;
+  return isPinned ? std::nullopt : std::optional(Fault::damaged);
+}
+
+/// Whether there is nothing to do; then says so.
+bool Setup::isReady(std::optional<Fault> fault) const {
+  if (!options_.hasWhisper || fault) return false;
+  output_.print("The weights of " + pin_.model + " are complete already; nothing to do.");
+  return true;
+}
+
+SetupResult Setup::makeEmbedded() {
+  // Weights that another build can use are kept.
+  const auto stored = inspectStore(options_.home, pin_.model);
+  if (!stored && stored.error().kind != Fault::embedded) {
+    if (auto written = writeManifest(kPocketSphinx, {}); !written) return written;
   }
   output_.print(
       "This build has no Whisper, so nothing is downloaded; its embedded recogniser, "
       "PocketSphinx for English, is ready.");
-  return std::nullopt;
+  return {};
 }
 
-Failure Setup::makeReady(Kind kind) {
-  if (kind == Kind::damaged) {
+SetupResult Setup::makeReady(Fault fault) {
+  if (fault == Fault::damaged) {
     output_.print("The store is damaged or of another version; repairing it.");
-    // As long as the manifest is there, the weights count as present.
-    if (auto failure = failureOf(removeFile(folder_ + "/" + kManifestName))) return failure;
-    if (auto failure = failureOf(syncFolder(folder_))) return failure;
+    if (auto removed = removeManifest(); !removed) return removed;
   }
-  if (auto failure = takeUpFile()) return failure;
-  if (!fileSize(filePath_)) {
-    if (auto failure = download()) return failure;
-  }
-  for (const char* leftover : {".part", ".part.json"}) {
-    if (auto failure = failureOf(removeFile(filePath_ + leftover))) return failure;
-  }
-  if (auto failure = failureOf(syncFolder(folder_))) return failure;
-  const Manifest::File file{pin_.fileName, pin_.sizeBytes, pin_.sha256};
-  if (auto failure = writeManifest(kWhisper, {file})) return failure;
-  output_.print("The weights of " + pin_.model + " are complete.");
-  return std::nullopt;
+  return keepOrRemoveFile()
+      .and_then([this] { return fileSize(filePath_) ? SetupResult() : download(); })
+      .and_then([this] { return removeParts(); })
+      .and_then([this] { return writeManifest(kWhisper, {pinnedFile()}); })
+      .map([this] { output_.print("The weights of " + pin_.model + " are complete."); });
 }
 
-/// Keeps weights that lack only their manifest; removes others.
-Failure Setup::takeUpFile() {
+/// While the manifest exists, the weights count as present.
+SetupResult Setup::removeManifest() {
+  return check(
+      removeFile(folder_ + "/" + kManifestName).and_then([this] { return syncFolder(folder_); }));
+}
+
+/// Keeps the expected weights, which lack only their manifest; removes others.
+SetupResult Setup::keepOrRemoveFile() {
   const std::optional<std::uint64_t> sizeBytes = fileSize(filePath_);
-  if (!sizeBytes) return std::nullopt;
+  if (!sizeBytes) return {};
   if (*sizeBytes == pin_.sizeBytes) {
     output_.print("Checking the weights that are there.");
-    PartFile file;
-    int error = file.open(filePath_);
-    if (error == 0) error = file.hashAll(stop_);
-    if (error == ECANCELED) return interruption();
-    if (error != 0) return failureOf(error);
-    if (file.digest() == pin_.sha256) return std::nullopt;
+    const FileDescriptor file(::open(filePath_.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW));
+    if (!file.isOpen()) return check(systemFailure());
+    Sha256 hash;
+    if (auto read = hashFile(file.get(), hash, stop_); !read) return check(read);
+    if (hash.digest() == pin_.sha256) return {};
   }
   output_.print("The weights that are there are not the expected ones; removing them.");
-  return failureOf(removeFile(filePath_));
+  return check(removeFile(filePath_));
 }
 
-Failure Setup::download() {
+SetupResult Setup::download() {
   const HttpLibrary library;
   std::string baseUrl = options_.baseUrl.empty() ? pin_.baseUrl : options_.baseUrl;
   while (baseUrl.ends_with('/')) baseUrl.pop_back();
   Download download({pin_, folder_, baseUrl, options_.certificates, "quillback/" + options_.version,
                      options_.limits, stop_, output_, options_.onStep});
-  if (auto failure = download.run()) return failure;
-  if (std::rename(download.partPath().c_str(), filePath_.c_str()) != 0) return failureOf(errno);
+  if (auto done = download.run(); !done) return done;
+  if (std::rename(download.partPath().c_str(), filePath_.c_str()) != 0) {
+    return check(systemFailure());
+  }
   options_.onStep("renamed");
-  return std::nullopt;
+  return {};
 }
 
-Failure Setup::writeManifest(std::string_view recogniser, std::vector<Manifest::File> files) {
+SetupResult Setup::removeParts() {
+  return check(removeFile(filePath_ + ".part")
+                   .and_then([this] { return removeFile(filePath_ + ".part.json"); })
+                   .and_then([this] { return syncFolder(folder_); }));
+}
+
+SetupResult Setup::writeManifest(std::string_view recogniser, std::vector<Manifest::File> files) {
   const Manifest manifest{pin_.model, std::string(recogniser), std::move(files),
                           "quillback " + options_.version};
-  Failure failure = failureOf(replaceFile(folder_, kManifestName, formatManifest(manifest)));
-  if (!failure) options_.onStep("manifest");
-  return failure;
+  return check(replaceFile(folder_, kManifestName, formatManifest(manifest))).map([this] {
+    options_.onStep("manifest");
+  });
 }
 
 SetupFailure unknownModel(const SetupOptions& options) {
@@ -167,13 +196,14 @@ SetupFailure unknownModel(const SetupOptions& options) {
   return {SetupExit::usage, line + "."};
 }
 
-Failure attemptSetup(const SetupOptions& options, Output& output) {
+SetupResult attemptSetup(const SetupOptions& options, Output& output) {
   const auto pin = std::ranges::find(options.pins, options.model, &ModelPin::model);
-  if (pin == options.pins.end()) return unknownModel(options);
+  if (pin == options.pins.end()) return tl::unexpected(unknownModel(options));
   if (!options.baseUrl.empty() && !isBaseUrl(options.baseUrl)) {
-    return SetupFailure{SetupExit::usage,
-                        "Setup failed: QUILLBACK_MODEL_URL is not an address. It begins with "
-                        "\"https://\" or \"http://\" and a host."};
+    return tl::unexpected(SetupFailure{
+        SetupExit::usage,
+        "Setup failed: QUILLBACK_MODEL_URL is not an address. It must begin with \"https://\" or "
+        "\"http://\" and a host."});
   }
   return Setup(options, *pin, output).run();
 }
@@ -181,10 +211,10 @@ Failure attemptSetup(const SetupOptions& options, Output& output) {
 }  // namespace
 
 int runSetup(const SetupOptions& options, Output& output) {
-  const Failure failure = attemptSetup(options, output);
-  if (!failure) return static_cast<int>(SetupExit::done);
-  output.print(failure->line);
-  return static_cast<int>(failure->exit);
+  const SetupResult result = attemptSetup(options, output);
+  if (result) return static_cast<int>(SetupExit::done);
+  output.print(result.error().line);
+  return static_cast<int>(result.error().exit);
 }
 
 }  // namespace voxtrel::quillback

@@ -11,7 +11,7 @@
 
 namespace voxtrel::quillback {
 
-/// What `quillback setup` is to do.
+/// Options of `quillback setup`.
 struct SetupOptions {
   std::string home;  ///< the user's; the store is below it
   std::string model = "large-v3";
@@ -21,16 +21,15 @@ struct SetupOptions {
 
   TransferLimits limits = {};
   std::vector<ModelPin> pins = pinnedModels();
-  std::string certificates = {};  ///< file of the authorities to trust; empty: the system's
-  /// Called after each step that a crash could follow, with its name.
+  std::string certificates = {};  ///< file of trusted authorities; empty: the system's
+  /// Called with the name of each step after which a crash leaves another state.
   std::function<void(std::string_view step)> onStep = [](std::string_view) {};
 };
 
-/// Makes the model ready in the store, and prints what it does. Returns the exit status (SetupExit).
-/// Whenever it is ended, the next run goes on: FILE.part grows, is verified and becomes FILE, and
-/// manifest.json is written last. A second setup waits for the first one.
-/// Thread: the process's main one, before others are started; it blocks. SIGTERM, SIGINT and SIGHUP
-/// end it.
+/// Downloads the model into the store and prints progress. Returns the exit status (SetupExit). After
+/// any interruption the next run resumes: FILE.part grows, is verified and becomes FILE, and
+/// manifest.json is written last. A second setup waits for the first. SIGTERM, SIGINT and SIGHUP end it.
+/// Thread: the main one, before others are started; it blocks.
 int runSetup(const SetupOptions& options, Output& output);
 
 }  // namespace voxtrel::quillback

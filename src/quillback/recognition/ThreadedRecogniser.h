@@ -1,32 +1,46 @@
 #pragma once
 
+#include <chrono>
+#include <cstddef>
 #include <functional>
 #include <memory>
 
-#include "quillback/recognition/EngineThread.h"
+#include "quillback/ports/Loop.h"
+#include "quillback/recognition/RecogniserBackend.h"
 
 namespace voxtrel::quillback {
 
-/// Lets a SpeechEngine work on a thread of its own: it hears speech while that is spoken, so that
-/// little is left to do once the last sample is there.
-/// Thread: the loop's.  Owns: the engine's thread.  Borrows: Loop (must outlive this).
-/// Fails by: the report of loading; without a usable model no utterance is ever done.
+/// Runs a RecogniserBackend on its own thread. Speech is recognised while it is spoken, so little is
+/// left to do after the last sample.
+/// Thread: the loop's.  Owns: the backend and its thread.  Borrows: Loop (must outlive this).
+/// Fails by: the load report; without a usable model no utterance is ever done.
 class ThreadedRecogniser final : public Recogniser {
  public:
-  /// Begins to load; `onLoaded` runs later on the loop's thread, unless this is gone by then.
-  ThreadedRecogniser(Loop& loop, std::unique_ptr<SpeechEngine> engine,
-                     EngineThread::OnLoaded onLoaded);
+  using OnLoaded = std::function<void(const LoadReport&)>;
+
+  /// How long the destructor waits for a backend that cannot be interrupted. After that the thread is
+  /// detached: it uses only the backend, which it owns, and ends after its current step.
+  static constexpr std::chrono::milliseconds kStopTimeout{200};
+  /// After this many samples (0.1 s) the thread checks whether the utterance is still wanted.
+  static constexpr std::size_t kMaxStepSamples = 1600;
+
+  /// Starts to load the model. `onLoaded` runs later on the loop's thread, unless this is destroyed
+  /// first.
+  ThreadedRecogniser(Loop& loop, std::unique_ptr<RecogniserBackend> backend, OnLoaded onLoaded);
   ThreadedRecogniser(const ThreadedRecogniser&) = delete;
   ThreadedRecogniser& operator=(const ThreadedRecogniser&) = delete;
-  /// Returns within EngineThread::kPatience, whatever the engine does.
+  /// Returns within kStopTimeout, whatever the backend does.
   ~ThreadedRecogniser() override;
 
-  /// May be called while the model is still loading: what is fed waits.
+  /// May be called while the model is loading: samples are queued until then.
   [[nodiscard]] std::unique_ptr<Utterance> begin() override;
 
  private:
-  const std::shared_ptr<EngineThread> thread_;
-  const std::shared_ptr<const bool> isThere_;  ///< what waits on the loop holds it weakly
+  class Worker;
+  class QueuedUtterance;
+
+  const std::shared_ptr<Worker> worker_;
+  const std::shared_ptr<const bool> alive_;  ///< tasks on the loop hold it weakly
 };
 
 }  // namespace voxtrel::quillback

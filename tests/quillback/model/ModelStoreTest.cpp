@@ -1,28 +1,21 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 
-#include "quillback/model/Files.h"
 #include "quillback/model/Manifest.h"
 #include "quillback/model/ModelStore.h"
+#include "support/ScratchFolder.h"
 
 namespace voxtrel::quillback {
 namespace {
 
-using Kind = StoreState::Kind;
+using Kind = StoreFault::Kind;
 
-class ModelStore : public testing::Test {
+class ModelStoreFixture : public testing::Test {
  protected:
-  ModelStore() {
-    std::string pattern = testing::TempDir() + "/storeXXXXXX";
-    home_ = ::mkdtemp(pattern.data());
-    folder_ = home_ + "/.local/share/quillback/weights/whisper-large-v3";
-    std::filesystem::create_directories(folder_);
-  }
-  ~ModelStore() override { std::filesystem::remove_all(home_); }
+  ModelStoreFixture() { std::filesystem::create_directories(folder_); }
 
   void write(const std::string& name, const std::string& text) const {
     std::ofstream(folder_ + "/" + name) << text;
@@ -34,76 +27,73 @@ class ModelStore : public testing::Test {
       manifest.files = {{"weights.bin", sizeBytes, std::string(64, '0')}};
     write("manifest.json", formatManifest(manifest));
   }
-  StoreState state() const { return inspectStore(home_, "large-v3"); }
+  StoreFault fault() const {
+    const auto stored = inspectStore(home_, "large-v3");
+    EXPECT_FALSE(stored);
+    return stored ? StoreFault{} : stored.error();
+  }
 
-  std::string home_;
-  std::string folder_;
+  const ScratchFolder scratch_;
+  const std::string home_ = scratch_.path();
+  const std::string folder_ = home_ + "/.local/share/quillback/weights/whisper-large-v3";
 };
 
-TEST_F(ModelStore, WithoutAManifestHasNoModelWhateverElseIsThere) {
-  EXPECT_EQ(state().kind, Kind::absent);
+TEST_F(ModelStoreFixture, WithoutAManifestTheModelIsAbsentWhateverElseIsThere) {
+  EXPECT_EQ(fault().kind, Kind::absent);
   write("weights.bin", "weights");
-  EXPECT_EQ(state().kind, Kind::absent);
+  EXPECT_EQ(fault().kind, Kind::absent);
   std::filesystem::remove_all(home_ + "/.local");
-  EXPECT_EQ(state().kind, Kind::absent);
+  EXPECT_EQ(fault().kind, Kind::absent);
 }
 
-TEST_F(ModelStore, IsCompleteWhenItsFilesHaveTheirSizes) {
+TEST_F(ModelStoreFixture, TheModelIsCompleteIfItsFilesHaveTheRightSizes) {
   write("weights.bin", "weights");
   writeManifest("whisper", 7);
-  EXPECT_EQ(state().kind, Kind::complete);
-  EXPECT_EQ(state().weightsFile, folder_ + "/weights.bin");
-  EXPECT_EQ(state().why, "");
+  const auto stored = inspectStore(home_, "large-v3");
+  ASSERT_TRUE(stored);
+  EXPECT_EQ(stored->weightsFile, folder_ + "/weights.bin");
+  EXPECT_EQ(stored->manifest.files.size(), 1U);
 }
 
-TEST_F(ModelStore, IsDamagedWhenAFileIsMissingOrHasAnotherSize) {
+TEST_F(ModelStoreFixture, TheModelIsDamagedIfAFileIsMissingOrHasAnotherSize) {
   writeManifest("whisper", 7);
-  EXPECT_EQ(state().kind, Kind::damaged);
-  EXPECT_EQ(state().why, "weights.bin is missing");
+  EXPECT_EQ(fault().kind, Kind::damaged);
+  EXPECT_EQ(fault().why, "weights.bin is missing");
   write("weights.bin", "weight");
-  EXPECT_EQ(state().kind, Kind::damaged);
-  EXPECT_EQ(state().why, "weights.bin has 6 bytes instead of 7");
-  EXPECT_EQ(state().weightsFile, "");
+  EXPECT_EQ(fault().kind, Kind::damaged);
+  EXPECT_EQ(fault().why, "weights.bin has 6 bytes instead of 7");
   std::filesystem::remove(folder_ + "/weights.bin");
   std::filesystem::create_directory(folder_ + "/weights.bin");
-  EXPECT_EQ(state().why, "weights.bin is missing");
+  EXPECT_EQ(fault().why, "weights.bin is missing");
 }
 
-TEST_F(ModelStore, OfABuildWithoutWhisperSaysSo) {
+TEST_F(ModelStoreFixture, TheManifestOfABuildWithoutWhisperIsNamedAsSuch) {
   writeManifest("pocketsphinx", 0);
-  EXPECT_EQ(state().kind, Kind::embedded);
-  EXPECT_EQ(state().why, "it was set up by a build without Whisper");
+  EXPECT_EQ(fault().kind, Kind::embedded);
+  EXPECT_EQ(fault().why, "it was set up by a build without Whisper");
 }
 
-TEST_F(ModelStore, IsDamagedWhenItsManifestIs) {
+TEST_F(ModelStoreFixture, ADamagedManifestIsDamage) {
   write("manifest.json", "{");
-  EXPECT_EQ(state().kind, Kind::damaged);
-  EXPECT_EQ(state().why, "manifest.json is damaged: it is not a JSON object");
+  EXPECT_EQ(fault().kind, Kind::damaged);
+  EXPECT_EQ(fault().why, "manifest.json is damaged: it is not a JSON object");
   writeManifest("pocketsphinx", 0, "small");
-  EXPECT_EQ(state().why, "manifest.json belongs to another model");
+  EXPECT_EQ(fault().why, "manifest.json belongs to another model");
 }
 
-TEST_F(ModelStore, IsDamagedWhenItsManifestIsNoFile) {
+TEST_F(ModelStoreFixture, AManifestThatIsNoRegularFileIsDamage) {
   std::filesystem::create_directory(folder_ + "/manifest.json");
-  EXPECT_EQ(state().kind, Kind::damaged);
-  EXPECT_EQ(state().why, "manifest.json cannot be read");
+  EXPECT_EQ(fault().kind, Kind::damaged);
+  EXPECT_EQ(fault().why, "manifest.json cannot be read");
   std::filesystem::remove(folder_ + "/manifest.json");
-  // Nobody ever writes to this pipe: reading it would last forever.
+  // A pipe without a writer: reading it would block forever.
   ASSERT_EQ(::mkfifo((folder_ + "/manifest.json").c_str(), 0600), 0);
-  EXPECT_EQ(state().why, "manifest.json cannot be read");
+  EXPECT_EQ(fault().why, "manifest.json cannot be read");
 }
 
-TEST_F(ModelStore, TakesANameWithASlashAsAFolderInAFolder) {
-  EXPECT_EQ(inspectStore(home_, "a/../../..").kind, Kind::absent);
-  EXPECT_EQ(inspectStore(home_, "").kind, Kind::absent);
-}
-
-TEST_F(ModelStore, ReplacesAFileAsAWhole) {
-  EXPECT_EQ(replaceFile(folder_, "x", "old"), 0);
-  EXPECT_EQ(replaceFile(folder_, "x", "new"), 0);
-  EXPECT_EQ(readSmallFile(folder_ + "/x", 100), "new");
-  EXPECT_FALSE(std::filesystem::exists(folder_ + "/x.tmp"));
-  EXPECT_NE(replaceFile(folder_ + "/none", "x", "new"), 0);
+TEST_F(ModelStoreFixture, AModelNameMayContainSlashesOrBeEmpty) {
+  EXPECT_EQ(inspectStore(home_, "a/../../..").error().kind, Kind::absent);
+  EXPECT_EQ(inspectStore(home_, "").error().kind, Kind::absent);
 }
 
 }  // namespace

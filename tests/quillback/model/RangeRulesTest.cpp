@@ -13,10 +13,10 @@ HttpReply reply(int status, std::optional<std::string> contentRange = {},
 }
 
 constexpr std::uint64_t kTotal = 1000;
-const RangeAsk kWhole{0, kTotal, ""};
-const RangeAsk kRest{400, kTotal, "\"v1\""};
+const RangeRequest kWhole{0, kTotal, ""};
+const RangeRequest kRest{400, kTotal, "\"v1\""};
 
-TEST(ContentRangeText, IsReadWhenItsNumbersFit) {
+TEST(RangeRulesTest, AContentRangeWithConsistentNumbersIsParsed) {
   EXPECT_EQ(parseContentRange("bytes 0-0/1"), (ContentRange{0, 0, 1}));
   EXPECT_EQ(parseContentRange("bytes 400-999/1000"), (ContentRange{400, 999, 1000}));
   EXPECT_EQ(parseContentRange("Bytes  400-999/1000"), (ContentRange{400, 999, 1000}));
@@ -25,7 +25,7 @@ TEST(ContentRangeText, IsReadWhenItsNumbersFit) {
       (ContentRange{UINT64_MAX - 2, UINT64_MAX - 1, UINT64_MAX}));
 }
 
-TEST(ContentRangeText, IsRefusedOtherwise) {
+TEST(RangeRulesTest, AnyOtherContentRangeIsRefused) {
   for (const char* text :
        {"", "bytes", "bytes ", "bytes 400-999", "bytes 400-999/", "bytes 400-999/*", "bytes */1000",
         "bytes 400-999/1000x", "bytes 400-999/1000 ", "bytes -400-999/1000", "bytes +400-999/1000",
@@ -36,52 +36,52 @@ TEST(ContentRangeText, IsRefusedOtherwise) {
   }
 }
 
-TEST(Reply, OfAWholeFileIsTaken) {
+TEST(RangeRulesTest, AWholeFileIsAppendedToAnEmptyPart) {
   EXPECT_EQ(judgeReply(kWhole, reply(200, {}, 1000)), append);
   EXPECT_EQ(judgeReply(kWhole, reply(200)), append);
 }
 
-TEST(Reply, OfAWholeFileInsteadOfTheRestStartsAnew) {
+TEST(RangeRulesTest, AWholeFileInsteadOfTheRestRestarts) {
   EXPECT_EQ(judgeReply(kRest, reply(200, {}, 1000)), restart);
   EXPECT_EQ(judgeReply(kRest, reply(200)), restart);
 }
 
-TEST(Reply, OfAnotherLengthIsAnotherFile) {
+TEST(RangeRulesTest, AnotherLengthMeansAnotherFile) {
   EXPECT_EQ(judgeReply(kWhole, reply(200, {}, 999)), wrongFile);
   EXPECT_EQ(judgeReply(kWhole, reply(200, {}, 1001)), wrongFile);
   EXPECT_EQ(judgeReply(kRest, reply(200, {}, 600)), wrongFile);
 }
 
-TEST(Reply, OfTheRestIsTakenOnlyIfItIsExactlyTheRest) {
+TEST(RangeRulesTest, OnlyExactlyTheRestIsAppended) {
   EXPECT_EQ(judgeReply(kRest, reply(206, "bytes 400-999/1000", 600)), append);
   EXPECT_EQ(judgeReply(kRest, reply(206, "bytes 400-999/1000")), append);
   for (const char* range :
        {"bytes 399-999/1000", "bytes 401-999/1000", "bytes 0-999/1000", "bytes 400-998/1000",
         "bytes 400-999/1001", "bytes 400-1000/1001", "bytes 400-999/*", "nonsense", ""}) {
-    EXPECT_EQ(judgeReply(kRest, reply(206, range)), askAnew) << range;
+    EXPECT_EQ(judgeReply(kRest, reply(206, range)), refetch) << range;
   }
-  EXPECT_EQ(judgeReply(kRest, reply(206)), askAnew);
-  EXPECT_EQ(judgeReply(kRest, reply(206, "bytes 400-999/1000", 599)), askAnew);
+  EXPECT_EQ(judgeReply(kRest, reply(206)), refetch);
+  EXPECT_EQ(judgeReply(kRest, reply(206, "bytes 400-999/1000", 599)), refetch);
 }
 
-TEST(Reply, OfARangeThatNobodyAskedForIsNotTrusted) {
-  EXPECT_EQ(judgeReply(kWhole, reply(206, "bytes 0-999/1000")), askAnew);
+TEST(RangeRulesTest, ARangeThatWasNotRequestedIsNotTrusted) {
+  EXPECT_EQ(judgeReply(kWhole, reply(206, "bytes 0-999/1000")), refetch);
 }
 
-TEST(Reply, OfTheRestOfAnotherVersionIsNotTaken) {
+TEST(RangeRulesTest, TheRestOfAnotherVersionIsNotAppended) {
   HttpReply other = reply(206, "bytes 400-999/1000");
   other.etag = "\"v2\"";
-  EXPECT_EQ(judgeReply(kRest, other), askAnew);
+  EXPECT_EQ(judgeReply(kRest, other), refetch);
   other.etag = "\"v1\"";
   EXPECT_EQ(judgeReply(kRest, other), append);
 }
 
-TEST(Reply, ThatThereIsNoSuchRestStartsAnew) {
-  EXPECT_EQ(judgeReply(kRest, reply(416, "bytes */400")), askAnew);
+TEST(RangeRulesTest, AnUnsatisfiableRangeRestarts) {
+  EXPECT_EQ(judgeReply(kRest, reply(416, "bytes */400")), refetch);
   EXPECT_EQ(judgeReply(kWhole, reply(416)), refuse);
 }
 
-TEST(Reply, OfAPassingFaultIsTriedAgainAndAnyOtherIsNot) {
+TEST(RangeRulesTest, OnlyTemporaryErrorsAreRetried) {
   for (const int status : {408, 425, 429, 500, 502, 503, 504}) {
     EXPECT_EQ(judgeReply(kRest, reply(status)), retry) << status;
   }
@@ -90,7 +90,7 @@ TEST(Reply, OfAPassingFaultIsTriedAgainAndAnyOtherIsNot) {
   }
 }
 
-TEST(IfRange, NamesTheVersionByAStrongTagElseByItsTime) {
+TEST(RangeRulesTest, IfRangeIsAStrongTagOrElseTheTime) {
   EXPECT_EQ(ifRangeOf("\"v1\"", "Mon"), "\"v1\"");
   EXPECT_EQ(ifRangeOf("W/\"v1\"", "Mon"), "Mon");
   EXPECT_EQ(ifRangeOf("v1", "Mon"), "Mon");

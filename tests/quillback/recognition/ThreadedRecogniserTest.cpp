@@ -17,25 +17,25 @@ namespace {
 using namespace std::chrono_literals;
 using Samples = std::vector<std::int16_t>;
 
-/// What the engine's thread did, and gates at which it waits. A gate opens when its promise is kept.
+/// What the backend's thread did, and futures at which it waits.
 struct Script {
   LoadReport report{true, {}};
   std::shared_future<void> mayLoad;
-  std::shared_future<void> mayHear;
-  std::promise<void> hears;  ///< kept at the first sample
+  std::shared_future<void> mayFeed;
+  std::promise<void> isFed;  ///< set at the first sample
   std::mutex mutex;
-  Samples heard;  ///< of this utterance, under mutex
+  Samples heard;  ///< in this utterance, under mutex
   std::size_t longestPiece = 0;
   int utterances = 0;
-  std::promise<void> gone;  ///< kept when the engine is destroyed
+  std::promise<void> gone;  ///< set when the backend is destroyed
 };
 
-class ScriptedEngine final : public SpeechEngine {
+class ScriptedBackend final : public RecogniserBackend {
  public:
-  explicit ScriptedEngine(std::shared_ptr<Script> script) : script_(std::move(script)) {}
-  ScriptedEngine(const ScriptedEngine&) = delete;
-  ScriptedEngine& operator=(const ScriptedEngine&) = delete;
-  ~ScriptedEngine() override { script_->gone.set_value(); }
+  explicit ScriptedBackend(std::shared_ptr<Script> script) : script_(std::move(script)) {}
+  ScriptedBackend(const ScriptedBackend&) = delete;
+  ScriptedBackend& operator=(const ScriptedBackend&) = delete;
+  ~ScriptedBackend() override { script_->gone.set_value(); }
 
   LoadReport load() override {
     if (script_->mayLoad.valid()) script_->mayLoad.wait();
@@ -48,9 +48,9 @@ class ScriptedEngine final : public SpeechEngine {
     ++script_->utterances;
   }
 
-  void hear(std::span<const std::int16_t> samples) override {
-    if (!std::exchange(hasHeard_, true)) script_->hears.set_value();
-    if (script_->mayHear.valid()) script_->mayHear.wait();
+  void feed(std::span<const std::int16_t> samples) override {
+    if (!std::exchange(wasFed_, true)) script_->isFed.set_value();
+    if (script_->mayFeed.valid()) script_->mayFeed.wait();
     const std::lock_guard lock(script_->mutex);
     script_->heard.insert(script_->heard.end(), samples.begin(), samples.end());
     script_->longestPiece = std::max(script_->longestPiece, samples.size());
@@ -63,7 +63,7 @@ class ScriptedEngine final : public SpeechEngine {
 
  private:
   const std::shared_ptr<Script> script_;
-  bool hasHeard_ = false;
+  bool wasFed_ = false;
 };
 
 struct ThreadedRecogniserTest : testing::Test {
@@ -74,7 +74,7 @@ struct ThreadedRecogniserTest : testing::Test {
 
   void start() {
     recogniser =
-        std::make_unique<ThreadedRecogniser>(loop, std::make_unique<ScriptedEngine>(script),
+        std::make_unique<ThreadedRecogniser>(loop, std::make_unique<ScriptedBackend>(script),
                                              [this](const LoadReport& report) { loaded = report; });
   }
 
@@ -88,7 +88,7 @@ struct ThreadedRecogniserTest : testing::Test {
   }
 };
 
-TEST_F(ThreadedRecogniserTest, TheReportOfLoadingArrivesOnTheLoop) {
+TEST_F(ThreadedRecogniserTest, TheLoadReportArrivesOnTheLoop) {
   script->report = {true, {"a line"}};
   start();
   ASSERT_TRUE(loop.runUntil([this] { return loaded.has_value(); }));
@@ -96,19 +96,19 @@ TEST_F(ThreadedRecogniserTest, TheReportOfLoadingArrivesOnTheLoop) {
   EXPECT_EQ(loaded->lines, std::vector<std::string>{"a line"});
 }
 
-TEST_F(ThreadedRecogniserTest, AllSamplesAreHeardInOrderInBoundedPieces) {
+TEST_F(ThreadedRecogniserTest, AllSamplesAreFedInOrderInBoundedPieces) {
   start();
   Samples many(50'000);
   std::iota(many.begin(), many.end(), std::int16_t{-20'000});
   EXPECT_EQ(textOf({Samples{1, 2, 3}, many, Samples{}, Samples{4}}), "50004");
-  EXPECT_LE(script->longestPiece, EngineThread::kStepSamples);
+  EXPECT_LE(script->longestPiece, ThreadedRecogniser::kMaxStepSamples);
   Samples expected{1, 2, 3};
   expected.insert(expected.end(), many.begin(), many.end());
   expected.push_back(4);
   EXPECT_EQ(script->heard, expected);
 }
 
-TEST_F(ThreadedRecogniserTest, WhatIsFedWhileTheModelLoadsIsNotLost) {
+TEST_F(ThreadedRecogniserTest, SamplesFedWhileTheModelLoadsAreNotLost) {
   std::promise<void> mayLoad;
   script->mayLoad = mayLoad.get_future();
   start();
@@ -121,29 +121,29 @@ TEST_F(ThreadedRecogniserTest, WhatIsFedWhileTheModelLoadsIsNotLost) {
   EXPECT_EQ(*text, "100");
 }
 
-TEST_F(ThreadedRecogniserTest, HearingBeginsBeforeTheUtteranceIsFinished) {
+TEST_F(ThreadedRecogniserTest, RecognitionStartsBeforeTheUtteranceIsFinished) {
   start();
   const auto utterance = recogniser->begin();
   utterance->feed(Samples(10));
-  EXPECT_EQ(script->hears.get_future().wait_for(60s), std::future_status::ready);
+  EXPECT_EQ(script->isFed.get_future().wait_for(60s), std::future_status::ready);
 }
 
-TEST_F(ThreadedRecogniserTest, FeedingDoesNotWaitForTheEngine) {
-  std::promise<void> mayHear;
-  script->mayHear = mayHear.get_future();
+TEST_F(ThreadedRecogniserTest, FeedingDoesNotWaitForTheBackend) {
+  std::promise<void> mayFeed;
+  script->mayFeed = mayFeed.get_future();
   start();
   const auto utterance = recogniser->begin();
   utterance->feed(Samples(10));
-  script->hears.get_future().wait();
-  utterance->feed(Samples(20));  // would never return
+  script->isFed.get_future().wait();
+  utterance->feed(Samples(20));  // would block forever if it waited
   std::optional<std::string> text;
   utterance->finish([&text](const Transcription& result) { text = result.text; });
-  mayHear.set_value();
+  mayFeed.set_value();
   ASSERT_TRUE(loop.runUntil([&text] { return text.has_value(); }));
   EXPECT_EQ(*text, "30");
 }
 
-TEST_F(ThreadedRecogniserTest, EachUtteranceStartsAfresh) {
+TEST_F(ThreadedRecogniserTest, EachUtteranceStartsWithoutTheSamplesOfTheLast) {
   start();
   EXPECT_EQ(textOf({Samples(500)}), "500");
   EXPECT_EQ(textOf({Samples(7)}), "7");
@@ -152,21 +152,21 @@ TEST_F(ThreadedRecogniserTest, EachUtteranceStartsAfresh) {
 }
 
 TEST_F(ThreadedRecogniserTest, ADroppedUtteranceIsNeverDone) {
-  std::promise<void> mayHear;
-  script->mayHear = mayHear.get_future();
+  std::promise<void> mayFeed;
+  script->mayFeed = mayFeed.get_future();
   start();
   bool isDone = false;
   auto utterance = recogniser->begin();
   utterance->feed(Samples(100'000));
-  script->hears.get_future().wait();
+  script->isFed.get_future().wait();
   utterance->finish([&isDone](const Transcription& /*result*/) { isDone = true; });
   utterance.reset();
-  mayHear.set_value();
+  mayFeed.set_value();
   EXPECT_EQ(textOf({Samples(7)}), "7");
   EXPECT_FALSE(isDone);
 }
 
-TEST_F(ThreadedRecogniserTest, AResultThatWaitsOnTheLoopIsDroppedWithItsUtterance) {
+TEST_F(ThreadedRecogniserTest, AResultQueuedOnTheLoopIsDroppedWithItsUtterance) {
   start();
   ASSERT_TRUE(loop.runUntil([this] { return loaded.has_value(); }));
   bool isDone = false;
@@ -178,7 +178,7 @@ TEST_F(ThreadedRecogniserTest, AResultThatWaitsOnTheLoopIsDroppedWithItsUtteranc
   EXPECT_FALSE(isDone);
 }
 
-TEST_F(ThreadedRecogniserTest, AnUtteranceMayGoWhileItIsToldItsResult) {
+TEST_F(ThreadedRecogniserTest, AnUtteranceMayBeDestroyedByItsOwnCallback) {
   start();
   auto utterance = recogniser->begin();
   std::optional<std::string> text;
@@ -190,27 +190,27 @@ TEST_F(ThreadedRecogniserTest, AnUtteranceMayGoWhileItIsToldItsResult) {
   EXPECT_EQ(*text, "0");
 }
 
-TEST_F(ThreadedRecogniserTest, TheEndDoesNotWaitForAnEngineInALongStep) {
-  std::promise<void> mayHear;
-  script->mayHear = mayHear.get_future();
+TEST_F(ThreadedRecogniserTest, TheDestructorDoesNotWaitForABackendInALongStep) {
+  std::promise<void> mayFeed;
+  script->mayFeed = mayFeed.get_future();
   start();
   ASSERT_TRUE(loop.runUntil([this] { return loaded.has_value(); }));
   auto utterance = recogniser->begin();
   utterance->feed(Samples(10));
-  script->hears.get_future().wait();
+  script->isFed.get_future().wait();
   utterance->finish([](const Transcription& /*result*/) { FAIL(); });
 
   const auto before = std::chrono::steady_clock::now();
   utterance.reset();
   recogniser.reset();
-  EXPECT_LT(std::chrono::steady_clock::now() - before, EngineThread::kPatience + 300ms);
+  EXPECT_LT(std::chrono::steady_clock::now() - before, ThreadedRecogniser::kStopTimeout + 300ms);
 
-  mayHear.set_value();
+  mayFeed.set_value();
   EXPECT_EQ(script->gone.get_future().wait_for(60s), std::future_status::ready);
   EXPECT_EQ(loop.waitingTasks(), 0U);
 }
 
-TEST_F(ThreadedRecogniserTest, TheEndDoesNotWaitForAModelThatLoads) {
+TEST_F(ThreadedRecogniserTest, TheDestructorDoesNotWaitForAModelThatIsLoading) {
   std::promise<void> mayLoad;
   script->mayLoad = mayLoad.get_future();
   start();
@@ -221,7 +221,7 @@ TEST_F(ThreadedRecogniserTest, TheEndDoesNotWaitForAModelThatLoads) {
   EXPECT_FALSE(loaded.has_value());
 }
 
-TEST_F(ThreadedRecogniserTest, AReportThatWaitsOnTheLoopIsDroppedWithTheRecogniser) {
+TEST_F(ThreadedRecogniserTest, AReportQueuedOnTheLoopIsDroppedWithTheRecogniser) {
   start();
   while (loop.waitingTasks() == 0) std::this_thread::yield();
   recogniser.reset();
@@ -229,18 +229,18 @@ TEST_F(ThreadedRecogniserTest, AReportThatWaitsOnTheLoopIsDroppedWithTheRecognis
   EXPECT_FALSE(loaded.has_value());
 }
 
-TEST_F(ThreadedRecogniserTest, TheEndDropsWhatIsStillToBeHeard) {
-  std::promise<void> mayHear;
-  script->mayHear = mayHear.get_future();
+TEST_F(ThreadedRecogniserTest, TheDestructorDropsSamplesThatAreStillQueued) {
+  std::promise<void> mayFeed;
+  script->mayFeed = mayFeed.get_future();
   start();
   auto utterance = recogniser->begin();
   utterance->feed(Samples(1'000'000));
-  script->hears.get_future().wait();
-  recogniser.reset();  // which need not be after its utterance
+  script->isFed.get_future().wait();
+  recogniser.reset();  // may be destroyed before its utterance
   utterance.reset();
-  mayHear.set_value();
+  mayFeed.set_value();
   EXPECT_EQ(script->gone.get_future().wait_for(60s), std::future_status::ready);
-  EXPECT_LE(script->heard.size(), EngineThread::kStepSamples);
+  EXPECT_LE(script->heard.size(), ThreadedRecogniser::kMaxStepSamples);
 }
 
 }  // namespace

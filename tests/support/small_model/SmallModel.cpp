@@ -1,5 +1,8 @@
-// The engine's setup with a model of the test's own, which can be small, and with crashes on demand.
+// The engine's setup with a small model, and with crashes on demand.
 
+#include <unistd.h>
+
+#include <array>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -8,8 +11,7 @@
 
 #include "quillback/model/ModelStore.h"
 #include "quillback/model/Setup.h"
-#include "quillback/model/SetupExit.h"
-#include "support/small_model/StdoutOutput.h"
+#include "quillback/model/SetupFailure.h"
 
 using namespace voxtrel::quillback;
 
@@ -17,10 +19,20 @@ namespace {
 
 using Arguments = std::map<std::string, std::string>;
 
-/// Kills the process at the named step's given occurrence: "progress:3".
-class Death {
+/// Prints to standard output, each line in one write.
+/// Thread: any.
+class StdoutOutput final : public Output {
  public:
-  explicit Death(const std::string& when) : step_(when.substr(0, when.find(':'))) {
+  void print(std::string_view line) override {
+    const std::string text = std::string(line) + '\n';
+    [[maybe_unused]] const ssize_t written = ::write(STDOUT_FILENO, text.data(), text.size());
+  }
+};
+
+/// Kills the process at a step: "progress:3" at its third occurrence.
+class Crash {
+ public:
+  explicit Crash(const std::string& when) : step_(when.substr(0, when.find(':'))) {
     if (when.find(':') != std::string::npos) left_ = std::atoi(when.c_str() + step_.size() + 1);
   }
   void onStep(std::string_view step) {
@@ -32,7 +44,7 @@ class Death {
   int left_ = 1;
 };
 
-/// "--name value" pairs; false where there is something else.
+/// Parses "--name value" pairs; false if there is anything else.
 bool parse(int argumentCount, char** words, Arguments& arguments) {
   for (int i = 1; i + 1 < argumentCount; i += 2) arguments[words[i]] = words[i + 1];
   return argumentCount % 2 == 1;
@@ -53,16 +65,17 @@ SetupOptions optionsOf(Arguments& arguments) {
   const auto milliseconds = [&arguments](const char* name, std::chrono::milliseconds& value) {
     if (arguments.contains(name)) value = std::chrono::milliseconds(std::stoi(arguments[name]));
   };
-  milliseconds("--stall-ms", options.limits.stall);
-  milliseconds("--retry-ms", options.limits.beforeRetry);
+  milliseconds("--stall-ms", options.limits.stallTimeout);
+  milliseconds("--retry-ms", options.limits.retryDelay);
   return options;
 }
 
-/// Prints the store's state as the recogniser's side sees it.
+/// Prints the store's state as the recogniser sees it: a word and the path of the weights.
 int inspect(const SetupOptions& options) {
-  const StoreState state = inspectStore(options.home, options.model);
-  std::printf("%d|%s|%s\n", static_cast<int>(state.kind), state.weightsFile.c_str(),
-              state.why.c_str());
+  constexpr std::array kWords{"absent", "embedded", "damaged"};
+  const auto stored = inspectStore(options.home, options.model);
+  const char* word = stored ? "complete" : kWords.at(static_cast<std::size_t>(stored.error().kind));
+  std::printf("%s|%s\n", word, stored ? stored->weightsFile.c_str() : "");
   return 0;
 }
 
@@ -73,8 +86,8 @@ int main(int argumentCount, char** words) {
   if (!parse(argumentCount, words, arguments)) return static_cast<int>(SetupExit::usage);
   SetupOptions options = optionsOf(arguments);
   if (arguments.contains("--inspect")) return inspect(options);
-  Death death(arguments["--die-at"]);
-  options.onStep = [&death](std::string_view step) { death.onStep(step); };
+  Crash crash(arguments["--die-at"]);
+  options.onStep = [&crash](std::string_view step) { crash.onStep(step); };
   StdoutOutput output;
   return runSetup(options, output);
 }

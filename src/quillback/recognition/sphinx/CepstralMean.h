@@ -6,20 +6,18 @@
 
 namespace voxtrel::quillback {
 
-/// The mean of an utterance's cepstra as far as it has been heard, which takes the voice's and the
-/// microphone's own colour out of the features. It starts from the model's mean, which counts as much
-/// as kPriorFrames of speech: the mean of the whole utterance would be better, but is known only when
-/// it is over.
+/// The mean of an utterance's cepstra so far, which is subtracted to remove the character of voice and
+/// microphone. It starts from the model's mean, weighted like kPriorFrames frames of speech. The mean
+/// of the whole utterance would be better, but is known only at its end.
 /// Thread: one.
 class CepstralMean {
  public:
-  /// Half a second; of 10, 25 and 50 frames the one with which most words of the benchmark's sentences
-  /// were right.
+  /// Half a second. Of 10, 25 and 50 frames, 50 got most words of the benchmark's sentences right.
   static constexpr double kPriorFrames = 50;
 
   explicit CepstralMean(std::vector<float> prior);
 
-  /// Forgets what was heard.
+  /// Starts again from the prior.
   void reset();
   /// `cepstrum` has as many values as the prior.
   void add(std::span<const float> cepstrum);

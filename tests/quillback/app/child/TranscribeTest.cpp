@@ -5,9 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "quillback/app/ChosenEngine.h"
+#include "quillback/app/ChosenBackend.h"
 #include "quillback/app/Transcribe.h"
-#include "quillback/recognition/sphinx/SphinxEngine.h"
 #include "support/SpeechTest.h"
 #include "support/Voice.h"
 #include "support/WavBytes.h"
@@ -23,22 +22,22 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-/// Counts how often it is loaded; understands nothing.
-struct DeafEngine final : SpeechEngine {
+/// Counts how often it is loaded; recognises no words.
+struct WordlessBackend final : RecogniserBackend {
   LoadReport load() override {
     ++loads;
     return {isUsable, {"a line about the model"}};
   }
   void begin(const std::atomic<bool>& /*isDropped*/) override {}
-  void hear(std::span<const std::int16_t> samples) override { heard += samples.size(); }
+  void feed(std::span<const std::int16_t> samples) override { fedSamples += samples.size(); }
   Transcription finish() override { return {}; }
 
   bool isUsable = true;
   int loads = 0;
-  std::size_t heard = 0;
+  std::size_t fedSamples = 0;
 };
 
-struct TranscribeTest : testing::Test {
+struct TranscribeFixture : testing::Test {
   Lines text;
   Lines notes;
   Voice voice;
@@ -53,53 +52,53 @@ struct TranscribeTest : testing::Test {
   }
 };
 
-TEST_F(TranscribeTest, TheNinePhrasesAreUnderstoodWordForWord) {
+TEST_F(TranscribeFixture, TheNinePhrasesAreRecognisedWordForWord) {
   for (const char* phrase : kPhrases) {
-    const auto engine = makeSpeechEngine({}, voice.folder());
-    EXPECT_EQ(transcribeFile(voice.say(phrase), *engine, text, notes), TranscribeExit::done);
+    const auto backend = makeBackend({}, voice.folder());
+    EXPECT_EQ(transcribeFile(voice.say(phrase), *backend, text, notes), TranscribeExit::done);
     EXPECT_EQ(text.lines.back(), phrase);
   }
   EXPECT_THAT(notes.lines, testing::Each("Using the embedded English recogniser"));
 }
 
-TEST_F(TranscribeTest, AMissingFileIsSaidBeforeAnyModelIsLoaded) {
-  DeafEngine engine;
-  EXPECT_EQ(transcribeFile("/nowhere.wav", engine, text, notes), TranscribeExit::unreadable);
+TEST_F(TranscribeFixture, AMissingFileIsReportedBeforeAnyModelIsLoaded) {
+  WordlessBackend backend;
+  EXPECT_EQ(transcribeFile("/nowhere.wav", backend, text, notes), TranscribeExit::unreadable);
   EXPECT_THAT(notes.lines, ElementsAre("Cannot read \"/nowhere.wav\": No such file or directory"));
-  EXPECT_EQ(engine.loads, 0);
+  EXPECT_EQ(backend.loads, 0);
   EXPECT_THAT(text.lines, IsEmpty());
 }
 
-TEST_F(TranscribeTest, SomethingElseThanAWavFileIsSaid) {
-  DeafEngine engine;
+TEST_F(TranscribeFixture, AFileThatIsNotWavIsReported) {
+  WordlessBackend backend;
   const std::string path = write(WavBytes().text("not a sound at all"));
-  EXPECT_EQ(transcribeFile(path, engine, text, notes), TranscribeExit::notWav);
+  EXPECT_EQ(transcribeFile(path, backend, text, notes), TranscribeExit::notWav);
   EXPECT_THAT(notes.lines, ElementsAre(HasSubstr("it is not a WAV file")));
 }
 
-TEST_F(TranscribeTest, AFileWithoutSamplesIsSaid) {
-  DeafEngine engine;
+TEST_F(TranscribeFixture, AFileWithoutSamplesIsReported) {
+  WordlessBackend backend;
   const std::string path = write(WavBytes().riff().format(1, 1, 44100, 16).data(0));
-  EXPECT_EQ(transcribeFile(path, engine, text, notes), TranscribeExit::empty);
+  EXPECT_EQ(transcribeFile(path, backend, text, notes), TranscribeExit::empty);
   EXPECT_THAT(notes.lines, ElementsAre(HasSubstr("holds no sound")));
-  EXPECT_EQ(engine.loads, 0);
+  EXPECT_EQ(backend.loads, 0);
 }
 
-TEST_F(TranscribeTest, ACutFileIsUsedWithANote) {
-  DeafEngine engine;
+TEST_F(TranscribeFixture, ATruncatedFileIsUsedWithANote) {
+  WordlessBackend backend;
   const std::string path = write(WavBytes().riff().format(1, 1, 16000, 16).data(9).number(7, 2));
-  EXPECT_EQ(transcribeFile(path, engine, text, notes), TranscribeExit::done);
-  EXPECT_EQ(engine.heard, 1U);
+  EXPECT_EQ(transcribeFile(path, backend, text, notes), TranscribeExit::done);
+  EXPECT_EQ(backend.fedSamples, 1U);
   EXPECT_THAT(notes.lines, ElementsAre(HasSubstr("cut short"), "a line about the model",
                                        "No words were understood."));
   EXPECT_THAT(text.lines, IsEmpty());
 }
 
-TEST_F(TranscribeTest, WithoutAModelItEndsWithItsLine) {
-  DeafEngine engine;
-  engine.isUsable = false;
+TEST_F(TranscribeFixture, WithoutAModelItPrintsTheLineOfTheReport) {
+  WordlessBackend backend;
+  backend.isUsable = false;
   const std::string path = write(WavBytes().riff().format(1, 1, 16000, 16).data(2).number(7, 2));
-  EXPECT_EQ(transcribeFile(path, engine, text, notes), TranscribeExit::noRecogniser);
+  EXPECT_EQ(transcribeFile(path, backend, text, notes), TranscribeExit::noRecogniser);
   EXPECT_THAT(notes.lines, ElementsAre("a line about the model"));
 }
 

@@ -1,4 +1,4 @@
-"""The engine's command line, and how it begins and ends without a desktop."""
+"""The engine's command line, its start and its end, without a desktop."""
 
 import fcntl
 import os
@@ -14,7 +14,7 @@ from harness.polling import eventually, stays
 from harness.processes import is_sanitized
 
 F_SETPIPE_SZ = 1031
-# Half a second is what people are promised; a sanitizer takes its own time.
+# The documented limit; sanitizers are slower.
 PROMPT_S = 3.0 if is_sanitized(EXECUTABLE) else 0.5
 ERROR_MARKERS = ("[quillback] ERROR", "[quillback] Failed", "Audio capture failed", "Accessibility",
                  "Microphone permission")
@@ -24,19 +24,19 @@ class Case(unittest.TestCase):
     """Starts engines that end with the test."""
 
     def start(self, *arguments, **options):
-        """An engine with a home of its own."""
+        """An engine with its own home folder."""
         program = EngineProgram(*(arguments or ("run",)), **options)
         self.addCleanup(program.close)
         return program
 
     def run_to_end(self, *arguments):
-        """Runs a command that ends by itself."""
+        """Runs a command until it ends."""
         with tempfile.TemporaryDirectory() as home:
             return subprocess.run([EXECUTABLE, *arguments], env=bare_environment(home), text=True,
                                   capture_output=True, check=False, timeout=20)
 
     def ends_well(self, program, number=signal.SIGTERM):
-        """It ends at once, and says that all is well."""
+        """Checks that it ends at once with status 0."""
         status, took_s = program.end(number)
         self.assertEqual(status, 0)
         self.assertLess(took_s, PROMPT_S)
@@ -126,7 +126,7 @@ class BeginningAndEnd(Case):
             program.stays_alive(delay_ms / 1000)
             self.ends_well(program)
 
-    def test_it_ends_while_nobody_reads_what_it_prints(self):
+    def test_it_ends_while_its_output_is_not_read(self):
         ours, theirs = os.pipe()
         self.addCleanup(os.close, ours)
         fcntl.fcntl(theirs, F_SETPIPE_SZ, 4096)
@@ -136,7 +136,7 @@ class BeginningAndEnd(Case):
         program.stays_alive(1.0)
         self.ends_well(program)
 
-    def test_it_lives_on_when_its_reader_has_gone(self):
+    def test_it_keeps_running_when_its_output_is_closed_by_the_reader(self):
         ours, theirs = os.pipe()
         os.close(ours)
         program = self.start(stdout=theirs)
@@ -144,7 +144,7 @@ class BeginningAndEnd(Case):
         program.stays_alive(1.0)
         self.ends_well(program)
 
-    def test_it_lives_with_its_output_closed(self):
+    def test_it_runs_with_its_standard_descriptors_closed(self):
         with tempfile.TemporaryDirectory() as home:
             child = subprocess.Popen(
                 ["/bin/sh", "-c", 'exec "$0" run 0<&- 1>&- 2>&-', EXECUTABLE],
@@ -153,7 +153,7 @@ class BeginningAndEnd(Case):
             child.send_signal(signal.SIGTERM)
             self.assertEqual(child.wait(5), 0)
 
-    def test_it_ends_when_its_parent_is_gone(self):
+    def test_it_ends_when_its_parent_has_ended(self):
         ours, theirs = os.pipe()
         with tempfile.TemporaryDirectory() as home, os.fdopen(ours, "rb") as lines:
             # The engine is the parent's child and holds the pipe's other end.
@@ -169,7 +169,7 @@ class BeginningAndEnd(Case):
             self.assertEqual(lines.read(), b"")  # until the engine has ended as well
             self.assertLess(time.monotonic() - begun, PROMPT_S)
 
-    def test_a_signal_that_was_ignored_for_it_does_not_end_it(self):
+    def test_a_signal_that_it_inherited_as_ignored_does_not_end_it(self):
         with tempfile.TemporaryDirectory() as home:
             child = subprocess.Popen(["/bin/sh", "-c", 'trap "" HUP; exec "$0" run', EXECUTABLE],
                                      env=bare_environment(home), stdout=subprocess.DEVNULL,
@@ -182,7 +182,7 @@ class BeginningAndEnd(Case):
 
 
 class Settings(Case):
-    """What it says about its settings file."""
+    """Its lines about the settings file."""
 
     def start_with(self, text):
         """An engine whose settings are `text`."""
@@ -206,7 +206,7 @@ class Settings(Case):
             self.assertTrue(line.startswith("[quillback] ERROR"), line)
             self.assertIn(f"line {number}", line)
 
-    def test_what_is_no_toml_is_one_line(self):
+    def test_a_file_that_is_not_toml_is_one_line(self):
         lines = self.start_with("[model\n")
         self.assertEqual(len(lines), 1)
         self.assertIn("line 1", lines[0])

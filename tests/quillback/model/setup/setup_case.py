@@ -1,4 +1,4 @@
-"""What the tests of setup share: a home, a server, and runs of the program."""
+"""A home folder, a server and runs of setup, for its tests."""
 
 import hashlib
 import json
@@ -21,7 +21,7 @@ PROGRESS = re.compile(r"[\d]+\.\d MB / 3\.0 MB \([\d]+\.\d%\)")
 
 DONE, USAGE, NETWORK, HTTP, NO_SPACE, UNWRITABLE, WRONG_FILE, LOCKED, INTERRUPTED = (
     0, 2, 3, 4, 5, 6, 7, 8, 9)
-ABSENT, EMBEDDED, COMPLETE, DAMAGED = range(4)
+ABSENT, EMBEDDED, COMPLETE, DAMAGED = "absent", "embedded", "complete", "damaged"
 
 
 class Run:
@@ -90,7 +90,7 @@ class SetupCase(unittest.TestCase):
         return self.finish(self.start(*words, **options))
 
     def assert_ends(self, run, status, text=""):
-        """The status, and the one line that says why."""
+        """Checks the status and the one line that says why."""
         self.assertEqual(run.status, status, run)
         if status != DONE:
             self.assertRegex(run.lines[-1], r"\ASetup (failed: |was interrupted\.)", run)
@@ -98,7 +98,7 @@ class SetupCase(unittest.TestCase):
         self.assertIn(text, run.lines[-1], run)
 
     def assert_ready(self, run):
-        """The run ended well, and everything is in its place."""
+        """Checks that the run succeeded and the store is complete."""
         self.assert_ends(run, DONE)
         self.assertEqual(self.weights.read_bytes(), CONTENT)
         self.assertEqual(self.state(), COMPLETE)
@@ -106,16 +106,16 @@ class SetupCase(unittest.TestCase):
         self.assertEqual(names, {"ggml-large-v3.bin", "manifest.json", "setup.lock"})
 
     def state(self):
-        """How the recogniser's side sees the store."""
+        """How the recogniser sees the store."""
         output = subprocess.run([PROGRAM, "--home", self.home, "--inspect", "yes"], check=True,
                                 capture_output=True, text=True).stdout
-        kind, path, _ = output.split("|", 2)
-        if int(kind) == COMPLETE:
+        kind, path = output.rstrip("\n").split("|", 1)
+        if kind == COMPLETE:
             self.assertEqual(path, str(self.weights))
-        return int(kind)
+        return kind
 
     def check_promise(self):
-        """A manifest that names the weights is never there without them."""
+        """Checks that the files that a manifest names exist."""
         if not self.manifest.is_file():
             return
         manifest = json.loads(self.manifest.read_text())
@@ -124,7 +124,7 @@ class SetupCase(unittest.TestCase):
             self.assertEqual(hashlib.sha256(content).hexdigest(), entry["sha256"])
 
     def leave(self, content, record=True, sha256=SHA256, etag=model_server.ETAG):
-        """What an earlier setup would have left: a part, and its record."""
+        """Creates what an earlier setup leaves: a part and its record."""
         self.folder.mkdir(parents=True, exist_ok=True)
         self.part.write_bytes(content)
         if record:

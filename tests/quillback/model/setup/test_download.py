@@ -1,4 +1,4 @@
-"""Setup where it succeeds: what it leaves, what it prints, what it takes over."""
+"""Setup that succeeds: what it stores, what it prints, what it resumes."""
 
 import json
 import os
@@ -14,7 +14,7 @@ PATH = ("/ggerganov/whisper.cpp/resolve/5359861c739e955e79d9a303bcbc70fb988958b1
 
 
 class FreshDownload(SetupCase):
-    def test_leaves_the_weights_and_a_manifest_that_names_them(self):
+    def test_stores_the_weights_and_a_manifest_that_names_them(self):
         run = self.setup()
         self.assert_ready(run)
         self.assertEqual([path for path, _ in self.server.requests], [PATH])
@@ -28,7 +28,7 @@ class FreshDownload(SetupCase):
         self.assertEqual(run.progress[-1], "3.0 MB / 3.0 MB (100.0%)")
         self.assertEqual(self.server.ranges(), [None])
 
-    def test_says_how_far_it_is_at_most_ten_times_a_second(self):
+    def test_prints_progress_at_most_ten_times_a_second(self):
         self.server.script = [paced(20_000, 0.01)]
         run = self.setup()
         self.assert_ready(run)
@@ -37,11 +37,11 @@ class FreshDownload(SetupCase):
         self.assertEqual(run.progress[-1], "3.0 MB / 3.0 MB (100.0%)")
         self.assertEqual(sum("(100.0%)" in line for line in run.progress), 1)
 
-    def test_takes_an_answer_without_a_length(self):
+    def test_accepts_a_reply_without_a_length(self):
         self.server.script = [bytes_of(CONTENT)]
         self.assert_ready(self.setup())
 
-    def test_takes_an_answer_in_chunks(self):
+    def test_accepts_a_chunked_reply(self):
         self.server.script = [chunked]
         self.assert_ready(self.setup())
 
@@ -52,11 +52,11 @@ class FreshDownload(SetupCase):
         self.assertEqual([path for path, _ in self.server.requests], [PATH, "/elsewhere"])
         self.assertEqual([path for path, _ in other.requests], ["/signed?x=1"])
 
-    def test_bears_a_slash_at_the_end_of_the_address(self):
+    def test_accepts_a_slash_at_the_end_of_the_address(self):
         self.assert_ready(self.setup(url=self.server.url + "/"))
         self.assertEqual([path for path, _ in self.server.requests], [PATH])
 
-    def test_goes_on_to_its_end_when_nobody_reads_its_lines_any_more(self):
+    def test_finishes_even_if_its_output_is_closed(self):
         self.server.script = [paced(300_000, 0.02)]
         process = self.start()
         process.stdout.readline()
@@ -81,14 +81,14 @@ class CompleteModel(SetupCase):
         self.assertEqual(self.state(), COMPLETE)
         self.assert_ready(self.setup())
 
-    def test_whose_weights_have_gone_is_repaired(self):
+    def test_without_its_weights_is_repaired(self):
         self.setup()
         self.weights.unlink()
         run = self.setup()
         self.assert_ready(run)
         self.assertEqual(run.log[0], "The store is damaged or of another version; repairing it.")
 
-    def test_whose_manifest_is_damaged_is_verified_and_not_downloaded(self):
+    def test_with_a_damaged_manifest_is_verified_and_not_downloaded(self):
         self.setup()
         self.manifest.write_text("{")
         self.assert_ready(self.setup())
@@ -103,7 +103,7 @@ class CompleteModel(SetupCase):
                                      "The weights of large-v3 are complete."])
         self.assertEqual(len(self.server.requests), 1)
 
-    def test_without_its_manifest_needs_no_part_any_more(self):
+    def test_without_its_manifest_does_not_need_the_part(self):
         self.leave(CONTENT[:1000])
         self.weights.write_bytes(CONTENT)
         self.assert_ready(self.setup())
@@ -119,7 +119,7 @@ class CompleteModel(SetupCase):
 
 
 class EarlierPart(SetupCase):
-    def test_is_gone_on_with_where_it_ends(self):
+    def test_is_resumed_where_it_ends(self):
         self.leave(CONTENT[:1_234_567])
         run = self.setup()
         self.assert_ready(run)
@@ -138,13 +138,13 @@ class EarlierPart(SetupCase):
         self.assertEqual(self.server.requests[0][1]["If-Range"], LAST_MODIFIED)
         self.assertEqual(self.server.ranges(), ["bytes=1000-"])
 
-    def test_without_a_record_is_gone_on_with_and_verified(self):
+    def test_without_a_record_is_resumed_and_verified(self):
         self.leave(CONTENT[:1000], record=False)
         self.assert_ready(self.setup())
         self.assertEqual(self.server.ranges(), ["bytes=1000-"])
         self.assertNotIn("If-Range", self.server.requests[0][1])
 
-    def test_with_a_record_that_would_harm_the_request_is_gone_on_with_without_it(self):
+    def test_with_a_record_that_could_harm_the_request_is_resumed_without_it(self):
         self.leave(CONTENT[:1000], etag='"a"\r\nX-Evil: "1"')
         self.assert_ready(self.setup())
         self.assertNotIn("X-Evil", self.server.requests[0][1])
@@ -160,39 +160,39 @@ class EarlierPart(SetupCase):
         self.assert_ready(self.setup())
         self.assertEqual(self.server.ranges(), [None])
 
-    def test_that_is_whole_needs_no_server(self):
+    def test_that_is_complete_needs_no_server(self):
         self.leave(CONTENT)
         run = self.setup()
         self.assert_ready(run)
         self.assertEqual(self.server.requests, [])
         self.assertEqual(run.progress, ["3.0 MB / 3.0 MB (100.0%)"])
 
-    def test_of_a_file_that_has_changed_on_the_server_starts_anew(self):
+    def test_of_a_file_that_has_changed_on_the_server_is_restarted(self):
         self.leave(b"y" * 1000, etag='"version-0"')
         run = self.setup()
         self.assert_ready(run)
         self.assertIn("The server sends the file from its beginning; starting anew.", run.log)
         self.assertEqual(len(self.server.requests), 1)
 
-    def test_at_a_server_without_ranges_starts_anew(self):
+    def test_at_a_server_without_ranges_is_restarted(self):
         self.leave(CONTENT[:1000])
         self.server.script = [ignoring_ranges]
         self.assert_ready(self.setup())
         self.assertEqual(self.server.ranges(), ["bytes=1000-"])
 
-    def test_is_gone_on_with_in_the_same_run_after_a_cut(self):
+    def test_is_resumed_in_the_same_run_after_a_lost_connection(self):
         self.server.script = [cut(1_000_000), cut(500_000)]
         run = self.setup()
         self.assert_ready(run)
         self.assertEqual(self.server.ranges(), [None, "bytes=1000000-", "bytes=1500000-"])
         self.assertIn("The download was cut off after 1 MB; trying again (1 of 3).", run.log)
 
-    def test_keeps_the_tag_of_the_file_and_not_of_the_redirect(self):
+    def test_is_recorded_with_the_tag_of_the_file_and_not_of_the_redirect(self):
         self.server.script = [redirect("/x"), cut(1000)]
         self.assert_ready(self.setup())
         self.assertEqual(self.server.requests[-1][1]["If-Range"], ETAG)
 
-    def test_does_not_take_the_tag_of_the_redirect_for_that_of_a_file_without_one(self):
+    def test_of_a_file_without_a_tag_is_not_recorded_with_that_of_the_redirect(self):
         self.server.script = [redirect("/x"), bytes_of(CONTENT[:1000])]
         self.assert_ready(self.setup())
         self.assertEqual(self.server.ranges(), [None, None, "bytes=1000-"])
@@ -214,7 +214,7 @@ class BuildWithoutWhisper(SetupCase):
         self.assertEqual(self.server.requests, [])
         self.assertEqual(self.state(), EMBEDDED)
 
-    def test_is_seen_by_a_later_build_with_whisper_which_downloads(self):
+    def test_is_replaced_by_a_later_build_with_whisper(self):
         self.setup(whisper="off")
         self.assertEqual(self.state(), EMBEDDED)
         self.assert_ready(self.setup())
@@ -225,7 +225,7 @@ class BuildWithoutWhisper(SetupCase):
         self.setup()
         self.assertEqual(self.state(), EMBEDDED)
 
-    def test_leaves_weights_alone_that_another_build_has_brought(self):
+    def test_keeps_the_weights_of_another_build(self):
         self.setup()
         run = self.setup(whisper="off")
         self.assertEqual(run.lines, [self.LINE])
@@ -246,7 +246,7 @@ class WrongUse(SetupCase):
             self.assertEqual(len(run.lines), 1)
         self.assertFalse(self.folder.parent.exists())
 
-    def test_an_address_that_is_none_is_refused(self):
+    def test_an_invalid_address_is_refused(self):
         for url in ("ftp://127.0.0.1", "127.0.0.1", "http://", "file:///etc"):
             self.assert_ends(self.setup(url=url), USAGE, "QUILLBACK_MODEL_URL")
 

@@ -18,7 +18,7 @@ SLOW = paced(30_000, 0.002)
 class KilledSetup(SetupCase):
     STEPS = ("locked", "recorded", "progress", "downloaded", "verified", "renamed", "manifest")
 
-    def test_after_any_step_is_finished_by_the_next_one(self):
+    def test_after_any_step_is_finished_by_the_next(self):
         for step in self.STEPS:
             with self.subTest(step):
                 self.setUp()
@@ -33,7 +33,7 @@ class KilledSetup(SetupCase):
                 if step in ("downloaded", "verified", "renamed", "manifest"):
                     self.assertEqual(self.server.requests, [])
 
-    def test_in_mid_download_is_gone_on_with(self):
+    def test_during_the_download_is_resumed(self):
         self.server.script = [SLOW]
         self.finish(self.start("--die-at", "progress:2"))
         have = self.part.stat().st_size
@@ -41,7 +41,7 @@ class KilledSetup(SetupCase):
         self.assert_ready(self.setup())
         self.assertEqual(self.server.ranges(), [None, f"bytes={have}-"])
 
-    def test_while_a_damaged_store_is_repaired_leaves_no_promise(self):
+    def test_while_a_damaged_store_is_repaired_leaves_no_manifest(self):
         for step in self.STEPS[:-1]:
             with self.subTest(step):
                 self.setUp()
@@ -52,7 +52,7 @@ class KilledSetup(SetupCase):
                     self.assertFalse(self.manifest.exists())
                 self.assert_ready(self.setup())
 
-    def test_at_random_moments_is_finished_by_the_next_one(self):
+    def test_at_random_moments_is_finished_by_the_next(self):
         moments = random.Random(11)
         self.server.default = SLOW
         whole = self.setup().seconds
@@ -180,7 +180,7 @@ class TwoSetups(SetupCase):
         self.assertEqual(run.status, DONE)
         self.assertEqual(len(self.server.requests), 1)
 
-    def test_of_which_the_first_dies_end_with_the_second_going_on(self):
+    def test_of_which_the_first_dies_end_with_the_second_resuming(self):
         self.server.script = [stall(1_000_000)]
         first = self.start()
         first.stdout.readline()
@@ -191,7 +191,7 @@ class TwoSetups(SetupCase):
         self.assert_ready(self.finish(second))
         self.assertRegex(self.server.ranges()[-1], r"\Abytes=[1-9]\d*-\Z")
 
-    def test_are_not_held_up_by_the_lock_of_a_dead_one(self):
+    def test_are_not_blocked_by_the_lock_of_a_dead_one(self):
         self.finish(self.start("--die-at", "locked"))
         run = self.setup()
         self.assert_ready(run)

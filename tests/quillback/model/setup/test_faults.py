@@ -16,7 +16,7 @@ from setup_case import (CONTENT, HTTP, NETWORK, NO_SPACE, SHA256, UNWRITABLE, WR
 
 
 class HttpErrors(SetupCase):
-    def test_a_missing_file_is_not_asked_for_twice(self):
+    def test_a_missing_file_is_not_requested_twice(self):
         for code in (404, 401, 403, 410, 204, 501):
             self.server.script = [status(code)]
             before = len(self.server.requests)
@@ -25,29 +25,29 @@ class HttpErrors(SetupCase):
             self.assertIn(self.server.host, run.lines[-1])
             self.assertEqual(len(self.server.requests), before + 1)
 
-    def test_a_fault_that_passes_is_waited_for(self):
+    def test_a_temporary_error_is_retried(self):
         self.server.script = [status(500), status(503), status(429)]
         run = self.setup()
         self.assert_ready(run)
         self.assertEqual(sum("trying again" in line for line in run.log), 3)
 
-    def test_a_fault_that_stays_ends_after_four_tries(self):
+    def test_a_lasting_error_ends_after_four_tries(self):
         self.server.default = status(503)
         self.assert_ends(self.setup(), HTTP, "HTTP status 503")
         self.assertEqual(len(self.server.requests), 4)
 
-    def test_a_fault_in_mid_download_keeps_what_has_arrived(self):
+    def test_an_error_during_the_download_keeps_what_has_arrived(self):
         self.server.script = [cut(1000), status(404)]
         self.assert_ends(self.setup(), HTTP, "HTTP status 404")
         self.assertEqual(self.part.read_bytes(), CONTENT[:1000])
         self.assert_ready(self.setup())
         self.assertEqual(self.server.ranges()[-1], "bytes=1000-")
 
-    def test_an_error_page_does_not_get_into_the_file(self):
+    def test_an_error_page_is_not_written_to_the_file(self):
         self.server.script = [cut(1000), status(500)]
         self.assert_ready(self.setup())
 
-    def test_redirects_without_end_end(self):
+    def test_endless_redirects_end(self):
         self.server.default = redirect("/again")
         self.assert_ends(self.setup(), HTTP, "did not lead to the file")
         self.assertEqual(len(self.server.requests), 11)
@@ -57,7 +57,7 @@ class HttpErrors(SetupCase):
         self.assert_ends(self.setup(), HTTP, "did not lead to the file")
         self.assertEqual(len(self.server.requests), 1)
 
-    def test_an_answer_that_is_not_http_is_refused(self):
+    def test_a_reply_that_is_not_http_is_refused(self):
         self.server.default = raw(b"\x00\x01\x02 what? \r\n\r\n")
         self.assert_ends(self.setup(), HTTP, "did not lead to the file")
 
@@ -72,7 +72,7 @@ class LyingServer(SetupCase):
             with self.subTest(lie):
                 shutil.rmtree(self.folder, ignore_errors=True)
                 self.leave(CONTENT[:1000])
-                # The bytes are right: only the head tells that they may not be.
+                # The bytes are right; only the headers are wrong.
                 self.server.script = [partial(lie)]
                 self.server.requests.clear()
                 run = self.setup()
@@ -81,7 +81,7 @@ class LyingServer(SetupCase):
                 self.assertIn("The server's answer does not fit what was asked; starting anew.",
                               run.log)
 
-    def test_about_a_range_that_nobody_asked_for_is_not_believed(self):
+    def test_about_a_range_that_was_not_requested_is_not_believed(self):
         self.server.default = partial("bytes 0-2999999/3000000")
         self.assert_ends(self.setup(), HTTP, "other parts of the file")
         self.assertEqual(self.server.ranges(), [None] * 4)
@@ -93,7 +93,7 @@ class LyingServer(SetupCase):
         self.assert_ready(self.setup())
         self.assertEqual(self.server.ranges(), ["bytes=1000-", None])
 
-    def test_that_knows_no_such_range_is_asked_anew(self):
+    def test_without_such_a_range_is_asked_for_the_whole_file(self):
         self.leave(CONTENT[:1000])
         self.server.script = [bytes_of(b"", 416, Content_Range="bytes */900")]
         self.assert_ready(self.setup())
@@ -116,12 +116,12 @@ class LyingServer(SetupCase):
         self.assertFalse(self.part.exists())
         self.assert_ready(self.setup())
 
-    def test_with_a_file_of_another_length_is_left_at_once(self):
+    def test_with_a_file_of_another_length_is_refused_at_once(self):
         for length in (2_999_999, 3_000_001):
             self.server.script = [bytes_of(b"x" * 10, Content_Length=length)]
             self.assert_ends(self.setup(), WRONG_FILE, f"{length} bytes instead of 3000000")
 
-    def test_that_never_stops_sending_is_left(self):
+    def test_that_sends_too_much_is_refused(self):
         self.server.default = bytes_of(CONTENT + b"more")
         self.assert_ends(self.setup(), WRONG_FILE, "more than the expected file")
         self.assertEqual(self.part.stat().st_size, 0)
@@ -140,35 +140,35 @@ class BadConnections(SetupCase):
         self.assert_ready(self.setup())
         self.assertEqual(self.server.ranges()[-1], "bytes=400000-")
 
-    def test_an_end_without_a_length_is_not_taken_for_the_files_end(self):
+    def test_a_lost_connection_without_a_length_is_not_the_end_of_the_file(self):
         self.server.script = [bytes_of(CONTENT[:1000])]
         self.assert_ready(self.setup())
         self.assertEqual(self.server.ranges(), [None, "bytes=1000-"])
 
-    def test_a_reset_is_tried_again(self):
+    def test_a_reset_is_retried(self):
         self.server.script = [reset(0), reset(500_000)]
         self.assert_ready(self.setup())
 
-    def test_a_connection_that_closes_before_an_answer_is_tried_again(self):
+    def test_a_connection_that_closes_before_a_reply_is_retried(self):
         self.server.script = [raw(b"")]
         self.assert_ready(self.setup())
 
-    def test_a_stall_is_left_and_gone_on_with(self):
+    def test_a_stall_is_ended_and_resumed(self):
         self.server.script = [stall(1_000_000)]
         run = self.setup("--stall-ms", "400")
         self.assert_ready(run)
-        # On a busy machine the next answer may come too late as well, but it is the same question.
+        # On a busy machine the next reply may stall too, but the request is the same.
         self.assertIn("The download was cut off after 1 MB; trying again (1 of 3).", run.log)
         self.assertEqual(self.server.ranges()[:2], [None, "bytes=1000000-"])
 
-    def test_a_stall_that_stays_ends(self):
+    def test_a_lasting_stall_ends(self):
         self.server.default = stall(1000)
         self.assert_ends(self.setup("--stall-ms", "300"), NETWORK, "nothing arrives any more")
         have = self.part.read_bytes()
         self.assertIn(len(have), (1000, 2000, 3000, 4000))
         self.assertEqual(have, CONTENT[:len(have)])
 
-    def test_a_server_that_is_not_there_is_named(self):
+    def test_an_unreachable_server_is_named(self):
         with socket.socket() as unused:
             unused.bind(("127.0.0.1", 0))
             host = f"127.0.0.1:{unused.getsockname()[1]}"
@@ -196,16 +196,16 @@ class Certificates(SetupCase):
         tls.load_cert_chain(self.certificate, keys / "key.pem")
         self.server = self.serve(CONTENT, tls=tls)
 
-    def test_that_nobody_vouches_for_are_refused_at_once(self):
+    def test_that_are_not_trusted_are_refused_at_once(self):
         run = self.setup()
         self.assert_ends(run, NETWORK, "certificate")
         self.assertEqual(self.server.requests, [])
         self.assertNotIn("trying again", "".join(run.lines))
 
-    def test_that_are_trusted_let_the_download_go(self):
+    def test_that_are_trusted_are_accepted(self):
         self.assert_ready(self.setup("--certificates", str(self.certificate)))
 
-    def test_are_not_evaded_by_a_redirect(self):
+    def test_are_required_after_a_redirect_too(self):
         plain = self.serve(CONTENT)
         self.server.script = [redirect(plain.url + "/x")]
         run = self.setup("--certificates", str(self.certificate))
@@ -214,7 +214,7 @@ class Certificates(SetupCase):
 
 
 class Disks(SetupCase):
-    def test_without_room_for_it_are_not_even_begun_to_fill(self):
+    def test_without_enough_space_are_not_written_to(self):
         run = self.setup("--bytes", str(9 * 10**18), "--sha256", SHA256, pin=False)
         self.assert_ends(run, NO_SPACE)
         self.assertRegex(run.lines[-1], r"needs 9000000000000 MB more, but only \d+ MB are free in ")
@@ -231,7 +231,7 @@ class Disks(SetupCase):
 
     def test_that_are_read_only_are_named(self):
         self.home.chmod(0o555)
-        # Permissions do not bind root, unless it gives that right up.
+        # Permissions do not apply to root unless it gives up that capability.
         prefix = ["setpriv", "--bounding-set", "-dac_override"] if not pathlib.os.geteuid() else []
         run = self.setup(prefix=prefix)
         self.home.chmod(0o755)
@@ -243,7 +243,7 @@ class Disks(SetupCase):
         self.assert_ends(self.setup(), UNWRITABLE, "Not a directory")
         self.assert_ends(self.setup(whisper="off"), UNWRITABLE, "Not a directory")
 
-    def test_with_a_folder_in_a_files_place_are_named(self):
+    def test_with_a_folder_in_place_of_a_file_are_named(self):
         for path in (self.part, self.folder / "setup.lock", self.folder / "manifest.json.tmp",
                      self.record.with_name(self.record.name + ".tmp")):
             with self.subTest(path.name):
@@ -252,7 +252,7 @@ class Disks(SetupCase):
                 self.assert_ends(self.setup(), UNWRITABLE, "Is a directory")
                 self.assertFalse(self.manifest.exists())
 
-    def test_with_a_link_in_the_parts_place_do_not_lead_elsewhere(self):
+    def test_with_a_link_in_place_of_the_part_are_not_written_elsewhere(self):
         self.folder.mkdir(parents=True)
         target = self.home / "precious"
         target.write_text("precious")
@@ -260,7 +260,7 @@ class Disks(SetupCase):
         self.assert_ends(self.setup(), UNWRITABLE)
         self.assertEqual(target.read_text(), "precious")
 
-    def test_are_told_apart_from_a_damaged_record(self):
+    def test_with_a_damaged_record_are_used(self):
         self.leave(CONTENT[:1000])
         self.record.write_text(json.dumps([1, 2, 3]))
         self.assert_ready(self.setup())

@@ -11,11 +11,11 @@ namespace {
 using testing::ElementsAre;
 using testing::FloatNear;
 
-TEST(CepstralMean, ItBeginsWithTheModelsOwn) {
+TEST(CepstralMean, StartsAsTheModelsMean) {
   EXPECT_THAT(CepstralMean({41, -5}).mean(), ElementsAre(41, -5));
 }
 
-TEST(CepstralMean, AsManyFramesOfSpeechAsThePriorCountsMoveItHalfWay) {
+TEST(CepstralMean, IsHalfWayAfterAsManyFramesAsThePriorCounts) {
   CepstralMean mean({40, 0});
   for (int frame = 0; frame < static_cast<int>(CepstralMean::kPriorFrames); ++frame) {
     mean.add(std::array{20.0F, 6.0F});
@@ -23,7 +23,7 @@ TEST(CepstralMean, AsManyFramesOfSpeechAsThePriorCountsMoveItHalfWay) {
   EXPECT_THAT(mean.mean(), ElementsAre(FloatNear(30, 1e-4F), FloatNear(3, 1e-4F)));
 }
 
-TEST(CepstralMean, ItForgetsTheLastUtterance) {
+TEST(CepstralMean, ForgetsTheLastUtteranceAtAReset) {
   CepstralMean mean({40});
   mean.add(std::array{1.0F});
   mean.reset();

@@ -1,0 +1,66 @@
+#include "quillback/app/Commands.h"
+
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdlib>
+
+#include "common/base/HomeDirectory.h"
+#include "common/posix/StopSignals.h"
+#include "common/settings/ConfigManager.h"
+#include "quillback/app/ChosenBackend.h"
+#include "quillback/app/CommandLine.h"
+#include "quillback/app/Engine.h"
+#include "quillback/app/Transcribe.h"
+#include "quillback/loop/EndWatch.h"
+#include "quillback/loop/LineOutput.h"
+#include "quillback/model/Setup.h"
+#include "quillback/recognition/Whisper.h"
+#include "quillback/settings/EngineSettings.h"
+
+namespace voxtrel::quillback {
+namespace {
+
+/// Reads the user's settings and prints what is wrong with them.
+EngineSettings loadSettings(Output& output) {
+  const SettingsReading reading = readEngineSettings(ConfigManager(homeDirectory()).configPath());
+  for (const std::string& error : reading.errors) output.print(error);
+  return reading.settings;
+}
+
+}  // namespace
+
+int runEngine() {
+  // Static: a second signal must not kill the engine while it is ending.
+  static const StopSignals signals(StopSignals::InheritedIgnores::keep, {SIGPIPE});
+  LineOutput output(STDOUT_FILENO);
+  EpollLoop loop;
+  // Outlives the engine: if taking that down takes too long, the watch ends the process.
+  const EndWatch endWatch(signals, [&loop] { loop.stop(); });
+  const Engine engine(loop, output, loadSettings(output));
+  loop.run();
+  return engine.exitStatus();
+}
+
+int setUpModel(const std::string& model) {
+  LineOutput output(STDOUT_FILENO);
+  SetupOptions options;
+  options.home = homeDirectory();
+  options.model = model;
+  if (const char* url = std::getenv("QUILLBACK_MODEL_URL")) options.baseUrl = url;
+  options.hasWhisper = isWhisperBuiltIn();
+  options.version = engineVersion();
+  return runSetup(options, output);
+}
+
+int printTranscript(const std::string& file) {
+  LineOutput text(STDOUT_FILENO);
+  LineOutput notes(STDERR_FILENO);
+  const auto backend = makeBackend(loadSettings(notes), homeDirectory());
+  const TranscribeExit exit = transcribeFile(file, *backend, text, notes);
+  if (!text.hasLostLines()) return static_cast<int>(exit);
+  notes.print("The words could not be written to standard output.");
+  return static_cast<int>(TranscribeExit::unwritten);
+}
+
+}  // namespace voxtrel::quillback

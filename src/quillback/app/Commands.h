@@ -1,0 +1,19 @@
+#pragma once
+
+#include <string>
+
+namespace voxtrel::quillback {
+
+// What the program's commands do. Each returns the exit status.
+// Thread: the main one, before any other is started.
+
+/// `quillback run`: turns speech into text until a signal ends it or its parent is gone.
+int runEngine();
+
+/// `quillback setup --model MODEL`: downloads and checks the model.
+int setUpModel(const std::string& model);
+
+/// `quillback transcribe FILE.wav`: prints the words to standard output, all else to standard error.
+int printTranscript(const std::string& file);
+
+}  // namespace voxtrel::quillback

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "quillback/ports/Recogniser.h"
+
+namespace voxtrel::quillback {
+
+/// The result of loading a model.
+struct LoadReport {
+  bool isUsable = false;
+  std::vector<std::string> lines;  ///< lines of output for the user
+};
+
+/// A speech recognition library with blocking calls.
+/// Thread: one, the same for all calls.
+/// Fails by: a LoadReport that is not usable; later by empty text.
+class RecogniserBackend {
+ public:
+  virtual ~RecogniserBackend() = default;
+
+  /// Loads the model. Called once, before all other functions.
+  virtual LoadReport load() = 0;
+  /// Starts an utterance; earlier speech has no effect on it. Another thread sets `isDropped` when
+  /// the text is no longer wanted: the calls for this utterance may then return early. The flag
+  /// outlives the utterance.
+  virtual void begin(const std::atomic<bool>& isDropped) = 0;
+  /// Takes the next mono samples at kSampleRateHz.
+  virtual void feed(std::span<const std::int16_t> samples) = 0;
+  /// Returns the text of all samples since `begin`.
+  virtual Transcription finish() = 0;
+};
+
+}  // namespace voxtrel::quillback

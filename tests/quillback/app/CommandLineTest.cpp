@@ -1,0 +1,58 @@
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include "quillback/app/CommandLine.h"
+
+namespace voxtrel::quillback {
+namespace {
+
+using Command = CommandLine::Command;
+
+tl::expected<CommandLine, std::string> parse(std::vector<const char*> arguments) {
+  return parseCommandLine(arguments);
+}
+
+TEST(CommandLineTest, KnowsItsCommands) {
+  EXPECT_EQ(parse({"run"})->command, Command::run);
+  EXPECT_EQ(parse({"--help"})->command, Command::help);
+  EXPECT_EQ(parse({"--version"})->command, Command::version);
+  const CommandLine setup = parse({"setup", "--model", "large-v3"}).value();
+  EXPECT_EQ(setup.command, Command::setup);
+  EXPECT_EQ(setup.argument, "large-v3");
+  EXPECT_EQ(parse({"setup", "--model=base"})->argument, "base");
+  const CommandLine transcribe = parse({"transcribe", "a b.wav"}).value();
+  EXPECT_EQ(transcribe.command, Command::transcribe);
+  EXPECT_EQ(transcribe.argument, "a b.wav");
+  EXPECT_EQ(parse({"transcribe", "--", "--help"})->argument, "--help");
+}
+
+TEST(CommandLineTest, SaysWhatIsWrongInOneLine) {
+  const std::vector<std::vector<const char*>> mistakes{{},
+                                                       {""},
+                                                       {"Run"},
+                                                       {"run", "now"},
+                                                       {"setup"},
+                                                       {"setup", "large-v3"},
+                                                       {"setup", "--model"},
+                                                       {"setup", "--model", "a", "b"},
+                                                       {"transcribe"},
+                                                       {"transcribe", "a", "b"},
+                                                       {"--version", "x"},
+                                                       {"--nonsense"}};
+  for (const auto& arguments : mistakes) {
+    const auto line = parse(arguments);
+    ASSERT_FALSE(line);
+    EXPECT_FALSE(line.error().empty());
+    EXPECT_EQ(line.error().find('\n'), std::string::npos);
+  }
+}
+
+TEST(CommandLineTest, HelpNamesEveryCommand) {
+  for (const char* word : {"run", "setup --model", "transcribe", "--help", "--version"}) {
+    EXPECT_NE(helpText().find(word), std::string::npos) << word;
+  }
+}
+
+}  // namespace
+}  // namespace voxtrel::quillback
