@@ -13,7 +13,8 @@ int runEngine();
 /// `quillback setup --model MODEL`: downloads and checks the model.
 int setUpModel(const std::string& model);
 
-/// `quillback transcribe FILE.wav`: prints the words to standard output, all else to standard error.
+/// `quillback transcribe FILE.wav`: prints the words to standard output, all else to standard
+/// error.
 int printTranscript(const std::string& file);
 
 }  // namespace voxtrel::quillback

@@ -14,8 +14,8 @@
 
 namespace voxtrel::quillback {
 
-/// Opens the best source that works here: X11's events, or the kernel's if there is no X server or it
-/// does not report all keys. `onLost` is called when that ends later. The error is for people.
+/// Opens the best source that works here: X11's events, or the kernel's if there is no X server or
+/// it does not report all keys. `onLost` is called when that ends later. The error is for people.
 [[nodiscard]] tl::expected<std::unique_ptr<KeyWatch>, std::string> openKeySource(
     SessionKind session, const Hotkey& hotkey, const KeyWatch::Listener& listener, OwnKeys& ownKeys,
     Loop& loop, const std::function<void()>& onLost);

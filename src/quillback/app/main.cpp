@@ -12,8 +12,8 @@ using namespace voxtrel::quillback;
 
 namespace {
 
-/// Opens /dev/null for each standard descriptor that is closed. Otherwise the next opened file would
-/// take its number and get what is meant for it.
+/// Opens /dev/null for each standard descriptor that is closed. Otherwise the next opened file
+/// would take its number and get what is meant for it.
 void openStandardDescriptors() {
   for (const int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
     // `open` returns the lowest free number, which is this one.

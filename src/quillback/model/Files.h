@@ -47,7 +47,8 @@ class Sha256 {
 
 /// Size of the regular file `path`, also through a symbolic link; nothing if there is none.
 std::optional<std::uint64_t> fileSize(const std::string& path);
-/// Up to `maxBytes` of the regular file `path`; nothing if it cannot be read. Never blocks on a pipe.
+/// Up to `maxBytes` of the regular file `path`; nothing if it cannot be read. Never blocks on a
+/// pipe.
 std::optional<std::string> readSmallFile(const std::string& path, std::size_t maxBytes);
 /// Adds all bytes of the open file `descriptor` to `hash`.
 [[nodiscard]] FileResult hashFile(int descriptor, Sha256& hash, const StopSignals& stop);

@@ -86,8 +86,8 @@ struct HttpFailure {
   std::string why;  ///< half a sentence
 };
 
-/// Sends `request` and follows redirects, through the proxies of the environment. Succeeds when the body
-/// ends where the server said.
+/// Sends `request` and follows redirects, through the proxies of the environment. Succeeds when the
+/// body ends where the server said.
 /// Thread: any, which it blocks.  Borrows: HttpLibrary (must exist).
 tl::expected<void, HttpFailure> transfer(const HttpRequest& request, const TransferLimits& limits,
                                          const StopSignals& stop, const HttpListener& listener);

@@ -13,8 +13,8 @@ namespace voxtrel::quillback {
 inline constexpr std::string_view kWhisper = "whisper";
 inline constexpr std::string_view kPocketSphinx = "pocketsphinx";
 
-/// The content of a model's "manifest.json". The file is written last and atomically, so if it exists,
-/// everything that it names exists:
+/// The content of a model's "manifest.json". The file is written last and atomically, so if it
+/// exists, everything that it names exists:
 ///
 ///   {
 ///     "format": 1,

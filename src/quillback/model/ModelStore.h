@@ -26,8 +26,8 @@ struct StoreFault {
   std::string why;  ///< one sentence, without a full stop
 };
 
-/// Looks at the store below the user's `home`: reads the manifest of `model` and compares the sizes of
-/// its files, but never reads the weights.
+/// Looks at the store below the user's `home`: reads the manifest of `model` and compares the sizes
+/// of its files, but never reads the weights.
 /// Thread: any.
 tl::expected<StoredModel, StoreFault> inspectStore(const std::string& home,
                                                    const std::string& model);

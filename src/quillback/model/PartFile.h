@@ -28,7 +28,8 @@ inline constexpr std::size_t kMaxPartRecordBytes = 16'384;
 std::optional<PartRecord> parsePartRecord(std::string_view text);
 std::string formatPartRecord(const PartRecord& record);
 
-/// A file that is being downloaded: FILE.part, the hash of its bytes and its record, FILE.part.json.
+/// A file that is being downloaded: FILE.part, the hash of its bytes and its record,
+/// FILE.part.json.
 /// Thread: one.  Owns: the open file.  Fails by: the system's error.
 class PartFile {
  public:

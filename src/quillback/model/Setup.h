@@ -26,9 +26,10 @@ struct SetupOptions {
   std::function<void(std::string_view step)> onStep = [](std::string_view) {};
 };
 
-/// Downloads the model into the store and prints progress. Returns the exit status (SetupExit). After
-/// any interruption the next run resumes: FILE.part grows, is verified and becomes FILE, and
-/// manifest.json is written last. A second setup waits for the first. SIGTERM, SIGINT and SIGHUP end it.
+/// Downloads the model into the store and prints progress. Returns the exit status (SetupExit).
+/// After any interruption the next run resumes: FILE.part grows, is verified and becomes FILE, and
+/// manifest.json is written last. A second setup waits for the first. SIGTERM, SIGINT and SIGHUP
+/// end it.
 /// Thread: the main one, before others are started; it blocks.
 int runSetup(const SetupOptions& options, Output& output);
 

@@ -28,7 +28,8 @@ struct SetupFailure {
 
 using SetupResult = tl::expected<void, SetupFailure>;
 
-/// The failure for a system error with a file in `folder`; `operation_canceled` gives `interruption`.
+/// The failure for a system error with a file in `folder`; `operation_canceled` gives
+/// `interruption`.
 SetupFailure fileFailure(std::error_code error, const std::string& folder);
 
 /// The failure for a requested stop.

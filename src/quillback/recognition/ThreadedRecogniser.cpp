@@ -20,8 +20,9 @@ struct Job {
 
 }  // namespace
 
-/// The backend's thread: loads the model, then works through the jobs one after the other. The thread
-/// holds a share of this, because it can outlive the recogniser while the backend is in a long step.
+/// The backend's thread: loads the model, then works through the jobs one after the other. The
+/// thread holds a share of this, because it can outlive the recogniser while the backend is in a
+/// long step.
 /// Thread: any.  Owns: the backend, the thread.  Borrows: Loop (until `stop` has returned).
 class ThreadedRecogniser::Worker : public std::enable_shared_from_this<Worker> {
  public:
@@ -125,7 +126,8 @@ void ThreadedRecogniser::Worker::recognise(const SharedJob& job) {
   backend_->begin(job->isDropped);
   while (waitForSamples(*job, samples)) feedBackend(*job, samples);
   if (isStopped()) return;
-  // A dropped utterance is finished too: the backend cleans up now, while no key press waits for it.
+  // A dropped utterance is finished too: the backend cleans up now, while no key press waits for
+  // it.
   const Transcription result = backend_->finish();
   if (job->isDropped) return;
   post([job, result] {

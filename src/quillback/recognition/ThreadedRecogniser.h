@@ -10,16 +10,16 @@
 
 namespace voxtrel::quillback {
 
-/// Runs a RecogniserBackend on its own thread. Speech is recognised while it is spoken, so little is
-/// left to do after the last sample.
+/// Runs a RecogniserBackend on its own thread. Speech is recognised while it is spoken, so little
+/// is left to do after the last sample.
 /// Thread: the loop's.  Owns: the backend and its thread.  Borrows: Loop (must outlive this).
 /// Fails by: the load report; without a usable model no utterance is ever done.
 class ThreadedRecogniser final : public Recogniser {
  public:
   using OnLoaded = std::function<void(const LoadReport&)>;
 
-  /// How long the destructor waits for a backend that cannot be interrupted. After that the thread is
-  /// detached: it uses only the backend, which it owns, and ends after its current step.
+  /// How long the destructor waits for a backend that cannot be interrupted. After that the thread
+  /// is detached: it uses only the backend, which it owns, and ends after its current step.
   static constexpr std::chrono::milliseconds kStopTimeout{200};
   /// After this many samples (0.1 s) the thread checks whether the utterance is still wanted.
   static constexpr std::size_t kMaxStepSamples = 1600;

@@ -7,7 +7,8 @@
 
 namespace voxtrel::quillback {
 
-// CMake picks the room that defines these: `whisper` where the library was found, else `no_whisper`.
+// CMake picks the room that defines these: `whisper` where the library was found, else
+// `no_whisper`.
 
 struct WhisperOptions {
   std::string language = "auto";  ///< a language code; "auto" detects the language

@@ -6,9 +6,9 @@
 
 namespace voxtrel::quillback {
 
-/// The mean of an utterance's cepstra so far, which is subtracted to remove the character of voice and
-/// microphone. It starts from the model's mean, weighted like kPriorFrames frames of speech. The mean
-/// of the whole utterance would be better, but is known only at its end.
+/// The mean of an utterance's cepstra so far, which is subtracted to remove the character of voice
+/// and microphone. It starts from the model's mean, weighted like kPriorFrames frames of speech.
+/// The mean of the whole utterance would be better, but is known only at its end.
 /// Thread: one.
 class CepstralMean {
  public:

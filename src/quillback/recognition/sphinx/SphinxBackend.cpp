@@ -30,9 +30,9 @@ std::vector<float> initialMean(ps_decoder_t* decoder) {
   return {state->cmn_mean, state->cmn_mean + state->veclen};
 }
 
-/// Gets each block before the decoder does and gives the decoder the mean to subtract. The decoder's
-/// own mean carries over from one utterance to the next, so the same words would be recognised
-/// differently each time.
+/// Gets each block before the decoder does and gives the decoder the mean to subtract. The
+/// decoder's own mean carries over from one utterance to the next, so the same words would be
+/// recognised differently each time.
 /// Thread: one.  Owns: a front end like the decoder's.  Borrows: the decoder (must outlive this).
 class MeanTracker {
  public:

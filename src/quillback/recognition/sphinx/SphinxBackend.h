@@ -8,16 +8,16 @@
 
 namespace voxtrel::quillback {
 
-/// The embedded recogniser: PocketSphinx with its English model. It decodes while samples arrive. Long
-/// speech is decoded in parts that end at pauses, so `finish` waits for the last part only.
+/// The embedded recogniser: PocketSphinx with its English model. It decodes while samples arrive.
+/// Long speech is decoded in parts that end at pauses, so `finish` waits for the last part only.
 /// Thread: one.  Owns: the model.
 /// Fails by: a LoadReport with an error line; later by empty text.
 class SphinxBackend final : public RecogniserBackend {
  public:
   /// The first block, 0.2 s: enough for a first estimate of the voice.
   static constexpr std::size_t kFirstBlockSamples = 3200;
-  /// Every later block. Blocks have a fixed size so that the text does not depend on how the samples
-  /// arrive.
+  /// Every later block. Blocks have a fixed size so that the text does not depend on how the
+  /// samples arrive.
   static constexpr std::size_t kBlockSamples = 320;
   /// A part of this length (8 s) ends at the next pause. Shorter parts would cut sentences.
   static constexpr std::size_t kPartSamples = 128'000;

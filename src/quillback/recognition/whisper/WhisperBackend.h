@@ -51,8 +51,8 @@ class WhisperBackend final : public RecogniserBackend {
 /// Where the kernel describes the processors.
 inline constexpr const char* kCpuFolder = "/sys/devices/system/cpu";
 
-/// Number of processor cores in `cpuFolder` (laid out as kCpuFolder); the hardware threads of a core
-/// count once. Without a description the system's count of processors; at least 1.
+/// Number of processor cores in `cpuFolder` (laid out as kCpuFolder); the hardware threads of a
+/// core count once. Without a description the system's count of processors; at least 1.
 int physicalCores(const char* cpuFolder);
 
 }  // namespace voxtrel::quillback
