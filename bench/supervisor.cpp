@@ -16,7 +16,7 @@
 #include "bench/EngineTimes.h"
 #include "voxtrel/platform/Log.h"
 #include "voxtrel/platform/Notifications.h"
-#include "voxtrel/platform/linux/session/QtMainLoop.h"
+#include "voxtrel/platform/linux/application/QtMainLoop.h"
 #include "voxtrel/platform/posix/ExecutableFolder.h"
 #include "voxtrel/platform/posix/PosixChildProcessLauncher.h"
 #include "voxtrel/platform/posix/PosixScheduling.h"

@@ -14,7 +14,7 @@
 #include "overlay/Figures.h"
 #include "voxtrel/download/ModelDownloadView.h"
 #include "voxtrel/platform/Application.h"
-#include "voxtrel/platform/linux/session/QtMainLoop.h"
+#include "voxtrel/platform/linux/application/QtMainLoop.h"
 #include "voxtrel/platform/linux/windows/DesktopColors.h"
 #include "voxtrel/platform/linux/windows/QtFormWindows.h"
 #include "voxtrel/platform/posix/ExecutableFolder.h"

@@ -7,7 +7,7 @@
 
 namespace voxtrel::testing {
 
-/// Stands for the desktop's portal: the test decides what each call is answered with.
+/// Stands in for the desktop's portal; the test decides the reply to each call.
 /// Thread: the test's.
 class PortalDouble final : public QDBusVirtualObject {
  public:
@@ -17,10 +17,10 @@ class PortalDouble final : public QDBusVirtualObject {
   }
   ~PortalDouble() override { leave(); }
 
-  /// Gives the name up, as a portal that ends does.
+  /// Releases the name, as a portal that ends does.
   void leave() { bus_.unregisterService(kName); }
 
-  /// The user's answer, sent to whoever made the call.
+  /// Sends the user's response to the caller.
   void respond(const QDBusMessage& call, const QString& handle, uint response) {
     QDBusMessage signal = QDBusMessage::createTargetedSignal(
         call.service(), handle, "org.freedesktop.portal.Request", "Response");

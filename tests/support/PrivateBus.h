@@ -7,7 +7,7 @@
 
 namespace voxtrel::testing {
 
-/// A session bus of the test's own.
+/// A session bus for one test.
 /// Thread: the test's.  Owns: the bus, which ends with it.
 /// Fails by: an exception, which fails the test.
 class PrivateBus {
@@ -24,7 +24,7 @@ class PrivateBus {
   PrivateBus(const PrivateBus&) = delete;
   PrivateBus& operator=(const PrivateBus&) = delete;
 
-  /// A connection of its own for each `name`; ended with QDBusConnection::disconnectFromBus.
+  /// Opens the connection `name`; QDBusConnection::disconnectFromBus ends it.
   QDBusConnection connect(const QString& name) const {
     QDBusConnection connection = QDBusConnection::connectToBus(address_, name);
     if (!connection.isConnected()) throw std::runtime_error("cannot connect to the private bus");

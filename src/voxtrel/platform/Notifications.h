@@ -39,6 +39,10 @@ constexpr PresentationOptions operator|(PresentationOptions a, PresentationOptio
   return static_cast<PresentationOptions>(static_cast<unsigned>(a) | static_cast<unsigned>(b));
 }
 
+constexpr bool contains(PresentationOptions options, PresentationOptions flag) {
+  return (static_cast<unsigned>(options) & static_cast<unsigned>(flag)) != 0;
+}
+
 /// Receives the events of notifications.
 /// Thread: the main thread.
 class NotificationDelegate {

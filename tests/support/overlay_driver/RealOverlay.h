@@ -3,10 +3,10 @@
 #include "support/overlay_driver/ObservedPorts.h"
 #include "voxtrel/overlay/RecordingOverlay.h"
 #include "voxtrel/platform/kissfft/KissRealFft.h"
-#include "voxtrel/platform/linux/log/StandardErrorLog.h"
+#include "voxtrel/platform/linux/application/QtMainLoop.h"
+#include "voxtrel/platform/linux/log/OpenLog.h"
 #include "voxtrel/platform/linux/overlay/QtOverlayStage.h"
 #include "voxtrel/platform/linux/overlay/TimerFdFrameTimer.h"
-#include "voxtrel/platform/linux/session/QtMainLoop.h"
 #include "voxtrel/platform/linux/sound/PulseMicrophone.h"
 
 namespace voxtrel::testing {

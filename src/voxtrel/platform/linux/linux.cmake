@@ -7,33 +7,39 @@ target_link_libraries(voxtrel_platform_posix PUBLIC $<LINK_ONLY:voxtrel_platform
 
 set(CMAKE_AUTOMOC ON)
 add_room(voxtrel/platform/linux/log KNOWS voxtrel/platform LINKS PkgConfig::SYSTEMD)
-add_room(voxtrel/platform/linux/dbus LINKS PkgConfig::SYSTEMD Qt6::Core)
+add_room(voxtrel/platform/linux/dbus LINKS PkgConfig::SYSTEMD PUBLIC_LINKS Qt6::DBus)
 add_room(voxtrel/platform/linux/x11 KNOWS common/x11 LINKS PkgConfig::XCB_WINDOWS Qt6::Gui)
-add_room(voxtrel/platform/linux/tray KNOWS voxtrel/platform voxtrel/platform/linux/x11
+add_room(voxtrel/platform/linux/application KNOWS voxtrel/platform common/posix
+         PUBLIC_LINKS Qt6::Gui LINKS Qt6::Widgets)
+add_room(voxtrel/platform/linux/tray
+         KNOWS voxtrel/platform voxtrel/platform/linux/dbus voxtrel/platform/linux/x11
          LINKS Qt6::Widgets Qt6::DBus Qt6::Svg)
 add_room(voxtrel/platform/linux/windows
-         KNOWS voxtrel/platform voxtrel/download voxtrel/forms voxtrel/platform/linux/tray
-               voxtrel/platform/linux/x11
+         KNOWS voxtrel/platform voxtrel/download voxtrel/forms voxtrel/platform/linux/application
+               voxtrel/platform/linux/dbus voxtrel/platform/linux/x11
          LINKS Qt6::Widgets Qt6::DBus)
-add_room(voxtrel/platform/linux/notifications KNOWS voxtrel/platform voxtrel/platform/linux/windows
-         LINKS Qt6::Widgets Qt6::DBus)
+add_room(voxtrel/platform/linux/notifications
+         KNOWS voxtrel/platform voxtrel/platform/linux/application voxtrel/platform/linux/dbus
+         LINKS Qt6::DBus)
 add_room(voxtrel/platform/linux/sound KNOWS voxtrel/platform common/pulse)
 add_room(voxtrel/platform/linux/overlay
          KNOWS voxtrel/platform common/posix voxtrel/platform/linux/x11
          LINKS Qt6::Gui)
 add_room(voxtrel/platform/linux/permissions
-         KNOWS voxtrel/platform common/base common/posix voxtrel/platform/linux/x11
-         LINKS Qt6::Core Qt6::DBus)
-add_room(voxtrel/platform/linux/session
          KNOWS voxtrel/platform common/base common/posix voxtrel/platform/linux/dbus
-               voxtrel/platform/linux/windows
-         LINKS Qt6::Widgets Qt6::DBus)
+               voxtrel/platform/linux/x11
+         LINKS Qt6::DBus)
+add_room(voxtrel/platform/linux/session
+         KNOWS voxtrel/platform common/base common/posix voxtrel/platform/linux/application
+               voxtrel/platform/linux/dbus
+         LINKS Qt6::DBus)
 add_room(voxtrel/platform/linux
          KNOWS voxtrel/platform common/base voxtrel/platform/posix voxtrel/platform/kissfft
-               voxtrel/platform/linux/log voxtrel/platform/linux/notifications
-               voxtrel/platform/linux/overlay voxtrel/platform/linux/permissions
-               voxtrel/platform/linux/session voxtrel/platform/linux/sound
-               voxtrel/platform/linux/tray voxtrel/platform/linux/windows
+               voxtrel/platform/linux/application voxtrel/platform/linux/log
+               voxtrel/platform/linux/notifications voxtrel/platform/linux/overlay
+               voxtrel/platform/linux/permissions voxtrel/platform/linux/session
+               voxtrel/platform/linux/sound voxtrel/platform/linux/tray
+               voxtrel/platform/linux/windows
          LINKS Qt6::Widgets Qt6::DBus)
 set(CMAKE_AUTOMOC OFF)
 add_library(voxtrel_desktop ALIAS voxtrel_platform_linux)
@@ -41,5 +47,5 @@ add_library(voxtrel_desktop ALIAS voxtrel_platform_linux)
 include("${PROJECT_SOURCE_DIR}/packaging/linux/packaging.cmake")
 qt_add_resources(voxtrel_platform_linux_tray icons PREFIX /icons
                  BASE "${VOXTREL_ICONS}/symbolic/apps" FILES ${VOXTREL_SYMBOLIC_ICONS})
-qt_add_resources(voxtrel_platform_linux_tray application_icon PREFIX /icons
+qt_add_resources(voxtrel_platform_linux_application application_icon PREFIX /icons
                  BASE "${VOXTREL_ICONS}/scalable/apps" FILES ${VOXTREL_APPLICATION_ICON})

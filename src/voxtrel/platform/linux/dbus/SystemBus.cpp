@@ -3,6 +3,7 @@
 #include <poll.h>
 #include <systemd/sd-bus.h>
 
+#include <algorithm>
 #include <chrono>
 #include <utility>
 
@@ -12,12 +13,7 @@ namespace {
 
 using std::chrono::microseconds;
 
-int runSignalHandler(sd_bus_message* message, void* handler, sd_bus_error*) {
-  (*static_cast<SystemBus::Handler*>(handler))(message);
-  return 0;
-}
-
-int runAnswerHandler(sd_bus_message* message, void* handler, sd_bus_error*) {
+int runHandler(sd_bus_message* message, void* handler, sd_bus_error*) {
   (*static_cast<SystemBus::Handler*>(handler))(message);
   return 0;
 }
@@ -26,11 +22,11 @@ void deleteHandler(void* handler) {
   delete static_cast<SystemBus::Handler*>(handler);
 }
 
-/// sd-bus gives points of CLOCK_MONOTONIC, which is what steady_clock reads.
-microseconds untilMonotonic(std::uint64_t pointUs) {
+/// `timeUs`: of CLOCK_MONOTONIC, which steady_clock reads too.
+microseconds timeUntil(std::uint64_t timeUs) {
   const auto now =
       std::chrono::duration_cast<microseconds>(std::chrono::steady_clock::now().time_since_epoch());
-  return std::max(microseconds(0), microseconds(pointUs) - now);
+  return std::max(microseconds(0), microseconds(timeUs) - now);
 }
 
 }  // namespace
@@ -64,12 +60,12 @@ SystemBus::~SystemBus() {
 
 void SystemBus::onSignal(const std::string& rule, Handler handler) {
   signalHandlers_.push_back(std::make_unique<Handler>(std::move(handler)));
-  sd_bus_add_match_async(bus_.get(), nullptr, rule.c_str(), runSignalHandler, nullptr,
+  sd_bus_add_match_async(bus_.get(), nullptr, rule.c_str(), runHandler, nullptr,
                          signalHandlers_.back().get());
   watch();
 }
 
-void SystemBus::call(const Call& call, Handler onAnswer) {
+void SystemBus::call(const Call& call, Handler onReply) {
   sd_bus_message* message = nullptr;
   if (sd_bus_message_new_method_call(bus_.get(), &message, call.service, call.path, call.interface,
                                      call.method) < 0) {
@@ -78,11 +74,11 @@ void SystemBus::call(const Call& call, Handler onAnswer) {
   for (const std::string& argument : call.arguments) {
     sd_bus_message_append_basic(message, 's', argument.c_str());
   }
-  auto handler = std::make_unique<Handler>(std::move(onAnswer));
+  auto handler = std::make_unique<Handler>(std::move(onReply));
   sd_bus_slot* slot = nullptr;
-  if (sd_bus_call_async(bus_.get(), &slot, message, runAnswerHandler, handler.get(), 0) >= 0) {
+  if (sd_bus_call_async(bus_.get(), &slot, message, runHandler, handler.get(), 0) >= 0) {
     sd_bus_slot_set_destroy_callback(slot, deleteHandler);
-    sd_bus_slot_set_floating(slot, 1);  // it lives until the answer or the end of the connection
+    sd_bus_slot_set_floating(slot, 1);  // lives until the reply or the end of the connection
     sd_bus_slot_unref(slot);
     static_cast<void>(handler.release());
   }
@@ -102,15 +98,15 @@ void SystemBus::process() {
   }
 }
 
-/// sd-bus says anew after every step what it waits for.
+/// What sd-bus waits for can change with every step.
 void SystemBus::watch() {
   const int events = sd_bus_get_events(bus_.get());
   if (events < 0) return fail();
   readable_.setEnabled((events & POLLIN) != 0);
   writable_.setEnabled((events & POLLOUT) != 0);
-  std::uint64_t pointUs = 0;
-  if (sd_bus_get_timeout(bus_.get(), &pointUs) >= 0 && pointUs != UINT64_MAX) {
-    timeout_.start(std::chrono::ceil<std::chrono::milliseconds>(untilMonotonic(pointUs)));
+  std::uint64_t timeUs = 0;
+  if (sd_bus_get_timeout(bus_.get(), &timeUs) >= 0 && timeUs != UINT64_MAX) {
+    timeout_.start(std::chrono::ceil<std::chrono::milliseconds>(timeUntil(timeUs)));
   } else {
     timeout_.stop();
   }

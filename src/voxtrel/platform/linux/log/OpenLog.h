@@ -1,12 +1,54 @@
 #pragma once
 
 #include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "voxtrel/platform/Log.h"
 
 namespace voxtrel {
 
-class Log;
-
-/// The log of this run: the journal where standard error goes there, else standard error.
+/// The log of this run: the journal if standard error goes there, else standard error.
 std::unique_ptr<Log> openLog();
+
+/// Writes to the system's journal.
+/// Thread: any.  Fails by: losing the message.
+class JournalLog final : public Log {
+ public:
+  explicit JournalLog(LogLevel lowest) : lowest_(lowest) {}
+
+  bool isEnabled(LogLevel level) const override { return level >= lowest_; }
+  void write(LogLevel level, std::string_view category, std::string_view message) override;
+
+ private:
+  const LogLevel lowest_;
+};
+
+/// Writes lines to standard error, each in one call so that those of several threads do not mix.
+/// Thread: any.  Fails by: losing the message.
+class StandardErrorLog final : public Log {
+ public:
+  explicit StandardErrorLog(LogLevel lowest) : lowest_(lowest) {}
+
+  bool isEnabled(LogLevel level) const override { return level >= lowest_; }
+  void write(LogLevel level, std::string_view category, std::string_view message) override;
+
+ private:
+  const LogLevel lowest_;
+};
+
+/// What the environment variable VOXTREL_LOG asks for.
+struct LogVerbosity {
+  LogLevel lowest = LogLevel::info;
+  std::optional<std::string> complaint;  ///< about an unknown value
+
+  /// `value`: null if the variable is not set.
+  static LogVerbosity parse(const char* value);
+};
+
+/// Whether JOURNAL_STREAM (`value`, null if not set) names this device and inode. If it names those
+/// of standard error, standard error goes to the journal.
+bool namesStream(const char* value, unsigned long long device, unsigned long long inode);
 
 }  // namespace voxtrel

@@ -4,15 +4,15 @@
 #include <algorithm>
 #include <utility>
 
-#include "voxtrel/platform/linux/windows/WindowActivation.h"
+#include "voxtrel/platform/linux/application/QtApplication.h"
 
 namespace voxtrel {
 
 namespace {
 
-/// Enough for a person, and little enough when a daemon hangs or never tells that one was closed.
-constexpr std::size_t kMostWaiting = 16;
-constexpr std::size_t kMostShown = 64;
+// They bound the memory when a daemon hangs or never reports that a notification was closed.
+constexpr std::size_t kMaxWaiting = 16;
+constexpr std::size_t kMaxShown = 64;
 
 }  // namespace
 
@@ -31,7 +31,7 @@ void FreedesktopNotifications::setDelegate(std::weak_ptr<NotificationDelegate> d
 }
 
 void FreedesktopNotifications::requestAuthorization() {
-  // These desktops let the user silence an application, but have nothing to ask.
+  // These desktops have no such question; the user can silence an application afterwards.
 }
 
 void FreedesktopNotifications::post(UserNotification notification) {
@@ -43,11 +43,11 @@ void FreedesktopNotifications::post(UserNotification notification) {
       Qt::QueuedConnection);
 }
 
-/// The daemon is asked afresh for every batch: it may have been replaced since the last.
+/// Asks for the capabilities once per batch, because the daemon may have been replaced.
 void FreedesktopNotifications::enqueue(UserNotification notification) {
   const bool isAsking = !waiting_.empty();
   waiting_.push_back(std::move(notification));
-  if (waiting_.size() > kMostWaiting) waiting_.pop_front();
+  if (waiting_.size() > kMaxWaiting) waiting_.pop_front();
   if (isAsking) return;
   daemon_.queryCapabilities([this](auto capabilities) { sendWaiting(capabilities); });
 }
@@ -58,12 +58,12 @@ void FreedesktopNotifications::sendWaiting(std::optional<NotificationCapabilitie
   for (const UserNotification& notification : waiting) present(notification, *capabilities);
 }
 
-/// The delegate decides while the application is in front; otherwise everything is shown.
+/// The delegate decides while the application has the focus; otherwise everything is shown.
 void FreedesktopNotifications::present(const UserNotification& notification,
                                        NotificationCapabilities capabilities) {
   const auto delegate = delegate_.lock();
-  const bool isInFront = QGuiApplication::focusWindow() != nullptr;
-  if (!delegate || !isInFront) {
+  const bool hasFocus = QGuiApplication::focusWindow() != nullptr;
+  if (!delegate || !hasFocus) {
     send(notification, capabilities, PresentationOptions::sound);
     return;
   }
@@ -80,7 +80,7 @@ void FreedesktopNotifications::send(const UserNotification& notification,
   const auto same = std::find_if(shown_.begin(), shown_.end(), [&](const Shown& shown) {
     return shown.identifier == notification.identifier;
   });
-  const quint32 replaces = same == shown_.end() ? 0 : same->where.number;
+  const quint32 replaces = same == shown_.end() ? 0 : same->where.id;
   const NotificationRequest request = makeNotificationRequest(
       notification, findCategory(notification.categoryIdentifier), capabilities, options);
   daemon_.notify(request, replaces,
@@ -93,7 +93,7 @@ void FreedesktopNotifications::send(const UserNotification& notification,
 void FreedesktopNotifications::remember(Shown shown) {
   forget(shown.where);
   shown_.push_back(std::move(shown));
-  if (shown_.size() > kMostShown) shown_.pop_front();
+  if (shown_.size() > kMaxShown) shown_.pop_front();
 }
 
 void FreedesktopNotifications::forget(const ShownNotification& where) {
@@ -102,21 +102,21 @@ void FreedesktopNotifications::forget(const ShownNotification& where) {
 
 void FreedesktopNotifications::actionInvoked(const ShownNotification& where, const QString& action,
                                              const QString& token) {
-  const auto shown = std::find_if(shown_.begin(), shown_.end(),
-                                  [&](const Shown& each) { return each.where == where; });
-  if (shown == shown_.end()) return;
-  const NotificationResponse response{action.toStdString(), shown->identifier};
-  const auto* const category = findCategory(shown->categoryIdentifier);
-  if (category == nullptr) return;
-  const auto offered = std::find_if(
-      category->actions.begin(), category->actions.end(),
-      [&](const NotificationAction& each) { return each.identifier == response.actionIdentifier; });
-  if (offered == category->actions.end()) return;
-  if (offered->foreground) bringForward(token);
-  const auto close = [this, where] {
+  const auto found = std::find_if(shown_.begin(), shown_.end(),
+                                  [&](const Shown& shown) { return shown.where == where; });
+  if (found == shown_.end()) return;
+  const NotificationAction* const chosen = findAction(*found, action.toStdString());
+  if (chosen == nullptr) return;
+  if (chosen->foreground) bringForward(token);
+  respond(*found, chosen->identifier);
+}
+
+void FreedesktopNotifications::respond(const Shown& shown, const std::string& action) {
+  const auto close = [this, where = shown.where] {
     forget(where);
     daemon_.close(where);
   };
+  const NotificationResponse response{action, shown.identifier};
   if (const auto delegate = delegate_.lock()) {
     delegate->didReceive(response, close);
   } else {
@@ -130,6 +130,16 @@ const NotificationCategory* FreedesktopNotifications::findCategory(
       std::find_if(categories_.begin(), categories_.end(),
                    [&](const NotificationCategory& each) { return each.identifier == identifier; });
   return found == categories_.end() ? nullptr : &*found;
+}
+
+const NotificationAction* FreedesktopNotifications::findAction(
+    const Shown& shown, const std::string& identifier) const {
+  const auto* const category = findCategory(shown.categoryIdentifier);
+  if (category == nullptr) return nullptr;
+  const auto found =
+      std::find_if(category->actions.begin(), category->actions.end(),
+                   [&](const NotificationAction& each) { return each.identifier == identifier; });
+  return found == category->actions.end() ? nullptr : &*found;
 }
 
 }  // namespace voxtrel

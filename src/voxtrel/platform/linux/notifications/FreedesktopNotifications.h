@@ -8,8 +8,8 @@
 
 namespace voxtrel {
 
-/// Notifications by the desktop's own daemon. What it cannot show within five seconds is dropped,
-/// and so is the oldest when too many wait for it.
+/// Notifications by the desktop's own daemon. The daemon has five seconds to show one; while it is
+/// asked for its capabilities, only the newest ones are kept.
 /// Thread: `post` from any, the others from the main thread.
 /// Owns: what was posted until it is closed.  Fails by: dropping the notification.
 class FreedesktopNotifications final : public Notifications {
@@ -36,7 +36,9 @@ class FreedesktopNotifications final : public Notifications {
   void remember(Shown shown);
   void forget(const ShownNotification& where);
   void actionInvoked(const ShownNotification& where, const QString& action, const QString& token);
+  void respond(const Shown& shown, const std::string& action);
   const NotificationCategory* findCategory(const std::string& identifier) const;
+  const NotificationAction* findAction(const Shown& shown, const std::string& identifier) const;
 
   std::vector<NotificationCategory> categories_;
   std::weak_ptr<NotificationDelegate> delegate_;

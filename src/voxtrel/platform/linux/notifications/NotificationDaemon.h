@@ -10,18 +10,18 @@
 
 namespace voxtrel {
 
-/// A notification on the user's screen. The daemon's number alone would be mistaken for another's
-/// after the daemon has been replaced.
+/// A notification on the user's screen. Its id is only unique per daemon, and a daemon can be
+/// replaced while we run.
 struct ShownNotification {
   QString daemon;  ///< its unique name on the bus
-  quint32 number = 0;
+  quint32 id = 0;
 
   friend bool operator==(const ShownNotification&, const ShownNotification&) = default;
 };
 
-/// The desktop's notification daemon, spoken to over D-Bus. No call waits; an answer that takes
-/// more than five seconds counts as none.
-/// Thread: the main thread.  Fails by: answering nothing (`nullopt`).
+/// The desktop's notification daemon, over D-Bus. Calls never block and time out after 5 seconds.
+/// Thread: the main thread.
+/// Fails by: `nullopt` as the reply.
 class NotificationDaemon final : public QObject, protected QDBusContext {
   Q_OBJECT
 
@@ -34,22 +34,22 @@ class NotificationDaemon final : public QObject, protected QDBusContext {
 
   explicit NotificationDaemon(Events events);
 
-  void queryCapabilities(std::function<void(std::optional<NotificationCapabilities>)> answer);
-  /// `replaces`: the number of the notification to replace, or 0.
+  void queryCapabilities(std::function<void(std::optional<NotificationCapabilities>)> onReply);
+  /// `replaces`: id of the notification to replace, or 0.
   void notify(const NotificationRequest& request, quint32 replaces,
-              std::function<void(std::optional<ShownNotification>)> answer);
+              std::function<void(std::optional<ShownNotification>)> onReply);
   void close(const ShownNotification& shown);
 
  private:
-  Q_SLOT void onActionInvoked(quint32 number, const QString& action);
-  Q_SLOT void onActivationToken(quint32 number, const QString& token);
-  Q_SLOT void onNotificationClosed(quint32 number, quint32 reason);
+  Q_SLOT void onActionInvoked(quint32 id, const QString& action);
+  Q_SLOT void onActivationToken(quint32 id, const QString& token);
+  Q_SLOT void onNotificationClosed(quint32 id, quint32 reason);
   void listen();
 
   Events events_;
   bool isListening_ = false;
   ShownNotification tokenOwner_;
-  QString token_;  ///< leave to come forward, sent just before the action it belongs to
+  QString token_;  ///< permission to take the focus; sent just before the action it belongs to
 };
 
 }  // namespace voxtrel

@@ -27,8 +27,4 @@ NotificationRequest makeNotificationRequest(const UserNotification& notification
   return request;
 }
 
-bool contains(PresentationOptions options, PresentationOptions flag) {
-  return (static_cast<unsigned>(options) & static_cast<unsigned>(flag)) != 0;
-}
-
 }  // namespace voxtrel

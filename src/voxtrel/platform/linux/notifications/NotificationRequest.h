@@ -8,7 +8,7 @@
 
 namespace voxtrel {
 
-/// What the desktop's notification daemon says it can do.
+/// What the notification daemon says it supports.
 struct NotificationCapabilities {
   bool actions = false;
   bool bodyMarkup = false;
@@ -16,21 +16,18 @@ struct NotificationCapabilities {
   static NotificationCapabilities parse(const QStringList& names);
 };
 
-/// The arguments of `Notify` that differ from one notification to the next.
+/// The arguments of `Notify` that differ between notifications.
 struct NotificationRequest {
   QString summary;
   QString body;
-  QStringList actions;  ///< identifier and title by turns
+  QStringList actions;  ///< id, title, id, title, ...
   QVariantMap hints;
 };
 
-/// `category` is null for a kind that was never installed: it has no buttons.
+/// `category`: null if it was never set; then there are no buttons.
 NotificationRequest makeNotificationRequest(const UserNotification& notification,
                                             const NotificationCategory* category,
                                             NotificationCapabilities capabilities,
                                             PresentationOptions options);
-
-/// Whether `options` contains `flag`.
-bool contains(PresentationOptions options, PresentationOptions flag);
 
 }  // namespace voxtrel

@@ -14,7 +14,7 @@ namespace {
 
 constexpr const char* kOpener = "xdg-open";
 
-/// The name that the pages of the reader's desktop end with, or nothing.
+/// How the names of pages for this desktop end; empty for a desktop without pages.
 std::string desktopSuffix(const std::string& desktops) {
   for (const QString& name : QString::fromStdString(desktops).split(':')) {
     if (name.compare("GNOME", Qt::CaseInsensitive) == 0) return "-gnome";
@@ -23,7 +23,7 @@ std::string desktopSuffix(const std::string& desktops) {
   return {};
 }
 
-/// Runs on after we have ended, as it must: that follows at once.
+/// Detached, because the application quits right after this.
 bool startDetached(const QString& url) {
   QProcess opener;
   opener.setProgram(kOpener);

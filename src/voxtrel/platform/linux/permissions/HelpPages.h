@@ -10,28 +10,27 @@
 
 namespace voxtrel {
 
-/// What the steps on a help page depend on.
+/// What the choice of a help page depends on.
 struct HelpReader {
   SessionKind session = SessionKind::x11;
-  std::string desktops;  ///< names between colons, as in XDG_CURRENT_DESKTOP
+  std::string desktops;  ///< separated by colons, as in XDG_CURRENT_DESKTOP
   bool sandboxed = false;
 };
 
-/// The pages that fit the reader, the best first and one that fits everybody last.
+/// The pages that fit, best first. The last one fits every reader.
 std::vector<std::string> helpPages(PrivacyPane pane, const HelpReader& reader);
 
-/// Linux has no one place for permissions: a page of ours, opened in the user's browser, says where
-/// this desktop has it.
-/// Thread: the main thread; waits for nothing that is opened.  Borrows: Log.
+/// Opens a help page in the user's browser that says where this desktop keeps its permissions.
+/// Thread: the main thread; never waits for the browser.  Borrows: Log.
 /// Fails by: one line in the log.
 class HelpPages final : public PrivacySettings {
  public:
-  /// `folder`: where the pages are, absolute.
+  /// `folder`: absolute path of the pages.
   HelpPages(Log& log, std::string folder, HelpReader reader);
 
   void open(PrivacyPane pane) override;
 
-  /// The pages that were installed with the program at this path, and who reads them here.
+  /// The folder of the pages installed with the program at this path.
   static std::string folderFor(std::string_view executable);
   static HelpReader readerOfThisSession(bool sandboxed);
 

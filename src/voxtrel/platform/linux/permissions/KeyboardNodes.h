@@ -8,18 +8,18 @@
 
 namespace voxtrel {
 
-/// The keys that an input device has, one bit for each, as the kernel tells them.
+/// The keys of an input device, one bit each, as the kernel reports them.
 using KeyBits = std::array<unsigned char, KEY_MAX / 8 + 1>;
 
-/// A keyboard to type on has all letters; power buttons, headsets and mice have keys too.
+/// True for keyboards. Power buttons, headsets and mice have keys too, but not all letters.
 bool hasAllLetters(const KeyBits& keys);
 
-/// Whether the kernel calls the input device that is open here a keyboard.
+/// Whether the input device open at `descriptor` is a keyboard.
 bool isKeyboard(int descriptor);
 
-/// Whether this user may read a keyboard: one of the nodes `event*` in `folder` that `accepts` takes
-/// for one. Every node is closed again at once.
-/// Thread: any; waits for no input.  Fails by: false.
+/// Whether this user may read a keyboard: one of the nodes `event*` in `folder` that `accepts`
+/// returns true for. Closes every node at once.
+/// Thread: any; never blocks.  Fails by: false.
 bool canReadKeyboard(const std::string& folder = "/dev/input",
                      const std::function<bool(int descriptor)>& accepts = isKeyboard);
 

@@ -11,24 +11,26 @@ namespace voxtrel {
 class Log;
 class MainLoop;
 
-/// Outside a sandbox every program of the user's may use the microphone; inside one the desktop's
-/// portal asks the user.
-/// Thread: the main thread, answers included; an answer never arrives before `request` returns.
-/// Owns: its questions; those without an answer end with it.  Borrows: MainLoop, Log.
+/// Outside a sandbox every program may use the microphone; inside one the desktop's portal asks the
+/// user. The portal gets 25 seconds to accept the request; the user may then take any time.
+/// Thread: the main thread, replies included; a reply never arrives before `request` returns.
+/// Owns: its requests; those without a reply end with it.  Borrows: MainLoop, Log.
+/// Fails by: granting, with one line in the log, if the portal is missing, refuses the request or
+/// ends.
 class SandboxMicrophoneAccess final : public MicrophoneAccess {
  public:
-  /// `sandboxMarker`: the file that exists inside a sandbox only.
+  /// `sandboxMarker`: a file that exists only inside a sandbox.
   SandboxMicrophoneAccess(MainLoop& mainLoop, Log& log, QDBusConnection bus,
                           std::string sandboxMarker);
 
-  void request(std::function<void(bool granted)> answer) override;
+  void request(std::function<void(bool granted)> onReply) override;
 
  private:
   MainLoop& mainLoop_;
   Log& log_;
   QDBusConnection bus_;
   const std::string sandboxMarker_;
-  QObject requests_;  ///< parent of those that run
+  QObject requests_;  ///< their parent
 };
 
 }  // namespace voxtrel

@@ -1,11 +1,11 @@
 #include "voxtrel/platform/linux/permissions/SessionKeyTrust.h"
 
-#include <QDBusConnection>
+#include <QDBusVariant>
 #include <memory>
 #include <utility>
 
+#include "voxtrel/platform/linux/dbus/AsyncCall.h"
 #include "voxtrel/platform/linux/permissions/KeyboardNodes.h"
-#include "voxtrel/platform/linux/permissions/ShortcutsPortal.h"
 #include "voxtrel/platform/linux/x11/XServer.h"
 
 namespace voxtrel {
@@ -32,13 +32,24 @@ UserNotification keyHiddenNotification(SessionKind session) {
   return notification;
 }
 
-SessionKeyTrust::Sources SessionKeyTrust::sourcesOfThisSession(const std::string& inputFolder) {
+void ShortcutsPortal::ask(std::function<void(bool isOffered)> onReply) {
+  QDBusMessage getVersion = QDBusMessage::createMethodCall(
+      "org.freedesktop.portal.Desktop", "/org/freedesktop/portal/desktop",
+      "org.freedesktop.DBus.Properties", "Get");
+  getVersion << QString("org.freedesktop.portal.GlobalShortcuts") << QString("version");
+  callAsync<QDBusVariant>(
+      bus_, getVersion, calls_,
+      [onReply = std::move(onReply)](const QDBusPendingReply<QDBusVariant>& reply) {
+        onReply(reply.isValid() && reply.value().variant().toUInt() > 0);
+      });
+}
+
+SessionKeyTrust::Sources SessionKeyTrust::sourcesOfThisSession() {
   auto portal = std::make_shared<ShortcutsPortal>(QDBusConnection::sessionBus());
-  return {
-      .session = currentSessionKind(SessionKind::wayland),
-      .offersXInput2 = [] { return voxtrel::offersXInput2(); },
-      .canReadKeyboard = [inputFolder] { return voxtrel::canReadKeyboard(inputFolder); },
-      .askPortal = [portal = std::move(portal)](auto answer) { portal->ask(std::move(answer)); }};
+  return {.session = currentSessionKind(SessionKind::wayland),
+          .offersXInput2 = [] { return voxtrel::offersXInput2(); },
+          .canReadKeyboard = [] { return voxtrel::canReadKeyboard(); },
+          .askPortal = [portal](auto onReply) { portal->ask(std::move(onReply)); }};
 }
 
 SessionKeyTrust::SessionKeyTrust(Sources sources, Notifications& notifications)
@@ -48,7 +59,7 @@ bool SessionKeyTrust::isTrusted(bool prompt) {
   if (prompt && prompt_ == Prompt::none) prompt_ = Prompt::due;
   const bool trusted = sources_.session == SessionKind::x11 ? askX() : askDevicesAndPortal();
   if (trusted && prompt_ == Prompt::due) prompt_ = Prompt::none;
-  // The portal, if it has been asked, has the last word.
+  // If the portal has been asked, its reply decides.
   if (!isPortalAsked_) postDuePrompt();
   return trusted;
 }
@@ -61,14 +72,14 @@ bool SessionKeyTrust::askDevicesAndPortal() {
   const bool canRead = sources_.canReadKeyboard();
   if (!canRead && !isPortalAsked_) {
     isPortalAsked_ = true;
-    sources_.askPortal([this](bool isOffered) { portalAnswered(isOffered); });
+    sources_.askPortal([this](bool isOffered) { onPortalReply(isOffered); });
   }
   return isKeyVisible({.session = SessionKind::wayland,
                        .canReadKeyboard = canRead,
                        .offersShortcuts = portalOffers_});
 }
 
-void SessionKeyTrust::portalAnswered(bool isOffered) {
+void SessionKeyTrust::onPortalReply(bool isOffered) {
   isPortalAsked_ = false;
   portalOffers_ = isOffered;
   if (isOffered && prompt_ == Prompt::due) prompt_ = Prompt::none;

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <QDBusConnection>
+#include <QObject>
 #include <functional>
-#include <string>
+#include <utility>
 
 #include "common/base/SessionKind.h"
 #include "voxtrel/platform/Notifications.h"
@@ -14,21 +16,35 @@ struct SessionFacts {
   SessionKind session = SessionKind::x11;
   bool hasXInput2 = false;
   bool canReadKeyboard = false;
-  bool offersShortcuts = false;  ///< the desktop's portal does
+  bool offersShortcuts = false;  ///< by the desktop's portal
 };
 
-/// Under X11 every program may see keys by XInput 2. Wayland hides them: there, the kernel's
-/// devices are left to those who may read them, or the portal.
+/// Under X11, XInput 2 shows every program the keys. Wayland hides them: there, the user must be
+/// allowed to read a keyboard device, or the portal must offer shortcuts.
 bool isKeyVisible(const SessionFacts& facts);
 
 /// The notification that says how to make the key visible.
 UserNotification keyHiddenNotification(SessionKind session);
 
-/// Trust is what the login session gives: can its push-to-talk key be seen?
-/// The portal answers later than it is asked; until its first answer it counts as offering nothing.
+/// Asks the desktop's portal whether it offers global shortcuts.
+/// Thread: the main thread; never blocks.  Owns: its calls, which end with it.
+/// Fails by: "no", also after five seconds without a reply.
+class ShortcutsPortal {
+ public:
+  explicit ShortcutsPortal(QDBusConnection bus) : bus_(std::move(bus)) {}
+
+  /// `onReply` is called once, never before this returns.
+  void ask(std::function<void(bool isOffered)> onReply);
+
+ private:
+  QDBusConnection bus_;
+  QObject calls_;  ///< their owner
+};
+
+/// Trusted if this login session lets programs see the push-to-talk key. Until the portal first
+/// replies, it counts as offering nothing.
 /// Thread: the main thread.  Borrows: Notifications.
-/// Fails by: no trust. A prompt is one notification in the process's life, posted once the answer
-/// is no for sure.
+/// Fails by: no trust. A prompt is one notification per process, posted once "no" is certain.
 class SessionKeyTrust final : public AccessibilityTrust {
  public:
   /// Where the facts come from.
@@ -36,30 +52,30 @@ class SessionKeyTrust final : public AccessibilityTrust {
     SessionKind session = SessionKind::x11;
     std::function<bool()> offersXInput2;
     std::function<bool()> canReadKeyboard;
-    /// Answers once, and not before it returns; not any more once this is gone.
-    std::function<void(std::function<void(bool isOffered)> answer)> askPortal;
+    /// Replies once, later, unless this is gone by then.
+    std::function<void(std::function<void(bool isOffered)> onReply)> askPortal;
   };
 
   SessionKeyTrust(Sources sources, Notifications& notifications);
 
   bool isTrusted(bool prompt) override;
 
-  /// The session, the X server, the devices and the portal that this process has. Thread: as above.
-  static Sources sourcesOfThisSession(const std::string& inputFolder = "/dev/input");
+  /// The real session, X server, devices and portal.
+  static Sources sourcesOfThisSession();
 
  private:
   enum class Prompt { none, due, posted };
 
   bool askX() const;
   bool askDevicesAndPortal();
-  void portalAnswered(bool isOffered);
+  void onPortalReply(bool isOffered);
   void postDuePrompt();
 
   Notifications& notifications_;
-  bool isPortalAsked_ = false;  ///< and has not answered yet
-  bool portalOffers_ = false;   ///< its newest answer
+  bool isPortalAsked_ = false;  ///< and has not replied yet
+  bool portalOffers_ = false;   ///< its newest reply
   Prompt prompt_ = Prompt::none;
-  Sources sources_;  ///< last, to take unanswered questions away first
+  Sources sources_;  ///< last, so that calls without a reply end first
 };
 
 }  // namespace voxtrel

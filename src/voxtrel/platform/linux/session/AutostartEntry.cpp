@@ -18,15 +18,15 @@ namespace {
 
 using Entry = std::map<std::string, std::string>;
 
-/// More than any entry has; a file that never ends must not be read to its end.
-constexpr qint64 kMostBytes = qint64{64} * 1024;
+/// More than any entry needs; it bounds the reading of a huge file.
+constexpr qint64 kMaxBytes = qint64{64} * 1024;
 
 std::string valueOf(const Entry& entry, const std::string& key) {
   const auto found = entry.find(key);
   return found == entry.end() ? std::string() : desktopEntryValue(found->second);
 }
 
-/// As the desktop looks for it: a path as it is, a name in the folders of PATH.
+/// Searched for as the desktop does: a path as it is, a name in PATH.
 bool isInstalled(const std::string& program) {
   const QString name = QFile::decodeName(program.c_str());
   if (!name.contains('/')) return !QStandardPaths::findExecutable(name).isEmpty();
@@ -48,7 +48,7 @@ QByteArray textFor(const AutostartProgram& program) {
   return QByteArray::fromStdString(text);
 }
 
-/// Whatever an AppImage starts inherits its variables: they are about a program inside it only.
+/// Every program that an AppImage starts inherits its variables; they only apply to those inside it.
 bool isInAppImage(const std::string& executable) {
   const char* const folder = std::getenv("APPDIR");
   if (folder == nullptr) return false;
@@ -76,9 +76,9 @@ AutostartEntry::AutostartEntry(std::string configFolder, AutostartProgram progra
 
 std::map<std::string, std::string> AutostartEntry::read() const {
   QFile file(QFile::decodeName(file_.c_str()));
-  // What is no plain file, say a pipe, could keep us waiting.
+  // Reading anything but a plain file, such as a pipe, could block.
   if (!QFileInfo(file).isFile() || !file.open(QIODevice::ReadOnly)) return {};
-  return readDesktopEntry(file.read(kMostBytes).toStdString());
+  return readDesktopEntry(file.read(kMaxBytes).toStdString());
 }
 
 bool AutostartEntry::wouldStart(const Entry& entry) const {

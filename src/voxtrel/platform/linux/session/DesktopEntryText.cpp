@@ -16,7 +16,7 @@ std::string_view trimmed(std::string_view text) {
   return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
 }
 
-/// The letter that stands for `character` behind a backslash, or 0.
+/// The letter that represents `character` after a backslash, or 0.
 char escapeLetter(char character) {
   switch (character) {
     case '\\':
@@ -52,7 +52,7 @@ char characterFor(char escapeLetter) {
 std::string desktopEntryString(std::string_view value) {
   const auto text = std::min(value.find_first_not_of(' '), value.size());
   std::string escaped;
-  // Readers drop blanks that lead a value.
+  // Readers drop leading blanks.
   for (std::size_t i = 0; i < text; ++i) escaped += "\\s";
   for (const char character : value.substr(text)) {
     const char letter = escapeLetter(character);
@@ -66,7 +66,7 @@ std::string desktopEntryCommand(std::string_view program) {
   std::string word;
   for (const char character : program) {
     if (kEscapedInQuotes.find(character) != std::string_view::npos) word += '\\';
-    if (character == '%') word += '%';  // a lone one would begin a field code
+    if (character == '%') word += '%';  // a single one would start a field code
     word += character;
   }
   const bool quoted = program.empty() || program.find_first_of(kReserved) != std::string_view::npos;

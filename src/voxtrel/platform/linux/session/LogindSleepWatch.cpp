@@ -14,7 +14,7 @@ constexpr const char* kService = "org.freedesktop.login1";
 constexpr const char* kPath = "/org/freedesktop/login1";
 constexpr const char* kManager = "org.freedesktop.login1.Manager";
 
-/// The tray comes first; nobody sends a machine to sleep in the meantime.
+/// Keeps the connection out of the start-up, so that the tray appears sooner.
 constexpr std::chrono::milliseconds kStartUpDelay{100};
 
 constexpr const char* kSleepRule =
@@ -49,18 +49,18 @@ void LogindSleepWatch::takeLock() {
               kManager,
               "Inhibit",
               {"sleep", "Voxtrel", "Stopping the speech-to-text engine", "delay"}},
-             [this](sd_bus_message* answer) { lockAnswered(answer); });
+             [this](sd_bus_message* reply) { onLockReply(reply); });
 }
 
-/// A login manager that refuses the lock still tells when the machine sleeps.
-void LogindSleepWatch::lockAnswered(sd_bus_message* answer) {
-  if (sd_bus_message_is_method_error(answer, nullptr) != 0) {
-    const sd_bus_error* const error = sd_bus_message_get_error(answer);
+/// A login manager that refuses the lock still announces sleep.
+void LogindSleepWatch::onLockReply(sd_bus_message* reply) {
+  if (sd_bus_message_is_method_error(reply, nullptr) != 0) {
+    const sd_bus_error* const error = sd_bus_message_get_error(reply);
     reportOnce(error->message != nullptr ? error->message : error->name);
     return;
   }
   int number = -1;
-  if (isGoingToSleep_ || sd_bus_message_read(answer, "h", &number) <= 0) return;
+  if (isGoingToSleep_ || sd_bus_message_read(reply, "h", &number) <= 0) return;
   // The message closes its own descriptor.
   lock_ = FileDescriptor(fcntl(number, F_DUPFD_CLOEXEC, 0));
 }
@@ -83,7 +83,7 @@ void LogindSleepWatch::ownerChanged(sd_bus_message* signal) {
   const char* before = nullptr;
   const char* after = nullptr;
   if (sd_bus_message_read(signal, "sss", &name, &before, &after) <= 0) return;
-  lock_.reset();  // what an earlier login manager gave holds up nobody
+  lock_.reset();  // given by an earlier login manager, it has no effect
   if (*after == '\0') return;
   isGoingToSleep_ = false;
   takeLock();
@@ -110,7 +110,7 @@ Subscription LogindSleepWatch::subscribe(const std::shared_ptr<Handlers>& handle
   });
 }
 
-/// A handler may end subscriptions, its own too.
+/// Over a copy, because a handler may end subscriptions.
 void LogindSleepWatch::callAll(const std::shared_ptr<Handlers>& handlers) {
   const auto copies = std::vector(handlers->begin(), handlers->end());
   for (const auto& handler : copies) handler();

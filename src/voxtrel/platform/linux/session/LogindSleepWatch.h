@@ -11,13 +11,13 @@
 
 namespace voxtrel {
 
-/// Sleep and wake as the login manager announces them. While the machine is awake this holds a
-/// "delay" lock, so that the machine waits until every will-sleep handler has returned.
+/// Reports sleep and wake as announced by the login manager. While the machine is awake, this holds
+/// a "delay" lock, so that the machine waits until every will-sleep handler has returned.
 /// Thread: the main thread.  Owns: the connection to the system bus, the lock.  Borrows: Log.
-/// Fails by: one line in the log; then no sleep is ever seen.
+/// Fails by: one line in the log; then no sleep is reported.
 class LogindSleepWatch final : public SleepWatch {
  public:
-  /// Connects a little later, when the event loop runs.
+  /// Connects later, once the event loop runs.
   explicit LogindSleepWatch(Log& log);
   ~LogindSleepWatch() override;
 
@@ -29,7 +29,7 @@ class LogindSleepWatch final : public SleepWatch {
 
   void connect();
   void takeLock();
-  void lockAnswered(sd_bus_message* answer);
+  void onLockReply(sd_bus_message* reply);
   void prepareForSleep(sd_bus_message* signal);
   void ownerChanged(sd_bus_message* signal);
   void reportOnce(const std::string& reason);

@@ -7,12 +7,12 @@
 
 namespace voxtrel {
 
-/// User defaults in `voxtrel/voxtrel.conf` below the folder for settings, read and written afresh
-/// on every call. The file appears with the first value.
-/// Thread: the main thread.  Fails by: false, and forgetting.
+/// User defaults in `voxtrel/voxtrel.conf` of the settings folder, read and written on every call.
+/// The first `setBool` creates the file.
+/// Thread: the main thread.  Fails by: reading false; losing the value.
 class QSettingsUserDefaults final : public UserDefaults {
  public:
-  /// `configFolder`: absolute; without one nothing is kept.
+  /// `configFolder`: absolute path; if empty, nothing is kept.
   explicit QSettingsUserDefaults(const std::string& configFolder);
 
   bool boolForKey(std::string_view key) const override;

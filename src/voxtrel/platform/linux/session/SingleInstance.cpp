@@ -1,10 +1,8 @@
 #include "voxtrel/platform/linux/session/SingleInstance.h"
 
-#include <QDBusConnection>
-#include <QDBusMessage>
-#include <QDBusPendingReply>
-
 #include "voxtrel/platform/Desktop.h"
+#include "voxtrel/platform/linux/application/QtApplication.h"
+#include "voxtrel/platform/linux/dbus/AsyncCall.h"
 
 namespace voxtrel {
 
@@ -12,8 +10,8 @@ namespace {
 
 constexpr const char* kObjectPath = "/org/voxtrel/Voxtrel";
 constexpr quint32 kDoNotQueue = 4;  ///< flag of RequestName
-constexpr quint32 kNameExists = 3;  ///< its answer when another has the name
-constexpr int kAnswerLimitMs = 2000;
+constexpr quint32 kNameExists = 3;  ///< its reply if another process has the name
+constexpr std::chrono::milliseconds kTimeout{2000};
 
 }  // namespace
 
@@ -23,11 +21,11 @@ SingleInstance::SingleInstance(Log& log) : log_(log, "ui") {
     log_.info("There is no session bus: no tray by D-Bus, no notifications");
     return;
   }
-  bus.registerVirtualObject(kObjectPath, &object_);
+  bus.registerObject(kObjectPath, this, QDBusConnection::ExportScriptableInvokables);
   QDBusMessage request = QDBusMessage::createMethodCall(
       "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "RequestName");
   request << QString(kBundleIdentifier) << kDoNotQueue;
-  nameRequest_ = bus.asyncCall(request, kAnswerLimitMs);
+  nameRequest_ = startCall(bus, request, kTimeout);
 }
 
 bool SingleInstance::isFirst() {
@@ -35,7 +33,7 @@ bool SingleInstance::isFirst() {
   nameRequest_->waitForFinished();
   const QDBusPendingReply<quint32> reply = *nameRequest_;
   if (!reply.isValid()) {
-    log_.info("The session bus gave no name: " + reply.error().message().toStdString());
+    log_.info("The session bus gave no name: " + errorText(reply));
     return true;
   }
   if (reply.value() != kNameExists) return true;
@@ -50,8 +48,21 @@ void SingleInstance::activateOther() {
   const QString token = qEnvironmentVariable("XDG_ACTIVATION_TOKEN");
   if (!token.isEmpty()) platformData.insert("activation-token", token);
   activate << platformData;
-  // The answer matters little, but what was only sent would be lost with this process.
-  QDBusConnection::sessionBus().call(activate, QDBus::Block, kAnswerLimitMs);
+  // Blocks, because a message still being sent would be lost with this process.
+  QDBusConnection::sessionBus().call(activate, QDBus::Block, static_cast<int>(kTimeout.count()));
+}
+
+void SingleInstance::Activate(const QVariantMap& platform_data) {
+  bringForward(platform_data.value("activation-token").toString());
+}
+
+void SingleInstance::Open(const QStringList&, const QVariantMap& platform_data) {
+  Activate(platform_data);
+}
+
+void SingleInstance::ActivateAction(const QString&, const QVariantList&,
+                                    const QVariantMap& platform_data) {
+  Activate(platform_data);
 }
 
 }  // namespace voxtrel

@@ -1,30 +1,41 @@
 #pragma once
 
 #include <QDBusPendingCall>
+#include <QObject>
+#include <QVariantMap>
 #include <optional>
 
 #include "voxtrel/platform/Log.h"
-#include "voxtrel/platform/linux/session/ActivationObject.h"
 
 namespace voxtrel {
 
-/// The application's name on the session bus, which one process of a session can own.
-/// Thread: the main thread.  Owns: the object that answers under the name.  Borrows: Log.
-/// Fails by: one line in the log where there is no session bus; then every start is the only one.
-class SingleInstance {
+/// Owns the application's name on the session bus, which only one process of a session can have, and
+/// answers org.freedesktop.Application under it. There, every call only brings the windows forward.
+/// Thread: the main thread.  Borrows: Log.
+/// Fails by: one line in the log if there is no session bus; every process then counts as the first.
+class SingleInstance final : public QObject {
+  Q_OBJECT
+  Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Application")
+
  public:
-  /// Asks for the name without waiting for the answer.
+  /// Requests the name without waiting for the reply.
   explicit SingleInstance(Log& log);
 
-  /// Whether this process may go on. False: another runs already, and has been asked to come
-  /// forward.
+  /// False if another process already has the name; that one was asked to come forward. Blocks for
+  /// the reply, two seconds at most.
   bool isFirst();
+
+  // NOLINTBEGIN(readability-identifier-naming): named by the interface.
+  Q_SCRIPTABLE void Activate(const QVariantMap& platform_data);
+  Q_SCRIPTABLE void Open(const QStringList& uris, const QVariantMap& platform_data);
+  Q_SCRIPTABLE void ActivateAction(const QString& action_name, const QVariantList& parameter,
+                                   const QVariantMap& platform_data);
+  // NOLINTEND(readability-identifier-naming)
 
  private:
   static void activateOther();
 
   Logger log_;
-  ActivationObject object_;
   std::optional<QDBusPendingCall> nameRequest_;
 };
 

@@ -1,8 +1,7 @@
 #include "voxtrel/platform/linux/tray/MenuLayout.h"
 
+#include <QDBusMetaType>
 #include <utility>
-
-#include "voxtrel/platform/linux/tray/MenuText.h"
 
 namespace voxtrel {
 
@@ -33,6 +32,17 @@ QVariantMap only(const QStringList& names, QVariantMap properties) {
 }
 
 }  // namespace
+
+void registerMenuMessages() {
+  qDBusRegisterMetaType<MenuNode>();
+  qDBusRegisterMetaType<MenuRowProperties>();
+  qDBusRegisterMetaType<QList<MenuRowProperties>>();
+  qDBusRegisterMetaType<MenuRowRemovals>();
+  qDBusRegisterMetaType<QList<MenuRowRemovals>>();
+  qDBusRegisterMetaType<MenuEvent>();
+  qDBusRegisterMetaType<QList<MenuEvent>>();
+  qDBusRegisterMetaType<MenuShortcut>();
+}
 
 void MenuLayout::setRows(std::vector<MenuItem> rows) {
   firstId_ += static_cast<int>(rows_.size());
@@ -79,8 +89,13 @@ QList<MenuRowProperties> MenuLayout::group(const QList<int>& ids, const QStringL
   return found;
 }
 
+QString trayHostLabel(std::string_view title) {
+  QString text = QString::fromUtf8(title.data(), static_cast<qsizetype>(title.size()));
+  return text.replace(u'_', "__");
+}
+
 MenuShortcut menuShortcut(const std::string& keyEquivalent) {
-  // X names letters and digits by themselves, other characters by words.
+  // X names letters and digits by themselves, other characters with words.
   const QString key = keyEquivalent == "," ? "comma" : QString::fromStdString(keyEquivalent);
   return {{"Control", key}};
 }

@@ -66,7 +66,7 @@ QList<int> MenuObject::EventGroup(const QList<MenuEvent>& events) {
 
 bool MenuObject::AboutToShow(int id) {
   known(id);
-  return false;  // what hosts have been told is always up to date
+  return false;  // hosts are always up to date
 }
 
 QList<int> MenuObject::AboutToShowGroup(const QList<int>& ids, QList<int>& idErrors) {

@@ -8,9 +8,9 @@
 
 namespace voxtrel {
 
-/// The menu on the session bus: com.canonical.dbusmenu, by which a tray host shows it as its own.
-/// Actions run after the host has its answer.
-/// Thread: the main thread.  Owns: the rows.  Fails by: an error to the host that asked wrongly.
+/// The menu on the session bus: com.canonical.dbusmenu, from which a tray host draws it. Actions run
+/// after the host got its reply.
+/// Thread: the main thread.  Owns: the rows.  Fails by: an error reply to a host's wrong call.
 class MenuObject final : public QObject, protected QDBusContext {
   Q_OBJECT
   Q_CLASSINFO("D-Bus Interface", "com.canonical.dbusmenu")
@@ -24,10 +24,10 @@ class MenuObject final : public QObject, protected QDBusContext {
 
   MenuObject();
 
-  /// Hosts reach it from now on.
+  /// Makes it reachable for hosts.
   void publish();
   void setRows(std::vector<MenuItem> rows);
-  /// Whether this changed anything; only then the hosts are told.
+  /// Returns whether this changed anything; only then hosts get a signal.
   bool setTitle(std::size_t row, const std::string& title);
   const std::vector<MenuItem>& rows() const { return layout_.rows(); }
 
@@ -43,7 +43,7 @@ class MenuObject final : public QObject, protected QDBusContext {
       const QList<int>& ids, const QStringList& propertyNames);
   Q_SCRIPTABLE QDBusVariant GetProperty(int id, const QString& name);
   Q_SCRIPTABLE void Event(int id, const QString& eventId, const QDBusVariant& data, uint timestamp);
-  /// Returns the numbers that no row has, as the next ones do.
+  /// Returns the unknown ids, as the functions below do.
   Q_SCRIPTABLE QList<int> EventGroup(const QList<voxtrel::MenuEvent>& events);
   Q_SCRIPTABLE bool AboutToShow(int id);
   Q_SCRIPTABLE QList<int> AboutToShowGroup(const QList<int>& ids, QList<int>& idErrors);

@@ -3,13 +3,29 @@
 #include <QCoreApplication>
 #include <QDBusConnection>
 #include <QDBusMessage>
+#include <QDBusMetaType>
 #include <QDBusPendingCall>
 #include <QPixmap>
+#include <QtEndian>
 
 namespace voxtrel {
 
+NotifierPixmap notifierPixmap(const QImage& image) {
+  const QImage source = image.convertToFormat(QImage::Format_ARGB32);
+  NotifierPixmap pixmap{source.width(), source.height(), {}};
+  const qsizetype rowBytes = qsizetype{4} * source.width();
+  pixmap.argb.resize(rowBytes * source.height());
+  for (int y = 0; y < source.height(); ++y) {
+    qToBigEndian<quint32>(source.constScanLine(y), source.width(),
+                          pixmap.argb.data() + y * rowBytes);
+  }
+  return pixmap;
+}
+
 StatusNotifierItem::StatusNotifierItem(const QString& menuPath) : menu_(menuPath) {
-  registerNotifierMessages();
+  qDBusRegisterMetaType<NotifierPixmap>();
+  qDBusRegisterMetaType<NotifierPixmaps>();
+  qDBusRegisterMetaType<NotifierToolTip>();
 }
 
 void StatusNotifierItem::publish() {

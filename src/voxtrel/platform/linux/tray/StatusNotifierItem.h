@@ -1,16 +1,46 @@
 #pragma once
 
+#include <QByteArray>
 #include <QDBusObjectPath>
 #include <QIcon>
+#include <QImage>
+#include <QList>
 #include <QObject>
+#include <QString>
+#include <tuple>
 
-#include "voxtrel/platform/linux/tray/NotifierMessages.h"
+#include "voxtrel/platform/linux/dbus/DBusStructure.h"
 
 namespace voxtrel {
 
-/// The tray item on the session bus: org.kde.StatusNotifierItem, an icon that opens a menu. What
-/// else hosts can ask of it is answered and does nothing.
-/// Thread: the main thread.  Fails by: not being on the bus, where there is none.
+// The structures of org.kde.StatusNotifierItem, with their D-Bus signatures.
+
+/// An image: (iiay). Each pixel is four bytes: alpha, red, green and blue, not premultiplied.
+struct NotifierPixmap {
+  int width = 0;
+  int height = 0;
+  QByteArray argb;
+  static auto fields(auto& self) { return std::tie(self.width, self.height, self.argb); }
+};
+
+using NotifierPixmaps = QList<NotifierPixmap>;
+
+/// The tool tip: (sa(iiay)ss).
+struct NotifierToolTip {
+  QString iconName;
+  NotifierPixmaps iconPixmaps;
+  QString title;
+  QString text;
+  static auto fields(auto& self) {
+    return std::tie(self.iconName, self.iconPixmaps, self.title, self.text);
+  }
+};
+
+NotifierPixmap notifierPixmap(const QImage& image);
+
+/// The tray item on the session bus: org.kde.StatusNotifierItem, an icon that opens a menu. The other
+/// methods of the interface do nothing.
+/// Thread: the main thread.  Fails by: not appearing, where there is no session bus.
 class StatusNotifierItem final : public QObject {
   Q_OBJECT
   Q_CLASSINFO("D-Bus Interface", "org.kde.StatusNotifierItem")
@@ -32,12 +62,12 @@ class StatusNotifierItem final : public QObject {
   Q_PROPERTY(QDBusObjectPath Menu READ menu)
 
  public:
-  /// `menuPath`: where the same connection has the menu.
+  /// `menuPath`: object path of the menu on the same connection.
   explicit StatusNotifierItem(const QString& menuPath);
 
-  /// Hosts reach it from now on, by `busName`.
+  /// Makes it reachable for hosts under `busName`.
   void publish();
-  /// A name of the kind that every host knows; not all of them take a connection's own.
+  /// The conventional form of name; not all hosts accept a connection's unique name.
   static QString busName();
   void setIcon(const QIcon& icon);
 
@@ -50,7 +80,7 @@ class StatusNotifierItem final : public QObject {
   static NotifierToolTip toolTip() { return {{}, {}, title(), {}}; }
   static bool itemIsMenu() { return true; }
   QString iconName() const { return icon_.name(); }
-  /// Drawn only for hosts that ask, once for each icon.
+  /// Drawn on the first request after each `setIcon`.
   const NotifierPixmaps& iconPixmap();
   QDBusObjectPath menu() const { return menu_; }
 
@@ -71,7 +101,7 @@ class StatusNotifierItem final : public QObject {
  private:
   const QDBusObjectPath menu_;
   QIcon icon_;
-  NotifierPixmaps pixmaps_;  ///< empty until somebody asks
+  NotifierPixmaps pixmaps_;  ///< empty until requested
 };
 
 }  // namespace voxtrel

@@ -7,15 +7,14 @@
 
 namespace voxtrel {
 
-/// Name in the icon theme of the drawing for a symbol ("mic.fill" is "voxtrel-mic-fill-symbolic");
-/// none for a symbol that has no drawing.
+/// Icon-theme name of the drawing for a symbol ("mic.fill" gives "voxtrel-mic-fill-symbolic");
+/// `nullopt` for an unknown symbol.
 std::optional<QString> themedIconName(std::string_view symbol);
 
-/// The icon of a symbol that has a drawing: the theme's where it is installed, else the compiled-in
-/// one.
+/// The icon with that name: a compiled-in SVG in one colour, drawn when pixels are requested. Where
+/// the icon theme has the same drawing, the icon has its name, so that a host can draw it in the
+/// panel's colour.
+/// Thread: the main thread.
 QIcon symbolIcon(const QString& themedName);
-
-/// The application's own icon, in colour.
-QIcon applicationIcon();
 
 }  // namespace voxtrel

@@ -8,29 +8,28 @@
 
 namespace voxtrel {
 
-class XManagerWatch;
-
-/// Announces the item to the program that keeps the tray, at once and to each that comes later.
-/// Thread: the main thread.  Fails by: waiting for ever, which is what a desktop without a tray
-/// needs.
+/// Registers the item with the program that shows the tray, and again with each that replaces it.
+/// Thread: the main thread.  Fails by: waiting, because a tray may still appear.
 class TrayHost {
  public:
   enum class Kind {
     statusNotifier,  ///< StatusNotifierItem over D-Bus
-    xEmbed,          ///< the older X11 tray, used while nothing better has come for three seconds
+    xEmbed,          ///< the older X11 tray, used after three seconds without the other
   };
 
-  /// `onFound` is called again when the kind changes or the host is another, and never before
-  /// `announce` returns.
+  /// `onFound` is called again when the kind or the host changes, and never before `announce`
+  /// returns.
   explicit TrayHost(std::function<void(Kind)> onFound);
   ~TrayHost();
   TrayHost(const TrayHost&) = delete;
   TrayHost& operator=(const TrayHost&) = delete;
 
-  /// `busName`: where the item is to be found from now on.
+  /// `busName`: the item's name on the bus. Does nothing without a session bus.
   void announce(const QString& busName);
 
  private:
+  class XManagerWatch;
+
   void registerItem();
   void registered();
   void waitForXEmbed();
@@ -38,10 +37,10 @@ class TrayHost {
 
   const std::function<void(Kind)> onFound_;
   QString busName_;
-  QObject context_;  ///< answers that come when it is gone are dropped
+  QObject context_;  ///< owner of calls and connections
   QDBusServiceWatcher watcher_;
   QTimer xEmbedDelay_;
-  std::unique_ptr<XManagerWatch> xManagers_;  ///< once the delay is over
+  std::unique_ptr<XManagerWatch> xManagers_;  ///< null until the delay is over
 };
 
 }  // namespace voxtrel

@@ -42,7 +42,7 @@ void TrayStatusItem::hostFound(TrayHost::Kind kind) {
 }
 
 void TrayStatusItem::appearWhenReady() {
-  // An item without icon or menu would appear only to change at once.
+  // Without icon or menu, the item would appear and then change at once.
   if (isAnnounced_ || menu_.rows().empty() || symbol_.empty()) return;
   isAnnounced_ = true;
   menu_.publish();

@@ -14,9 +14,9 @@ namespace voxtrel {
 
 class XEmbedItem;
 
-/// The status item in the desktop's tray, once there is one; until then it is only remembered.
+/// The status item in the desktop's tray. It appears as soon as there is a tray.
 /// Thread: the main thread.  Owns: the item and its menu, for either kind of tray.
-/// Fails by: never appearing, where the desktop has no tray.
+/// Fails by: never appearing, on a desktop without a tray.
 class TrayStatusItem final : public StatusItem {
  public:
   TrayStatusItem();
@@ -30,12 +30,12 @@ class TrayStatusItem final : public StatusItem {
   void hostFound(TrayHost::Kind kind);
   void appearWhenReady();
 
-  std::string symbol_;  ///< the one shown, or to be shown
+  std::string symbol_;
   QIcon icon_;
   bool isAnnounced_ = false;
   MenuObject menu_;
   StatusNotifierItem item_;
-  std::unique_ptr<XEmbedItem> xEmbedItem_;  ///< only while that is the tray's kind
+  std::unique_ptr<XEmbedItem> xEmbedItem_;  ///< only while the tray is of that kind
   TrayHost host_;
 };
 

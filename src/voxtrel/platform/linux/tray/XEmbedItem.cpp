@@ -2,8 +2,6 @@
 
 #include <QKeySequence>
 
-#include "voxtrel/platform/linux/tray/MenuText.h"
-
 namespace voxtrel {
 
 XEmbedItem::XEmbedItem(const std::vector<MenuItem>& rows, const QIcon& icon) : tray_(icon) {
@@ -32,10 +30,15 @@ QAction* XEmbedItem::addRow(const MenuItem& row) {
     action->setShortcutVisibleInContextMenu(true);
   }
   if (row.action) {
-    // Queued, so that the menu is closed before an action takes its time.
+    // Queued, so that the menu closes before a slow action runs.
     QObject::connect(action, &QAction::triggered, action, row.action, Qt::QueuedConnection);
   }
   return action;
+}
+
+QString widgetText(std::string_view title) {
+  QString text = QString::fromUtf8(title.data(), static_cast<qsizetype>(title.size()));
+  return text.replace(u'&', "&&");
 }
 
 }  // namespace voxtrel

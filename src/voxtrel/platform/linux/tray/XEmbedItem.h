@@ -4,14 +4,15 @@
 #include <QMenu>
 #include <QSystemTrayIcon>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "voxtrel/platform/StatusItem.h"
 
 namespace voxtrel {
 
-/// The item in the older X11 tray, with a menu of Qt's own. Qt settles how it shows tray icons when
-/// the first is made, so none may be made while there is a host for the newer kind.
+/// The item in the older X11 tray, with Qt's own menu. Qt decides how to show tray icons when the
+/// first is created, so none may be created while a host for the newer kind is running.
 /// Thread: the main thread.  Owns: the tray icon, its menu.
 class XEmbedItem {
  public:
@@ -24,10 +25,13 @@ class XEmbedItem {
  private:
   QAction* addRow(const MenuItem& row);
 
-  // The tray goes before the menu it shows.
+  // In this order, because the tray icon must be destroyed before its menu.
   QMenu menu_;
   QSystemTrayIcon tray_;
-  std::vector<QAction*> actions_;  ///< one for each row
+  std::vector<QAction*> actions_;  ///< one per row
 };
+
+/// The text that makes a QAction show `title` literally, `&` included.
+QString widgetText(std::string_view title);
 
 }  // namespace voxtrel

@@ -2,11 +2,11 @@
 
 #include <QApplication>
 #include <QDBusConnection>
-#include <QDBusPendingCallWatcher>
-#include <QDBusPendingReply>
 #include <QDBusVariant>
 #include <QStyle>
 #include <utility>
+
+#include "voxtrel/platform/linux/dbus/AsyncCall.h"
 
 namespace voxtrel {
 namespace {
@@ -18,7 +18,6 @@ constexpr const char* kSpace = "org.freedesktop.appearance";
 constexpr const char* kKey = "color-scheme";
 constexpr uint kPrefersDark = 1;
 constexpr uint kPrefersLight = 2;
-constexpr int kReplyTimeoutMs = 5000;
 
 /// Whether Qt draws with its plain style and colours, which are ours to change.
 bool isPlain() {
@@ -72,13 +71,10 @@ void DesktopColors::listen() {
 void DesktopColors::askPortal() {
   QDBusMessage call = QDBusMessage::createMethodCall(kService, kPath, kInterface, "Read");
   call << QString(kSpace) << QString(kKey);
-  auto* const watcher = new QDBusPendingCallWatcher(
-      QDBusConnection::sessionBus().asyncCall(call, kReplyTimeoutMs), this);
-  connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher] {
-    watcher->deleteLater();
-    const QDBusPendingReply<QDBusVariant> reply = *watcher;
-    if (reply.isValid()) setColorScheme(reply.value().variant());
-  });
+  callAsync<QDBusVariant>(QDBusConnection::sessionBus(), call, *this,
+                          [this](const QDBusPendingReply<QDBusVariant>& reply) {
+                            if (reply.isValid()) setColorScheme(reply.value().variant());
+                          });
 }
 
 void DesktopColors::onSettingChanged(const QDBusMessage& signal) {

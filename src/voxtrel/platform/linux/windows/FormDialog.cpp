@@ -8,7 +8,7 @@
 #include <QVBoxLayout>
 #include <algorithm>
 
-#include "voxtrel/platform/linux/tray/SymbolIcons.h"
+#include "voxtrel/platform/linux/application/QtApplication.h"
 #include "voxtrel/platform/linux/windows/FormStyle.h"
 
 namespace voxtrel {

@@ -5,7 +5,7 @@
 #include <QPushButton>
 #include <algorithm>
 
-#include "voxtrel/platform/linux/tray/SymbolIcons.h"
+#include "voxtrel/platform/linux/application/QtApplication.h"
 #include "voxtrel/platform/linux/windows/DesktopColors.h"
 #include "voxtrel/platform/linux/windows/FormDialog.h"
 #include "voxtrel/platform/linux/windows/FormStyle.h"

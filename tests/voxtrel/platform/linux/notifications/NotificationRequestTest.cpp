@@ -16,12 +16,12 @@ NotificationRequest requestWith(const QStringList& capabilities) {
                                  NotificationCapabilities::parse(capabilities), kBannerAndSound);
 }
 
-TEST(NotificationRequest, offersTheCategorysActionsAndNoOther) {
+TEST(NotificationRequest, offersTheActionsOfTheCategory) {
   const QStringList expected = {"RESTART_ACTION", "Restart", "IGNORE_ACTION", "Ignore"};
   EXPECT_EQ(requestWith({"body", "actions"}).actions, expected);
 }
 
-TEST(NotificationRequest, leavesTheButtonsOutWhereTheDaemonHasNone) {
+TEST(NotificationRequest, hasNoButtonsIfTheDaemonSupportsNone) {
   EXPECT_TRUE(requestWith({"body", "action-icons"}).actions.isEmpty());
 }
 
@@ -31,20 +31,20 @@ TEST(NotificationRequest, hasNoButtonsWithoutACategory) {
   EXPECT_TRUE(request.actions.isEmpty());
 }
 
-TEST(NotificationRequest, escapesTheBodyOnlyForADaemonThatReadsMarkup) {
+TEST(NotificationRequest, escapesTheBodyOnlyForADaemonWithMarkup) {
   EXPECT_EQ(requestWith({"body-markup"}).body, "1 &lt; 2 &amp; &quot;3&quot;");
   EXPECT_EQ(requestWith({"body"}).body, "1 < 2 & \"3\"");
   EXPECT_EQ(requestWith({"body-markup"}).summary, "Voxtrel");
 }
 
-TEST(NotificationRequest, isSilentOnlyWhenSoundIsNotAskedFor) {
+TEST(NotificationRequest, isSilentOnlyIfNoSoundIsRequested) {
   EXPECT_FALSE(requestWith({}).hints.contains("suppress-sound"));
   const auto silent =
       makeNotificationRequest(kNotification, &kCategory, {}, PresentationOptions::banner);
   EXPECT_EQ(silent.hints.value("suppress-sound"), QVariant(true));
 }
 
-TEST(NotificationRequest, saysWhichApplicationItComesFrom) {
+TEST(NotificationRequest, namesTheApplication) {
   EXPECT_EQ(requestWith({}).hints.value("desktop-entry"), QVariant("org.voxtrel.Voxtrel"));
 }
 

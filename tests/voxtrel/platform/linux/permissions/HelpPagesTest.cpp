@@ -5,13 +5,14 @@
 #include <filesystem>
 
 #include "voxtrel/platform/linux/permissions/HelpPages.h"
+
 namespace voxtrel {
 namespace {
 
 namespace fs = std::filesystem;
 using Pages = std::vector<std::string>;
 
-TEST(HelpPagesTest, theBestPageComesFirstAndOneForEverybodyLast) {
+TEST(HelpPagesTest, theBestPageComesFirstAndTheGeneralOneLast) {
   struct Row {
     PrivacyPane pane;
     HelpReader reader;
@@ -42,7 +43,7 @@ TEST(HelpPagesTest, theBestPageComesFirstAndOneForEverybodyLast) {
   for (const Row& row : rows) EXPECT_EQ(helpPages(row.pane, row.reader), row.expected);
 }
 
-TEST(HelpPagesTest, everyPageIsBesideThisProgramWholeAndSaysSomething) {
+TEST(HelpPagesTest, everyPageIsInstalledAndComplete) {
   const QString folder =
       QString::fromStdString(HelpPages::folderFor(fs::read_symlink("/proc/self/exe").string()));
   for (const auto session : {SessionKind::x11, SessionKind::wayland}) {
@@ -62,7 +63,7 @@ TEST(HelpPagesTest, everyPageIsBesideThisProgramWholeAndSaysSomething) {
   }
 }
 
-TEST(HelpPagesTest, thePagesAreInTheShareFolderBesideTheProgramsFolder) {
+TEST(HelpPagesTest, thePagesAreInTheShareFolderNextToTheProgramsFolder) {
   EXPECT_EQ(HelpPages::folderFor("/usr/bin/voxtrel"), "/usr/share/voxtrel/help");
   EXPECT_EQ(HelpPages::folderFor("/opt/my voxtrel/bin/voxtrel"),
             "/opt/my voxtrel/share/voxtrel/help");

@@ -36,7 +36,7 @@ TEST(KeyBitsTest, aKeyboardHasAllTwentySixLetters) {
   EXPECT_TRUE(hasAllLetters(full));
 }
 
-TEST(KeyBitsTest, aDeviceThatLacksAnyLetterIsNoKeyboard) {
+TEST(KeyBitsTest, aDeviceWithoutOneOfThemIsNoKeyboard) {
   const KeyBits letters = everyLetter();
   for (unsigned key = KEY_Q; key <= KEY_M; ++key) {
     KeyBits keys = letters;
@@ -60,7 +60,7 @@ TEST(KeyBitsTest, aFileThatIsNoInputDeviceIsNoKeyboard) {
   EXPECT_FALSE(isKeyboard(file.get()));
 }
 
-struct AnInputFolder : ::testing::Test {
+struct InputFolderFixture : ::testing::Test {
   bool isReadable(bool areKeyboards = true) {
     opened = 0;
     return canReadKeyboard(folder.path().string(), [&](int descriptor) {
@@ -76,39 +76,39 @@ struct AnInputFolder : ::testing::Test {
   int last = -1;
 };
 
-TEST_F(AnInputFolder, thatIsEmptyOrMissingHasNoKeyboard) {
+TEST_F(InputFolderFixture, emptyOrMissingItHasNoKeyboard) {
   EXPECT_FALSE(isReadable());
   EXPECT_FALSE(canReadKeyboard((folder.path() / "missing").string(), [](int) { return true; }));
 }
 
-TEST_F(AnInputFolder, withAReadableNodeThatIsAKeyboardHasOne) {
+TEST_F(InputFolderFixture, aReadableNodeThatIsAKeyboardIsFound) {
   folder.write("event3", "");
   EXPECT_TRUE(isReadable());
 }
 
-TEST_F(AnInputFolder, isLookedThroughToTheEndForAKeyboard) {
+TEST_F(InputFolderFixture, everyNodeIsTriedUntilOneIsAKeyboard) {
   for (const char* node : {"event0", "event1", "event2"}) folder.write(node, "");
   EXPECT_FALSE(isReadable(false));
   EXPECT_EQ(opened, 3);
 }
 
-TEST_F(AnInputFolder, whoseNodeMayNotBeReadHasNone) {
+TEST_F(InputFolderFixture, aNodeThatMayNotBeReadIsSkipped) {
   ::chmod(folder.write("event0", "").c_str(), 0);
   EXPECT_FALSE(isReadable());
   EXPECT_EQ(opened, 0);
 }
 
-TEST_F(AnInputFolder, isAskedOnlyForEventNodes) {
+TEST_F(InputFolderFixture, onlyEventNodesAreTried) {
   for (const char* node : {"mouse0", "js0", "mice"}) folder.write(node, "");
   EXPECT_FALSE(isReadable());
 }
 
-TEST_F(AnInputFolder, withAPipeThatNobodyWritesToKeepsNobodyWaiting) {
+TEST_F(InputFolderFixture, aPipeWithoutAWriterDoesNotBlock) {
   ASSERT_EQ(::mkfifo((folder.path() / "event0").c_str(), 0600), 0);
   EXPECT_TRUE(isReadable());
 }
 
-TEST_F(AnInputFolder, isLeftWithoutAnOpenNode) {
+TEST_F(InputFolderFixture, everyNodeIsClosedAgain) {
   folder.write("event0", "");
   isReadable();
   EXPECT_EQ(::fcntl(last, F_GETFD), -1);

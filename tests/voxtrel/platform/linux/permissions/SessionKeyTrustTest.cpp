@@ -10,7 +10,8 @@ namespace {
 using testing::FakeNotifications;
 using ::testing::HasSubstr;
 
-TEST(SessionFactsTest, theKeyIsVisibleByXInputUnderX11AndByAKeyboardOrThePortalUnderWayland) {
+TEST(SessionFactsTest,
+     theKeyIsVisibleThroughXInputUnderX11AndThroughAKeyboardOrThePortalUnderWayland) {
   for (int bits = 0; bits < 8; ++bits) {
     const bool xInput = (bits & 1) != 0;
     const bool keyboard = (bits & 2) != 0;
@@ -21,49 +22,49 @@ TEST(SessionFactsTest, theKeyIsVisibleByXInputUnderX11AndByAKeyboardOrThePortalU
   }
 }
 
-/// A session in which the test decides everything.
-struct ASession : ::testing::Test {
-  explicit ASession(SessionKind kind)
+/// A session whose facts the test decides.
+struct SessionFixture : ::testing::Test {
+  explicit SessionFixture(SessionKind kind)
       : trust({.session = kind,
                .offersXInput2 =
                    [this] {
-                     ++xQuestions;
+                     ++xCalls;
                      return xInput;
                    },
                .canReadKeyboard = [this] { return keyboard; },
                .askPortal =
-                   [this](auto answer) {
-                     ++portalQuestions;
-                     answerOfPortal = std::move(answer);
+                   [this](auto onReply) {
+                     ++portalCalls;
+                     portalReplies = std::move(onReply);
                    }},
               notifications) {}
 
   bool xInput = false;
   bool keyboard = false;
-  int xQuestions = 0;
-  int portalQuestions = 0;
-  std::function<void(bool)> answerOfPortal;
+  int xCalls = 0;
+  int portalCalls = 0;
+  std::function<void(bool)> portalReplies;
   FakeNotifications notifications;
   SessionKeyTrust trust;
 };
 
-struct AnX11Session : ASession {
-  AnX11Session() : ASession(SessionKind::x11) {}
+struct X11SessionFixture : SessionFixture {
+  X11SessionFixture() : SessionFixture(SessionKind::x11) {}
 };
 
-struct AWaylandSession : ASession {
-  AWaylandSession() : ASession(SessionKind::wayland) {}
+struct WaylandSessionFixture : SessionFixture {
+  WaylandSessionFixture() : SessionFixture(SessionKind::wayland) {}
 };
 
-TEST_F(AnX11Session, isAskedAfreshEveryTimeAndNeedsNoPortal) {
+TEST_F(X11SessionFixture, theServerIsAskedEveryTimeAndThePortalNever) {
   EXPECT_FALSE(trust.isTrusted(false));
   xInput = true;
   EXPECT_TRUE(trust.isTrusted(false));
-  EXPECT_EQ(xQuestions, 2);
-  EXPECT_EQ(portalQuestions, 0);
+  EXPECT_EQ(xCalls, 2);
+  EXPECT_EQ(portalCalls, 0);
 }
 
-TEST_F(AnX11Session, promptsAtOnceOnceAndOnlyWhenTold) {
+TEST_F(X11SessionFixture, promptsImmediatelyOnceAndOnlyOnRequest) {
   trust.isTrusted(false);
   EXPECT_TRUE(notifications.posted.empty());
   trust.isTrusted(true);
@@ -72,7 +73,7 @@ TEST_F(AnX11Session, promptsAtOnceOnceAndOnlyWhenTold) {
   EXPECT_THAT(notifications.posted[0].body, HasSubstr("XInput 2"));
 }
 
-TEST_F(AnX11Session, thatIsTrustedIsNotPrompted) {
+TEST_F(X11SessionFixture, doesNotPromptWhenTrusted) {
   xInput = true;
   trust.isTrusted(true);
   xInput = false;
@@ -80,14 +81,14 @@ TEST_F(AnX11Session, thatIsTrustedIsNotPrompted) {
   EXPECT_TRUE(notifications.posted.empty());
 }
 
-TEST_F(AWaylandSession, withAReadableKeyboardNeedsNoPortal) {
+TEST_F(WaylandSessionFixture, aReadableKeyboardNeedsNoPortal) {
   keyboard = true;
   EXPECT_TRUE(trust.isTrusted(true));
-  EXPECT_EQ(portalQuestions, 0);
+  EXPECT_EQ(portalCalls, 0);
   EXPECT_TRUE(notifications.posted.empty());
 }
 
-TEST_F(AWaylandSession, noticesAKeyboardThatBecomesReadableAndOneThatIsTakenAway) {
+TEST_F(WaylandSessionFixture, noticesWhenAKeyboardBecomesReadableOrUnreadable) {
   EXPECT_FALSE(trust.isTrusted(false));
   keyboard = true;
   EXPECT_TRUE(trust.isTrusted(false));
@@ -95,49 +96,49 @@ TEST_F(AWaylandSession, noticesAKeyboardThatBecomesReadableAndOneThatIsTakenAway
   EXPECT_FALSE(trust.isTrusted(false));
 }
 
-TEST_F(AWaylandSession, answersWithThePortalsNewestAnswerAndAsksAgain) {
+TEST_F(WaylandSessionFixture, usesThePortalsNewestReplyAndAsksAgain) {
   EXPECT_FALSE(trust.isTrusted(false));
-  answerOfPortal(true);
+  portalReplies(true);
   EXPECT_TRUE(trust.isTrusted(false));
-  EXPECT_EQ(portalQuestions, 2);
-  answerOfPortal(false);
+  EXPECT_EQ(portalCalls, 2);
+  portalReplies(false);
   EXPECT_FALSE(trust.isTrusted(false));
 }
 
-TEST_F(AWaylandSession, asksThePortalNothingWhileItOwesAnAnswer) {
+TEST_F(WaylandSessionFixture, doesNotAskThePortalAgainBeforeItsReply) {
   for (int tick = 0; tick < 5; ++tick) trust.isTrusted(false);
-  EXPECT_EQ(portalQuestions, 1);
+  EXPECT_EQ(portalCalls, 1);
 }
 
-TEST_F(AWaylandSession, promptsOnlyOnceThePortalHasSaidNo) {
+TEST_F(WaylandSessionFixture, promptsOnlyAfterThePortalSaysNo) {
   trust.isTrusted(true);
   EXPECT_TRUE(notifications.posted.empty());
-  answerOfPortal(false);
+  portalReplies(false);
   ASSERT_EQ(notifications.posted.size(), 1U);
   trust.isTrusted(false);
-  answerOfPortal(false);
+  portalReplies(false);
   EXPECT_EQ(notifications.posted.size(), 1U);
 }
 
-TEST_F(AWaylandSession, whosePortalOffersShortcutsIsNotPrompted) {
+TEST_F(WaylandSessionFixture, doesNotPromptIfThePortalOffersShortcuts) {
   trust.isTrusted(true);
-  answerOfPortal(true);
+  portalReplies(true);
   trust.isTrusted(false);
-  answerOfPortal(false);
+  portalReplies(false);
   EXPECT_TRUE(notifications.posted.empty());
 }
 
-TEST_F(AWaylandSession, thatIsTrustedBeforeThePortalAnswersIsNotPrompted) {
+TEST_F(WaylandSessionFixture, doesNotPromptIfTrustedBeforeThePortalReplies) {
   trust.isTrusted(true);
   keyboard = true;
   trust.isTrusted(false);
-  answerOfPortal(false);
+  portalReplies(false);
   EXPECT_TRUE(notifications.posted.empty());
 }
 
-TEST_F(AWaylandSession, isToldOfTheGroupAndOfX11WithoutAnyButton) {
+TEST_F(WaylandSessionFixture, theNotificationNamesTheGroupAndX11AndHasNoButton) {
   trust.isTrusted(true);
-  answerOfPortal(false);
+  portalReplies(false);
   ASSERT_EQ(notifications.posted.size(), 1U);
   const UserNotification& posted = notifications.posted[0];
   EXPECT_EQ(posted.title, "Voxtrel cannot see the push-to-talk key");

@@ -10,7 +10,7 @@ struct Row {
   const char* written;
 };
 
-TEST(DesktopEntryTextTest, writesACommandQuotedWhereItsCharactersAskForIt) {
+TEST(DesktopEntryTextTest, quotesACommandIfItsCharactersRequireIt) {
   const Row rows[] = {
       {"/usr/bin/voxtrel", "/usr/bin/voxtrel"},
       {"/opt/My Apps/voxtrel", "\"/opt/My Apps/voxtrel\""},
@@ -33,7 +33,7 @@ TEST(DesktopEntryTextTest, writesACommandQuotedWhereItsCharactersAskForIt) {
   for (const Row& row : rows) EXPECT_EQ(desktopEntryCommand(row.plain), row.written) << row.plain;
 }
 
-TEST(DesktopEntryTextTest, writesAStringEscapedButNeverQuoted) {
+TEST(DesktopEntryTextTest, escapesAStringButNeverQuotesIt) {
   const Row rows[] = {
       {"/usr/bin/voxtrel", "/usr/bin/voxtrel"},
       {"/opt/My Apps/voxtrel", "/opt/My Apps/voxtrel"},
@@ -46,7 +46,7 @@ TEST(DesktopEntryTextTest, writesAStringEscapedButNeverQuoted) {
   for (const Row& row : rows) EXPECT_EQ(desktopEntryString(row.plain), row.written) << row.plain;
 }
 
-TEST(DesktopEntryTextTest, readsBackEveryStringThatItWrites) {
+TEST(DesktopEntryTextTest, readsBackEveryStringItWrites) {
   for (const char* text : {"", " ", "  a ", "\\", "\\n", "\n", "\t\r", "s", "\\\\s", "ü %"}) {
     EXPECT_EQ(desktopEntryValue(desktopEntryString(text)), text);
   }
@@ -56,7 +56,7 @@ TEST(DesktopEntryTextTest, aBackslashAtTheEndOfAValueStaysOne) {
   EXPECT_EQ(desktopEntryValue("a\\"), "a\\");
 }
 
-TEST(DesktopEntryTextTest, readsOnlyTheKeysOfTheEntrysOwnGroup) {
+TEST(DesktopEntryTextTest, readsOnlyTheKeysOfTheGroupDesktopEntry) {
   const auto entry = readDesktopEntry(
       "Type=Before\n# Type=Comment\n[Desktop Entry]\r\nType = Application \r\nName[de]=x\n"
       "no equals sign\n\n[Desktop Action a]\nType=Action\nHidden=true\n");
@@ -64,7 +64,7 @@ TEST(DesktopEntryTextTest, readsOnlyTheKeysOfTheEntrysOwnGroup) {
             (std::map<std::string, std::string>{{"Type", "Application"}, {"Name[de]", "x"}}));
 }
 
-TEST(DesktopEntryTextTest, readsALastLineWithoutItsEnd) {
+TEST(DesktopEntryTextTest, readsALastLineWithoutNewline) {
   EXPECT_EQ(readDesktopEntry("[Desktop Entry]\nHidden=true").at("Hidden"), "true");
 }
 

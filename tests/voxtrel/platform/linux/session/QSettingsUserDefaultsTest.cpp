@@ -29,7 +29,7 @@ TEST_F(UserDefaultsOnDisk, areFalseUntilSetAndTouchNoFileUntilThen) {
   EXPECT_TRUE(fs::is_empty(folder.path()));
 }
 
-TEST_F(UserDefaultsOnDisk, areOnDiskAtOnceAndThereForTheNextRun) {
+TEST_F(UserDefaultsOnDisk, areOnDiskAtOnceForTheNextRun) {
   defaults.setBool("launchAtLogin", true);
   EXPECT_EQ(text(), "[General]\nlaunchAtLogin=true\n");
   EXPECT_TRUE(QSettingsUserDefaults(folder.path().string()).boolForKey("launchAtLogin"));
@@ -37,14 +37,14 @@ TEST_F(UserDefaultsOnDisk, areOnDiskAtOnceAndThereForTheNextRun) {
   EXPECT_FALSE(QSettingsUserDefaults(folder.path().string()).boolForKey("launchAtLogin"));
 }
 
-TEST_F(UserDefaultsOnDisk, keepEveryKeyOfItsOwnAndTheLinesOfOthers) {
+TEST_F(UserDefaultsOnDisk, keepKeysApartAndOtherLinesUnchanged) {
   folder.write("voxtrel/voxtrel.conf", "[General]\nother=7\n");
   defaults.setBool("launchAtLogin", true);
   EXPECT_NE(text().find("other=7"), std::string::npos);
   EXPECT_FALSE(defaults.boolForKey("somethingElse"));
 }
 
-TEST_F(UserDefaultsOnDisk, thatNobodyWroteRightAreFalse) {
+TEST_F(UserDefaultsOnDisk, thatAreMalformedAreFalse) {
   for (const char* text :
        {"[General]\nlaunchAtLogin=0\n", "[General]\nlaunchAtLogin=\n", "\xff\xfe rubbish [[[",
         "launchAtLogin", "[Other]\nlaunchAtLogin=true"}) {
@@ -54,7 +54,7 @@ TEST_F(UserDefaultsOnDisk, thatNobodyWroteRightAreFalse) {
   }
 }
 
-TEST_F(UserDefaultsOnDisk, forgetWhatCannotBeWritten) {
+TEST_F(UserDefaultsOnDisk, loseWhatCannotBeWritten) {
   ::chmod(folder.path().c_str(), 0555);
   defaults.setBool("launchAtLogin", true);
   EXPECT_FALSE(defaults.boolForKey("launchAtLogin"));
@@ -62,7 +62,7 @@ TEST_F(UserDefaultsOnDisk, forgetWhatCannotBeWritten) {
   EXPECT_TRUE(fs::is_empty(folder.path()));
 }
 
-TEST_F(UserDefaultsOnDisk, withoutAFolderForSettingsAreKeptNowhere) {
+TEST_F(UserDefaultsOnDisk, withoutASettingsFolderAreNotKept) {
   QSettingsUserDefaults homeless("");
   homeless.setBool("launchAtLogin", true);
   EXPECT_FALSE(homeless.boolForKey("launchAtLogin"));

@@ -7,10 +7,10 @@
 namespace voxtrel {
 namespace {
 
-/// What a host would be told, and what the rows' actions do, without a bus.
-class AMenuObject : public testing::Test {
+/// The signals to hosts and the rows' actions, without a bus.
+class MenuObjectFixture : public testing::Test {
  protected:
-  AMenuObject() {
+  MenuObjectFixture() {
     menu_.setRows({{.title = "Ready", .enabled = false, .action = [this] { ++refused_; }},
                    {.title = "Quit", .action = [this] { ++chosen_; }}});
     const MenuNode root = layout();
@@ -47,7 +47,7 @@ class AMenuObject : public testing::Test {
   QList<MenuRowProperties> changed_;
 };
 
-TEST_F(AMenuObject, tellsOfAChangedTitleOnceAndOfThatRowAlone) {
+TEST_F(MenuObjectFixture, signalsAChangedTitleOnceAndForThatRowOnly) {
   EXPECT_TRUE(menu_.setTitle(0, "Recording..."));
   EXPECT_EQ(updates_, 1);
   ASSERT_EQ(changed_.size(), 1);
@@ -56,12 +56,12 @@ TEST_F(AMenuObject, tellsOfAChangedTitleOnceAndOfThatRowAlone) {
   EXPECT_EQ(layouts_, 0);
 }
 
-TEST_F(AMenuObject, tellsNothingOfATitleThatIsTheSame) {
+TEST_F(MenuObjectFixture, signalsNothingIfTheTitleIsTheSame) {
   EXPECT_FALSE(menu_.setTitle(0, "Ready"));
   EXPECT_EQ(updates_ + layouts_, 0);
 }
 
-TEST_F(AMenuObject, newRowsAreANewRevision) {
+TEST_F(MenuObjectFixture, newRowsAreANewRevision) {
   const uint before = revision_;
   menu_.setRows({});
   EXPECT_EQ(layouts_, 1);
@@ -69,40 +69,40 @@ TEST_F(AMenuObject, newRowsAreANewRevision) {
   EXPECT_TRUE(layout().children.isEmpty());
 }
 
-TEST_F(AMenuObject, runsAnActionOnlyAfterTheHostHasItsAnswer) {
+TEST_F(MenuObjectFixture, runsAnActionOnlyAfterTheHostGotItsReply) {
   menu_.Event(second_, "clicked", {}, 0);
   EXPECT_EQ(chosen_, 0);
   QCoreApplication::sendPostedEvents();
   EXPECT_EQ(chosen_, 1);
 }
 
-TEST_F(AMenuObject, runsNoActionOfARowThatCannotBeChosen) {
+TEST_F(MenuObjectFixture, runsNoActionOfADisabledRow) {
   menu_.Event(first_, "clicked", {}, 0);
   QCoreApplication::sendPostedEvents();
   EXPECT_EQ(refused_, 0);
 }
 
-TEST_F(AMenuObject, onlyAClickChoosesARow) {
+TEST_F(MenuObjectFixture, runsAnActionOnlyForAClick) {
   for (const char* event : {"opened", "closed", "hovered"}) menu_.Event(second_, event, {}, 0);
   QCoreApplication::sendPostedEvents();
   EXPECT_EQ(chosen_, 0);
 }
 
-TEST_F(AMenuObject, ofAGroupOfEventsTheStrangersAreTold) {
+TEST_F(MenuObjectFixture, returnsTheUnknownIdsOfAGroupOfEvents) {
   EXPECT_EQ(menu_.EventGroup({{99, "clicked", {}, 0}, {second_, "clicked", {}, 0}}),
             QList<int>{99});
   QCoreApplication::sendPostedEvents();
   EXPECT_EQ(chosen_, 1);
 }
 
-TEST_F(AMenuObject, needsNoUpdateBeforeItIsShown) {
-  QList<int> strangers;
+TEST_F(MenuObjectFixture, needsNoUpdateBeforeItIsShown) {
+  QList<int> unknown;
   EXPECT_FALSE(menu_.AboutToShow(0));
-  EXPECT_TRUE(menu_.AboutToShowGroup({0, first_, 99}, strangers).isEmpty());
-  EXPECT_EQ(strangers, QList<int>{99});
+  EXPECT_TRUE(menu_.AboutToShowGroup({0, first_, 99}, unknown).isEmpty());
+  EXPECT_EQ(unknown, QList<int>{99});
 }
 
-TEST_F(AMenuObject, tellsASinglePropertyOfARow) {
+TEST_F(MenuObjectFixture, returnsASinglePropertyOfARow) {
   EXPECT_EQ(menu_.GetProperty(second_, "label").variant(), "Quit");
   EXPECT_EQ(menu_.GetProperty(first_, "enabled").variant(), false);
 }

@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 
 #include <QFile>
+#include <array>
 
-#include "voxtrel/platform/linux/tray/SymbolIconEngine.h"
 #include "voxtrel/platform/linux/tray/SymbolIcons.h"
 
 namespace voxtrel {
@@ -20,12 +20,12 @@ TEST(SymbolIcons, areNamedAfterTheirSymbols) {
   EXPECT_EQ(themedIconName("mic.badge.xmark"), "voxtrel-mic-badge-xmark-symbolic");
 }
 
-TEST(SymbolIcons, doNotKnowOtherSymbols) {
+TEST(SymbolIcons, doNotExistForOtherSymbols) {
   EXPECT_FALSE(themedIconName("mic.badge"));
   EXPECT_FALSE(themedIconName(""));
 }
 
-TEST(SymbolIcons, everySymbolHasADrawingCompiledIn) {
+TEST(SymbolIcons, areCompiledInForEverySymbol) {
   for (const std::string_view symbol : kSymbols) {
     EXPECT_TRUE(QFile::exists(compiledIn(symbol))) << symbol;
   }

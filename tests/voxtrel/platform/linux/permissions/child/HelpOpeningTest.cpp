@@ -19,8 +19,8 @@ namespace fs = std::filesystem;
 using testing::FakeLog;
 using testing::Variable;
 
-/// Pages in a folder, and an opener in PATH that writes down what it is given.
-struct AHelpReader : ::testing::Test {
+/// Pages in a folder, and an opener in PATH that records its arguments.
+struct HelpFixture : ::testing::Test {
   void installOpener(const std::string& more = "") const {
     const auto opener = folder.write(
         "bin/xdg-open", "#!/bin/sh\nprintf '%s|' \"$@\" > '" + given().string() + ".new'\nmv '" +
@@ -45,7 +45,7 @@ struct AHelpReader : ::testing::Test {
   Variable path{"PATH", (folder.path().string() + "/bin:/usr/bin:/bin").c_str()};
 };
 
-TEST_F(AHelpReader, isGivenTheBestPageThatIsThereAsAUrl) {
+TEST_F(HelpFixture, theBestExistingPageIsOpenedAsAUrl) {
   installOpener();
   folder.write("my pages/microphone.html", "");
   pages("my pages").open(PrivacyPane::microphone);
@@ -53,7 +53,7 @@ TEST_F(AHelpReader, isGivenTheBestPageThatIsThereAsAUrl) {
   EXPECT_TRUE(log.entries.empty());
 }
 
-TEST_F(AHelpReader, isGivenTheDesktopsOwnPageWhereThereIsOne) {
+TEST_F(HelpFixture, theDesktopsOwnPageIsPreferred) {
   installOpener();
   for (const char* page : {"accessibility-wayland.html", "accessibility-wayland-gnome.html"}) {
     folder.write(std::string("pages/") + page, "");
@@ -62,7 +62,7 @@ TEST_F(AHelpReader, isGivenTheDesktopsOwnPageWhereThereIsOne) {
   EXPECT_TRUE(waitForOpener().ends_with("/pages/accessibility-wayland-gnome.html|"));
 }
 
-TEST_F(AHelpReader, isNotWaitedForWhenTheOpenerHangs) {
+TEST_F(HelpFixture, anOpenerThatHangsDoesNotBlock) {
   installOpener("exec sleep 3");
   folder.write("pages/microphone.html", "");
   const auto before = std::chrono::steady_clock::now();
@@ -71,7 +71,7 @@ TEST_F(AHelpReader, isNotWaitedForWhenTheOpenerHangs) {
   EXPECT_FALSE(waitForOpener().empty());
 }
 
-TEST_F(AHelpReader, withoutPagesIsToldInTheLog) {
+TEST_F(HelpFixture, aMissingPageIsLogged) {
   installOpener();
   pages().open(PrivacyPane::microphone);
   ASSERT_EQ(log.entries.size(), 1U);
@@ -80,7 +80,7 @@ TEST_F(AHelpReader, withoutPagesIsToldInTheLog) {
   EXPECT_FALSE(fs::exists(given()));
 }
 
-TEST_F(AHelpReader, withoutAnOpenerIsToldInTheLog) {
+TEST_F(HelpFixture, aMissingOpenerIsLogged) {
   folder.write("pages/microphone.html", "");
   const Variable nowhere("PATH", folder.path().c_str());
   pages().open(PrivacyPane::microphone);

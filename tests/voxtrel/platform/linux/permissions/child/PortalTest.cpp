@@ -12,9 +12,9 @@
 #include "support/PortalDouble.h"
 #include "support/PrivateBus.h"
 #include "support/ScratchFolder.h"
+#include "voxtrel/platform/linux/application/QtMainLoop.h"
 #include "voxtrel/platform/linux/permissions/SandboxMicrophoneAccess.h"
-#include "voxtrel/platform/linux/permissions/ShortcutsPortal.h"
-#include "voxtrel/platform/linux/session/QtMainLoop.h"
+#include "voxtrel/platform/linux/permissions/SessionKeyTrust.h"
 
 namespace voxtrel {
 namespace {
@@ -27,10 +27,10 @@ constexpr const char* kClient = "client";
 constexpr const char* kPortal = "portal";
 constexpr uint kGranted = 0;
 
-/// A session bus with the application on it, and a portal where the test wants one.
-struct APortal : ::testing::Test {
-  APortal() : portal(std::make_unique<PortalDouble>(bus.connect(kPortal))) {}
-  ~APortal() override {
+/// A private bus with the application and, if the test wants one, a portal.
+struct PortalFixture : ::testing::Test {
+  PortalFixture() : portal(std::make_unique<PortalDouble>(bus.connect(kPortal))) {}
+  ~PortalFixture() override {
     access.reset();
     shortcuts.reset();
     portal.reset();
@@ -47,20 +47,20 @@ struct APortal : ::testing::Test {
     }
     return condition();
   }
-  /// Whatever is on its way arrives.
+  /// Lets messages arrive.
   static void settle() {
     becomes([] { return false; }, 200);
   }
 
   void ask() {
     access->request([this](bool granted) {
-      ++answers;
+      ++replies;
       isGranted = granted;
     });
-    EXPECT_EQ(answers, 0) << "answered before the request returned";
+    EXPECT_EQ(replies, 0) << "replied before the request returned";
   }
-  bool isAnswered() {
-    return becomes([this] { return answers > 0; });
+  bool hasReply() {
+    return becomes([this] { return replies > 0; });
   }
 
   static QString tokenIn(const QDBusMessage& call) {
@@ -84,22 +84,22 @@ struct APortal : ::testing::Test {
   std::optional<ShortcutsPortal> shortcuts{client};
   std::optional<SandboxMicrophoneAccess> access{std::in_place, mainLoop, log, client,
                                                 folder.write("marker", "").string()};
-  int answers = 0;
+  int replies = 0;
   bool isGranted = false;
 };
 
-struct AMicrophonePortal : APortal {};
+struct MicrophonePortalFixture : PortalFixture {};
 
-TEST_F(AMicrophonePortal, outsideASandboxIsNotAskedAndAllIsGranted) {
+TEST_F(MicrophonePortalFixture, outsideASandboxItIsNotAskedAndAccessIsGranted) {
   access.emplace(mainLoop, log, client, (folder.path() / "no marker").string());
   ask();
-  EXPECT_TRUE(isAnswered());
+  EXPECT_TRUE(hasReply());
   EXPECT_TRUE(isGranted);
   EXPECT_EQ(portal->calls, 0);
   EXPECT_TRUE(log.entries.empty());
 }
 
-TEST_F(AMicrophonePortal, isAskedForTheMicrophoneOfThisProcess) {
+TEST_F(MicrophonePortalFixture, isAskedForTheMicrophoneForThisProcess) {
   std::optional<QDBusMessage> call;
   portal->onCall = [&](const QDBusMessage& message) { call = message; };
   ask();
@@ -112,33 +112,33 @@ TEST_F(AMicrophonePortal, isAskedForTheMicrophoneOfThisProcess) {
   EXPECT_NE(tokenIn(*call), "");
 }
 
-TEST_F(AMicrophonePortal, grantsOnlyByResponseZero) {
+TEST_F(MicrophonePortalFixture, onlyResponseZeroGrants) {
   for (const uint response : {0U, 1U, 2U, 7U}) {
-    answers = 0;
+    replies = 0;
     portal->onCall = [&](const QDBusMessage& call) {
       portal->reply(call, QVariant::fromValue(QDBusObjectPath(handleFor(call))));
       portal->respond(call, handleFor(call), response);
     };
     ask();
-    ASSERT_TRUE(isAnswered()) << response;
+    ASSERT_TRUE(hasReply()) << response;
     EXPECT_EQ(isGranted, response == kGranted) << response;
   }
   EXPECT_TRUE(log.entries.empty());
 }
 
-TEST_F(AMicrophonePortal, isHeardAlsoWhenTheUsersAnswerComesBeforeTheCallReturns) {
+TEST_F(MicrophonePortalFixture, theResponseMayArriveBeforeTheCallReturns) {
   portal->onCall = [&](const QDBusMessage& call) {
     portal->respond(call, handleFor(call), 1);
     portal->reply(call, QVariant::fromValue(QDBusObjectPath(handleFor(call))));
   };
   ask();
-  ASSERT_TRUE(isAnswered());
+  ASSERT_TRUE(hasReply());
   EXPECT_FALSE(isGranted);
   settle();
-  EXPECT_EQ(answers, 1);
+  EXPECT_EQ(replies, 1);
 }
 
-TEST_F(AMicrophonePortal, isHeardAtAnotherPathIfItChoosesOne) {
+TEST_F(MicrophonePortalFixture, theResponseMayArriveAtAnotherPath) {
   std::optional<QDBusMessage> call;
   portal->onCall = [&](const QDBusMessage& message) {
     call = message;
@@ -148,11 +148,11 @@ TEST_F(AMicrophonePortal, isHeardAtAnotherPathIfItChoosesOne) {
   ASSERT_TRUE(becomes([&] { return call.has_value(); }));
   settle();
   portal->respond(*call, "/old/portals/path", 1);
-  ASSERT_TRUE(isAnswered());
+  ASSERT_TRUE(hasReply());
   EXPECT_FALSE(isGranted);
 }
 
-TEST_F(AMicrophonePortal, isWaitedForWhileTheUserThinks) {
+TEST_F(MicrophonePortalFixture, theUserMayTakeTheirTime) {
   std::optional<QDBusMessage> call;
   portal->onCall = [&](const QDBusMessage& message) {
     call = message;
@@ -161,32 +161,32 @@ TEST_F(AMicrophonePortal, isWaitedForWhileTheUserThinks) {
   ask();
   ASSERT_TRUE(becomes([&] { return call.has_value(); }));
   settle();
-  EXPECT_EQ(answers, 0);
+  EXPECT_EQ(replies, 0);
   portal->respond(*call, handleFor(*call), kGranted);
-  ASSERT_TRUE(isAnswered());
+  ASSERT_TRUE(hasReply());
   EXPECT_TRUE(isGranted);
 }
 
-TEST_F(AMicrophonePortal, thatRefusesToBeAskedGuardsNothing) {
+TEST_F(MicrophonePortalFixture, grantsIfThePortalRefusesTheRequest) {
   portal->onCall = [&](const QDBusMessage& call) {
     portal->refuse(call, "org.freedesktop.portal.Error.NotAllowed");
   };
   ask();
-  ASSERT_TRUE(isAnswered());
+  ASSERT_TRUE(hasReply());
   EXPECT_TRUE(isGranted);
   ASSERT_EQ(log.entries.size(), 1U);
   EXPECT_EQ(log.entries[0].message, "The desktop does not guard the microphone: not here");
 }
 
-TEST_F(AMicrophonePortal, thatIsMissingGuardsNothing) {
+TEST_F(MicrophonePortalFixture, grantsIfThePortalIsMissing) {
   portal.reset();
   ask();
-  ASSERT_TRUE(isAnswered());
+  ASSERT_TRUE(hasReply());
   EXPECT_TRUE(isGranted);
   EXPECT_EQ(log.entries.size(), 1U);
 }
 
-TEST_F(AMicrophonePortal, thatEndsWhileTheUserThinksLeavesNobodyWaiting) {
+TEST_F(MicrophonePortalFixture, grantsIfThePortalEndsBeforeTheResponse) {
   bool isAccepted = false;
   portal->onCall = [&](const QDBusMessage& call) {
     portal->reply(call, QVariant::fromValue(QDBusObjectPath(handleFor(call))));
@@ -196,20 +196,20 @@ TEST_F(AMicrophonePortal, thatEndsWhileTheUserThinksLeavesNobodyWaiting) {
   ASSERT_TRUE(becomes([&] { return isAccepted; }));
   settle();
   portal->leave();
-  ASSERT_TRUE(isAnswered());
+  ASSERT_TRUE(hasReply());
   EXPECT_TRUE(isGranted);
   EXPECT_EQ(log.entries.size(), 1U);
 }
 
-TEST_F(AMicrophonePortal, whoseBusIsGoneGuardsNothing) {
+TEST_F(MicrophonePortalFixture, grantsWithoutABus) {
   access.emplace(mainLoop, log, QDBusConnection("no such connection"),
                  (folder.path() / "marker").string());
   ask();
-  ASSERT_TRUE(isAnswered());
+  ASSERT_TRUE(hasReply());
   EXPECT_TRUE(isGranted);
 }
 
-TEST_F(AMicrophonePortal, isHeardNoMoreOnceNobodyAsks) {
+TEST_F(MicrophonePortalFixture, aResponseAfterTheEndOfTheRequesterIsIgnored) {
   std::optional<QDBusMessage> call;
   portal->onCall = [&](const QDBusMessage& message) { call = message; };
   ask();
@@ -217,14 +217,14 @@ TEST_F(AMicrophonePortal, isHeardNoMoreOnceNobodyAsks) {
   access.reset();
   portal->respond(*call, handleFor(*call), kGranted);
   settle();
-  EXPECT_EQ(answers, 0);
+  EXPECT_EQ(replies, 0);
 }
 
-struct AShortcutsPortal : APortal {
+struct ShortcutsPortalFixture : PortalFixture {
   std::optional<bool> offer() {
     std::optional<bool> offered;
     shortcuts->ask([&](bool isOffered) { offered = isOffered; });
-    EXPECT_FALSE(offered) << "answered before the question returned";
+    EXPECT_FALSE(offered) << "replied before the call returned";
     becomes([&] { return offered.has_value(); });
     return offered;
   }
@@ -238,12 +238,12 @@ struct AShortcutsPortal : APortal {
   }
 };
 
-TEST_F(AShortcutsPortal, withAVersionOffersShortcuts) {
+TEST_F(ShortcutsPortalFixture, aVersionMeansShortcuts) {
   answerWith(1U);
   EXPECT_EQ(offer(), true);
 }
 
-TEST_F(AShortcutsPortal, withoutAVersionOffersNone) {
+TEST_F(ShortcutsPortalFixture, noVersionMeansNoShortcuts) {
   answerWith(0U);
   EXPECT_EQ(offer(), false);
   answerWith("one");
@@ -256,17 +256,17 @@ TEST_F(AShortcutsPortal, withoutAVersionOffersNone) {
   EXPECT_EQ(offer(), false);
 }
 
-TEST_F(AShortcutsPortal, thatIsMissingOffersNone) {
+TEST_F(ShortcutsPortalFixture, aMissingPortalMeansNoShortcuts) {
   portal.reset();
   EXPECT_EQ(offer(), false);
 }
 
-TEST_F(AShortcutsPortal, whoseBusIsGoneOffersNone) {
+TEST_F(ShortcutsPortalFixture, noBusMeansNoShortcuts) {
   shortcuts.emplace(QDBusConnection("no such connection"));
   EXPECT_EQ(offer(), false);
 }
 
-TEST_F(AShortcutsPortal, thatSaysNothingForFiveSecondsOffersNone) {
+TEST_F(ShortcutsPortalFixture, noReplyForFiveSecondsMeansNoShortcuts) {
   QElapsedTimer timer;
   timer.start();
   EXPECT_EQ(offer(), false);

@@ -11,7 +11,6 @@
 #include "support/ScratchFolder.h"
 #include "support/Variable.h"
 #include "voxtrel/platform/linux/session/AutostartEntry.h"
-#include "voxtrel/platform/linux/session/UserFolders.h"
 
 namespace voxtrel {
 namespace {
@@ -43,7 +42,7 @@ TEST_F(AnAutostartEntry, thatIsAbsentIsOffAndStaysAbsentWhenDisabled) {
   EXPECT_TRUE(fs::is_empty(folder.path()));
 }
 
-TEST_F(AnAutostartEntry, isWrittenWholeAndIsThenOn) {
+TEST_F(AnAutostartEntry, isOnAfterItWasWrittenInOnePiece) {
   EXPECT_TRUE(entry.enable());
   EXPECT_TRUE(entry.isEnabled());
   EXPECT_EQ(text(),
@@ -60,14 +59,14 @@ TEST_F(AnAutostartEntry, isWrittenWholeAndIsThenOn) {
   EXPECT_EQ(std::distance(begin(files), end(files)), 1);
 }
 
-TEST_F(AnAutostartEntry, isGoneOnceDisabled) {
+TEST_F(AnAutostartEntry, isRemovedWhenDisabled) {
   ASSERT_TRUE(entry.enable());
   EXPECT_TRUE(entry.disable());
   EXPECT_FALSE(fs::exists(folder.path() / kFile));
   EXPECT_FALSE(entry.isEnabled());
 }
 
-TEST_F(AnAutostartEntry, isValidByTheDesktopsOwnRulesForEveryPath) {
+TEST_F(AnAutostartEntry, passesDesktopFileValidateForEveryPath) {
   for (const char* program :
        {"/bin/sh", "/opt/My Apps/a\"b`c$d\\e", "/100 %", "/grö;ße&", "/a\tb"}) {
     fs::remove(folder.path() / kFile);
@@ -78,7 +77,7 @@ TEST_F(AnAutostartEntry, isValidByTheDesktopsOwnRulesForEveryPath) {
   }
 }
 
-TEST_F(AnAutostartEntry, thatStartsThisProgramAlreadyIsNotWrittenAgain) {
+TEST_F(AnAutostartEntry, thatAlreadyStartsThisProgramIsNotRewritten) {
   const std::string own =
       "[Desktop Entry]\nType=Application\nExec=/bin/sh\nX-GNOME-Autostart-Delay=9\n";
   folder.write(kFile, own);
@@ -86,7 +85,7 @@ TEST_F(AnAutostartEntry, thatStartsThisProgramAlreadyIsNotWrittenAgain) {
   EXPECT_EQ(text(), own);
 }
 
-TEST_F(AnAutostartEntry, ofAnotherCopyIsOnAndIsWrittenForThisOneWhenEnabled) {
+TEST_F(AnAutostartEntry, ofAnotherCopyIsOnAndIsRewrittenWhenEnabled) {
   ASSERT_TRUE(entryOf("/bin/cat").enable());
   EXPECT_TRUE(entry.isEnabled());
   EXPECT_TRUE(entry.enable());
@@ -118,7 +117,7 @@ TEST_F(AnAutostartEntry, isOffForEveryReasonForWhichTheDesktopWouldNotStartIt) {
   }
 }
 
-TEST_F(AnAutostartEntry, isOnWithTheUsersOwnSwitchesAndAProgramByName) {
+TEST_F(AnAutostartEntry, isOnWithTheUsersSettingsAndAProgramByName) {
   for (const char* more : {"", "Hidden=false\n", "X-GNOME-Autostart-enabled=true\n", "TryExec=sh\n",
                            "TryExec=/bin/sh\n", "[Other]\nHidden=true\n"}) {
     folder.write(kFile, std::string("[Desktop Entry]\nType=Application\nExec=sh\n") + more);
@@ -126,7 +125,7 @@ TEST_F(AnAutostartEntry, isOnWithTheUsersOwnSwitchesAndAProgramByName) {
   }
 }
 
-TEST_F(AnAutostartEntry, failsWhereItsFolderCannotBeMadeOrWritten) {
+TEST_F(AnAutostartEntry, failsIfItsFolderCannotBeCreated) {
   folder.write("autostart", "a file in the way");
   EXPECT_FALSE(entry.enable());
   EXPECT_FALSE(entry.isEnabled());
@@ -149,7 +148,7 @@ TEST_F(AnAutostartEntry, thatCannotBeReadIsOff) {
   EXPECT_FALSE(entry.isEnabled());
 }
 
-TEST_F(AnAutostartEntry, thatIsAFolderOrAPipeIsOffAndKeepsNobodyWaiting) {
+TEST_F(AnAutostartEntry, thatIsAFolderOrAPipeIsOffAndNeverBlocks) {
   fs::create_directories(folder.path() / kFile);
   EXPECT_FALSE(entry.isEnabled());
   EXPECT_FALSE(entry.enable());
@@ -163,14 +162,14 @@ TEST_F(AnAutostartEntry, cannotNameAProgramWhosePathIsNotUtf8) {
   EXPECT_FALSE(fs::exists(folder.path() / kFile));
 }
 
-TEST_F(AnAutostartEntry, withoutAFolderForSettingsFailsAndWritesNowhere) {
+TEST_F(AnAutostartEntry, withoutASettingsFolderFailsAndWritesNothing) {
   AutostartEntry homeless("", autostartProgram(kProgram, false));
   EXPECT_FALSE(homeless.enable());
   EXPECT_FALSE(homeless.isEnabled());
   EXPECT_TRUE(homeless.disable());
 }
 
-TEST_F(AnAutostartEntry, ofASandboxNamesTheSandboxAndIsOnAlthoughTheSandboxCannotSeeIt) {
+TEST_F(AnAutostartEntry, ofASandboxStartsTheSandboxAndIsOnAlthoughTheSandboxCannotSeeIt) {
   AutostartEntry sandboxed(folder.path().string(), autostartProgram("/app/bin/voxtrel", true));
   EXPECT_TRUE(sandboxed.enable());
   EXPECT_NE(text().find("\nExec=flatpak run org.voxtrel.Voxtrel\nTryExec=flatpak\n"),
@@ -191,34 +190,6 @@ TEST(StartedProgramTest, isTheAppImageOnlyForAProgramInsideIt) {
   EXPECT_EQ(startedProgram(mounted + "2/voxtrel"), mounted + "2/voxtrel");
   const Variable noPath("APPIMAGE", "Voxtrel.AppImage");
   EXPECT_EQ(startedProgram(inside), inside);
-}
-
-TEST(UserFoldersTest, theFolderForSettingsIsTheNamedOneIfItIsAbsoluteElseTheHomes) {
-  struct Row {
-    const char* variable;
-    const char* home;
-    const char* expected;
-  };
-  const Row rows[] = {{nullptr, "/home/ada", "/home/ada/.config"},
-                      {"", "/home/ada", "/home/ada/.config"},
-                      {"relative", "/home/ada", "/home/ada/.config"},
-                      {"/elsewhere", "/home/ada", "/elsewhere"},
-                      {"/elsewhere/", "", "/elsewhere"},
-                      {nullptr, "", ""}};
-  for (const Row& row : rows) {
-    const Variable variable("XDG_CONFIG_HOME", row.variable);
-    EXPECT_EQ(configFolder(row.home), row.expected);
-    EXPECT_EQ(desktopConfigFolder(row.home, false), row.expected);
-  }
-}
-
-TEST(UserFoldersTest, aSandboxKnowsTheDesktopsFolderByANameOfItsOwn) {
-  const Variable own("XDG_CONFIG_HOME", "/sandbox");
-  const Variable desktops("HOST_XDG_CONFIG_HOME", "/desktop");
-  EXPECT_EQ(desktopConfigFolder("/home/ada", true), "/desktop");
-  EXPECT_EQ(configFolder("/home/ada"), "/sandbox");
-  const Variable none("HOST_XDG_CONFIG_HOME", nullptr);
-  EXPECT_EQ(desktopConfigFolder("/home/ada", true), "/home/ada/.config");
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-#include "voxtrel/platform/linux/session/QtMainLoop.h"
+#include "voxtrel/platform/linux/application/QtMainLoop.h"
 
 #include <QBasicTimer>
 #include <QCoreApplication>
@@ -15,7 +15,7 @@ namespace {
 
 using std::chrono::steady_clock;
 
-/// How long posted tasks may hold the main thread before everything else gets its turn.
+/// How long a batch of posted tasks may keep the main thread.
 constexpr std::chrono::milliseconds kBatchLimit{4};
 
 class WakeReceiver final : public QObject {
@@ -33,7 +33,7 @@ std::unique_ptr<QEvent> newWakeUp() {
   return std::make_unique<QEvent>(QEvent::User);
 }
 
-/// A timer without the signal and slot between it and its task.
+/// A timer that calls its task without a signal and slot in between.
 class TaskTimer final : public QObject {
  public:
   TaskTimer(std::chrono::milliseconds interval, bool repeats, QtMainLoop::Task task,
@@ -43,7 +43,7 @@ class TaskTimer final : public QObject {
                  this);
   }
 
-  /// Its own task may end it.
+  /// May be called by its own task.
   void end() {
     timer_.stop();
     deleteLater();
@@ -75,7 +75,7 @@ void QtMainLoop::post(Task task) {
     queue_.push_back(std::move(task));
     wakeUp = wakeUp_.release();
   }
-  // After the lock, which the main thread wants as soon as it is awake.
+  // After unlocking: the main thread takes the lock as soon as it wakes up.
   if (wakeUp != nullptr) QCoreApplication::postEvent(receiver_.get(), wakeUp);
 }
 
@@ -83,7 +83,7 @@ void QtMainLoop::runBatch() {
   const auto deadline = steady_clock::now() + kBatchLimit;
   std::unique_lock lock(mutex_);
   wakeUp_ = newWakeUp();
-  // A task may run an event loop of its own; the wake-up lets the rest of the queue run there.
+  // A task may run a nested event loop; this wake-up runs the rest of the queue there.
   if (queue_.size() > 1) QCoreApplication::postEvent(receiver_.get(), wakeUp_.release());
   while (!queue_.empty()) {
     Task task = std::move(queue_.front());

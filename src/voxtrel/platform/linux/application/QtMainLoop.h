@@ -11,10 +11,10 @@ class QObject;
 
 namespace voxtrel {
 
-/// The main loop on Qt's event loop. Posted tasks wait in a queue of our own and run in batches of
-/// a few milliseconds, so that a flood of them leaves the tray, timers and D-Bus their turns.
+/// The main loop on Qt's event loop. Posted tasks run from a queue in batches of a few milliseconds,
+/// so that a flood of them does not starve the tray, timers and D-Bus.
 /// Thread: `post` from any; the others from the main thread.  Owns: tasks, timers.
-/// Fails by: nothing; what has not run when this is destroyed never runs.
+/// Fails by: nothing; tasks still waiting when this is destroyed never run.
 class QtMainLoop final : public MainLoop {
  public:
   QtMainLoop();
@@ -33,7 +33,7 @@ class QtMainLoop final : public MainLoop {
 
   std::mutex mutex_;
   std::deque<Task> queue_;
-  /// Made on the main thread, where Qt deletes it; null while it is on its way.
+  /// Created on the main thread, where Qt deletes it; null while it is posted.
   std::unique_ptr<QEvent> wakeUp_;
   std::unique_ptr<QObject> receiver_;  ///< of the wake-ups; parent of the timers
 };

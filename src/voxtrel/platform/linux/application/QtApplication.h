@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QIcon>
+
 #include "common/posix/StopSignals.h"
 #include "voxtrel/platform/Application.h"
 
@@ -16,5 +18,13 @@ class QtApplication final : public Application {
  private:
   StopSignals signals_{StopSignals::InheritedIgnores::replace};
 };
+
+/// The application's own icon, in colour.
+QIcon applicationIcon();
+
+/// Raises the application's visible windows and gives them the focus, as far as the desktop allows.
+/// `activationToken`: the desktop's permission to take the focus, or empty.
+/// Thread: the main thread.
+void bringForward(const QString& activationToken);
 
 }  // namespace voxtrel

@@ -1,11 +1,11 @@
 #include <gtest/gtest.h>
 
-#include "voxtrel/platform/linux/tray/NotifierMessages.h"
+#include "voxtrel/platform/linux/tray/StatusNotifierItem.h"
 
 namespace voxtrel {
 namespace {
 
-TEST(NotifierMessages, aPictureIsSentAsAlphaRedGreenBlueRowByRow) {
+TEST(NotifierPixmap, isSentAsAlphaRedGreenBlueRowByRow) {
   QImage image(3, 2, QImage::Format_ARGB32);
   image.fill(Qt::transparent);
   image.setPixel(0, 0, 0x11223344);
@@ -18,13 +18,13 @@ TEST(NotifierMessages, aPictureIsSentAsAlphaRedGreenBlueRowByRow) {
             "0000000000000000aabbccdd");
 }
 
-TEST(NotifierMessages, coloursAreNotDarkenedByTheirAlpha) {
+TEST(NotifierPixmap, isNotPremultiplied) {
   QImage image(1, 1, QImage::Format_ARGB32_Premultiplied);
   image.setPixel(0, 0, 0x80800000);
   EXPECT_EQ(notifierPixmap(image).argb.toHex(), "80ff0000");
 }
 
-TEST(NotifierMessages, noPictureIsNoBytes) {
+TEST(NotifierPixmap, ofNoImageIsEmpty) {
   EXPECT_TRUE(notifierPixmap(QImage()).argb.isEmpty());
 }
 

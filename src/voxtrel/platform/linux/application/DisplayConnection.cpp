@@ -1,4 +1,4 @@
-#include "voxtrel/platform/linux/session/DisplayConnection.h"
+#include "voxtrel/platform/linux/application/DisplayConnection.h"
 
 #include <QApplication>
 #include <QDebug>
@@ -19,10 +19,10 @@ struct HeldMessage {
   QString text;
 };
 
-/// What Qt said while it connected. It explains a failure at length and then aborts; ours is one
-/// line and an exit status.
+/// Qt's messages while it connects. On failure Qt prints many lines and aborts; we print one line
+/// and exit.
 struct HeldMessages {
-  std::mutex mutex;  ///< Qt's helper threads speak too
+  std::mutex mutex;  ///< Qt's helper threads log too
   std::vector<HeldMessage> list;
 };
 
@@ -46,7 +46,7 @@ void holdMessage(QtMsgType type, const QMessageLogContext&, const QString& text)
     return;
   }
   std::fprintf(stderr, "voxtrel: cannot connect to the display \"%s\"\n", displayName().c_str());
-  std::_Exit(EXIT_FAILURE);  // returning from here would abort and dump core
+  std::_Exit(EXIT_FAILURE);  // on return, Qt would abort and dump core
 }
 
 void releaseMessages() {
@@ -57,7 +57,7 @@ void releaseMessages() {
   }
 }
 
-/// Chooses X for this process alone: the engine's environment stays the user's.
+/// Selects X for this process only: the engine inherits the user's environment unchanged.
 class PreferX {
  public:
   PreferX() : set_(isWanted()) {

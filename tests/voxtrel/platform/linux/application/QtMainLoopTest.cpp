@@ -6,7 +6,7 @@
 #include <thread>
 #include <vector>
 
-#include "voxtrel/platform/linux/session/QtMainLoop.h"
+#include "voxtrel/platform/linux/application/QtMainLoop.h"
 
 namespace voxtrel {
 namespace {
@@ -25,7 +25,7 @@ struct QtMainLoopTest : testing::Test {
   QtMainLoop loop;
 };
 
-TEST_F(QtMainLoopTest, runsWhatIsPostedInOrderAndNeverAtOnce) {
+TEST_F(QtMainLoopTest, runsPostedTasksInOrderAndNeverImmediately) {
   std::vector<int> ran;
   for (int i = 0; i < 100; ++i) loop.post([&, i] { ran.push_back(i); });
   loop.post([&] { quit(); });
@@ -40,7 +40,7 @@ TEST_F(QtMainLoopTest, aTaskPostedByATaskRunsToo) {
   run();
 }
 
-TEST_F(QtMainLoopTest, tasksGoOnRunningWhileOneOfThemRunsALoopOfItsOwn) {
+TEST_F(QtMainLoopTest, tasksRunWhileOneOfThemRunsANestedLoop) {
   QEventLoop nested;
   loop.post([&] {
     nested.exec();
@@ -50,7 +50,7 @@ TEST_F(QtMainLoopTest, tasksGoOnRunningWhileOneOfThemRunsALoopOfItsOwn) {
   run();
 }
 
-TEST_F(QtMainLoopTest, postsFromManyThreadsAllRunEachThreadsInItsOrder) {
+TEST_F(QtMainLoopTest, postsFromManyThreadsAllRunInTheOrderOfTheirThread) {
   constexpr int kThreads = 4;
   constexpr int kPosts = 2000;
   std::vector<int> last(kThreads, -1);
@@ -72,7 +72,7 @@ TEST_F(QtMainLoopTest, postsFromManyThreadsAllRunEachThreadsInItsOrder) {
   EXPECT_TRUE(isInOrder);
 }
 
-TEST_F(QtMainLoopTest, aFloodOfPostsLeavesTimersTheirTurn) {
+TEST_F(QtMainLoopTest, aFloodOfPostsDoesNotStarveTimers) {
   std::atomic<bool> isOver{false};
   std::function<void()> flood = [&] {
     if (!isOver) loop.post(flood);
@@ -88,7 +88,7 @@ TEST_F(QtMainLoopTest, aFloodOfPostsLeavesTimersTheirTurn) {
   EXPECT_GE(ticks, 5);
 }
 
-TEST_F(QtMainLoopTest, aTimerEndsWithItsHandleAlsoFromItsOwnTask) {
+TEST_F(QtMainLoopTest, aTimerEndsWithItsHandleAlsoWithinItsOwnTask) {
   int ticks = 0;
   Subscription timer;
   timer = loop.every(milliseconds(1), [&] {
@@ -100,7 +100,7 @@ TEST_F(QtMainLoopTest, aTimerEndsWithItsHandleAlsoFromItsOwnTask) {
   EXPECT_EQ(ticks, 1);
 }
 
-TEST_F(QtMainLoopTest, whatHasNotRunWhenTheLoopGoesIsDropped) {
+TEST_F(QtMainLoopTest, tasksStillWaitingWhenTheLoopIsDestroyedAreDropped) {
   int ran = 0;
   Subscription timer;
   {

@@ -1,4 +1,8 @@
-#include "voxtrel/platform/linux/log/LogLine.h"
+#include "voxtrel/platform/linux/log/LogFormat.h"
+
+#include <syslog.h>
+
+#include "voxtrel/platform/Desktop.h"
 
 namespace voxtrel {
 
@@ -14,6 +18,18 @@ std::string_view levelName(LogLevel level) {
       return "error";
   }
   return "";
+}
+
+int priorityOf(LogLevel level) {
+  switch (level) {
+    case LogLevel::debug:
+      return LOG_DEBUG;
+    case LogLevel::info:
+      return LOG_INFO;
+    case LogLevel::error:
+      return LOG_ERR;
+  }
+  return LOG_INFO;
 }
 
 void appendEscaped(std::string& line, char character) {
@@ -33,6 +49,13 @@ void appendEscaped(std::string& line, char character) {
   }
 }
 
+std::string field(std::string_view name, std::string_view value) {
+  std::string text(name);
+  text += '=';
+  text += value;
+  return text;
+}
+
 }  // namespace
 
 std::string logLine(LogLevel level, std::string_view category, std::string_view message) {
@@ -47,16 +70,10 @@ std::string logLine(LogLevel level, std::string_view category, std::string_view 
   return line;
 }
 
-LogVerbosity LogVerbosity::parse(const char* value) {
-  const std::string_view wanted = value == nullptr ? "" : value;
-  if (wanted == "debug") return {LogLevel::debug, std::nullopt};
-  if (wanted.empty() || wanted == "info") return {};
-  return {LogLevel::info, R"(VOXTREL_LOG has the unknown value ")" + std::string(wanted) +
-                              R"("; known are "debug" and "info")"};
-}
-
-bool namesStream(const char* value, unsigned long long device, unsigned long long inode) {
-  return value != nullptr && value == std::to_string(device) + ":" + std::to_string(inode);
+std::array<std::string, 4> journalFields(LogLevel level, std::string_view category,
+                                         std::string_view message) {
+  return {field("MESSAGE", message), field("PRIORITY", std::to_string(priorityOf(level))),
+          field("SUBSYSTEM", kBundleIdentifier), field("CATEGORY", category)};
 }
 
 }  // namespace voxtrel

@@ -1,0 +1,13 @@
+#include <gtest/gtest.h>
+
+#include "voxtrel/platform/linux/tray/XEmbedItem.h"
+
+namespace voxtrel {
+namespace {
+
+TEST(WidgetText, doublesAmpersands) {
+  EXPECT_EQ(widgetText("R&D_1 &&"), "R&&D_1 &&&&");
+}
+
+}  // namespace
+}  // namespace voxtrel
