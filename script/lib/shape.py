@@ -1,5 +1,6 @@
 """Keeps the ceilings on size and the rules on includes that no compiler checks."""
 
+import collections
 import pathlib
 import re
 import sys
@@ -7,6 +8,12 @@ import sys
 HEADER_LINES = 150
 SOURCE_LINES = 350
 MAIN_LINES = 60
+UNIT_LINES = 40
+
+# A unit, header and source together, is at least UNIT_LINES long; else it belongs to the neighbour that it
+# serves. A port may be shorter. So may these, each for its reason.
+SMALL_UNITS = {
+}
 
 CONDITIONAL = re.compile(r"^\s*#\s*(if|ifdef|ifndef|elif)\b")
 PARENT_INCLUDE = re.compile(r'^\s*#\s*include\s+"(\.\./|.*/\.\./)')
@@ -39,9 +46,29 @@ def complaints(path):
             yield f"{path}:{number}: conditional code outside platform/<desktop>"
 
 
+def is_port(unit):
+    """Ports are as small as the need that they are named for."""
+    return str(unit.parent) in ("src/voxtrel/platform", "src/quillback/ports")
+
+
+def small_units(paths):
+    """Yields what is wrong with the sizes of units, and with the list of those that may be small."""
+    lines = collections.Counter()
+    for path in paths:
+        if path.parts[0] == "src" and path.name != "main.cpp":
+            lines[path.with_suffix("")] += len(path.read_text(encoding="utf-8").splitlines())
+    for unit, count in lines.items():
+        if count < UNIT_LINES and not is_port(unit) and str(unit) not in SMALL_UNITS:
+            yield f"{unit}: a unit of {count} lines, at least {UNIT_LINES} wanted"
+    for name in SMALL_UNITS:
+        if lines[pathlib.Path(name)] >= UNIT_LINES or pathlib.Path(name) not in lines:
+            yield f"script/lib/shape.py: {name} is no small unit any more"
+
+
 def main(arguments):
     """Prints every complaint; the exit status says whether there was one."""
-    found = [text for name in arguments for text in complaints(pathlib.Path(name))]
+    paths = [pathlib.Path(name) for name in arguments]
+    found = [text for path in paths for text in complaints(path)] + list(small_units(paths))
     print(*found, sep="\n", end="\n" if found else "")
     return 1 if found else 0
 

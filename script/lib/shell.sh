@@ -14,6 +14,8 @@ die() {
 
 # Another checkout of the same sources then finds what this one has compiled.
 export CCACHE_BASEDIR="$ROOT" CCACHE_NOHASHDIR=1
+# Headers that are compiled once can be cached only so.
+export CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime
 
 # configure PRESET: fast when nothing has changed; the compiler cache is used where there is one.
 configure() {
@@ -31,7 +33,7 @@ build() {
   configure "$preset"
   local targets=()
   if (($#)); then targets=(--target "$@"); fi
-  cmake --build --preset "$preset" --parallel "$(nproc)" "${targets[@]}"
+  cmake --build --preset "$preset" --parallel "$(nproc)" "${targets[@]}" -- --quiet
 }
 
 # The desktop harness needs Debian's own interpreter: another one first in PATH lacks its D-Bus.

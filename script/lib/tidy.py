@@ -11,6 +11,7 @@ import hashlib
 import json
 import os
 import pathlib
+import re
 import shlex
 import subprocess
 import sys
@@ -19,13 +20,21 @@ TIDY = "clang-tidy-14"
 ANALYSED = ("src/", "tests/support/")
 
 
+def members(path):
+    """The sources that a file of a room compiled at once includes; otherwise the file itself."""
+    if "/Unity/" not in path:
+        return [path]
+    return re.findall(r'^#include "([^"]+)"', pathlib.Path(path).read_text(), re.MULTILINE)
+
+
 def commands(build, root):
-    """Returns (source, compile command) of all sources of ours, relative to the checkout."""
+    """Returns (sources, compile command) of all sources of ours; sources relative to the checkout."""
     entries = json.loads((build / "compile_commands.json").read_text())
     for entry in entries:
-        source = os.path.relpath(os.path.join(entry["directory"], entry["file"]), root)
-        if source.startswith(ANALYSED):
-            yield source, entry
+        path = os.path.join(entry["directory"], entry["file"])
+        sources = [os.path.relpath(source, root) for source in members(path)]
+        if any(source.startswith(ANALYSED) for source in sources):
+            yield sources, entry
 
 
 def fingerprint(entry, rules):
@@ -39,15 +48,15 @@ def fingerprint(entry, rules):
     return key.hexdigest()
 
 
-def analyse(source, entry, build, rules):
-    """Returns the complaints about one source, "" if it is clean."""
+def analyse(entry, build, rules):
+    """Returns the complaints about one compiled file, "" if it is clean."""
     stamps = build / "tidy"
     stamps.mkdir(exist_ok=True)
     stamp = stamps / fingerprint(entry, rules)
     if stamp.exists():
         return ""
     result = subprocess.run(
-        [TIDY, "-p", str(build), "--quiet", source], capture_output=True, text=True, check=False
+        [TIDY, "-p", str(build), "--quiet", entry["file"]], capture_output=True, text=True, check=False
     )
     if result.returncode == 0:
         stamp.touch()
@@ -64,14 +73,15 @@ def main():
     root = pathlib.Path.cwd()
     rules = pathlib.Path(".clang-tidy").read_bytes()
     chosen = [pair for pair in commands(options.build, root)
-              if not options.sources or pair[0] in options.sources]
+              if not options.sources or set(pair[0]) & set(options.sources)]
     if not chosen:
         print("tidy: no source to analyse")
         return 1
     with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
-        complaints = list(pool.map(lambda pair: analyse(*pair, options.build, rules), chosen))
+        complaints = list(pool.map(lambda pair: analyse(pair[1], options.build, rules), chosen))
     print(*filter(None, complaints), sep="\n")
-    print(f"tidy: {len(chosen)} sources, {sum(map(bool, complaints))} with complaints")
+    sources = sum(len(names) for names, _ in chosen)
+    print(f"tidy: {sources} sources in {len(chosen)} runs, {sum(map(bool, complaints))} with complaints")
     return 1 if any(complaints) else 0
 
 
