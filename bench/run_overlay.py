@@ -85,7 +85,7 @@ def cava_cost(desk):
 
 
 def listening(sound, measure):
-    """Measures while somebody speaks, in the same words every time."""
+    """Measures during speech, with the same words every time."""
     speech = sound.say(SPEECH)
     cost = measure()
     if not speech.running():

@@ -55,7 +55,7 @@ struct NoNotifications : Notifications {
   void post(UserNotification) override {}
 };
 
-/// The supervisor over the real adapters, with the timed engine in a folder of its own.
+/// The supervisor over the real adapters, with the timed engine in a separate folder.
 class Bench {
  public:
   Bench() : times_(*EngineTimes::shareWith(engine_)) {}

@@ -1,4 +1,4 @@
-"""Pictures of the recording overlay while somebody speaks, on light and on dark.
+"""Pictures of the recording overlay during speech, on light and on dark.
 
 overlay_pictures.py --programs FOLDER --save-to FOLDER
 """

@@ -1,4 +1,4 @@
-"""The windows as somebody meets them who does not see them, or who sees them large."""
+"""The windows for people who use a screen reader or large fonts."""
 
 import itertools
 import os

@@ -192,7 +192,7 @@ class Keyboard(AlertCase):
         self.notifications(1)
         self.assertFalse(self.app.engine.starts())
         window = self.alert(ACCESSIBILITY, limit_s=60)
-        self.between(time.monotonic() - started, 28.0, 45.0, "patience")
+        self.between(time.monotonic() - started, 28.0, 45.0, "seconds to the alert")
         self.assertEqual(len(self.bodies()), 1, "one prompt only")
         window.click(self.button(window, "Open Settings"))
         self.assert_ended("accessibility-wayland.html")

@@ -146,7 +146,7 @@ class Progress(FirstRun):
 
 
 class Success(FirstRun):
-    """A set-up that ends well goes on with the start by itself."""
+    """A set-up that succeeds continues the start-up by itself."""
 
     def test_done_is_shown_for_a_second_and_then_the_engine_starts_once(self):
         form = self.begin()
@@ -171,13 +171,13 @@ class Success(FirstRun):
         form.wait_until_closed()
         self.assert_one_start()
 
-    def test_skip_in_the_second_after_success_goes_on_at_once_with_one_tray_item(self):
+    def test_skip_in_the_second_after_success_starts_at_once_with_one_tray_item(self):
         form = self.begin("sleep 300", "exit 0")
         form.wait_for_newest("Done!")
         form.skip().press()
         form.wait_until_closed()
         self.app.wait_until_in_tray()
-        # The completion still comes, and goes on once more.
+        # The completion still comes, and must not start a second engine.
         stays(lambda: len(self.app.engine.running()) <= 1, "one engine", for_s=2.0)
         self.app.engine.wait_for_one_running()
 
@@ -194,7 +194,7 @@ class Success(FirstRun):
 
 
 class Failure(FirstRun):
-    """A set-up that fails says so and offers another try, or to go on without."""
+    """A set-up that fails says so and offers Retry and Skip."""
 
     def wait_for_error(self, form, text):
         """Waits until the window shows the error, in its place, and nothing of the progress."""

@@ -1,4 +1,4 @@
-"""Homes and configuration files as nobody wants them: nothing crashes, nothing hangs."""
+"""Broken home folders and settings files: nothing crashes, nothing hangs."""
 
 import os
 import pwd
@@ -126,7 +126,7 @@ class ConfigurationFile(HostileCase):
         self.is_replaced_by_the_defaults()
 
     def test_a_file_of_100_mb_is_read_and_edited(self):
-        filler = b"# forty bytes of somebody's own comment.\n" * 2_500_000
+        filler = b"# a comment of the user's, forty bytes..\n" * 2_500_000
         self.app.configure(filler + GERMAN.encode())
         started = time.monotonic()
         self.shows_and_saves(GERMAN_SHOWN)
@@ -165,9 +165,9 @@ class Homes(HostileCase):
     """Homes that are missing, or not what they should be."""
 
     def skip_unless_mounts_work(self):
-        """Some of these need a place in the file system of the program's own."""
+        """Some of these tests need private mounts for the program."""
         if not can_mount():
-            self.skipTest("this user may not mount anything, not even in a namespace of its own")
+            self.skipTest("this user may not mount anything, not even in a private namespace")
 
     def test_without_the_variable_the_home_is_the_user_databases(self):
         self.skip_unless_mounts_work()

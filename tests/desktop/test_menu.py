@@ -117,7 +117,7 @@ class TheMenu(DesktopCase):
         self.opens_one_box("Settings...", "settings")
 
     def opens_one_box(self, row, title):
-        """Choosing `row` twice gives one window, beside which the program goes on."""
+        """Choosing `row` twice gives one window, which does not block the program."""
         app = self.install().start_ready()
         app.item.click(row)
         eventually(lambda: self.windows(app), f"a window for {row}")

@@ -1,4 +1,4 @@
-"""The recording overlay's window: where it stands, and that it is in nobody's way."""
+"""The recording overlay's window: where it stands, and that it takes no clicks or focus."""
 
 import re
 import subprocess
@@ -90,7 +90,7 @@ class TheOverlay:
         pill.wait_until_seen(limit_s=1.0)
         stays(pill.is_seen, "the overlay above a later full-screen window", 1.0)
 
-    def test_it_comes_back_above_a_full_screen_window_that_nobody_manages(self):
+    def test_it_comes_back_above_an_unmanaged_full_screen_window(self):
         _process, window = self.open_window()
         _app, pill = self.start_recording()
         for action in (["set_window", "--overrideredirect", "1", window],

@@ -153,7 +153,7 @@ class TheBarsUnderPipeWire(TheBars):
 
 
 class FailingSound(SoundCase):
-    """Whatever happens to the sound: one line in the log, and everything else goes on."""
+    """Failing sound: one line in the log, and everything else still works."""
 
     def assert_usable(self, app):
         """The overlay stays, the menu answers at once, and the overlay hides and shows again."""

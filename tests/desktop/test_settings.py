@@ -207,7 +207,7 @@ class WhatIsInTheFile(SettingsCase):
         self.wait_for_file(USERS_FILE_CHANGED)
 
     def begin(self, configuration=None, **options):
-        """The file may name a model of its own, which must not send the program to fetch it."""
+        """The file may name another model, which must not make the program fetch it."""
         self.app = self.install(**options)
         self.app.start_ready()
         if configuration is not None:

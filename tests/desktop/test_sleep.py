@@ -11,7 +11,7 @@ LATENESS_S = 0.9
 
 
 class Sleep(DesktopCase):
-    """Each test brings a login manager of its own, so that the history is its own too."""
+    """Each test starts its own login manager, so it starts with an empty history."""
 
     desk_parts = {"login_manager": False}
 

@@ -36,7 +36,7 @@ class Photographer:
         os.symlink(os.path.join(os.path.dirname(programs), "share"), desk.path("share"))
 
     def take_all(self):
-        """Every window, with a portal of its own each."""
+        """Every window, each with its own portal."""
         for scale, ending in ((1, ""), (2, "-200")):
             self._settings(scale, ending)
             self._download("26", [*PRINTED, AT_26_PERCENT], self._is_at_26_percent, scale, ending)
@@ -68,7 +68,7 @@ class Photographer:
         return abs(form.fraction() - 0.263) < 0.001 and form.log()[-1] == LINES[-1]
 
     def _done(self):
-        """This state lasts for a second only, so each style needs a set-up of its own."""
+        """This state lasts for a second only, so each style needs its own set-up."""
         for style, dark in STYLES.items():
             portal = self._portal(dark)
             form = self._open_setup([*PRINTED, "write 3094.1 MB / 3094.1 MB (100.0%)\\r",

@@ -7,7 +7,7 @@
 
 namespace voxtrel::testing {
 
-/// Makes the test somebody whom permissions bind, where root runs it, until this is gone.
+/// If root runs the test, makes it an ordinary user, to whom permissions apply, until this is gone.
 /// Thread: any; the whole process changes.  Fails by: an exception, which fails the test.
 class OrdinaryUser {
  public:

@@ -64,7 +64,7 @@ ModelSettings ConfigManager::readSettings() const {
 void ConfigManager::writeSettings(const ModelSettings& settings) const {
   try {
     replaceFile(configPath_, settings);
-  } catch (const std::exception&) {  // out of memory: there is nobody to report it to
+  } catch (const std::exception&) {  // out of memory; no failure is reported
     return;
   }
 }

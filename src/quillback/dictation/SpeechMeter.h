@@ -6,10 +6,10 @@
 
 namespace voxtrel::quillback {
 
-/// Tells a silent recording from one that may hold speech. A recording is silent when none of its
-/// 50 ms blocks, minus its mean, reaches kMinLevel, which is 60 dB below a full-scale square wave. A
-/// whisper into a microphone with low gain is 10 dB louder; a muted microphone gives zeros. Louder
-/// noise is left to the recogniser.
+/// Tells a silent recording from one that may hold speech. A recording is silent when no 50 ms block,
+/// minus its mean, reaches kMinLevel, which is 60 dB below a full-scale square wave. A whisper into a
+/// microphone with low gain is 10 dB louder; a muted microphone gives zeros. Louder noise is left to
+/// the recogniser.
 /// Thread: one.
 class SpeechMeter {
  public:

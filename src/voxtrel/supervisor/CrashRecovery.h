@@ -24,7 +24,7 @@ inline constexpr std::array kBackoffDelays = {std::chrono::milliseconds(1000),
 /// (from 1); none: give up.
 std::optional<std::chrono::milliseconds> relaunchDelay(std::int64_t crashCount);
 
-/// Posts the notifications about crashes. Each has the Restart button and an identifier of its own.
+/// Posts the notifications about crashes. Each has the Restart button and its own identifier.
 /// Thread: any.
 struct CrashNotificationHelper {
   static constexpr const char* kCategory = "CRASH_CATEGORY";

@@ -22,7 +22,7 @@ namespace voxtrel {
 namespace {
 
 /// Serves one file to every request, on a free port of this machine.
-/// Thread: one of its own.  Owns: the socket and the thread.
+/// Thread: it serves on one that it owns.  Owns: the socket and the thread.
 class FileServer {
  public:
   explicit FileServer(std::string content) : content_(std::move(content)) {

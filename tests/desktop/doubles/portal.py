@@ -30,7 +30,7 @@ class Request(dbus.service.Object):
 
     @dbus.service.method(REQUEST)
     def Close(self):
-        """Nothing goes on here that could be cut short."""
+        """Does nothing: a request is answered at once."""
 
 
 class Portal(dbus.service.Object):

@@ -1,4 +1,4 @@
-"""The program under test, in a folder of its own beside its engine, as it would be installed."""
+"""The program under test, alone in a folder with its engine, as it would be installed."""
 
 import os
 import re

@@ -35,7 +35,7 @@ class BusClient:
         self.connection = eventually(self.connect, f"a connection to the {what} bus")
 
     def connect(self):
-        """A connection of its own, or None while the daemon does not listen yet."""
+        """A new connection, or None while the daemon does not listen yet."""
         try:
             connection = dbus.bus.BusConnection(
                 self.address, mainloop=dbus.mainloop.glib.DBusGMainLoop())

@@ -47,7 +47,7 @@ XFWM4 = """<?xml version="1.0" encoding="UTF-8"?>
 class Desk:
     """A private X server, message buses, window manager, panel and notification daemon.
 
-    Everything lives in a folder of its own and sees nothing of the user's home. Parts can be left
+    Everything lives in a separate folder and sees nothing of the user's home. Parts can be left
     out, for tests of what the application does without them.
     """
 

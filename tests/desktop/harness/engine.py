@@ -22,7 +22,7 @@ def _escaped(text):
 class Engine:
     """One engine executable with its script, its control socket and its log.
 
-    Its set-up mode is steered and watched by files of its own, as if it were a second engine.
+    Its set-up mode has separate files, as if it were a second engine.
     """
 
     def __init__(self, executable, mode=""):
@@ -89,7 +89,7 @@ class Engine:
         return eventually(attempt, "the engine to listen")
 
     def send(self, *commands):
-        """Sends commands whose answers nobody waits for; the connection stays open for them."""
+        """Sends commands without waiting for the replies; the connection stays open for them."""
         connection = self._connect()
         connection.sendall("".join(command + "\n" for command in commands).encode())
         self._pending.append(connection)
@@ -135,7 +135,7 @@ class Engine:
         return [start.pid for start in self.starts() if alive(start.pid) and self._is_ours(start.pid)]
 
     def _is_ours(self, pid):
-        """A process id may have gone to somebody else since."""
+        """The system may have given the process id to another program since."""
         try:
             return os.readlink(f"/proc/{pid}/exe") == self.executable
         except OSError:

@@ -45,7 +45,7 @@ class DownloadForm(Window):
         return (value - least) / (most - least)
 
     def skip(self):
-        """The button that goes on without the model."""
+        """The button that continues without the model."""
         return self.node.find("push button", SKIP)
 
     def retry(self):

@@ -1,4 +1,4 @@
-"""Programs with mounts of their own, which nobody else sees and which end with them."""
+"""Programs with private mounts, which other programs do not see and which end with them."""
 
 import functools
 import os
@@ -13,7 +13,7 @@ def _unshare():
 
 @functools.cache
 def can_mount():
-    """Whether this user may have mounts of its own."""
+    """Whether this user may make private mounts."""
     command = [*_unshare(), "mount", "-t", "tmpfs", "tmpfs", "/mnt"]
     return subprocess.run(command, check=False, capture_output=True).returncode == 0
 

@@ -1,4 +1,4 @@
-"""The recording overlay as somebody sees it who looks at the screen."""
+"""The recording overlay as it looks on the screen."""
 
 import re
 import subprocess

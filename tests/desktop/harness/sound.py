@@ -50,7 +50,7 @@ class SoundServer:
         return self
 
     def add_microphone(self, name=MICROPHONE, rate_hz=RATE_HZ, channels=1):
-        """Adds a source that hears what is played to a speaker of its own."""
+        """Adds a source that hears what is played to its own speaker."""
         speaker = SPEAKER if name == MICROPHONE else name + "-speaker"
         self._load(speaker, "module-null-sink", f"sink_name={speaker}", f"rate={rate_hz}",
                    f"channels={channels}", "norewinds=1")

@@ -132,8 +132,8 @@ TEST(LineOutput, SurvivesAReaderThatHasGone) {
   Ends ends = pipeEnds();
   LineOutput output(ends.to.get());
   ends.from = FileDescriptor();
-  output.print("to nobody");
-  output.print("to nobody");
+  output.print("unread");
+  output.print("unread");
 }
 
 TEST(LineOutput, KnowsWhetherLinesWereLost) {
@@ -150,7 +150,7 @@ TEST(LineOutput, KnowsWhetherLinesWereLost) {
 
 TEST(LineOutput, SurvivesAClosedDescriptor) {
   LineOutput output(-1);
-  output.print("to nobody");
+  output.print("unread");
 }
 
 }  // namespace

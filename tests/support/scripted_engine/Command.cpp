@@ -33,7 +33,7 @@ std::string_view takeWord(std::string_view& text) {
   text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
   const std::string_view word = text.substr(0, text.find_first_of(kBlanks));
   text.remove_prefix(word.size());
-  if (!text.empty()) text.remove_prefix(1);  // the rest may begin with blanks of its own
+  if (!text.empty()) text.remove_prefix(1);  // the rest may begin with more blanks
   return word;
 }
 

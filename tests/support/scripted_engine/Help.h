@@ -14,7 +14,7 @@ and ENGINE.setup for setup):
   PREFIX.script      else: one command a line, "#" starts a comment. Without that file, run does
                      nothing and setup plays a download that succeeds
   PREFIX.control     and: a local stream socket, open from before the first command. Each line is a
-                     command, done at once, also while the script goes on. The answer is "ok PID"
+                     command, done at once, also while the script runs. The reply is "ok PID"
                      when it has been done, "error TEXT", or the end of the stream when the command
                      ended the engine. "tell" sends one command there
   PREFIX.log         if the file exists, each start, exit, signal and grandchild adds a line
@@ -42,8 +42,8 @@ Ending:
   wait                   does nothing more
 
 Other:
-  sleep MS               goes on after MS
-  wait-for FILE          goes on when FILE exists
+  sleep MS               waits MS
+  wait-for FILE          waits until FILE exists
   grandchild MS          leaves a process that keeps the output open, MS at most
   flooding-grandchild MS leaves a process that writes to the output without pause, MS at most
   log TEXT               adds a line to PREFIX.log, making it if need be

@@ -5,7 +5,7 @@
 
 namespace scripted {
 
-/// What the process was given by whoever started it, taken before it changes anything.
+/// What the process got from its parent, recorded before it changes anything.
 struct Inheritance {
   std::vector<std::string> arguments;  ///< the program's own name first
   std::string workingDirectory;

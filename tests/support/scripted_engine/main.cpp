@@ -18,14 +18,14 @@
 namespace scripted {
 namespace {
 
-/// What the engine does in setup mode when nobody wrote a script for it.
+/// What the engine does in setup mode without a script.
 constexpr const char* kSetupScript =
     "print Downloading whisper-large-v3\n"
     "progress 0 3094\nsleep 50\nprogress 812 3094\nsleep 50\nprogress 1547 3094\nsleep 50\n"
     "progress 2320 3094\nsleep 50\nprogress 3094 3094\nprint \\nVerifying\nprint Saved\nexit 0\n";
 
 /// The files that steer this engine begin with this; a link is not followed, so that each name of
-/// the program can have files of its own.
+/// the program can have its own files.
 std::string filePrefix(const char* ownName, bool isSetup) {
   const bool isPath = std::strchr(ownName, '/') != nullptr;
   const std::filesystem::path path =

@@ -20,7 +20,7 @@ class SteadyClock : public Clock {
 
 /// Runs tasks when they are due, on as many threads as there is work for. One thread sleeps until
 /// the next task is due; a task that blocks keeps only its own thread.
-/// Thread: any; destroyed by none of its tasks.  Owns: the threads and the tasks. The destructor
+/// Thread: any; its tasks must not destroy it.  Owns: the threads and the tasks. The destructor
 /// waits for the tasks that have begun.
 /// Fails by: ending the process when the system has no more threads.
 class ThreadedBackgroundQueue : public BackgroundQueue {

@@ -16,9 +16,9 @@ using namespace std::chrono_literals;
 
 // A sanitizer keeps freed memory, so measuring memory is pointless there.
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr long kMostGrowthKilobytes = std::numeric_limits<long>::max();
+constexpr long kMaxGrowthKilobytes = std::numeric_limits<long>::max();
 #else
-constexpr long kMostGrowthKilobytes = 32L * 1024;
+constexpr long kMaxGrowthKilobytes = 32L * 1024;
 #endif
 
 long residentKilobytes() {
@@ -114,7 +114,7 @@ TEST_F(Supervision, FloodOfStatesStaysSmallInMemoryAndEndsInTheRightState) {
       },
       120s));
   EXPECT_GT(heard, 500'000U);
-  EXPECT_LT(most - before, kMostGrowthKilobytes);
+  EXPECT_LT(most - before, kMaxGrowthKilobytes);
   EXPECT_LT(mainLoop_.mostWaiting(), 300U);
 }
 
