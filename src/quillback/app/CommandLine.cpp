@@ -48,20 +48,17 @@ std::string helpText() {
          "       quillback setup --model large-v3\n"
          "       quillback transcribe FILE.wav\n"
          "       quillback --help | --version\n"
-         "Turns speech into text: hold a key, speak, and the words arrive.\n"
+         "Turns speech into text: hold a key, speak, and the words are typed.\n"
          "\n"
-         "  run         wait for the key and type what is said while it is "
-         "held\n"
-         "  setup       download a speech model and check it\n"
-         "  transcribe  print what is said in a WAV file\n"
+         "  run         wait for the key and type what is said while it is held\n"
+         "  setup       download a speech model and verify it\n"
+         "  transcribe  print the words in a WAV file\n"
          "\n"
          "The settings are in ~/.config/quillback/config.toml:\n"
-         "  [model]   whisper_model = \"large-v3\", language = \"auto\", "
-         "translate = false\n"
-         "  [audio]   hotkey = 'right_cmd' (the right Super key), or "
-         "hotkey_code = 54\n"
+         "  [model]   whisper_model = \"large-v3\", language = \"auto\", translate = false\n"
+         "  [audio]   hotkey = 'right_cmd' (the right Super key), or hotkey_code = 54\n"
          "  [output]  insert = \"type\", \"clipboard\" or \"none\"\n"
-         "Escape, while the key is held, drops the recording.\n";
+         "Escape drops the recording while the key is held.\n";
 }
 
 tl::expected<CommandLine, std::string> parseCommandLine(std::span<const char* const> arguments) {

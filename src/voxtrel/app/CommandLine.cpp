@@ -7,8 +7,7 @@ namespace {
 
 constexpr std::string_view kHelp =
     "Usage: voxtrel [OPTION]\n"
-    "Puts the speech-to-text engine quillback into the tray: hold a key, speak, and the words "
-    "arrive.\n"
+    "Shows and controls the speech-to-text engine quillback in the desktop's tray.\n"
     "\n"
     "  --help     print this help and exit\n"
     "  --version  print the version and exit\n"
