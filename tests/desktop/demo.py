@@ -52,7 +52,7 @@ class Demonstration:
         self._menu("menu-stopped")
 
     def quit(self):
-        """Leaves by the menu, as the user does."""
+        """Quits by the menu, as the user does."""
         self._app.item.click("Quit Voxtrel")
         if self._app.process.exit_status() != 0 or self._app.engine.running():
             raise AssertionError("the program did not end well")
@@ -63,12 +63,12 @@ class Demonstration:
         print(f"  {name:<10} {row}")
 
     def _settle(self, row):
-        """Waits for a state's row and icon; each state's icon is another than the one before."""
+        """Waits for a state's row and icon; each icon differs from the one before."""
         self._app.item.wait_for_status(row)
         self._last_icon = self._desk.panel.settled_icon(unlike=self._last_icon)
 
     def _menu(self, name):
-        """A right click at the icon, as the user opens the menu."""
+        """Right-clicks the icon, as the user does to open the menu."""
         closed = self._desk.screenshot()
         self._desk.click(self._desk.panel.icon_place().centre, button=3)
         self._desk.park_pointer()

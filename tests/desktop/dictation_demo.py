@@ -63,7 +63,7 @@ class RealDictation(Demonstration):
         print(f"  said:      {SPOKEN}\n  heard:     " + line.split('text: "')[1].rstrip('"'))
 
     def _overlay(self):
-        """Of what is seen while the words are spoken, the moment with the tallest bars."""
+        """The picture with the tallest bars while the words are spoken."""
         pill = Pill(self._desk).wait_until_seen()
         around = Rect(pill.place.x - MARGIN_PX, pill.place.y - MARGIN_PX,
                       pill.place.width + 2 * MARGIN_PX, pill.place.height + 2 * MARGIN_PX)
@@ -77,7 +77,7 @@ class RealDictation(Demonstration):
         self._save("overlay", best.enlarged(ENLARGED))
 
     def _transcribing(self):
-        """This state lasts some hundredths of a second; for its picture the engine is held in it."""
+        """This state is very short, so the engine is stopped in it for the picture."""
         engine = self._app.engine_pids()[0]
         for _ in range(ATTEMPTS):
             texts, processings = self._app.count("[gpu-decode]"), self._app.count("Processing")
@@ -112,7 +112,7 @@ class RealDictation(Demonstration):
         os.rename(place + ".away", place)
 
     def _loading(self):
-        """This state is short, too: the new engine is held before it has its model."""
+        """This state is short, too, so the new engine is stopped before it loads its model."""
         readies = self._app.count("Ready.")
         self._app.item.click("Restart")
         engine, = eventually(self._app.engine_pids, "the new engine")

@@ -23,7 +23,7 @@ WATCHED_S = 3.0
 
 
 def liveliest(desk, pill):
-    """Of what is to be seen while the words are spoken, the moment with the tallest bars."""
+    """The picture with the tallest bars while the words are spoken."""
     around = Rect(pill.place.x - MARGIN_PX, pill.place.y - MARGIN_PX,
                   pill.place.width + 2 * MARGIN_PX, pill.place.height + 2 * MARGIN_PX)
     best, tallest = None, 0

@@ -67,7 +67,7 @@ class WindowsCase(DesktopCase):
                 and (node.role != "label" or node.name)]
 
     def assert_well_laid_out(self, window):
-        """Every part lies inside the window and none upon another; the window is on the screen."""
+        """Every part lies inside the window, no parts overlap, and the window is on the screen."""
         whole = window.node.place
         places = {repr(part): part.place for part in self.parts(window)}
         self.assertGreaterEqual(len(places), 4)
@@ -87,7 +87,7 @@ class WindowsCase(DesktopCase):
                         and frame.y + frame.height <= self.desk.height, f"off the screen: {frame}")
 
     def in_every_size(self, opens, *, check):
-        """Opens a window in every way to see it, and checks it."""
+        """Opens a window in every state, and checks it."""
         heights = {}
         for name, (scale, changes) in WAYS_TO_SEE.items():
             with self.subTest(name):

@@ -1,4 +1,4 @@
-"""The permission gate on a desktop that guards the microphone and the keyboard."""
+"""The permission gate on a desktop that protects the microphone and the keyboard."""
 
 import os
 import signal
@@ -40,14 +40,14 @@ class AlertCase(DesktopCase):
         self.opener = None
 
     def begin(self, hangs=False, **changes):
-        """Starts the program, with a double of what opens pages."""
+        """Starts the program with a double of xdg-open."""
         self.opener = Opener(os.path.join(os.path.dirname(self.app.home), "bin"), hangs)
         self.addCleanup(self.opener.stop)
         changes.setdefault("PATH", self.opener.path(self.desk.environment))
         self.app.start(QT_QPA_PLATFORM="xcb", **changes)
 
     def refuse_microphone(self, *options, **changes):
-        """Starts the program in a sandbox whose portal answers as `options` say."""
+        """Starts the program in a sandbox whose portal replies as `options` say."""
         portal = Portal(self.desk, *options or ("--microphone", "1"))
         self.addCleanup(portal.stop)
         marker = os.path.join(self.app.home, "sandbox")
@@ -75,7 +75,7 @@ class AlertCase(DesktopCase):
         return window
 
     def assert_ended(self, opened=None):
-        """The program is gone without ever starting an engine, and `opened` is open."""
+        """The program has ended without starting an engine, and `opened` is open."""
         self.assertEqual(self.app.process.exit_status(), 0)
         self.assertEqual(self.app.engine.starts(), [])
         if opened is None:

@@ -1,4 +1,4 @@
-"""What can be asked for on the command line, and a second start."""
+"""The command line's options, and a second start."""
 
 import os
 import subprocess
@@ -11,7 +11,7 @@ READY = "Ready — hold Right Cmd"
 
 
 class CommandLine(DesktopCase):
-    """Questions are answered without touching the desktop."""
+    """--help and --version work without a desktop."""
 
     @staticmethod
     def ask(*arguments):
@@ -60,7 +60,7 @@ class CommandLine(DesktopCase):
 
 
 class Logging(DesktopCase):
-    """One line a message on standard error; the engine's own lines only on demand."""
+    """Each message is one line on standard error; the engine's lines only at level debug."""
 
     def test_engine_lines_are_logged_only_when_asked_for(self):
         for level, expected in ((None, 0), ("debug", 1)):

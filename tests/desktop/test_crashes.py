@@ -22,7 +22,7 @@ class Crashes(DesktopCase):
         self.desk.notifications.wait_until_displayed(0)
 
     def give_up(self):
-        """An installation whose engine has crashed until it was given up on."""
+        """An installation whose engine has crashed until it was left stopped."""
         app = self.install()
         app.engine.at_start("exit 1")
         app.start_in_tray()

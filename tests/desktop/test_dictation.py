@@ -37,7 +37,7 @@ class DictationCase(DesktopCase):
 
 
 class Words(DictationCase):
-    """What is said is what is written."""
+    """The spoken words are typed."""
 
     def test_nine_phrases_arrive_word_for_word(self):
         for number, phrase in enumerate(PHRASES, 1):
@@ -71,7 +71,7 @@ class FirstStart(DictationCase):
 
 
 class Mishaps(DictationCase):
-    """What goes wrong once does not spoil the next dictation."""
+    """After a failure the next dictation works."""
 
     def works_now(self, written=""):
         """One more dictation arrives."""
@@ -142,7 +142,7 @@ class Endings(DictationCase):
     """It ends within half a second in every state, with the microphone closed and no key pressed."""
 
     def ends_promptly(self):
-        """SIGTERM to the engine alone; the application takes that for an end by itself."""
+        """SIGTERM to the engine only; for the application that is an exit by itself."""
         pid = self.app.engine_pids()[0]
         begun = time.monotonic()
         os.kill(pid, signal.SIGTERM)

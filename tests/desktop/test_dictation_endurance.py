@@ -1,4 +1,4 @@
-"""Two hundred dictations in a row, after which the engine is as small as after the first ones."""
+"""Two hundred dictations in a row: the engine does not grow."""
 
 import os
 
@@ -16,7 +16,7 @@ MOST_GROWTH_KIB = 2048
 
 
 def memory_kib(pid):
-    """What the process has to itself."""
+    """The process's private memory."""
     with open(f"/proc/{pid}/smaps_rollup", encoding="ascii") as file:
         return sum(int(line.split()[1]) for line in file if line.startswith("Private_"))
 

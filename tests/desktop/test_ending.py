@@ -11,10 +11,10 @@ LATENESS_S = 0.9
 
 
 class Ending(DesktopCase):
-    """Whatever ends the program, the engine goes with it."""
+    """Whatever ends the program, the engine ends too."""
 
     def check_end(self, app, engine_pid):
-        """The program has ended well and has left nothing behind."""
+        """The program has exited normally and left no process behind."""
         self.assertEqual(app.process.exit_status(), 0)
         self.assertEqual(app.engine.running(), [])
         self.assertNotIn(engine_pid, app.engine.running())

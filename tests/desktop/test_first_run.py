@@ -27,7 +27,7 @@ class FirstRun(DesktopCase):
         return DownloadForm(self.desk, self.app)
 
     def has_started(self):
-        """Whether the program has gone on: a tray item, an engine."""
+        """Whether the start-up has continued: a tray item, an engine."""
         return bool(self.desk.tray.item_of(self.app.process.pid) or self.app.engine.starts())
 
     def assert_one_start(self):
@@ -128,8 +128,8 @@ class Progress(FirstRun):
             self.assertEqual(form.labels()[:1], HEADLINE[:1])
             answers += 1
         self.assertGreater(answers, 0, "it was read while the lines came")
-        # Lines that were passed over follow. The writes cut lines, so these are more pieces than
-        # lines; not a letter is missing.
+        # Skipped lines are added later. The writes cut lines, so there are more pieces than lines;
+        # no letter is missing.
         expected = flood.replace("\\n", "") * 500
         eventually(lambda: "".join(form.log()[1:-1]) == expected, "all of the log", 60)
         log = form.log()
@@ -265,10 +265,10 @@ class Failure(FirstRun):
 
 
 class Closing(FirstRun):
-    """Closing the window gives no answer: the start stays parked, the set-up runs on."""
+    """After the window is closed, the start-up still waits and the set-up keeps running."""
 
     def assert_parked(self):
-        """Nothing is started, while both the program and the set-up live on."""
+        """No engine is started; the program and the set-up keep running."""
         running = self.setup_run.running()
         self.assertEqual(len(running), 1)
         stays(lambda: not self.has_started() and self.setup_run.running() == running
@@ -332,7 +332,7 @@ class TheSetUpsSurroundings(FirstRun):
 
     @staticmethod
     def complete_report(log):
-        """The report, once it is all there."""
+        """The report, once it is complete."""
         with open(log, encoding="utf-8") as file:
             text = file.read()
         return text if "report" in text and "caught" in text else None

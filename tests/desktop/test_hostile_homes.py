@@ -47,7 +47,7 @@ class HostileCase(DesktopCase):
         self.save(form)
 
     def save(self, form):
-        """Saves; the engine is started again whatever became of the file."""
+        """Saves; the engine is started again even if the file was not written."""
         starts = len(self.app.engine.starts())
         form.keys("Return")
         form.wait_until_closed()
@@ -55,7 +55,7 @@ class HostileCase(DesktopCase):
         self.app.engine.stays_running(0.3)
 
     def seen(self, path):
-        """What a path of the program's own world is called from outside."""
+        """The outside path of a path as the program sees it."""
         return f"/proc/{self.app.process.pid}/root{path}"
 
     def read(self, path=None):

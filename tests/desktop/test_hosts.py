@@ -1,4 +1,4 @@
-"""Desktops on which something is missing, late, restarted or stuck."""
+"""Desktops with a service that is missing, late, restarted or hung."""
 
 import time
 
@@ -9,7 +9,7 @@ READY = "Ready — hold Right Cmd"
 
 
 class WithoutATrayHost(DesktopCase):
-    """The panel comes after the program, or comes again."""
+    """The panel starts after the program, or is restarted."""
 
     desk_parts = {"panel": False}
 
@@ -43,7 +43,7 @@ class WithoutATrayHost(DesktopCase):
 
 
 class WithoutANotificationDaemon(DesktopCase):
-    """Crashes are recovered from all the same."""
+    """Recovery from crashes works without it."""
 
     desk_parts = {"notifications": False}
 
@@ -88,7 +88,7 @@ class WithoutALoginManager(DesktopCase):
     desk_parts = {"login_manager": False}
 
     def check_works(self, app):
-        """The program does its work and has said once that sleep goes unnoticed."""
+        """The program works and has logged once that it cannot see sleep."""
         app.engine.say("Ready.")
         app.item.wait_for_status(READY)
         app.item.click("Restart")

@@ -82,7 +82,7 @@ class TheMenu(DesktopCase):
         before = len(told("ItemsPropertiesUpdated")), len(told("LayoutUpdated"))
 
         def changes():
-            """What was told of this row, and of any others along with it."""
+            """The updates of this row, and of rows sent with it."""
             return [m.arguments for m in told("ItemsPropertiesUpdated")[before[0]:]
                     if any(changed[0] == row for changed in m.arguments[0])]
 

@@ -101,7 +101,7 @@ class TheOverlay:
         pill.wait_until_seen(limit_s=1.0)
 
     def make_full_screen(self, window):
-        """Has the window manager spread the window over the whole screen."""
+        """Has the window manager make the window full-screen."""
         subprocess.run(["wmctrl", "-i", "-r", window, "-b", "add,fullscreen"], check=True,
                        env=self.desk.environment)
         eventually(lambda: f"{self.desk.width}x{self.desk.height}" in self.desk.xdotool(
@@ -143,7 +143,7 @@ class TheOverlay:
     def test_of_several_screens_of_scale_two_it_takes_the_one_with_the_active_window(self):
         right = Rect(512, 0, 512, 640)
         self.split_screen(Rect(0, 0, 512, 640), right)
-        # In the half of the screen that one would miss who took points for pixels.
+        # In the half of the screen that a mix-up of points and pixels would miss.
         self.open_window("-geometry", "200x200+790+100")
         _app, pill = self.start_recording(Pill(self.desk, 2, right), QT_SCALE_FACTOR="2")
         self.assertEqual(pill.windows(), [pill.place])

@@ -1,4 +1,4 @@
-"""What the overlay's bars show of the sound, and what becomes of it when the sound fails."""
+"""The overlay's bars during sound, and what happens when the sound fails."""
 
 import array
 import random
@@ -13,7 +13,7 @@ from harness.sound import MICROPHONE, RATE_HZ, PipeWireServer, SoundServer, tone
 HERTZ_PER_BIN = RATE_HZ / 512
 # A frequency in the middle of each band's bins, and the band's number; bands 0 and 1 are one.
 BANDS = {1: 1, 2: 2, 3: 3, 5: 4, 8: 5, 12: 6, 18: 7, 28: 8, 43: 9, 64: 10, 95: 11, 142: 12, 212: 13}
-# What waits for a dead sound server waits for seconds.
+# A wait for a dead sound server takes seconds.
 PROMPT_S = 0.5
 HIGH_PT = FULL_BAR_PT - 1.0
 
@@ -41,12 +41,12 @@ class SoundCase(DesktopCase):
         return app
 
     def end_recording(self, app):
-        """Has the engine go on to the transcription."""
+        """Has the engine begin the transcription."""
         app.engine.say("Processing 1.5 s of audio")
         self.pill.wait_until_gone()
 
     def wait_for_full_bar(self, number):
-        """Waits until the bar stands at its full height."""
+        """Waits until the bar is at its full height."""
         eventually(lambda: self.pill.bars()[number] >= HIGH_PT, f"bar {number} at full height")
 
     def wait_for_rest(self, limit_s=5.0):

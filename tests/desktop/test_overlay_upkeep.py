@@ -27,7 +27,7 @@ class Upkeep(DesktopCase):
         self.addCleanup(self.end_driver)
 
     def end_driver(self):
-        """It must end well, without a complaint of a sanitizer (leaks are reported at the end)."""
+        """It must exit normally and without sanitizer reports (leaks are reported at the end)."""
         self.assertEqual(self.driver.quit(), 0, self.driver.output())
         self.assertIsNone(SANITIZER_REPORT.search(self.driver.output()), self.driver.output())
 

@@ -1,4 +1,4 @@
-"""An application that has nothing to say says nothing."""
+"""An idle application sends no messages."""
 
 from harness.case import DesktopCase
 from harness.polling import eventually, stays
@@ -7,7 +7,7 @@ READY = "Ready — hold Right Cmd"
 
 
 class Quiet(DesktopCase):
-    """Only a change of what the menu shows may leave the process."""
+    """Messages are sent only when the menu's content changes."""
 
     def traffic_of(self, app):
         """The messages so far from or to the program's connections."""
@@ -37,7 +37,7 @@ class Quiet(DesktopCase):
         messages = self.traffic_of(app)
         self.wait_until_idle(messages)
 
-        # First of all: a change is seen, so that silence means something.
+        # A change is seen first, to show that the test can see messages.
         before = len(messages())
         app.engine.say("Recording...")
         eventually(lambda: len(messages()) > before, "the messages of a change")

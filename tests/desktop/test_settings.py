@@ -191,11 +191,11 @@ class ByHand(SettingsCase):
 
 
 class WhatIsInTheFile(SettingsCase):
-    """What the form makes of the file, and what it leaves of it."""
+    """What the form reads from the file, and what it leaves unchanged."""
 
     def test_the_users_own_lines_are_kept_to_the_byte(self):
         form = self.begin(USERS_FILE)
-        # The reader knows no comments, so the language is one that is in no list.
+        # The reader knows no comments, so the language is one that is not in the list.
         self.assertEqual(form.selections(), ("F7", "Auto-detect", "Original language"))
         form.keys("Up", "Up", "Up", "Tab", "End")
         form.wait_for_selection("Hotkey:", "Shift + \\")

@@ -1,4 +1,4 @@
-"""What the settings lead to: a download where the model is missing, and a start at login."""
+"""Effects of the settings: a download if the model is missing, and a start at login."""
 
 import os
 import shutil

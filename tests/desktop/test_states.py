@@ -12,7 +12,7 @@ ICONS = os.path.join(os.path.dirname(__file__), "..", "..", "packaging", "linux"
 # How many of an icon's 900 pixels must stand out: the thinnest drawing covers more than this.
 LEAST_VISIBLE_PIXELS = 40
 LEAST_DIFFERENT_PIXELS = 12
-# The least contrast of graphics with what is around them that people can be expected to see.
+# The minimum contrast of graphics with their surroundings.
 LEAST_CONTRAST = 3.0
 
 
@@ -55,7 +55,7 @@ class TheTray(DesktopCase):
         engine.say("Processing 1.5 s of audio")
         item.wait_for_status("Transcribing...")
         yield "processing"
-        # Straight on: the panel might still be showing a state in between.
+        # Directly: the panel might still be showing a state in between.
         engine.exit(0)
         item.wait_for_status(STOPPED)
         yield "stopped"
@@ -73,7 +73,7 @@ class TheTray(DesktopCase):
         return icons
 
     def check(self, icons):
-        """Every icon is to be seen, and none can be taken for another."""
+        """Every icon is visible, and all differ."""
         for state, icon in icons.items():
             self.assertGreaterEqual(visible_pixels(icon), LEAST_VISIBLE_PIXELS, state)
         for (one, first), (two, second) in itertools.combinations(icons.items(), 2):

@@ -11,7 +11,7 @@ READABLE = 4.5  # the least contrast of text with what is behind it
 
 
 def luminance(colour):
-    """How bright a colour is to the eye, 0 to 1."""
+    """The relative luminance of a colour, 0 to 1."""
     linear = [value / 255 / 12.92 if value <= 10 else ((value / 255 + 0.055) / 1.055) ** 2.4
               for value in colour]
     return 0.2126 * linear[0] + 0.7152 * linear[1] + 0.0722 * linear[2]
@@ -75,7 +75,7 @@ class Style(DesktopCase):
         screen = self.desk.screenshot()
         found = []
         for part in window.node.all():
-            # What is disabled is meant to step back.
+            # Disabled parts may have less contrast.
             if part.role in ("label", "push button", "combo box", "check box", "text") \
                     and part.name and "enabled" in part.states:
                 place = part.place
@@ -86,7 +86,7 @@ class Style(DesktopCase):
 
     @staticmethod
     def text_contrast(picture):
-        """Of the commonest colour with the one that is farthest from it."""
+        """The contrast of the most common colour with the one farthest from it."""
         pixels = picture.pixels()
         ground = max(set(pixels), key=pixels.count)
         return max(contrast(ground, colour) for colour in set(pixels))

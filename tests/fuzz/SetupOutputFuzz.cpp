@@ -1,4 +1,4 @@
-// Any bytes as the setup's output: nothing breaks, and figures are what stands in the line.
+// Any bytes as the setup's output: nothing breaks, and the figures are those in the line.
 
 #include <string>
 #include <string_view>

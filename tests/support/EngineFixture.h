@@ -36,7 +36,7 @@ struct EngineFixture {
             .notifications = notifications};
   }
 
-  /// The newest engine prints `bytes` in one write, and the main thread hears of it.
+  /// The newest engine prints `bytes` in one write, and the main thread runs what follows.
   void print(std::string_view bytes) {
     launcher.last().print(bytes);
     time.runPosted();

@@ -43,7 +43,7 @@ struct FakeLauncher : ChildProcessLauncher {
   explicit FakeLauncher(ManualTime& newTime) : time(newTime) {}
   FakeLauncher(const FakeLauncher&) = delete;
   FakeLauncher& operator=(const FakeLauncher&) = delete;
-  /// Those who hear a child may hold it: an end that no test asked for parts them.
+  /// Breaks cycles: a child's callbacks may own the child.
   ~FakeLauncher() override {
     for (const auto& child : children) child->options = {};
   }

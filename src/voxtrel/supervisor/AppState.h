@@ -4,8 +4,8 @@
 
 namespace voxtrel {
 
-/// What the engine is doing, as far as its output tells. An error is not a state: its text stands
-/// in EngineStatus::lastError.
+/// What the engine is doing, according to its output. An error is not a state: its text is in
+/// EngineStatus::lastError.
 enum class AppState {
   loading,     ///< started, not yet ready
   idle,        ///< ready

@@ -1,4 +1,4 @@
-"""Owns the notification daemon's name and never answers anybody."""
+"""Owns the notification daemon's name and never replies."""
 
 import signal
 

@@ -1,4 +1,4 @@
-"""A desktop portal: offers what its arguments say, and says what it was asked.
+"""A desktop portal: offers what its arguments say, and prints its requests.
 
 portal.py [--dark] [--shortcuts] [--microphone RESPONSE] [--silent]
 """
@@ -22,7 +22,7 @@ LIGHT, DARK = 2, 1
 
 
 class Request(dbus.service.Object):
-    """What is under way for one question to the user."""
+    """A pending question to the user."""
 
     @dbus.service.signal(REQUEST, signature="ua{sv}")
     def Response(self, response, results):

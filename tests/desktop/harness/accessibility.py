@@ -33,7 +33,7 @@ STATES = {1: "active", 4: "checked", 8: "enabled", 9: "expandable", 10: "expande
 
 
 class Node:
-    """One accessible object; every question is asked afresh."""
+    """One accessible object; every property is read again at each call."""
 
     def __init__(self, bus, service, path):
         self._bus = bus
@@ -63,23 +63,23 @@ class Node:
 
     @property
     def name(self):
-        """What the object is called."""
+        """The object's name."""
         return str(self._property("Accessible", "Name"))
 
     @property
     def description(self):
-        """What more is said of it."""
+        """The object's description."""
         return str(self._property("Accessible", "Description"))
 
     @property
     def role(self):
-        """What kind of object it is."""
+        """The object's role."""
         number = int(self._interface("Accessible").GetRole())
         return ROLES.get(number, f"role {number}")
 
     @property
     def states(self):
-        """The states that are on."""
+        """The object's active states."""
         low, high = (int(word) for word in self._interface("Accessible").GetState())
         bits = low | high << 32
         return {name for number, name in STATES.items() if bits >> number & 1}
@@ -131,7 +131,7 @@ class Node:
         return "showing" in self.states
 
     def descendants(self):
-        """All below it that is shown, itself first, in tree order."""
+        """The object and its shown descendants, in tree order."""
         found = [self]
         for child in self.children():
             if child.showing():
@@ -182,12 +182,12 @@ class Node:
         self.act("Press")
 
     def focus(self):
-        """Gives it the keyboard."""
+        """Gives it the focus."""
         self._interface("Component").GrabFocus()
 
 
 def tolerant(ask):
-    """`ask`, answering None while the object asked is just coming or going."""
+    """`ask`, or None if the object is appearing or disappearing."""
     def attempt(*arguments):
         try:
             return ask(*arguments)
@@ -215,8 +215,8 @@ class Accessibility:
         self._bus.close()
 
     def root_of(self, pid):
-        """The program's root object, or None while it offers none."""
-        # Only the program itself is asked: others on this bus never answer such questions.
+        """The program's root object, or None if there is none yet."""
+        # Only the program itself is asked: others on this bus do not reply.
         for name in self._bus.names():
             if name.startswith(":") and tolerant(self._bus.process_of)(name) == pid:
                 root = Node(self._bus, name, ROOT_PATH)

@@ -37,13 +37,13 @@ class Application:
             shutil.copy2(os.path.join(programs, "scripted-engine"), self.engine.executable)
 
     def install_model(self):
-        """Leaves the mark by which the model counts as present."""
+        """Writes the file that marks the model as present."""
         os.makedirs(os.path.join(self.home, MODEL))
         with open(os.path.join(self.home, MODEL, "manifest.json"), "w", encoding="ascii") as file:
             file.write("{}\n")
 
     def remove_model(self):
-        """Takes the model away."""
+        """Removes the model."""
         shutil.rmtree(os.path.join(self.home, MODEL))
 
     @property
@@ -103,11 +103,11 @@ class Application:
     # Watching ------------------------------------------------------------------------------------
 
     def output(self):
-        """All that the latest start has printed."""
+        """Everything that the latest start has printed."""
         return self.process.output()
 
     def reports(self):
-        """The lines in which a sanitizer complains, over all starts."""
+        """The sanitizer reports of all starts."""
         found = []
         for number in range(1, self._starts + 1):
             log = self._desk.path(f"logs/{os.path.basename(self._folder)}-{number}.log")
@@ -120,7 +120,7 @@ class Application:
         return self._status_kib("VmHWM") / 1024
 
     def reset_peak_memory(self):
-        """Makes the peak start again from what is in use now."""
+        """Resets the peak to the memory in use now."""
         with open(f"/proc/{self.process.pid}/clear_refs", "w", encoding="ascii") as file:
             file.write("5")
 

@@ -1,4 +1,4 @@
-"""Private message buses: nothing of the machine's own can answer, nothing is started on demand."""
+"""Private message buses without the machine's services; no service is started on demand."""
 
 import os
 
@@ -61,7 +61,7 @@ class BusClient:
         return [str(name) for name in self.connection.list_names()]
 
     def interface(self, name, path, interface):
-        """A proxy that asks nothing by itself (no introspection)."""
+        """A proxy without introspection."""
         proxy = self.connection.get_object(name, path, introspect=False)
         return dbus.Interface(proxy, interface)
 

@@ -23,7 +23,7 @@ class DesktopCase(unittest.TestCase):
         cls.enterClassContext(cls.desk)
 
     def setUp(self):
-        """Notifications of earlier tests are none of this one's business."""
+        """Notifications of earlier tests are not counted."""
         self._earlier = 0
         if self.desk.notifications:
             self._earlier = len(self.desk.notifications.shown())
@@ -36,7 +36,7 @@ class DesktopCase(unittest.TestCase):
             self.desk.keep_logs(self._testMethodName)
 
     def install(self, **options):
-        """A fresh installation; its program is ended after the test, and must have been sane."""
+        """A fresh installation; its program is ended after the test and must not have failed."""
         type(self).installations += 1
         # A short name: the path of a local socket has a limit.
         app = Application(self.desk, PROGRAMS, f"app{self.installations}", **options)

@@ -84,7 +84,7 @@ class Desk:
         self.stop()
 
     def start(self):
-        """Starts every part, in the order in which they need one another."""
+        """Starts every part, in the order of their dependencies."""
         display = self._launch_x_server()
         self.system_bus = self._start_bus("system")
         if self._wants_session_bus:
@@ -159,7 +159,7 @@ class Desk:
         return os.path.join(self.folder, name)
 
     def spawn(self, *command, environment=None):
-        """Starts a program of the desktop; it ends with the desk at the latest."""
+        """Starts a program of the desktop; it ends with the desk or earlier."""
         log = self.path(f"logs/{len(self._running):02}-{os.path.basename(command[0])}.log")
         process = Process(list(command), environment or self.environment, log)
         self._running.append(process)
@@ -222,7 +222,7 @@ class Desk:
         return daemon
 
     def start_hanging_notification_daemon(self):
-        """Puts a daemon in place that never answers."""
+        """Starts a daemon that never replies."""
         daemon = self.spawn(sys.executable, os.path.join(DOUBLES, "hanging_notification_daemon.py"))
         eventually(lambda: self.session_bus.owner(NOTIFICATIONS), "the hanging daemon", 20)
         return daemon
@@ -239,11 +239,11 @@ class Desk:
         self.xdotool("mousemove", x, y, "click", str(button))
 
     def park_pointer(self):
-        """Moves the pointer to a corner where it is in no picture."""
+        """Moves the pointer to a corner, so that it is not in the pictures."""
         self.xdotool("mousemove", str(self.width), str(self.height))
 
     def xdotool(self, *arguments):
-        """Acts as the user's hands."""
+        """Presses keys and clicks like a user."""
         return subprocess.run(["xdotool", *arguments], check=True, env=self.environment,
                               capture_output=True, text=True, timeout=20).stdout
 
@@ -253,7 +253,7 @@ class Desk:
                               env=self.environment, capture_output=True, text=True).stdout
 
     def xdotool_or_nothing(self, *arguments):
-        """What it answers; nothing where it finds nothing."""
+        """The output of xdotool; empty if it finds nothing."""
         return subprocess.run(["xdotool", *arguments], check=False, env=self.environment,
                               capture_output=True, text=True, timeout=20).stdout
 

@@ -85,7 +85,7 @@ class Speaker:
         stays(lambda: self._app.item.status() == "Recording...", "recording", for_s)
 
     def release(self):
-        """Lets go of the key."""
+        """Releases the key."""
         self._desk.xdotool("keyup", KEY_CODE)
 
     def escape(self):
@@ -127,7 +127,7 @@ class Editor:
         return found.split()[0] if found.split() else None
 
     def focus(self):
-        """Gives it the keys."""
+        """Gives it the focus."""
         self._desk.xdotool("windowactivate", "--sync", self._window)
         eventually(lambda: self._desk.xdotool_or_nothing("getwindowfocus").strip() == self._window,
                    "the editor's focus")

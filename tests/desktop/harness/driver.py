@@ -7,7 +7,7 @@ from .processes import _die_with_parent
 
 
 class OverlayDriver:
-    """A running overlay-driver; it answers every command with one line."""
+    """A running overlay-driver; it replies to every command with one line."""
 
     def __init__(self, desk, programs, log, **changes):
         environment = dict(desk.environment, **changes)
@@ -26,11 +26,11 @@ class OverlayDriver:
         return self._child.pid
 
     def is_running(self):
-        """Whether it has not ended."""
+        """Whether it is running."""
         return self._child.poll() is None
 
     def ask(self, command):
-        """Sends a command; returns the answer."""
+        """Sends a command; returns the reply."""
         self._child.stdin.write(command + "\n")
         self._child.stdin.flush()
         answer = self._child.stdout.readline()
@@ -47,7 +47,7 @@ class OverlayDriver:
         return int(self.ask("hide")) / 1e6
 
     def stats(self):
-        """What it counts, by name."""
+        """Its counters by name."""
         words = self.ask("stats").split()
         return dict(zip(words[::2], map(float, words[1::2])))
 
@@ -62,6 +62,6 @@ class OverlayDriver:
         return status
 
     def output(self):
-        """All that it has printed on standard error."""
+        """Everything that it has printed to standard error."""
         with open(self.log, encoding="utf-8", errors="replace") as log:
             return log.read()

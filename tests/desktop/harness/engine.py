@@ -1,4 +1,4 @@
-"""The scripted engine that stands in for the real one, steered and watched by the test."""
+"""The scripted engine that replaces the real one, controlled and watched by the test."""
 
 import collections
 import os
@@ -13,7 +13,7 @@ Start = collections.namedtuple("Start", "time_s pid")
 
 
 def _escaped(text):
-    """Backslashes mean something to the engine."""
+    """Escapes backslashes, line ends and tabs for the script."""
     for letter, word in (("\\", "\\\\"), ("\n", "\\n"), ("\r", "\\r"), ("\t", "\\t")):
         text = text.replace(letter, word)
     return text
@@ -29,7 +29,7 @@ class Engine:
         self.executable = executable
         self._files = executable + mode
         self._pending = []
-        # The engine writes its log only where there is one.
+        # The engine writes its log only if the file exists.
         with open(self._files + ".log", "a", encoding="utf-8"):
             pass
 
@@ -49,7 +49,7 @@ class Engine:
         self._tell("write " + _escaped(text))
 
     def make_weights(self, model):
-        """Has the running engine leave the mark by which a model counts as present."""
+        """Has the running engine write the file that marks a model as present."""
         self._tell("weights " + model)
 
     def exit(self, status):

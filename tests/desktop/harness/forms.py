@@ -113,10 +113,10 @@ class SettingsForm(Window):
                    for child in self.combo(label).children())
 
     def choose_by_mouse(self, label, text):
-        """Opens a box's list and clicks at a row."""
+        """Opens a box's list and clicks a row."""
         self.click(self.combo(label))
         row = eventually(lambda: self._visible_row(label, text), f"the row {text!r}")
-        # A click that comes too soon after the first counts as its second half.
+        # A click too soon after the first makes it a double click.
         eventually(lambda: self.open_list(label), "the open list")
         self.click(row)
         self.wait_for_selection(label, text)

@@ -43,5 +43,5 @@ class LoginManager:
         return [str(word) for word in self._control().History()]
 
     def stop(self):
-        """Ends the double."""
+        """Ends the login manager."""
         self._process.stop()

@@ -13,7 +13,7 @@ KINDS = {1: "call", 2: "return", 3: "error", 4: "signal"}
 
 @dataclasses.dataclass(frozen=True)
 class Message:
-    """One message as it passed by."""
+    """One recorded message."""
 
     kind: str
     sender: str
@@ -28,7 +28,7 @@ class Message:
 
 
 class BusMonitor:
-    """Records all messages from its making to its closing; they arrive while the test polls."""
+    """Records all messages until it is closed; they arrive while the test polls."""
 
     def __init__(self, bus):
         self.messages = []
@@ -45,7 +45,7 @@ class BusMonitor:
             message.get_destination() or "", message.get_path() or "",
             message.get_interface() or "", message.get_member() or "", message.get_serial(),
             message.get_reply_serial(), message.get_args_list(), time.monotonic()))
-        # A monitor that answers a call it merely overheard is thrown off the bus.
+        # The bus disconnects a monitor that replies to a recorded call.
         return dbus.lowlevel.HANDLER_RESULT_HANDLED
 
     def calls(self, member):
@@ -57,7 +57,7 @@ class BusMonitor:
         return [m for m in self.messages if m.kind == "signal" and m.member == member]
 
     def reply(self, call):
-        """The answer to a recorded call, or None so far."""
+        """The reply to a recorded call, or None if there is none yet."""
         for message in self.messages:
             if message.reply_to == call.serial and message.destination == call.sender:
                 return message

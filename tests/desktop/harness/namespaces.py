@@ -19,5 +19,5 @@ def can_mount():
 
 
 def in_own_mounts(*commands):
-    """What a command is wrapped in so that these shell commands come before it."""
+    """A wrapper that runs these shell commands before a command."""
     return [*_unshare(), "sh", "-ec", "\n".join([*commands, 'exec "$0" "$@"'])]

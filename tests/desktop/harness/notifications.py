@@ -1,4 +1,4 @@
-"""Notifications as the user meets them: what was shown, and the button that was pressed."""
+"""Notifications as the user sees them: what was shown, and which button was pressed."""
 
 import dataclasses
 

@@ -79,7 +79,7 @@ class Panel:
             eventually(lambda: not self.running, "the end of the panel's tray")
 
     def set_dark(self, dark):
-        """Chooses the dark or the light variant of the theme and starts the panel afresh."""
+        """Chooses the dark or the light variant of the theme and restarts the panel."""
         self.stop()
         xfconf = self._desk.session_bus.interface(
             "org.xfce.Xfconf", "/org/xfce/Xfconf", "org.xfce.Xfconf")

@@ -23,12 +23,12 @@ def bar_colour(number):
 
 
 def distance(one, two):
-    """How far two colours are from one another, by their most different component."""
+    """The distance of two colours: the difference of their most different component."""
     return max(abs(a - b) for a, b in zip(one, two))
 
 
 class Pill:
-    """Finds the overlay's window and measures what is painted where it stands."""
+    """Finds the overlay's window and measures what is painted there."""
 
     def __init__(self, desk, scale=1, screen=None):
         self._desk = desk

@@ -15,7 +15,7 @@ def pump():
 
 
 def eventually(condition, what, limit_s=5.0):
-    """Returns the first true answer of `condition`; fails, saying `what` was awaited, at the limit."""
+    """Returns the first true result of `condition`; at the limit fails and names `what`."""
     deadline = time.monotonic() + limit_s
     while True:
         pump()

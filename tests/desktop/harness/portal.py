@@ -1,4 +1,4 @@
-"""The desktop portal's double: style, shortcuts and devices, as the test wants them."""
+"""A double of the desktop portal; the test sets style, shortcuts and devices."""
 
 import os
 import sys
@@ -31,6 +31,6 @@ class Portal:
         return [str(devices) for devices in self._control().Asked()]
 
     def stop(self):
-        """Takes the portal away."""
+        """Ends the portal."""
         self._process.stop()
         eventually(lambda: not self._bus.owner(NAME), "the portal's end")

@@ -49,7 +49,7 @@ class Process:
         return self._child.pid
 
     def running(self):
-        """Whether it has not ended yet."""
+        """Whether it is running."""
         return self._child.poll() is None
 
     def exit_status(self, limit_s=10.0):
@@ -62,7 +62,7 @@ class Process:
         self._child.send_signal(number)
 
     def stop(self):
-        """Ends it, politely at first."""
+        """Ends it by SIGTERM, then by SIGKILL."""
         if self.running():
             self.send(signal.SIGCONT)
             self.send(signal.SIGTERM)
@@ -79,13 +79,13 @@ class Process:
         self._child.wait()
 
     def output(self):
-        """All that it has printed so far."""
+        """Everything that it has printed so far."""
         with open(self.log, encoding="utf-8", errors="replace") as log:
             return log.read()
 
 
 def without_privilege():
-    """What a command is wrapped in so that permission bits count, also for the superuser."""
+    """A wrapper under which permission bits apply to root too."""
     if os.geteuid() != 0:
         return []
     rights = "-dac_override,-dac_read_search"

@@ -47,7 +47,7 @@ class Picture:
         return Picture(rect.width, rect.height, b"".join(rows))
 
     def differing_pixels(self, other, tolerance=24):
-        """How many pixels are clearly of another colour in `other`."""
+        """How many pixels have a clearly different colour in `other`."""
         return sum(max(abs(a - b) for a, b in zip(one, two)) > tolerance
                    for one, two in zip(self.pixels(), other.pixels()))
 
@@ -62,7 +62,7 @@ class Picture:
                     max(columns) - min(columns) + 1, max(rows) - min(rows) + 1)
 
     def enlarged(self, factor):
-        """The picture with every pixel repeated, for the eye."""
+        """The picture enlarged: every pixel repeated."""
         rows = []
         for y in range(self.height):
             line = b"".join(bytes(self.pixel(x, y)) * factor for x in range(self.width))

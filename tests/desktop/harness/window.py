@@ -10,7 +10,7 @@ CLOSE_BOX_WIDTH_PX = 24  # of the window manager's frame, at its right end
 
 
 class Window:
-    """One window, by its title; its parts are asked for by assistive technology."""
+    """One window, by its title; its parts are read by assistive technology."""
 
     def __init__(self, desk, app, title, scale=1):
         self.desk = desk
@@ -57,21 +57,21 @@ class Window:
                               capture_output=True, text=True).stdout
 
     def active(self):
-        """Whether it has the keyboard."""
+        """Whether it has the focus."""
         answer = self._ask("xprop", "-root", "_NET_ACTIVE_WINDOW")
         found = re.search(r"0x[0-9a-f]+", answer)
         if not found or int(found[0], 16) != int(self.identifier):
             return False
-        # The window manager says so first; keys arrive only when the program knows it too.
+        # The window manager knows first; keys arrive only when the program knows too.
         return "active" in self.node.states
 
     def wait_until_active(self):
-        """Waits until it has the keyboard."""
+        """Waits until it has the focus."""
         eventually(self.active, f"{self.title!r} to be the active window", 10)
         return self
 
     def wait_until_focused(self, node):
-        """Waits until one of its parts has the keyboard."""
+        """Waits until one of its parts has the focus."""
         eventually(lambda: "focused" in node.states, f"{node!r} to have the keyboard")
 
     def wait_until_closed(self, limit_s=10.0):
@@ -104,7 +104,7 @@ class Window:
         self.desk.park_pointer()
 
     def close_by_box(self):
-        """Clicks at the frame's close box, once the frame is there and stands still."""
+        """Clicks at the frame's close box, once the frame is there and has stopped moving."""
         self.wait_until_active()
         self.settled_picture()
         frame, inner = self.frame, self.content
