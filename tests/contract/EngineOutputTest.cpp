@@ -23,7 +23,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// One of the engine's lines and what it is to mean.
+/// One of the engine's lines and its meaning.
 struct Meaning {
   std::string line;
   std::optional<AppState> state;

@@ -24,7 +24,7 @@ using quillback::parseEngineSettings;
 using ::testing::Each;
 using ::testing::HasSubstr;
 
-/// What the engine goes by, as the application would say it.
+/// The engine's settings in the application's terms.
 ModelSettings obeyed(const EngineSettings& engine) {
   return {engine.language, engine.translate, std::string(engine.hotkey.name), engine.model};
 }

@@ -157,7 +157,7 @@ class Microphone(AlertCase):
         self.assertLess(time.monotonic() - started, 5.0)
         self.assertEqual(os.path.basename(self.opener.wait_for_one()), "microphone.html")
 
-    def test_without_any_page_opener_it_ends_all_the_same(self):
+    def test_without_any_page_opener_it_still_ends(self):
         self.refuse_microphone(PATH=self.app.home)
         window = self.alert(MICROPHONE)
         window.click(self.button(window, "Open Settings"))

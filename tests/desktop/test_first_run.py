@@ -228,7 +228,7 @@ class Failure(FirstRun):
         form.retry().press()
         self.wait_for_error(form, EXIT_TEXT.format(255))
 
-    def test_skip_after_a_failure_goes_on_without_the_model(self):
+    def test_skip_after_a_failure_continues_without_the_model(self):
         form = self.begin("exit 1")
         self.wait_for_error(form, EXIT_TEXT.format(1))
         form.wait_until_active()
@@ -274,7 +274,7 @@ class Closing(FirstRun):
         stays(lambda: not self.has_started() and self.setup_run.running() == running
               and self.app.process.running(), "parked", for_s=2.0)
 
-    def test_by_the_close_box_parks_the_start_and_a_later_success_goes_on(self):
+    def test_by_the_close_box_parks_the_start_and_a_later_success_continues_it(self):
         form = self.begin()
         self.setup_run.wait_for_starts(1)
         form.wait_until_active()

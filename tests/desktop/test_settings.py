@@ -240,7 +240,7 @@ class WhatIsInTheFile(SettingsCase):
 class TheWindow(SettingsCase):
     """One window, whatever is asked for."""
 
-    def test_asked_for_twice_it_is_one_window_that_comes_to_the_front(self):
+    def test_opened_twice_it_is_one_window_that_comes_to_the_front(self):
         form = self.begin()
         form.keys("Down")
         self.app.item.click("Check for Updates...")
@@ -273,7 +273,7 @@ class TheWindow(SettingsCase):
         self.assertIn("minimum size: 420 by 280", hints)
         self.assertIn("maximum size: 420 by 280", hints)
 
-    def test_the_program_goes_on_beside_it(self):
+    def test_the_program_keeps_working_beside_it(self):
         self.begin()
         self.app.engine.say("Processing 2.0 s of audio")
         self.app.item.wait_for_status("Transcribing...")

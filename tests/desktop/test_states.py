@@ -80,7 +80,7 @@ class TheTray(DesktopCase):
             self.assertGreaterEqual(
                 first.differing_pixels(second), LEAST_DIFFERENT_PIXELS, f"{one} and {two}")
 
-    def test_each_state_has_an_icon_of_its_own_visible_on_light_and_dark_panels(self):
+    def test_each_state_has_its_own_icon_visible_on_light_and_dark_panels(self):
         """The drawings compiled into the program."""
         for dark in (False, True):
             with self.subTest(dark=dark):

@@ -40,7 +40,7 @@ void moveItem(const std::string& from, const std::string& to) {
 }
 
 /// Each step runs whether or not the one before it succeeded: if the new file cannot be written, the
-/// old one is removed all the same, and the engine runs with its defaults.
+/// old one is still removed, and the engine runs with its defaults.
 void replaceFile(const std::string& path, const ModelSettings& settings) {
   std::error_code error;
   fs::create_directories(fs::path(path).parent_path(), error);

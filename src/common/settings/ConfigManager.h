@@ -22,7 +22,7 @@ class ConfigManager {
   ModelSettings readSettings() const;
 
   /// Puts the settings into the file and keeps its other lines. Reports no failure: if the new text
-  /// cannot be written, the old file is removed all the same.
+  /// cannot be written, the old file is still removed.
   void writeSettings(const ModelSettings& settings) const;
 
   /// The first model name in the file; readSettings() gives the last.

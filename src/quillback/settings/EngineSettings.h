@@ -13,7 +13,7 @@ namespace voxtrel::quillback {
 struct EngineSettings {
   enum class Insert { type, clipboard, none };
 
-  // Read by the rules that the application's settings window goes by.
+  // Read by the same rules as in the application's settings window.
   std::string model = "large-v3";  ///< also names the folder of its weights
   std::string language = "auto";   ///< a language code; "auto" detects the language
   bool translate = false;          ///< to English

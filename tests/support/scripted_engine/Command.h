@@ -6,7 +6,7 @@
 
 namespace scripted {
 
-/// One thing that the engine is told to do.
+/// One command to the engine.
 struct Command {
   std::string name;
   std::string argument;  ///< the rest of the line, escapes not yet replaced

@@ -11,7 +11,7 @@
 
 namespace scripted {
 
-/// Does what it is told.
+/// Runs the commands.
 /// Thread: any; commands that write wait for each other.  Owns: the output.  Borrows: the log.
 class Engine {
  public:

@@ -133,7 +133,7 @@ TEST_F(StartUp, LeavesTheLoginItemAloneUnlessTheUserDefaultsAskForIt) {
   EXPECT_TRUE(desktop.loginItem.enabled);
 }
 
-TEST_F(StartUp, GoesOnWithoutALoginItemThatCannotBeRegistered) {
+TEST_F(StartUp, ContinuesWithoutALoginItemThatCannotBeRegistered) {
   desktop.defaults.values["launchAtLogin"] = true;
   desktop.loginItem.canEnable = false;
   finishLaunching();
@@ -163,7 +163,7 @@ TEST_F(StartUp, QuitRequestBeforeTheGateEndsTheApplication) {
   EXPECT_EQ(desktop.application.terminations, 1);
 }
 
-TEST_F(StartUp, TerminationStopsAnEngineThatNobodyAskedToStop) {
+TEST_F(StartUp, TerminationStopsARunningEngine) {
   finishLaunching();
   answerMicrophone(true);
   delegate->applicationWillTerminate();

@@ -38,7 +38,7 @@ TEST_F(FirstRun, FetchesTheModelInTheSetupWindow) {
   EXPECT_TRUE(desktop.trust.prompts.empty());
 }
 
-TEST_F(FirstRun, GoesOnOneSecondAfterTheDownload) {
+TEST_F(FirstRun, ContinuesOneSecondAfterTheDownload) {
   endSetup(0);
   desktop.time.advance(999ms);
   EXPECT_FALSE(microphoneWasAsked());
@@ -49,7 +49,7 @@ TEST_F(FirstRun, GoesOnOneSecondAfterTheDownload) {
   EXPECT_EQ(starts(), 2U);
 }
 
-TEST_F(FirstRun, GoesOnWhenTheUserSkips) {
+TEST_F(FirstRun, ContinuesWhenTheUserSkips) {
   endSetup(1);
   EXPECT_TRUE(window().visible);
   EXPECT_FALSE(microphoneWasAsked());
@@ -78,7 +78,7 @@ TEST_F(FirstRun, StaysParkedWhenTheWindowIsClosed) {
   EXPECT_EQ(desktop.application.terminations, 0);
 }
 
-TEST_F(FirstRun, GoesOnWhenTheSetupBehindAClosedWindowSucceeds) {
+TEST_F(FirstRun, ContinuesWhenTheSetupBehindAClosedWindowSucceeds) {
   desktop.forms.closeLast();
   endSetup(0);
   desktop.time.advance(1s);

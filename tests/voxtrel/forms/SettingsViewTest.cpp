@@ -305,7 +305,7 @@ TEST_F(SettingsForm, ShowsWhatTheSystemSaysWhereNothingCanBeKept) {
   EXPECT_EQ(heard, Flags{true});
 }
 
-TEST_F(SettingsForm, LetsItsObserverGoWhileItIsCalled) {
+TEST_F(SettingsForm, ReleasesItsObserverWhileItIsCalled) {
   loginItem.canEnable = false;
   open().setOnChange([this, alive = std::string(100, 'x')] {
     view->setOnChange(nullptr);

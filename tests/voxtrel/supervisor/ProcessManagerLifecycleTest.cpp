@@ -28,7 +28,7 @@ TEST(EngineStatus, NotifiesTheObserverAlsoOfAStateThatIsAlreadyCurrent) {
   EXPECT_EQ(engine.heard, (States{AppState::loading, AppState::idle, AppState::idle}));
 }
 
-TEST(EngineStatus, IsStoredAtOnceAndHeardOfOnTheMainLoopWithItsOwnValue) {
+TEST(EngineStatus, IsStoredAtOnceAndReportedOnTheMainLoopWithItsOwnValue) {
   EngineFixture engine;
   engine.manager->launch();
   engine.time.runPosted();
@@ -283,7 +283,7 @@ TEST(StopAndWait, DoesNotForgetAnEngineThatAnotherThreadStartedMeanwhile) {
   EXPECT_EQ(engine.launcher.running(), 0U);
 }
 
-TEST(Supervisor, ThatIsGoneHearsNothing) {
+TEST(Supervisor, IgnoresItsEngineOnceDestroyed) {
   EngineFixture engine;
   engine.manager->launch();
   const auto child = engine.launcher.children.back();

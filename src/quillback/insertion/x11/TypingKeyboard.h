@@ -21,7 +21,7 @@ class TypingKeyboard {
   ~TypingKeyboard();
 
   /// Releases all held keys and turns off Caps Lock and the like, which would change what the next
-  /// strokes write. A released key is not pressed again: if its user has let go of it meanwhile, it
+  /// strokes write. A released key is not pressed again: if the user has released it meanwhile, it
   /// would stay pressed.
   void releaseAll();
   void press(const KeyStroke& stroke, const KeyTable& table);

@@ -122,7 +122,7 @@ class ToldToStop(SetupCase):
                 self.assert_ready(self.setup())
                 self.assertEqual(self.server.ranges(), [None, f"bytes={len(have)}-"])
 
-    def test_by_a_signal_that_is_ignored_for_it_goes_on_to_its_end(self):
+    def test_by_an_ignored_signal_continues_to_its_end(self):
         for number, name in ((signal.SIGHUP, "HUP"), (signal.SIGINT, "INT")):
             with self.subTest(name):
                 self.setUp()

@@ -65,7 +65,7 @@ TEST_F(EndingTest, LettingGoOfAChildEndsIt) {
   EXPECT_EQ(child.record->waitForStatus(), SIGKILL);
 }
 
-TEST_F(EndingTest, AChildLetGoOfByItsOwnExitReportIsNoTrouble) {
+TEST_F(EndingTest, AChildMayBeReleasedByItsOwnExitReport) {
   auto keeper = std::make_shared<std::shared_ptr<ChildProcess>>();
   auto done = std::make_shared<std::atomic<bool>>(false);
   ChildOptions options;

@@ -167,7 +167,7 @@ TEST_F(OutputTest, AGrandchildThatFloodsTheOutputHidesNoLineAndDelaysNothing) {
   }
 }
 
-TEST_F(OutputTest, AChildThatClosesItsOutputGoesOnRunning) {
+TEST_F(OutputTest, AChildThatClosesItsOutputKeepsRunning) {
   const StartedChild child =
       engine({"--print", "silence", "--close-output", "--sleep", "100", "--exit", "5"});
   ASSERT_TRUE(eventually([&] { return child.record->contains("silence"); }));
@@ -175,7 +175,7 @@ TEST_F(OutputTest, AChildThatClosesItsOutputGoesOnRunning) {
   EXPECT_EQ(child.record->output(), "silence\n");
 }
 
-TEST_F(OutputTest, NobodyNeedsToListen) {
+TEST_F(OutputTest, NoListenerIsNeeded) {
   ChildOptions options;
   options.executable = SCRIPTED_ENGINE;
   options.arguments = {"run", "--flood", "1M", "--exit", "0"};

@@ -189,7 +189,7 @@ TEST_F(SetupRun, LogsAHundredThousandLinesBeforeItIsDone) {
   expectSuccess();
 }
 
-TEST_F(SetupRun, HearsTheLastLinesOfAnEngineThatFails) {
+TEST_F(SetupRun, ReadsTheLastLinesOfAnEngineThatFails) {
   run("flood 300k\nprint last words\nexit 1\n");
   EXPECT_EQ(view_->logLines().back(), "last words");
   expectError("Setup failed (exit code 1). Check internet connection.");
@@ -239,7 +239,7 @@ TEST_F(SetupRun, SucceedsOnRetry) {
   expectSuccess();
 }
 
-TEST_F(SetupRun, GoesOnWithoutItsWindowAndLeavesNothingBehind) {
+TEST_F(SetupRun, ContinuesWithoutItsWindowAndLeavesNothingBehind) {
   script("print at work\nwait-for " + (folder_.path() / "go").string() + "\nprint more\nexit 0\n");
   view_->appeared();
   EXPECT_TRUE(mainLoop_.runUntil([this] { return view_->logLines().size() == 2; }));

@@ -42,7 +42,7 @@ TEST_F(Supervision, FollowsARealEngine) {
   EXPECT_EQ(manager_->lastText(), "hello");
 }
 
-TEST_F(Supervision, HearsTheEnginesLastWordsBeforeItJudgesTheExit) {
+TEST_F(Supervision, ReadsTheEnginesLastWordsBeforeItJudgesTheExit) {
   for (const char* before : {"", "grandchild 60000\n", "flooding-grandchild 60000\n"}) {
     SCOPED_TRACE(before);
     script(std::string(before) + "print [quillback] Failed to load the model\nexit 1\n");

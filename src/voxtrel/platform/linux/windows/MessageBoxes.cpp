@@ -41,7 +41,7 @@ void setFormats(QMessageBox& box) {
 }
 
 /// The box of one alert, modal to the application's windows.
-/// Thread: the main thread.  Deletes itself once answered; if destroyed before, it never answers.
+/// Thread: the main thread.  Deletes itself once answered; if destroyed before, reports no answer.
 class AlertBox final : public QMessageBox {
   // Prevents a native dialog, which would choose the order of the buttons.
   Q_OBJECT
