@@ -13,6 +13,14 @@ UNIT_LINES = 40
 # A unit, header and source together, is at least UNIT_LINES long; else it belongs to the neighbour that it
 # serves. A port may be shorter. So may these, each for its reason.
 SMALL_UNITS = {
+    "src/common/posix/FileDescriptor": "used by both programs",
+    "src/common/x11/XcbXkb": "works around a C header; four users",
+    "src/quillback/recognition/RecogniserBackend": "an interface with two implementations",
+    "src/quillback/recognition/Whisper": "what the two rooms below define",
+    "src/quillback/recognition/no_whisper/NoWhisper": "stands in for a library that is not installed",
+    "src/voxtrel/platform/linux/dbus/DBusStructure": "used by the item and by the menu",
+    "src/voxtrel/supervisor/AppState": "the status that most rooms show; needs nothing",
+    "src/voxtrel/supervisor/EngineLocation": "used by the supervisor and by the setup",
 }
 
 CONDITIONAL = re.compile(r"^\s*#\s*(if|ifdef|ifndef|elif)\b")
