@@ -7,12 +7,12 @@
 namespace voxtrel {
 namespace {
 
-constexpr std::size_t kBlockBytes = 64;
+constexpr std::size_t kAsciiBlockBytes = 64;
 constexpr std::uint64_t kTopBits = 0x8080808080808080U;
 
 bool isAsciiBlock(const char* block) {
   std::uint64_t bits = 0;
-  for (std::size_t i = 0; i < kBlockBytes; i += sizeof bits) {
+  for (std::size_t i = 0; i < kAsciiBlockBytes; i += sizeof bits) {
     std::uint64_t word = 0;
     std::memcpy(&word, block + i, sizeof word);
     bits |= word;
@@ -67,13 +67,13 @@ Utf8Character firstCharacter(std::string_view text) {
 
 bool isValidUtf8(std::string_view bytes) {
   while (!bytes.empty()) {
-    if (bytes.size() >= kBlockBytes && isAsciiBlock(bytes.data())) {
-      bytes.remove_prefix(kBlockBytes);
+    if (bytes.size() >= kAsciiBlockBytes && isAsciiBlock(bytes.data())) {
+      bytes.remove_prefix(kAsciiBlockBytes);
       continue;
     }
     // Check the characters that begin in this block; the next block may be ASCII again.
     std::size_t walked = 0;
-    while (walked < kBlockBytes && walked < bytes.size()) {
+    while (walked < kAsciiBlockBytes && walked < bytes.size()) {
       const std::size_t length = sequenceLength(bytes.substr(walked));
       if (length == 0) return false;
       walked += length;

@@ -10,8 +10,8 @@
 namespace voxtrel {
 namespace {
 
-constexpr std::string_view kModelSection = "[model]";
-constexpr std::string_view kAudioSection = "[audio]";
+constexpr std::string_view kModelHeader = "[model]";
+constexpr std::string_view kAudioHeader = "[audio]";
 constexpr std::string_view kModelKey = "whisper_model";
 
 struct Key {
@@ -83,8 +83,8 @@ void forEachSetting(std::string_view text, const Apply& apply) {
     const std::string_view line = trimmedWhitespace(piece);
     if (!line.starts_with('[')) return applyLine(line, keys, apply);
     keys = {};
-    if (line == kModelSection) keys = kModelKeys;
-    if (line == kAudioSection) keys = kAudioKeys;
+    if (line == kModelHeader) keys = kModelKeys;
+    if (line == kAudioHeader) keys = kAudioKeys;
   });
 }
 
@@ -115,7 +115,7 @@ std::string parseWhisperModel(std::string_view text) {
     if (model) return;
     const std::string_view line = trimmedWhitespace(piece);
     if (line.starts_with('[')) {
-      isInModelSection = line == kModelSection;
+      isInModelSection = line == kModelHeader;
     } else if (isInModelSection) {
       if (const auto value = valueOf(line, kModelKey)) model = stripped(*value, kDoubleQuote);
     }

@@ -17,7 +17,6 @@ namespace voxtrel::quillback {
 namespace {
 
 constexpr mode_t kFolderMode = 0777;
-constexpr mode_t kFileMode = 0666;
 constexpr std::size_t kBlockBytes = 1 << 20;
 
 void require(int success) {

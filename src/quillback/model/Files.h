@@ -1,6 +1,7 @@
 #pragma once
 
 #include <openssl/evp.h>
+#include <sys/types.h>
 
 #include <cerrno>
 #include <cstdint>
@@ -16,6 +17,9 @@
 #include "common/posix/StopSignals.h"
 
 namespace voxtrel::quillback {
+
+/// The mode of new files, of which the user's umask takes its part.
+inline constexpr mode_t kFileMode = 0666;
 
 /// Fails by: the system's error; `operation_canceled` means that a stop was requested.
 using FileResult = tl::expected<void, std::error_code>;

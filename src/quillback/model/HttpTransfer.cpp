@@ -12,7 +12,6 @@ namespace voxtrel::quillback {
 namespace {
 
 using Clock = std::chrono::steady_clock;
-using Kind = HttpFailure::Kind;
 using Result = tl::expected<void, HttpFailure>;
 
 constexpr int kPollMs = 200;
@@ -25,7 +24,7 @@ struct FreeMulti {  // the library's CURL and CURLM are both `void`
   void operator()(CURLM* handle) const { curl_multi_cleanup(handle); }
 };
 
-Result failure(Kind kind, bool isRetryable = false, std::string why = {}) {
+Result failure(HttpFailure::Kind kind, bool isRetryable = false, std::string why = {}) {
   return tl::unexpected(HttpFailure{kind, isRetryable, std::move(why)});
 }
 
@@ -132,7 +131,7 @@ std::optional<std::string> Transfer::header(const char* name) const {
 
 Result Transfer::resultOf(CURLcode code) {
   if (code == CURLE_OK && !showReply()) isRejected_ = true;
-  if (isRejected_) return failure(Kind::rejected);
+  if (isRejected_) return failure(HttpFailure::Kind::rejected);
   if (code == CURLE_OK) return {};
   const std::string why = error_.front() != '\0' ? error_.data() : curl_easy_strerror(code);
   switch (code) {
@@ -141,34 +140,34 @@ Result Transfer::resultOf(CURLcode code) {
     case CURLE_WEIRD_SERVER_REPLY:
     case CURLE_URL_MALFORMAT:
     case CURLE_BAD_CONTENT_ENCODING:
-      return failure(Kind::refused, false, why);
+      return failure(HttpFailure::Kind::refused, false, why);
     case CURLE_PEER_FAILED_VERIFICATION:
     case CURLE_SSL_CACERT_BADFILE:
     case CURLE_OUT_OF_MEMORY:
     case CURLE_FAILED_INIT:
-      return failure(Kind::network, false, why);
+      return failure(HttpFailure::Kind::network, false, why);
     default:
-      return failure(Kind::network, true, why);
+      return failure(HttpFailure::Kind::network, true, why);
   }
 }
 
 Result Transfer::drive(CURLM* multi, const StopSignals& stop) {
   for (int running = 1; running > 0;) {
-    if (stop.isRequested()) return failure(Kind::interrupted);
+    if (stop.isRequested()) return failure(HttpFailure::Kind::interrupted);
     if (curl_multi_perform(multi, &running) != CURLM_OK) {
-      return failure(Kind::network, false, "the HTTP library failed");
+      return failure(HttpFailure::Kind::network, false, "the HTTP library failed");
     }
     int queued = 0;
     while (const CURLMsg* message = curl_multi_info_read(multi, &queued)) {
       if (message->msg == CURLMSG_DONE) return resultOf(message->data.result);
     }
     if (stall_.isStalled(Clock::now())) {
-      return failure(Kind::network, true, "nothing arrives any more");
+      return failure(HttpFailure::Kind::network, true, "nothing arrives any more");
     }
     curl_waitfd stopHandle{stop.descriptor(), CURL_WAIT_POLLIN, 0};
     curl_multi_poll(multi, &stopHandle, 1, kPollMs, nullptr);
   }
-  return failure(Kind::network, true, "the transfer ended without a result");
+  return failure(HttpFailure::Kind::network, true, "the transfer ended without a result");
 }
 
 Result Transfer::run(const StopSignals& stop) {
@@ -176,7 +175,7 @@ Result Transfer::run(const StopSignals& stop) {
   curl_multi_add_handle(multi.get(), easy_.get());
   Result result = drive(multi.get(), stop);
   // Looking up a host name can take long and cannot be cancelled: do not wait for its thread.
-  if (!result && result.error().kind == Kind::interrupted) set(CURLOPT_QUICK_EXIT, 1L);
+  if (!result && result.error().kind == HttpFailure::Kind::interrupted) set(CURLOPT_QUICK_EXIT, 1L);
   curl_multi_remove_handle(multi.get(), easy_.get());
   return result;
 }

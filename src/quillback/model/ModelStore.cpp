@@ -9,9 +9,7 @@ namespace voxtrel::quillback {
 
 namespace {
 
-using Kind = StoreFault::Kind;
-
-tl::unexpected<StoreFault> fault(Kind kind, std::string why) {
+tl::unexpected<StoreFault> fault(StoreFault::Kind kind, std::string why) {
   return tl::unexpected(StoreFault{kind, std::move(why)});
 }
 
@@ -29,22 +27,25 @@ std::optional<std::string> checkFile(const std::string& folder, const Manifest::
 tl::expected<StoredModel, StoreFault> inspectStore(const std::string& home,
                                                    const std::string& model) {
   const ConfigManager config(home);
-  if (!config.weightsExist(model)) return fault(Kind::absent, "there is no manifest.json");
+  if (!config.weightsExist(model))
+    return fault(StoreFault::Kind::absent, "there is no manifest.json");
   const std::string folder = config.weightsFolder(model);
   const std::optional<std::string> text =
       readSmallFile(config.weightsManifestPath(model), kMaxManifestBytes + 1);
-  if (!text) return fault(Kind::damaged, "manifest.json cannot be read");
+  if (!text) return fault(StoreFault::Kind::damaged, "manifest.json cannot be read");
 
   const auto manifest = parseManifest(*text);
-  if (!manifest) return fault(Kind::damaged, "manifest.json is damaged: " + manifest.error());
+  if (!manifest)
+    return fault(StoreFault::Kind::damaged, "manifest.json is damaged: " + manifest.error());
   if (manifest->model != model) {
-    return fault(Kind::damaged, "manifest.json belongs to another model");
+    return fault(StoreFault::Kind::damaged, "manifest.json belongs to another model");
   }
   if (manifest->recogniser == kPocketSphinx) {
-    return fault(Kind::embedded, "it was set up by a build without Whisper");
+    return fault(StoreFault::Kind::embedded, "it was set up by a build without Whisper");
   }
   for (const Manifest::File& file : manifest->files) {
-    if (auto wrong = checkFile(folder, file)) return fault(Kind::damaged, std::move(*wrong));
+    if (auto wrong = checkFile(folder, file))
+      return fault(StoreFault::Kind::damaged, std::move(*wrong));
   }
   return StoredModel{folder + "/" + manifest->files.front().name, *manifest};
 }

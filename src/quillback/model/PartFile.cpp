@@ -17,7 +17,6 @@ namespace {
 
 using Json = nlohmann::json;
 
-constexpr mode_t kFileMode = 0666;
 constexpr std::uint64_t kWriteBackBytes = 32 << 20;
 
 std::optional<std::string> headerValueOf(const Json& object, const char* key) {

@@ -27,7 +27,6 @@ using Fault = StoreFault::Kind;
 
 constexpr const char* kManifestName = "manifest.json";
 constexpr std::chrono::milliseconds kLockInterval(50);
-constexpr mode_t kFileMode = 0666;
 
 /// One run of setup for a known model.
 /// Thread: the main one.  Owns: the store's lock.  Borrows: options, pin, output.

@@ -37,7 +37,7 @@ std::size_t lineOf(std::string_view text, std::string_view part) {
 /// Takes over what the application reads from the same text.
 void readShared(std::string_view text, SettingsReading& reading) {
   const ModelSettings shared = parseSettings(text);
-  auto& [settings, errors] = reading;
+  EngineSettings& settings = reading.settings;
   settings.model = shared.model;
   settings.language = shared.language;
   settings.translate = shared.translate;
@@ -49,7 +49,7 @@ void readShared(std::string_view text, SettingsReading& reading) {
   const auto complainIf = [&](SettingKey key, auto isWrong, std::string_view what) {
     const auto found = last.find(key);
     if (found == last.end() || !isWrong(found->second)) return;
-    errors.push_back(errorLine(lineOf(text, found->second), what));
+    reading.errors.push_back(errorLine(lineOf(text, found->second), what));
   };
   complainIf(
       SettingKey::translate, [](auto value) { return value != "true" && value != "false"; },

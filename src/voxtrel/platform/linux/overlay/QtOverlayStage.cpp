@@ -15,7 +15,7 @@ Rect fromQt(const QRect& rect) {
           static_cast<double>(rect.width()), static_cast<double>(rect.height())};
 }
 
-QRect toQt(const Rect& rect) {
+QRect pixelsOf(const Rect& rect) {
   const auto whole = [](double points) { return static_cast<int>(std::floor(points)); };
   return {whole(rect.x), whole(-(rect.y + rect.height)), whole(rect.width), whole(rect.height)};
 }
@@ -69,7 +69,7 @@ std::vector<Rect> QtOverlayStage::screenFrames() {
 }
 
 std::unique_ptr<OverlayWindow> QtOverlayStage::makeWindow(const Rect& contentRect) {
-  const QRect geometry = toQt(contentRect);
+  const QRect geometry = pixelsOf(contentRect);
   QScreen* screen = QGuiApplication::screenAt(geometry.center());
   return std::make_unique<FloatingWindow>(server(), screen, geometry);
 }

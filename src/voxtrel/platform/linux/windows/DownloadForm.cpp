@@ -18,8 +18,6 @@
 namespace voxtrel {
 namespace {
 
-using View = ModelDownloadView;
-
 constexpr int kBarSteps = 10000;
 constexpr std::chrono::milliseconds kFrame{16};
 
@@ -31,12 +29,13 @@ void setTextOf(QLabel& label, const std::string& text) {
 
 DownloadForm::DownloadForm(std::shared_ptr<ModelDownloadView> form, int heightPt)
     : form_(std::move(form)) {
-  const int end = std::max(0, View::kPaddingPt + (heightPt - View::kHeightPt) / 2);
+  const int end =
+      std::max(0, ModelDownloadView::kPaddingPt + (heightPt - ModelDownloadView::kHeightPt) / 2);
   auto* const stack = new QVBoxLayout(this);
-  stack->setContentsMargins(View::kPaddingPt, end, View::kPaddingPt, end);
-  stack->setSpacing(View::kSpacingPt);
-  title_ = makeLabel(View::kTitle);
-  description_ = makeLabel(View::kDescription);
+  stack->setContentsMargins(ModelDownloadView::kPaddingPt, end, ModelDownloadView::kPaddingPt, end);
+  stack->setSpacing(ModelDownloadView::kSpacingPt);
+  title_ = makeLabel(ModelDownloadView::kTitle);
+  description_ = makeLabel(ModelDownloadView::kDescription);
   stack->addStretch();
   stack->addWidget(title_);
   stack->addWidget(description_);
@@ -60,16 +59,16 @@ void DownloadForm::appeared() {
 }
 
 int DownloadForm::neededHeight(int width) const {
-  const int inner = width - 2 * View::kPaddingPt;
-  const int progress =
-      bar_->sizeHint().height() + View::kProgressSpacingPt + QFontMetrics(amount_->font()).height();
+  const int inner = width - 2 * ModelDownloadView::kPaddingPt;
+  const int progress = bar_->sizeHint().height() + ModelDownloadView::kProgressSpacingPt +
+                       QFontMetrics(amount_->font()).height();
   const int error = error_->layout()->heightForWidth(inner);
   const QMargins margins = layout()->contentsMargins();
   const std::array blocks = {title_->heightForWidth(inner), description_->heightForWidth(inner),
-                             std::max(progress, error), View::kLogHeightPt,
+                             std::max(progress, error), ModelDownloadView::kLogHeightPt,
                              std::max(skip_->sizeHint().height(), retry_->sizeHint().height())};
-  int height = margins.top() + margins.bottom() - View::kSpacingPt;
-  for (const int block : blocks) height += block + View::kSpacingPt;
+  int height = margins.top() + margins.bottom() - ModelDownloadView::kSpacingPt;
+  for (const int block : blocks) height += block + ModelDownloadView::kSpacingPt;
   return height;
 }
 
@@ -91,8 +90,9 @@ QLabel* DownloadForm::makeLabel(std::string_view text) {
 QWidget* DownloadForm::makeProgress() {
   progress_ = new QWidget(this);
   auto* const stack = new QVBoxLayout(progress_);
-  stack->setContentsMargins(View::kProgressSidePaddingPt, 0, View::kProgressSidePaddingPt, 0);
-  stack->setSpacing(View::kProgressSpacingPt);
+  stack->setContentsMargins(ModelDownloadView::kProgressSidePaddingPt, 0,
+                            ModelDownloadView::kProgressSidePaddingPt, 0);
+  stack->setSpacing(ModelDownloadView::kProgressSpacingPt);
   bar_ = new QProgressBar(progress_);
   bar_->setRange(0, kBarSteps);
   bar_->setTextVisible(false);
@@ -104,8 +104,9 @@ QWidget* DownloadForm::makeProgress() {
 }
 
 QWidget* DownloadForm::makeLog() {
-  log_ = new LogView(View::kLogLineSpacingPt, View::kLogCornerRadiusPt, this);
-  log_->setFixedHeight(View::kLogHeightPt);
+  log_ = new LogView(ModelDownloadView::kLogLineSpacingPt, ModelDownloadView::kLogCornerRadiusPt,
+                     this);
+  log_->setFixedHeight(ModelDownloadView::kLogHeightPt);
   log_->setTextName("Download log");
   return log_;
 }
@@ -115,7 +116,7 @@ QWidget* DownloadForm::makeError() {
   auto* const stack = new QVBoxLayout(error_);
   stack->setContentsMargins(0, 0, 0, 0);
   message_ = makeLabel({});
-  hint_ = makeLabel(View::kErrorHint);
+  hint_ = makeLabel(ModelDownloadView::kErrorHint);
   stack->addWidget(message_);
   stack->addWidget(hint_);
   return error_;
@@ -125,8 +126,8 @@ QWidget* DownloadForm::makeButtons() {
   auto* const row = new QWidget(this);
   auto* const stack = new QHBoxLayout(row);
   stack->setContentsMargins(0, 0, 0, 0);
-  skip_ = new QPushButton(controlText(View::kSkipTitle, 'S'), row);
-  retry_ = makeLargeButton(controlText(View::kRetryTitle, 'R'), row);
+  skip_ = new QPushButton(controlText(ModelDownloadView::kSkipTitle, 'S'), row);
+  retry_ = makeLargeButton(controlText(ModelDownloadView::kRetryTitle, 'R'), row);
   for (QPushButton* const button : {skip_, retry_}) button->setAutoDefault(false);
   connect(skip_, &QPushButton::clicked, this, [this] { form_->skip(); });
   connect(retry_, &QPushButton::clicked, this, [this] { form_->retry(); });
