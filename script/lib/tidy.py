@@ -78,8 +78,11 @@ def main():
         print("tidy: no source to analyse")
         return 1
     with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
-        complaints = list(pool.map(lambda pair: analyse(pair[1], options.build, rules), chosen))
-    print(*filter(None, complaints), sep="\n")
+        complaints = []
+        for complaint in pool.map(lambda pair: analyse(pair[1], options.build, rules), chosen):
+            complaints.append(complaint)
+            if complaint:
+                print(complaint, flush=True)
     sources = sum(len(names) for names, _ in chosen)
     print(f"tidy: {sources} sources in {len(chosen)} runs, {sum(map(bool, complaints))} with complaints")
     return 1 if any(complaints) else 0

@@ -32,11 +32,11 @@ EngineSettings loadSettings(Output& output) {
 
 int runEngine() {
   // Static: a second signal must not kill the engine while it is ending.
-  static const StopSignals signals(StopSignals::InheritedIgnores::keep, {SIGPIPE});
+  static const StopSignals kSignals(StopSignals::InheritedIgnores::keep, {SIGPIPE});
   LineOutput output(STDOUT_FILENO);
   EpollLoop loop;
   // Outlives the engine: if taking that down takes too long, the watch ends the process.
-  const EndWatch endWatch(signals, [&loop] { loop.stop(); });
+  const EndWatch endWatch(kSignals, [&loop] { loop.stop(); });
   const Engine engine(loop, output, loadSettings(output));
   loop.run();
   return engine.exitStatus();

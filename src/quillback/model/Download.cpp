@@ -26,7 +26,7 @@ SetupResult Download::run() {
 }
 
 SetupResult Download::check(FileResult result) const {
-  return std::move(result).map_error(
+  return result.map_error(
       [this](std::error_code error) { return fileFailure(error, options_.folder); });
 }
 

@@ -66,8 +66,7 @@ class Setup {
 };
 
 SetupResult Setup::check(FileResult result) const {
-  return std::move(result).map_error(
-      [this](std::error_code error) { return fileFailure(error, folder_); });
+  return result.map_error([this](std::error_code error) { return fileFailure(error, folder_); });
 }
 
 SetupResult Setup::run() {

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <fstream>
 
+#include "support/Sanitizers.h"
 #include "voxtrel/platform/posix/ChildTest.h"
 
 namespace voxtrel {
@@ -71,7 +72,7 @@ TEST_F(StartFailureTest, AMissingWorkingDirectoryIsReported) {
   expectFailure(SCRIPTED_ENGINE, "No such file or directory", missing);
 }
 
-#ifndef __SANITIZE_ADDRESS__  // this sanitizer opens descriptors to inspect memory
+#ifndef VOXTREL_ADDRESS_SANITIZER  // this sanitizer opens descriptors to inspect memory
 TEST_F(StartFailureTest, WithoutDescriptorsToSpareNothingStartsAndNothingBreaks) {
   rlimit before{};
   ::getrlimit(RLIMIT_NOFILE, &before);

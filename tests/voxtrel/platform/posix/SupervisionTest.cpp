@@ -6,6 +6,7 @@
 #include <limits>
 #include <thread>
 
+#include "support/Sanitizers.h"
 #include "voxtrel/platform/posix/Supervision.h"
 #include "voxtrel/platform/posix/Waiting.h"
 
@@ -15,7 +16,7 @@ namespace {
 using namespace std::chrono_literals;
 
 // A sanitizer keeps freed memory, so measuring memory is pointless there.
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#if defined(VOXTREL_ADDRESS_SANITIZER) || defined(VOXTREL_THREAD_SANITIZER)
 constexpr long kMaxGrowthKilobytes = std::numeric_limits<long>::max();
 #else
 constexpr long kMaxGrowthKilobytes = 32L * 1024;
