@@ -28,7 +28,7 @@ class HungServer {
     sockaddr_un address{.sun_family = AF_UNIX, .sun_path = {}};
     std::strncpy(address.sun_path, path.c_str(), sizeof address.sun_path - 1);
     EXPECT_EQ(::bind(socket_, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
-    EXPECT_EQ(::listen(socket_, 8), 0);
+    EXPECT_EQ(::listen(socket_, 64), 0);  // each connection of a test has its place
   }
   HungServer(const HungServer&) = delete;
   HungServer& operator=(const HungServer&) = delete;
