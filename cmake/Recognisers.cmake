@@ -1,5 +1,5 @@
 # The speech recognition libraries as targets: quillback_pocketsphinx, and quillback_whisper_library if
-# QUILLBACK_WHISPER is ON. Nothing is downloaded.
+# QUILLBACK_WHISPER is ON.
 
 # PocketSphinx's pkg-config file names a folder that Debian does not have.
 find_path(POCKETSPHINX_INCLUDE pocketsphinx.h PATH_SUFFIXES pocketsphinx REQUIRED)
@@ -14,15 +14,4 @@ target_include_directories(quillback_pocketsphinx SYSTEM
                                      "${SPHINXBASE_INCLUDE}/sphinxbase")
 target_link_libraries(quillback_pocketsphinx INTERFACE "${POCKETSPHINX_LIBRARY}" "${SPHINXBASE_LIBRARY}")
 
-set(QUILLBACK_WHISPER OFF)
-find_package(whisper QUIET CONFIG GLOBAL)
-if(NOT TARGET whisper)
-  pkg_check_modules(WHISPER QUIET IMPORTED_TARGET GLOBAL whisper)
-endif()
-if(TARGET whisper OR TARGET PkgConfig::WHISPER)
-  add_library(quillback_whisper_library INTERFACE)
-  target_link_libraries(quillback_whisper_library
-                        INTERFACE $<IF:$<TARGET_EXISTS:whisper>,whisper,PkgConfig::WHISPER>)
-  set(QUILLBACK_WHISPER ON)
-endif()
-message(STATUS "quillback: Whisper (whisper.cpp's library): ${QUILLBACK_WHISPER}")
+include(cmake/Whisper.cmake)

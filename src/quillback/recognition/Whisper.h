@@ -7,19 +7,31 @@
 
 namespace voxtrel::quillback {
 
-// CMake picks the room that defines these: `whisper` where the library was found, else
-// `no_whisper`.
+// CMake picks the room that defines these functions: `whisper` where the library is built along or
+// installed, else `no_whisper`.
 
-struct WhisperOptions {
-  std::string language = "auto";  ///< a language code; "auto" detects the language
-  bool translate = false;         ///< to English
+/// What a recogniser of the library's models needs.
+struct RecogniserOptions {
+  enum class Family { whisper, parakeet };
+
+  Family family = Family::whisper;
+  std::string weightsFile;         ///< path
+  std::string voiceDetectionFile;  ///< path; empty: the loudness decides what is speech
+  std::string language = "auto";   ///< a language code; "auto" detects the language
+  bool translate = false;          ///< to English
+  std::string prompt;              ///< what the words are likely to be about, and names in it
+  int threads = 0;                 ///< 0: as many as the processor has cores
 };
 
 /// Whether this build can use Whisper's weights.
 bool isWhisperBuiltIn();
 
-/// The backend for the weights in `weightsFile`; null in a build without Whisper.
-std::unique_ptr<RecogniserBackend> makeWhisperBackend(const std::string& weightsFile,
-                                                      const WhisperOptions& options);
+/// The recogniser for these options; null in a build without Whisper. The library may end the process
+/// (on damaged weights, or where memory runs out), so it runs in one of its own.
+std::unique_ptr<RecogniserBackend> makeWhisperBackend(const RecogniserOptions& options);
+
+/// For one line about what runs: the library's version and the processor's features it uses. Empty in a
+/// build without Whisper.
+std::string describeWhisper();
 
 }  // namespace voxtrel::quillback

@@ -6,9 +6,12 @@ bool isWhisperBuiltIn() {
   return false;
 }
 
-std::unique_ptr<RecogniserBackend> makeWhisperBackend(const std::string& /*weightsFile*/,
-                                                      const WhisperOptions& /*options*/) {
+std::unique_ptr<RecogniserBackend> makeWhisperBackend(const RecogniserOptions& /*options*/) {
   return nullptr;
+}
+
+std::string describeWhisper() {
+  return {};
 }
 
 }  // namespace voxtrel::quillback

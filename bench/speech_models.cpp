@@ -1,0 +1,131 @@
+// Recognises recordings with the real library and weights, the engine's way and the library's own, in
+// turn: speech_models WEIGHTS VOICE_DETECTION CLIPS.tsv [auto]. CLIPS.tsv names, in a table with a
+// headline, sound files beside it and their languages. Per recording and way one line, separated by
+// tabs: way, recording, language, seconds of sound, 0, seconds from the release of the key to the words,
+// 0, 0, words.
+#include <whisper.h>
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <fstream>
+#include <span>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "quillback/audio/WavFile.h"
+#include "quillback/ports/Microphone.h"
+#include "quillback/recognition/Whisper.h"
+#include "quillback/recognition/whisper/WhisperLibrary.h"
+
+using namespace voxtrel::quillback;
+
+namespace {
+
+struct Clip {
+  std::string name;
+  std::string language;
+  std::vector<float> samples;
+};
+
+double now() {
+  return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
+}
+
+std::vector<Clip> readClips(const std::string& table) {
+  const std::string folder = table.substr(0, table.rfind('/') + 1);
+  std::ifstream file(table);
+  std::string line;
+  std::getline(file, line);
+  std::vector<Clip> clips;
+  while (std::getline(file, line)) {
+    std::istringstream fields(line);
+    Clip clip;
+    std::getline(fields, clip.name, '\t');
+    std::getline(fields, clip.language, '\t');
+    auto wav = readWav(folder + clip.name + ".wav");
+    if (!wav || wav->rateHz != kSampleRateHz) continue;
+    clip.samples = std::move(wav->samples);
+    clips.push_back(std::move(clip));
+  }
+  return clips;
+}
+
+void report(const char* way, const Clip& clip, double seconds, const std::string& words) {
+  std::printf("%s\t%s\t%s\t%.2f\t0\t%.3f\t0\t0\t%s\n", way, clip.name.c_str(), clip.language.c_str(),
+              static_cast<double>(clip.samples.size()) / kSampleRateHz, seconds, words.c_str());
+  std::fflush(stdout);
+}
+
+/// As in the engine: the sound comes at the speed of speech, and the recogniser works meanwhile. The
+/// clock is kept by hand, so nothing waits for the sound.
+void recogniseOurWay(RecogniserBackend& backend, const Clip& clip) {
+  constexpr std::size_t kStep = kSampleRateHz / 10;
+  const std::atomic<bool> isDropped{false};
+  std::vector<std::int16_t> samples;
+  for (const float sample : clip.samples) {
+    samples.push_back(static_cast<std::int16_t>(std::lround(sample * 32767.0F)));
+  }
+  double spoken = 0;
+  double free = 0;  // when the recogniser has done what it has got
+  backend.begin(isDropped);
+  for (std::span<const std::int16_t> rest = samples; !rest.empty();) {
+    const auto step = rest.first(std::min(rest.size(), kStep));
+    rest = rest.subspan(step.size());
+    spoken += static_cast<double>(step.size()) / kSampleRateHz;
+    const double start = now();
+    backend.feed(step);
+    free = std::max(free, spoken) + now() - start;
+  }
+  const double start = now();
+  const Transcription result = backend.finish();
+  report("ours", clip, std::max(free, spoken) + now() - start - spoken, result.text);
+}
+
+/// As the library's own program does: the whole encoder, with timestamps, after the sound has ended.
+void recogniseLibraryWay(whisper_context* model, const Clip& clip, bool detect, int threads) {
+  whisper_full_params parameters = whisper_full_default_params(WHISPER_SAMPLING_GREEDY);
+  parameters.n_threads = threads;
+  parameters.language = detect ? "auto" : clip.language.c_str();
+  parameters.no_context = true;
+  parameters.print_progress = false;
+  const double start = now();
+  std::string words;
+  if (whisper_full(model, parameters, clip.samples.data(), static_cast<int>(clip.samples.size())) == 0) {
+    for (int at = 0; at < whisper_full_n_segments(model); ++at) {
+      words += whisper_full_get_segment_text(model, at);
+    }
+  }
+  std::ranges::replace(words, '\n', ' ');
+  report("library", clip, now() - start, words);
+}
+
+}  // namespace
+
+int main(int count, char** words) {
+  if (count < 4) return std::puts("speech_models WEIGHTS VOICE_DETECTION CLIPS.tsv [auto]"), 2;
+  const bool detect = count > 4;
+  RecogniserOptions options;
+  options.weightsFile = words[1];
+  options.voiceDetectionFile = words[2];
+  options.threads = physicalCores(kCpuFolder);
+  whisper_log_set([](ggml_log_level, const char*, void*) {}, nullptr);
+  whisper_context* model =
+      whisper_init_from_file_with_params(words[1], whisper_context_default_params());
+  if (model == nullptr) return std::puts("cannot load the weights"), 1;
+  std::unique_ptr<RecogniserBackend> backend;
+  for (const Clip& clip : readClips(words[3])) {
+    const std::string language = detect ? "auto" : clip.language;
+    if (!backend || options.language != language) {
+      options.language = language;
+      backend = makeWhisperBackend(options);
+      for (const std::string& line : backend->load().lines) std::fprintf(stderr, "%s\n", line.c_str());
+    }
+    recogniseLibraryWay(model, clip, detect, options.threads);
+    recogniseOurWay(*backend, clip);
+  }
+  whisper_free(model);
+}

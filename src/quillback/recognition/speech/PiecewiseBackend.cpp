@@ -1,0 +1,156 @@
+#include "quillback/recognition/speech/PiecewiseBackend.h"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <chrono>
+#include <cmath>
+#include <iterator>
+#include <numeric>
+#include <regex>
+#include <string_view>
+#include <utility>
+
+#include "common/base/Lines.h"
+
+namespace voxtrel::quillback {
+namespace {
+
+constexpr std::size_t kFrame = VoiceDetector::kFrameSamples;
+
+constexpr std::string_view kRepetitionLine =
+    "The recogniser repeated itself; the repetition was left out.";
+
+/// One frame, times `gain`; a short one is filled up with silence.
+std::array<float, kFrame> amplified(std::span<const float> samples, float gain) {
+  std::array<float, kFrame> louder{};
+  std::ranges::transform(samples, louder.begin(), [gain](float sample) { return sample * gain; });
+  return louder;
+}
+
+/// What brings a sound with this peak to full level.
+float gainFor(float peak) {
+  constexpr float kLeastPeak = 1e-4F;  // -80 dB: below it there is nothing but noise
+  constexpr float kFullLevel = 0.5F;   // -6 dB
+  return peak < kLeastPeak ? 1.0F : kFullLevel / peak;
+}
+
+float peakOf(std::span<const float> samples) {
+  float peak = 0;
+  for (const float sample : samples) peak = std::max(peak, std::abs(sample));
+  return peak;
+}
+
+}  // namespace
+
+PiecewiseBackend::PiecewiseBackend(std::unique_ptr<SpeechModel> model, LoadDetector loadDetector)
+    : model_(std::move(model)),
+      loadDetector_(std::move(loadDetector)),
+      cutter_(model_->maxSamples() / kFrame) {}
+
+LoadReport PiecewiseBackend::load() {
+  LoadReport report = model_->load();
+  if (!report.isUsable) return report;
+  detector_ = loadDetector_();
+  if (detector_) return report;
+  detector_ = std::make_unique<LoudnessDetector>();
+  report.lines.emplace_back(
+      "The voice detection is missing, so noise may become words. Run \"quillback setup\" to fetch "
+      "it.");
+  return report;
+}
+
+void PiecewiseBackend::begin(const std::atomic<bool>& isDropped) {
+  isDropped_ = &isDropped;
+  samples_.clear();
+  judgedSamples_ = 0;
+  peak_ = 0;
+  result_ = {};
+  cutter_.reset();
+  detector_->reset();
+  model_->begin();
+}
+
+void PiecewiseBackend::feed(std::span<const std::int16_t> samples) {
+  constexpr float kFullScale = 32768.0F;
+  std::ranges::transform(samples, std::back_inserter(samples_), [](std::int16_t sample) {
+    return static_cast<float>(sample) / kFullScale;
+  });
+  while (samples_.size() - judgedSamples_ >= kFrame && !*isDropped_) addFrame();
+}
+
+Transcription PiecewiseBackend::finish() {
+  if (!samples_.empty()) endPiece(samples_.size(), cutter_.hasSpeech(), Effort::quick);
+  result_.text = trimmedOneLine(result_.text);
+  return std::exchange(result_, {});
+}
+
+void PiecewiseBackend::addFrame() {
+  const auto frame = std::span<const float>(samples_).subspan(judgedSamples_, kFrame);
+  judgedSamples_ += kFrame;
+  peak_ = std::max(peak_, peakOf(frame));
+  const auto piece = cutter_.add(detector_->probability(amplified(frame, gainFor(peak_))));
+  if (piece) endPiece(piece->frames * kFrame, piece->hasSpeech, effortWhileSpeaking());
+}
+
+/// Recognises the first samples, which are a piece, and forgets them.
+void PiecewiseBackend::endPiece(std::size_t count, bool hasSpeech, Effort effort) {
+  const auto end = std::next(samples_.begin(), static_cast<std::ptrdiff_t>(count));
+  const std::vector<float> piece(samples_.begin(), end);
+  samples_.erase(samples_.begin(), end);
+  judgedSamples_ -= std::min(judgedSamples_, count);
+  if (hasSpeech || hasQuietSpeech(piece)) recognise(piece, effort);
+}
+
+/// Judges the piece again, at the level that only its whole tells.
+bool PiecewiseBackend::hasQuietSpeech(std::span<const float> piece) {
+  const float gain = gainFor(peakOf(piece));
+  std::vector<float> probabilities;
+  detector_->reset();
+  for (std::span<const float> rest = piece; !rest.empty() && !*isDropped_;) {
+    const std::size_t count = std::min(rest.size(), kFrame);
+    probabilities.push_back(detector_->probability(amplified(rest.first(count), gain)));
+    rest = rest.subspan(count);
+  }
+  return PieceCutter::hasSpeech(probabilities);
+}
+
+void PiecewiseBackend::recognise(std::span<const float> piece, Effort effort) {
+  const auto start = std::chrono::steady_clock::now();
+  const Heard heard = model_->recognise(piece, effort, *isDropped_);
+  if (*isDropped_) return;
+  result_.text += withoutRemarks(heard.text);
+  result_.encode += heard.encode;
+  result_.decode += heard.decode;
+  if (heard.wasCut) result_.lines.emplace_back(kRepetitionLine);
+  if (effort == Effort::careful) return;
+  const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start;
+  slowness_ = taken.count() * kSampleRateHz / static_cast<double>(piece.size());
+}
+
+/// Careful where the machine keeps up with the speaker all the same.
+Effort PiecewiseBackend::effortWhileSpeaking() const {
+  constexpr double kFastEnough = 0.15;
+  return slowness_ && *slowness_ < kFastEnough ? Effort::careful : Effort::quick;
+}
+
+float LoudnessDetector::probability(std::span<const float> frame) {
+  constexpr float kRange = 1e-3F;  // 30 dB
+  const float level = std::inner_product(frame.begin(), frame.end(), frame.begin(), 0.0F);
+  loudest_ = std::max(loudest_, level);
+  return level > loudest_ * kRange ? 1.0F : 0.0F;
+}
+
+std::string withoutRemarks(const std::string& text) {
+  static const std::regex kRemark(R"( ?(\[[^\]]*\]|\*[^*]*\*|\xE2\x99[\xA9-\xAC]))");
+  static const std::regex kWhole(R"(\s*(\(.*\)|\xEF\xBC\x88.*\xEF\xBC\x89)[\s.]*)");
+  const std::string rest = std::regex_replace(text, kRemark, "");
+  if (std::regex_match(rest, kWhole)) return {};
+  // Lone punctuation is no speech.
+  const bool hasWord = std::ranges::any_of(rest, [](char c) {
+    return std::isalnum(static_cast<unsigned char>(c)) != 0 || static_cast<signed char>(c) < 0;
+  });
+  return hasWord ? rest : std::string();
+}
+
+}  // namespace voxtrel::quillback

@@ -1,0 +1,265 @@
+#include "quillback/recognition/whisper/WhisperModel.h"
+
+#include <whisper.h>
+
+#include <algorithm>
+#include <exception>
+#include <utility>
+
+#include "quillback/ports/Microphone.h"
+#include "quillback/recognition/whisper/WeightsFile.h"
+#include "quillback/recognition/whisper/WhisperLibrary.h"
+
+namespace voxtrel::quillback {
+namespace {
+
+using std::chrono::duration_cast;
+using std::chrono::microseconds;
+using std::chrono::steady_clock;
+
+constexpr int kSamplesPerPosition = kSampleRateHz / 50;
+constexpr int kStep = 256;
+constexpr int kMinPositions = 2 * kStep;
+constexpr int kMaxPositions = 5 * kStep;  // the most below the library's 1500
+/// Silence after the piece, in which the decoder finds its end.
+constexpr int kPadding = 50;
+
+void discardLog(ggml_log_level /*level*/, const char* /*text*/, void* /*data*/) {}
+
+bool isSet(void* flag) {
+  return static_cast<const std::atomic<bool>*>(flag)->load();
+}
+
+bool mayNotEncode(whisper_context* /*context*/, whisper_state* /*state*/, void* /*data*/) {
+  return false;
+}
+
+}  // namespace
+
+void WhisperModel::Free::operator()(whisper_context* context) const {
+  whisper_free(context);
+}
+
+WhisperModel::WhisperModel(RecogniserOptions options) : options_(std::move(options)) {}
+
+WhisperModel::~WhisperModel() = default;
+
+LoadReport WhisperModel::load() {
+  whisper_log_set(discardLog, nullptr);
+  loadProcessorModules();
+  if (auto checked = checkWeights(options_.weightsFile, options_.family); !checked) {
+    return {false, {"[quillback] ERROR The weights cannot be used: " + checked.error() + "."}};
+  }
+  // The library throws on what the check did not find, for example too little memory.
+  try {
+    whisper_context_params parameters = whisper_context_default_params();
+    parameters.flash_attn = true;
+    model_.reset(whisper_init_from_file_with_params(options_.weightsFile.c_str(), parameters));
+  } catch (const std::exception&) {
+    model_.reset();
+  }
+  if (!model_) {
+    return {
+        false,
+        {"[quillback] ERROR The Whisper weights cannot be loaded: they are damaged, or there is "
+         "too little memory."}};
+  }
+  LoadReport report{true, {"Using Whisper."}};
+  if (options_.language != "auto" && whisper_lang_id(options_.language.c_str()) < 0) {
+    options_.language = "auto";
+    report.lines.emplace_back(
+        "[quillback] ERROR Whisper does not know the language of the settings; it is detected.");
+  }
+  prompt_ = promptTokens();
+  whisper_tokenize(model_.get(), " ", &blank_, 1);
+  return report;
+}
+
+std::size_t WhisperModel::maxSamples() const {
+  return static_cast<std::size_t>((kMaxPositions - kPadding) * kSamplesPerPosition);
+}
+
+int WhisperModel::encoderPositions(std::size_t samples) {
+  const int positions = static_cast<int>(samples) / kSamplesPerPosition + 1 + kPadding;
+  return std::clamp((positions + kStep - 1) / kStep * kStep, kMinPositions, kMaxPositions);
+}
+
+int WhisperModel::maxTokens(std::size_t samples) {
+  constexpr int kTokensPerSecond = 12;
+  constexpr int kLeast = 24;
+  constexpr int kMost = 220;  // half of what the decoder holds; the prompt may have the rest
+  const int seconds = static_cast<int>(samples) / kSampleRateHz;
+  return std::min(kMost, kLeast + seconds * kTokensPerSecond);
+}
+
+Heard WhisperModel::recognise(std::span<const float> samples, Effort effort,
+                              const std::atomic<bool>& isDropped) {
+  const auto start = steady_clock::now();
+  Heard heard;
+  if (isDropped) return heard;
+  const bool knowsLanguage = !findsLanguage() || !language_.empty();
+  if (effort == Effort::careful && knowsLanguage) {
+    heard.text = searchBeam(samples, isDropped);
+    heard.decode = duration_cast<microseconds>(steady_clock::now() - start);
+    return heard;
+  }
+  if (!encode(samples)) return heard;
+  const auto encoded = steady_clock::now();
+  heard.encode = duration_cast<microseconds>(encoded - start);
+  std::vector<Token> words =
+      decodeAll(static_cast<std::size_t>(maxTokens(samples.size())), isDropped);
+  const std::size_t length = lengthWithoutRepetition(words);
+  heard.wasCut = length < words.size();
+  words.resize(length);
+  for (const Token token : words) heard.text += whisper_token_to_str(model_.get(), token);
+  heard.decode = duration_cast<microseconds>(steady_clock::now() - encoded);
+  return heard;
+}
+
+bool WhisperModel::findsLanguage() const {
+  return options_.language == "auto" && whisper_is_multilingual(model_.get()) != 0;
+}
+
+/// The text that the library finds when it follows several beginnings at a time.
+std::string WhisperModel::searchBeam(std::span<const float> samples,
+                                     const std::atomic<bool>& isDropped) {
+  constexpr int kBeams = 5;
+  whisper_full_params parameters = whisper_full_default_params(WHISPER_SAMPLING_BEAM_SEARCH);
+  parameters.beam_search.beam_size = kBeams;
+  parameters.n_threads = options_.threads;
+  parameters.audio_ctx = encoderPositions(samples.size());
+  parameters.max_tokens = maxTokens(samples.size());
+  parameters.language = findsLanguage() ? language_.c_str() : options_.language.c_str();
+  parameters.translate = options_.translate;
+  const std::string prompt = " " + options_.prompt;
+  if (!options_.prompt.empty()) parameters.initial_prompt = prompt.c_str();
+  parameters.no_context = true;
+  parameters.no_timestamps = true;
+  parameters.single_segment = true;
+  parameters.print_progress = false;
+  parameters.temperature_inc = 0;  // no second try: from 512 positions on it finds nothing better
+  parameters.abort_callback = isSet;
+  parameters.abort_callback_user_data = const_cast<std::atomic<bool>*>(&isDropped);
+  const auto count = static_cast<int>(samples.size());
+  if (whisper_full(model_.get(), parameters, samples.data(), count) != 0) return {};
+  std::string text;
+  for (int at = 0; at < whisper_full_n_segments(model_.get()); ++at) {
+    text += whisper_full_get_segment_text(model_.get(), at);
+  }
+  return text;
+}
+
+bool WhisperModel::encode(std::span<const float> samples) {
+  // The library takes the encoder's size from a whole recognition only: one that ends at once.
+  whisper_full_params parameters = whisper_full_default_params(WHISPER_SAMPLING_GREEDY);
+  parameters.n_threads = options_.threads;
+  parameters.audio_ctx = encoderPositions(samples.size());
+  parameters.language = "en";
+  parameters.encoder_begin_callback = mayNotEncode;
+  const auto count = static_cast<int>(samples.size());
+  return whisper_full(model_.get(), parameters, samples.data(), count) == 0 &&
+         whisper_encode(model_.get(), 0, options_.threads) == 0;
+}
+
+/// The settings' prompt as what was said before; the decoder then prefers its words.
+std::vector<WhisperModel::Token> WhisperModel::promptTokens() {
+  if (options_.prompt.empty()) return {};
+  constexpr std::size_t kMost = 200;
+  const std::string text = " " + options_.prompt;
+  std::vector<Token> tokens(text.size() + 1);  // a token has at least one byte
+  const int count =
+      whisper_tokenize(model_.get(), text.c_str(), tokens.data(), static_cast<int>(tokens.size()));
+  tokens.resize(static_cast<std::size_t>(std::max(0, count)));
+  if (tokens.size() > kMost) tokens.erase(tokens.begin(), tokens.end() - kMost);
+  tokens.insert(tokens.begin(), whisper_token_prev(model_.get()));
+  return tokens;
+}
+
+bool WhisperModel::decode(const std::vector<Token>& tokens, int position) {
+  return whisper_decode(model_.get(), tokens.data(), static_cast<int>(tokens.size()), position,
+                        options_.threads) == 0;
+}
+
+/// The most probable next token after the last of `inputs` decoded tokens: a part of a word, or the end
+/// of the text. The tokens behind that one steer the decoder and are no text.
+WhisperModel::Token WhisperModel::bestToken(std::size_t inputs, bool isFirst) const {
+  const Token end = whisper_token_eot(model_.get());
+  const auto width = static_cast<std::size_t>(whisper_n_vocab(model_.get()));
+  const std::span all(whisper_get_logits(model_.get()), inputs * width);
+  const auto logits = all.last(width);
+  Token best = -1;
+  // A text does not begin with a lone blank or with its end.
+  for (Token token = 0; token <= end; ++token) {
+    if (isFirst && (token == end || token == blank_)) continue;
+    if (best < 0 ||
+        logits[static_cast<std::size_t>(token)] > logits[static_cast<std::size_t>(best)]) {
+      best = token;
+    }
+  }
+  return best;
+}
+
+/// The language that the decoder finds most probable at the start, from the sound that is encoded.
+void WhisperModel::detectLanguage() {
+  const Token first = whisper_token_lang(model_.get(), 0);
+  language_ = "en";
+  if (!decode({whisper_token_sot(model_.get())}, 0)) return;
+  const float* logits = whisper_get_logits(model_.get());
+  // The newest models know one language more than the others.
+  const int count = whisper_token_translate(model_.get()) - first;
+  const float* best = std::max_element(logits + first, logits + first + count);
+  language_ = whisper_lang_str(static_cast<int>(best - logits) - first);
+}
+
+/// What the decoder is told first: what was said before, language and task.
+std::vector<WhisperModel::Token> WhisperModel::opening() {
+  whisper_context* const model = model_.get();
+  std::vector<Token> tokens = prompt_;
+  tokens.push_back(whisper_token_sot(model));
+  if (whisper_is_multilingual(model) != 0) {
+    if (findsLanguage() && language_.empty()) detectLanguage();
+    const std::string& language = findsLanguage() ? language_ : options_.language;
+    tokens.push_back(whisper_token_lang(model, whisper_lang_id(language.c_str())));
+    tokens.push_back(options_.translate ? whisper_token_translate(model)
+                                        : whisper_token_transcribe(model));
+  }
+  tokens.push_back(
+      whisper_token_not(model));  // timestamps would cost time, and words in long pieces
+  return tokens;
+}
+
+/// The words of the sound that is encoded, each the most probable one.
+std::vector<WhisperModel::Token> WhisperModel::decodeAll(std::size_t maxTokens,
+                                                         const std::atomic<bool>& isDropped) {
+  std::vector<Token> words;
+  std::vector<Token> input = opening();
+  int position = 0;
+  while (words.size() < maxTokens && !isDropped && decode(input, position)) {
+    position += static_cast<int>(input.size());
+    const Token next = bestToken(input.size(), words.empty());
+    if (next == whisper_token_eot(model_.get())) break;
+    words.push_back(next);
+    if (lengthWithoutRepetition(words) < words.size()) break;
+    input = {next};
+  }
+  return words;
+}
+
+std::size_t lengthWithoutRepetition(std::span<const int> tokens) {
+  constexpr std::size_t kMaxPeriod = 40;
+  // People do say a word four times over; the same sentence, hardly ever three times.
+  constexpr std::size_t kLongPeriod = 8;
+  constexpr std::size_t kFewTimes = 3;
+  constexpr std::size_t kManyTimes = 8;
+  for (std::size_t period = 1; period <= kMaxPeriod; ++period) {
+    const std::size_t times = period >= kLongPeriod ? kFewTimes : kManyTimes;
+    if (tokens.size() < period * times) continue;
+    const auto end = tokens.last(period * times);
+    if (std::ranges::equal(end.first(end.size() - period), end.subspan(period))) {
+      return tokens.size() - end.size() + period;
+    }
+  }
+  return tokens.size();
+}
+
+}  // namespace voxtrel::quillback
