@@ -1,5 +1,7 @@
 #include "common/base/Utf8.h"
 
+#include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -63,6 +65,23 @@ Utf8Character firstCharacter(std::string_view text) {
   auto code = static_cast<char32_t>(byteAt(0) & (0x7FU >> length));
   for (std::size_t i = 1; i < length; ++i) code = code << 6 | (byteAt(i) & 0x3FU);
   return {code, length};
+}
+
+bool isUnspacedScript(char32_t character) {
+  struct Range {
+    char32_t first;
+    char32_t last;
+  };
+  constexpr std::array<Range, 7> kRanges = {{{0x0E00, 0x0EFF},  // Thai, Lao
+                                             {0x1000, 0x109F},  // Burmese
+                                             {0x1780, 0x17FF},  // Khmer
+                                             {0x3005, 0x3007},  // signs used like Han characters
+                                             {0x3040, 0x30FF},  // Hiragana, Katakana
+                                             {0x3400, 0x9FFF},  // Han
+                                             {0x20000, 0x3FFFF}}};
+  return std::ranges::any_of(kRanges, [character](const Range& range) {
+    return range.first <= character && character <= range.last;
+  });
 }
 
 bool isValidUtf8(std::string_view bytes) {

@@ -16,6 +16,10 @@ struct Utf8Character {
 /// Fails by: length 0; a caller that continues then skips one byte.
 Utf8Character firstCharacter(std::string_view text);
 
+/// Whether words of this character's script stand without blanks between them (Chinese, Japanese,
+/// Thai, Lao, Khmer, Burmese).
+bool isUnspacedScript(char32_t character);
+
 /// Whether `bytes` consists of well-formed characters only. Empty text does.
 bool isValidUtf8(std::string_view bytes);
 

@@ -71,6 +71,16 @@ TEST(Utf8, DecodesTheCharacterAtTheStart) {
   }
 }
 
+TEST(Utf8, KnowsScriptsWithoutBlanks) {
+  using namespace std::string_view_literals;
+  for (const char32_t c : U"\u4F60\u306F\u30CF\u3005\u0E01\u0EA5\u1000\u1780\U00020000"sv) {
+    EXPECT_TRUE(isUnspacedScript(c)) << static_cast<unsigned>(c);
+  }
+  for (const char32_t c : U"a \u00E9\u0416\uAC00\u3002\u0627\U0001F600"sv) {
+    EXPECT_FALSE(isUnspacedScript(c)) << static_cast<unsigned>(c);
+  }
+}
+
 TEST(Utf8, CutsAPrefixBetweenCharacters) {
   EXPECT_EQ(utf8Prefix("\u4F60\u4F60", 6), "\u4F60\u4F60");
   for (const std::size_t maxBytes : {3U, 4U, 5U}) {
