@@ -138,6 +138,48 @@ TEST(SettingsContract, TheEngineReadsEveryFileAsTheApplicationDoes) {
   EXPECT_GT(telling, 1'000);
 }
 
+/// `text` without the lines that the window writes.
+std::string foreignLines(std::string_view text) {
+  constexpr std::array kOwn = {"whisper_model"sv, "language"sv, "translate"sv, "hotkey"sv};
+  std::string foreign;
+  while (!text.empty()) {
+    const std::size_t length = std::min(text.find('\n'), text.size() - 1) + 1;
+    const std::string_view line = text.substr(0, length);
+    if (std::ranges::none_of(kOwn, [line](auto key) { return line.starts_with(key); }))
+      foreign += line;
+    text.remove_prefix(length);
+  }
+  return foreign;
+}
+
+TEST(SettingsContract, ASaveKeepsTheEnginesOwnKeysByteForByte) {
+  const std::string own =
+      "# mine\n[model]\nprompt = \"\"\"one\n  two [x] = 3\n\"\"\"\nwords = [ # names\n  "
+      "\"Joanis\",\n\n"
+      "\t'C = N', \"a]\",   \n  'last'\n]\nthreads=4\n\n[engine]\n  model = \"base\" # fast\n"
+      "unload_after = 600\n\n[output]\nreplace = { \"new line\" = \"\\n\", \"full stop\" = \".\" "
+      "}\n"
+      "\n[audio]\n";
+  const EngineSettings before = parseEngineSettings(own).settings;
+  EXPECT_EQ(before.words.size(), 4U);
+  RandomText random(67);
+  std::string text = own;
+  for (int round = 0; round < 200; ++round) {
+    const ModelSettings choice = randomChoice(random);
+    text = withSettings(text, choice);
+    ASSERT_EQ(foreignLines(text), own) << text;
+    ASSERT_EQ(parseSettings(text), choice) << text;
+    const auto reading = parseEngineSettings(text);
+    ASSERT_THAT(reading.errors, ::testing::IsEmpty()) << text;
+    ASSERT_EQ(reading.settings.engineModel, "base");
+    ASSERT_EQ(reading.settings.unloadAfter, std::chrono::seconds(600));
+    ASSERT_EQ(reading.settings.prompt, before.prompt);
+    ASSERT_EQ(reading.settings.words, before.words);
+    ASSERT_EQ(reading.settings.threads, 4);
+    ASSERT_EQ(reading.settings.replace, before.replace);
+  }
+}
+
 /// A home with a settings file, and both programs' view of it.
 struct SettingsOfOneHome : ::testing::Test {
   SettingsView window() { return {config, SettingsPorts{loginItem, userDefaults}, nullptr}; }

@@ -23,6 +23,15 @@ void requireTheApplications(const ModelSettings& shared, const EngineSettings& s
           "so is the hotkey");
 }
 
+void requireWithinLimits(const EngineSettings& settings) {
+  require(settings.engineModel.find('/') == std::string::npos, "a model's name is no path");
+  require(settings.prompt.size() <= 1000, "a prompt has its limit");
+  require(settings.words.size() <= 100, "so have the words");
+  require(settings.replace.size() <= 200, "so have the replacements");
+  require(settings.threads >= 0 && settings.threads <= 256, "so have the threads");
+  require(!settings.unloadAfter || settings.unloadAfter->count() >= 1, "and the idle time");
+}
+
 void requirePlain(const std::string& error) {
   require(error.starts_with("[quillback] ERROR"), "a mistake is an error line");
   require(std::ranges::all_of(error, [](char c) { return c >= ' ' && c <= '~'; }),
@@ -39,7 +48,8 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::string text(data, data + size);
   const SettingsReading reading = quillback::parseEngineSettings(text);
   requireTheApplications(parseSettings(text), reading.settings);
-  require(reading.errors.size() <= 5, "there is one mistake for each key at most");
+  require(reading.errors.size() <= 11, "there is one mistake for each key at most");
   for (const std::string& error : reading.errors) requirePlain(error);
+  requireWithinLimits(reading.settings);
   return 0;
 }

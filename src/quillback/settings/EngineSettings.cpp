@@ -1,32 +1,17 @@
 #include "quillback/settings/EngineSettings.h"
 
-#include <toml++/toml.h>
-
 #include <algorithm>
-#include <array>
 #include <map>
 #include <optional>
-#include <utility>
 
 #include "common/settings/SettingsReader.h"
 #include "common/settings/TextFile.h"
+#include "quillback/settings/OwnSettings.h"
 
 namespace voxtrel::quillback {
 namespace {
 
-using Insert = EngineSettings::Insert;
-
 constexpr std::size_t kMaxBytes = 1 << 20;
-constexpr std::array<std::pair<std::string_view, Insert>, 3> kInserts = {
-    {{"type", Insert::type}, {"clipboard", Insert::clipboard}, {"none", Insert::none}}};
-
-/// `line` counts from 1; 0 means the whole file. `what` never quotes the file, whose text must not look
-/// like one of the engine's own lines.
-std::string errorLine(std::size_t line, std::string_view what) {
-  std::string text = "[quillback] ERROR in ~/.config/quillback/config.toml";
-  if (line > 0) text += ", line " + std::to_string(line);
-  return text.append(": ").append(what);
-}
 
 /// The line, as editors count, in which `part` of `text` begins.
 std::size_t lineOf(std::string_view text, std::string_view part) {
@@ -49,7 +34,7 @@ void readShared(std::string_view text, SettingsReading& reading) {
   const auto complainIf = [&](SettingKey key, auto isWrong, std::string_view what) {
     const auto found = last.find(key);
     if (found == last.end() || !isWrong(found->second)) return;
-    reading.errors.push_back(errorLine(lineOf(text, found->second), what));
+    reading.errors.push_back(settingsErrorLine(lineOf(text, found->second), what));
   };
   complainIf(
       SettingKey::translate, [](auto value) { return value != "true" && value != "false"; },
@@ -66,42 +51,16 @@ void readShared(std::string_view text, SettingsReading& reading) {
       "hotkey is not the name of a key that can be held");
 }
 
-void readInsert(const toml::table& file, SettingsReading& reading) {
-  const toml::node* section = file.get("output");
-  if (section == nullptr) return;
-  const auto complain = [&reading](const toml::node& node, std::string_view what) {
-    reading.errors.push_back(errorLine(node.source().begin.line, what));
-  };
-  if (!section->is_table()) return complain(*section, "output must be a section");
-  const toml::node* node = section->as_table()->get("insert");
-  if (node == nullptr) return;
-  const auto value = node->value_exact<std::string>().value_or("");
-  const auto* found = std::ranges::find(kInserts, value, &decltype(kInserts)::value_type::first);
-  if (found == kInserts.end()) {
-    return complain(*node, R"(insert must be "type", "clipboard" or "none")");
-  }
-  reading.settings.insert = found->second;
-}
-
-void readOwn(std::string_view text, SettingsReading& reading) {
-  try {
-    readInsert(toml::parse(text), reading);
-  } catch (const toml::parse_error& error) {
-    reading.errors.push_back(
-        errorLine(error.source().begin.line, "this is not TOML; [output] keeps its default"));
-  }
-}
-
 }  // namespace
 
 SettingsReading parseEngineSettings(std::string_view text) {
   constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
   SettingsReading reading;
   if (text.starts_with(kByteOrderMark)) {
-    reading.errors.push_back(errorLine(1, "the byte order mark hides what this line says"));
+    reading.errors.push_back(settingsErrorLine(1, "the byte order mark hides what this line says"));
   }
   readShared(text, reading);
-  readOwn(text, reading);
+  readOwnSettings(text, reading);
   return reading;
 }
 
@@ -109,7 +68,7 @@ SettingsReading readEngineSettings(const std::string& path) {
   const auto text = readTextFile(path, kMaxBytes);
   if (text) return parseEngineSettings(*text);
   if (text.error().isMissing) return {};
-  return {{}, {errorLine(0, text.error().reason + "; using the defaults")}};
+  return {{}, {settingsErrorLine(0, text.error().reason + "; using the defaults")}};
 }
 
 }  // namespace voxtrel::quillback

@@ -1,10 +1,13 @@
 #pragma once
 
+#include <chrono>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "common/settings/HotkeyTable.h"
+#include "quillback/text/TextRules.h"
 
 namespace voxtrel::quillback {
 
@@ -20,7 +23,16 @@ struct EngineSettings {
   Hotkey hotkey = kDefaultHotkey;
 
   // The engine's own, in TOML.
-  Insert insert = Insert::type;  ///< [output] insert: "type", "clipboard" or "none"
+  std::string engineModel;                          ///< [engine] model; empty: none
+  std::optional<std::chrono::seconds> unloadAfter;  ///< [engine] unload_after; none: stays loaded
+  std::string prompt;              ///< [model] prompt: text that the recogniser takes for said
+  std::vector<std::string> words;  ///< [model] words that may be said, such as names
+  int threads = 0;                 ///< [model] threads, up to 256; 0: one per physical core
+  Insert insert = Insert::type;    ///< [output] insert: "type", "clipboard" or "none"
+  std::vector<TextRule> replace;   ///< [output] replace
+
+  /// The model to recognise with: the engine's own key counts more than the window's.
+  const std::string& chosenModel() const { return engineModel.empty() ? model : engineModel; }
 };
 
 /// Settings, and a line of output for each value that could not be used.

@@ -102,7 +102,7 @@ TEST(EngineSettings, OnlyTheLastOfTwoValuesCanBeAMistake) {
 }
 
 TEST(EngineSettings, AnOutputThatIsNoSectionIsAMistake) {
-  EXPECT_THAT(parseEngineSettings("\noutput = 3\nmodel = 'large'\n").errors,
+  EXPECT_THAT(parseEngineSettings("\noutput = 3\nlarge = 'model'\n").errors,
               ElementsAre(errorInLine(2, "output must be a section")));
 }
 
