@@ -51,8 +51,8 @@ bool isOnKeypad(xkb_keysym_t keysym) {
   return keysym >= XKB_KEY_KP_Space && keysym <= XKB_KEY_KP_Equal;
 }
 
-bool isPrintable(char32_t character) {
-  return character >= U' ' && character != 0x7F;
+bool isTypeable(char32_t character) {
+  return (character >= U' ' && character != 0x7F) || character == kReturn;
 }
 
 /// Adds what the keys write with the state's modifiers, unless fewer modifiers write it as well.
@@ -61,7 +61,7 @@ void addStrokes(KeyTable& table, xkb_keymap* keymap, xkb_state* state, bool shif
   for (auto code = first; code <= last; ++code) {
     const xkb_keysym_t keysym = xkb_state_key_get_one_sym(state, code);
     const char32_t character = xkb_keysym_to_utf32(keysym);
-    if (isOnKeypad(keysym) || !isPrintable(character)) continue;
+    if (isOnKeypad(keysym) || !isTypeable(character)) continue;
     table.strokes.try_emplace(character, KeyStroke{static_cast<std::uint8_t>(code), shift, level3});
   }
 }

@@ -11,6 +11,9 @@ struct xkb_keymap;
 
 namespace voxtrel::quillback {
 
+/// The character of the Return key.
+inline constexpr char32_t kReturn = U'\r';
+
 /// A key to press, with the modifiers held meanwhile.
 struct KeyStroke {
   std::uint8_t code = 0;
@@ -20,7 +23,7 @@ struct KeyStroke {
   bool operator==(const KeyStroke&) const = default;
 };
 
-/// How a keyboard writes characters in one layout, without any lock.
+/// How a keyboard writes characters and kReturn in one layout, without any lock.
 struct KeyTable {
   std::map<char32_t, KeyStroke> strokes;
   std::uint8_t shiftCode = 0;        ///< 0 if there is none

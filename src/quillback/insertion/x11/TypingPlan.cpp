@@ -31,13 +31,28 @@ std::u32string typeable(std::string_view text) {
     const Utf8Character next = firstCharacter(text);
     text.remove_prefix(std::max<std::size_t>(next.length, 1));
     if (next.length == 0) continue;
-    if (isNewlineOrTab(next.code)) {
+    if (next.code == U'\n') {
+      result.push_back(kReturn);
+    } else if (isNewlineOrTab(next.code)) {
       result.push_back(U' ');
     } else if (!isControl(next.code)) {
       result.push_back(next.code);
     }
   }
   return result;
+}
+
+std::string_view separatorBetween(std::string_view before, std::string_view text) {
+  constexpr std::string_view kBlanks = " \n";
+  constexpr std::string_view kClosing = ".,;:!?)]}";
+  if (text.empty() || before.empty() || before.ends_with('\n')) return "";
+  if (kBlanks.find(text.front()) != std::string_view::npos) return "";
+  // ".NET" and "!important" are words.
+  const std::string_view rest =
+      text.substr(std::min(text.find_first_not_of(kClosing), text.size()));
+  const bool isMark = rest.size() < text.size();
+  return isMark && (rest.empty() || kBlanks.find(rest.front()) != std::string_view::npos) ? ""
+                                                                                          : " ";
 }
 
 std::vector<TypingBatch> planTyping(std::u32string_view text, const KeyTable& table) {

@@ -114,13 +114,14 @@ tl::expected<void, std::string> XTestTyper::prepare(const std::string& text) {
   auto table = readKeyTable(*server_);
   if (!table) return tl::make_unexpected("the X server does not tell its keymap");
   table_ = std::move(*table);
-  const std::string space = window == lastWindow_ ? " " : "";
-  auto batches = planTyping(typeable(space + text), table_);
+  const std::string_view before = window == lastWindow_ ? lastText_ : std::string_view();
+  auto batches = planTyping(typeable(std::string(separatorBetween(before, text)) + text), table_);
   if (batches.empty()) {
     return tl::make_unexpected("the keyboard has no spare key for its characters");
   }
   batches_ = {std::make_move_iterator(batches.begin()), std::make_move_iterator(batches.end())};
   remember(window);
+  lastText_ = text;
   return {};
 }
 

@@ -13,7 +13,7 @@
 namespace voxtrel::quillback {
 
 /// Types texts into the window with the focus, one after the other, with a space between two that go
-/// to the same window. A character missing from the layout is put on a spare key until the client has
+/// to the same window. A newline in a text presses Return. A character missing from the layout is put on a spare key until the client has
 /// read it. Nothing blocks on clients. Destroying it restores the keyboard at once and drops the rest
 /// of the text.
 /// Thread: the loop's.  Owns: a connection to the server.  Borrows: Loop, OwnKeys (must outlive this).
@@ -63,6 +63,7 @@ class XTestTyper {
   std::deque<TypingBatch> batches_;
   std::size_t typedStrokes_ = 0;  // of the first batch
   FocusedWindow lastWindow_;
+  std::string lastText_;  // typed into that window
   std::unique_ptr<Loop::Timer> timer_;
   std::unique_ptr<Loop::Watch> watch_;
 };

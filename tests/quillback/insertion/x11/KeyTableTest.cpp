@@ -53,8 +53,14 @@ TEST(KeyTableTest, KeypadKeysAndControlCharactersAreLeftOut) {
   const KeyTable table = tableOf("us");
   EXPECT_EQ(strokeOf(table, U'1'), (KeyStroke{10, false, false}));
   EXPECT_EQ(strokeOf(table, U'+'), (KeyStroke{21, true, false}));
-  EXPECT_FALSE(table.strokes.contains(U'\r'));
+  EXPECT_FALSE(table.strokes.contains(U'\n'));
   EXPECT_FALSE(table.strokes.contains(U'\t'));
+}
+
+TEST(KeyTableTest, TheReturnKeyIsTheOneOfTheMainBlock) {
+  for (const char* layout : {"us", "de", "ru"}) {
+    EXPECT_EQ(strokeOf(tableOf(layout), kReturn), (KeyStroke{36, false, false})) << layout;
+  }
 }
 
 TEST(KeyTableTest, SpareKeysAreThoseThatDoNothing) {

@@ -48,10 +48,32 @@ TEST(TypingPlanTest, WithoutSpareKeysSuchATextHasNoPlan) {
   EXPECT_THAT(planTyping(U"aA", table), SizeIs(1));
 }
 
-TEST(TypingPlanTest, ATextIsOneLineWithoutControlCharacters) {
-  EXPECT_EQ(typeable("a\nb\tc\rd\x1b\x7f\xC2\x85\xE2\x80\xA8"
+TEST(TypingPlanTest, ATextHasNoControlCharacters) {
+  EXPECT_EQ(typeable("a\vb\tc\rd\x1b\x7f\xC2\x85\xE2\x80\xA8"
                      "e"),
             U"a b c d  e");
+}
+
+TEST(TypingPlanTest, ANewlineIsTheReturnKey) {
+  EXPECT_EQ(typeable("a\n\nb"), U"a\r\rb");
+  KeyTable table = smallTable();
+  table.strokes[kReturn] = {36};
+  const auto plan = planTyping(typeable("a\na"), table);
+  ASSERT_THAT(plan, SizeIs(1));
+  EXPECT_THAT(plan[0].spares, IsEmpty());
+  EXPECT_THAT(plan[0].strokes, ElementsAre(KeyStroke{38}, KeyStroke{36}, KeyStroke{38}));
+}
+
+TEST(TypingPlanTest, ABlankGoesBetweenTextsUnlessOneJoinsTheOther) {
+  for (const char* text : {"two", "(two)", ".NET", "!important", "...and", "-", "é"}) {
+    EXPECT_EQ(separatorBetween("one", text), " ") << text;
+    EXPECT_EQ(separatorBetween("one.", text), " ") << text;
+    EXPECT_EQ(separatorBetween("one\n", text), "") << text;
+    EXPECT_EQ(separatorBetween("", text), "") << text;
+  }
+  for (const char* text : {"", "\ntwo", " two", ".", "?!", ", two", ".\ntwo", ") two"}) {
+    EXPECT_EQ(separatorBetween("one", text), "") << text;
+  }
 }
 
 TEST(TypingPlanTest, InvalidUtf8IsLeftOut) {

@@ -102,12 +102,21 @@ TEST_F(XTestTyperTest, ASpaceGoesBetweenTextsInTheSameWindowOnly) {
   openField("first");
   EXPECT_EQ(typed("one"), "one");
   typer().type("two");
-  typer().type("three\nlines");
-  EXPECT_TRUE(runUntil([&] { return content() == "one two three lines"; })) << content();
+  typer().type("three\twords");
+  EXPECT_TRUE(runUntil([&] { return content() == "one two three words"; })) << content();
   field_.reset();
   openField("second");
   EXPECT_EQ(typed("four"), "four");
   EXPECT_EQ(typed("five", "four five"), "four five");
+}
+
+TEST_F(XTestTyperTest, ANewlinePressesReturn) {
+  openField();
+  EXPECT_EQ(typed("one\ntwo Ж\n\n"), "one\ntwo Ж\n\n");
+  EXPECT_EQ(typed("three", "one\ntwo Ж\n\nthree"), "one\ntwo Ж\n\nthree");
+  EXPECT_EQ(typed("\nfour", "one\ntwo Ж\n\nthree\nfour"), "one\ntwo Ж\n\nthree\nfour");
+  EXPECT_EQ(typed(".", "one\ntwo Ж\n\nthree\nfour."), "one\ntwo Ж\n\nthree\nfour.");
+  EXPECT_THAT(pressedKeys(), IsEmpty());
 }
 
 TEST_F(XTestTyperTest, OnlyTheUsersKeysCountAsTheHotkey) {
