@@ -12,6 +12,7 @@
 #include "common/base/Utf8.h"
 #include "quillback/dictation/PrintedLines.h"
 #include "quillback/settings/EngineSettings.h"
+#include "quillback/text/TextRules.h"
 #include "support/DictationFixture.h"
 #include "support/EngineWords.h"
 #include "support/RandomText.h"
@@ -65,8 +66,10 @@ TEST(EngineOutput, EveryLineHasItsMeaningAndNoOther) {
 TEST(EngineOutput, EveryMistakeInTheSettingsIsAnErrorAndNothingElse) {
   const SettingsReading reading = parseEngineSettings(
       "\xEF\xBB\xBF[x]\n[model]\ntranslate = 1\n[audio]\nhotkey = 'Ready.'\nhotkey_code = 1\n"
-      "[output]\ninsert = 'Recording...'\n");
-  EXPECT_EQ(reading.errors.size(), 5U);
+      "threads = 'Processing audio'\n"
+      "[engine]\nmodel = 'Ready. '\nunload_after = 'encode='\n"
+      "[output]\ninsert = 'Recording...'\nreplace = 'Accessibility'\n");
+  EXPECT_EQ(reading.errors.size(), 8U);
   for (const std::string& line : reading.errors) expectMeaning({line, std::nullopt, true});
   for (const std::string& line : parseEngineSettings("encode= x").errors) {
     expectMeaning({line, std::nullopt, true});
@@ -142,7 +145,7 @@ TEST_F(Conversation, TheApplicationFollowsTheEngineWhateverIsSaid) {
   EXPECT_EQ(state_, AppState::idle);
   for (int round = 0; round < 300; ++round) {
     const std::string said = randomSpeech(random, round);
-    const std::string words = trimmedOneLine(said);
+    const std::string words = trimmedOneLine(withoutInvisible(said));
     const std::string expected = words.empty() ? text_ : words;
     dictate(said);
     ASSERT_EQ(state_, AppState::idle) << ::testing::PrintToString(said);

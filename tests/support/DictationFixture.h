@@ -50,8 +50,9 @@ class DictationFixture : public testing::Test {
   test::FakeRecogniser recogniser_;
   test::FakeOutput output_;
   test::FakeTextSink sink_{output_};
+  test::FakeTakeStore store_;
   std::unique_ptr<Dictation> dictation_ =
-      std::make_unique<Dictation>(loop_, microphone_, sink_, output_);
+      std::make_unique<Dictation>(loop_, microphone_, sink_, store_, output_);
 };
 
 }  // namespace voxtrel::quillback

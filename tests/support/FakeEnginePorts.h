@@ -1,6 +1,8 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
+#include <functional>
 #include <memory>
 #include <string>
 #include <utility>
@@ -9,6 +11,7 @@
 #include "quillback/ports/Microphone.h"
 #include "quillback/ports/Output.h"
 #include "quillback/ports/Recogniser.h"
+#include "quillback/ports/TakeStore.h"
 #include "quillback/ports/TextSink.h"
 
 namespace voxtrel::quillback::test {
@@ -95,6 +98,7 @@ struct FakeRecogniser final : Recogniser {
 struct FakeTextSink final : TextSink {
   explicit FakeTextSink(const FakeOutput& printed) : output(printed) {}
   void insert(const std::string& text) override {
+    if (onInsert) onInsert();
     texts.push_back(text);
     linesBefore.push_back(output.lines);
   }
@@ -102,6 +106,32 @@ struct FakeTextSink final : TextSink {
   const FakeOutput& output;
   std::vector<std::string> texts;
   std::vector<std::vector<std::string>> linesBefore;
+  std::function<void()> onInsert;
+};
+
+/// Keeps the recordings, and what became of each.
+struct FakeTakeStore final : TakeStore {
+  enum class State { kept, delivered, gaveNoWords };
+  struct Take {
+    std::vector<std::int16_t> samples;
+    State state = State::kept;
+  };
+  struct Handle final : KeptTake {
+    explicit Handle(Take& kept) : take(kept) {}
+    void delivered() override { take.state = State::delivered; }
+    void gaveNoWords() override { take.state = State::gaveNoWords; }
+
+    Take& take;
+  };
+
+  std::unique_ptr<KeptTake> keep(std::span<const std::int16_t> samples) override {
+    if (isFull) return nullptr;
+    takes.push_back({{samples.begin(), samples.end()}});
+    return std::make_unique<Handle>(takes.back());
+  }
+
+  std::deque<Take> takes;
+  bool isFull = false;
 };
 
 }  // namespace voxtrel::quillback::test

@@ -5,6 +5,7 @@
 #include "common/base/HomeDirectory.h"
 #include "quillback/app/ChosenBackend.h"
 #include "quillback/recognition/ThreadedRecogniser.h"
+#include "quillback/text/TextRules.h"
 
 namespace voxtrel::quillback {
 
@@ -13,8 +14,9 @@ Engine::Engine(EpollLoop& loop, Output& output, const EngineSettings& settings)
       output_(output),
       ownKeys_(loop),
       sinks_(loop, ownKeys_, output),
-      sink_(sinks_.make(settings.insert, session_)),
-      dictation_(loop, microphone_, *sink_, output) {
+      sink_(std::make_unique<ReplacingSink>(sinks_.make(settings.insert, session_),
+                                            settings.replace)),
+      dictation_(loop, microphone_, *sink_, takes_, output) {
   watchKey(settings.hotkey);
   loadModel(settings);
 }

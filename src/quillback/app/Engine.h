@@ -4,6 +4,7 @@
 
 #include "quillback/app/KeySource.h"
 #include "quillback/audio/PulseMicrophone.h"
+#include "quillback/audio/TakeFolder.h"
 #include "quillback/dictation/Dictation.h"
 #include "quillback/insertion/TextSinks.h"
 #include "quillback/loop/EpollLoop.h"
@@ -34,6 +35,7 @@ class Engine {
   OwnKeys ownKeys_;
   TextSinks sinks_;
   PulseMicrophone microphone_;
+  TakeFolder takes_{takeFolderPath()};
   // Destroyed in reverse order: an utterance before its recogniser, the dictation before its sink.
   std::unique_ptr<TextSink> sink_;
   std::unique_ptr<Recogniser> recogniser_;

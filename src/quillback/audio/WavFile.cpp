@@ -15,6 +15,8 @@
 #include <system_error>
 #include <utility>
 
+#include "quillback/ports/Microphone.h"
+
 namespace voxtrel::quillback {
 namespace {
 
@@ -53,6 +55,24 @@ unsigned word(Bytes bytes, std::size_t at) {
 std::uint32_t doubleWord(Bytes bytes, std::size_t at) {
   return static_cast<std::uint32_t>(littleEndian(bytes.subspan(at, 4)));
 }
+
+/// Appends values to a header.
+/// Thread: one.
+class HeaderWriter {
+ public:
+  void tag(std::string_view letters) {
+    for (const char letter : letters) bytes_.at(size_++) = static_cast<std::uint8_t>(letter);
+  }
+  /// Little-endian.
+  void number(std::size_t value, int bytes) {
+    for (; bytes > 0; --bytes, value >>= 8) bytes_.at(size_++) = static_cast<std::uint8_t>(value);
+  }
+  const std::array<std::uint8_t, kWavHeaderBytes>& bytes() const { return bytes_; }
+
+ private:
+  std::array<std::uint8_t, kWavHeaderBytes> bytes_{};
+  std::size_t size_ = 0;
+};
 
 bool hasTag(Bytes bytes, std::size_t at, std::string_view tag) {
   return std::memcmp(bytes.data() + at, tag.data(), tag.size()) == 0;
@@ -166,6 +186,25 @@ tl::expected<std::vector<std::uint8_t>, WavError> readBytes(const std::string& p
 }
 
 }  // namespace
+
+std::array<std::uint8_t, kWavHeaderBytes> wavHeader(std::size_t samples) {
+  constexpr std::size_t kSampleBytes = sizeof(std::int16_t);
+  const std::size_t dataBytes = samples * kSampleBytes;
+  HeaderWriter header;
+  header.tag("RIFF");
+  header.number(kWavHeaderBytes - kChunkHeaderBytes + dataBytes, 4);
+  header.tag("WAVEfmt ");
+  header.number(kFormatBytes, 4);
+  header.number(kPcm, 2);
+  header.number(1, 2);
+  header.number(kSampleRateHz, 4);
+  header.number(kSampleRateHz * kSampleBytes, 4);
+  header.number(kSampleBytes, 2);
+  header.number(8 * kSampleBytes, 2);
+  header.tag("data");
+  header.number(dataBytes, 4);
+  return header.bytes();
+}
 
 tl::expected<WavSound, std::string> parseWav(Bytes bytes) {
   if (bytes.size() < kRiffHeaderBytes || !hasTag(bytes, 0, "RIFF") || !hasTag(bytes, 8, "WAVE")) {

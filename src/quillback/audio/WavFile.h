@@ -1,5 +1,7 @@
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <span>
 #include <string>
@@ -30,6 +32,12 @@ struct WavError {
 inline constexpr int kMinRateHz = 1000;
 inline constexpr int kMaxRateHz = 384'000;
 inline constexpr int kMaxChannels = 32;
+
+inline constexpr std::size_t kWavHeaderBytes = 44;
+
+/// The start of a WAV file with this many mono samples of 16 bits at kSampleRateHz. The samples follow,
+/// in little-endian order; less than 2 GB of them.
+std::array<std::uint8_t, kWavHeaderBytes> wavHeader(std::size_t samples);
 
 /// Parses a RIFF WAV file: integer samples of 8, 16, 24 or 32 bits or floating point of 32 or 64, also
 /// with the extensible header. Unknown chunks are skipped. A file that was cut short, or whose length

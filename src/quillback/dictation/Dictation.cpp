@@ -8,6 +8,7 @@
 #include "common/base/Lines.h"
 #include "quillback/dictation/PrintedLines.h"
 #include "quillback/dictation/SpeechMeter.h"
+#include "quillback/text/TextRules.h"
 
 namespace voxtrel::quillback {
 namespace {
@@ -27,28 +28,27 @@ struct Dictation::Take {
   };
 
   bool isRecording() const { return phase == Phase::held || phase == Phase::tail; }
-  void feed(std::span<const std::int16_t> samples);
+  void feed(std::span<const std::int16_t> heard);
 
   Phase phase = Phase::held;
   Loop::TimePoint pressedAt;
   SpeechMeter meter;
-  std::vector<std::int16_t> backlog;     ///< samples from before the utterance began
+  std::vector<std::int16_t> samples;     ///< until it is kept and the recogniser has them
+  std::unique_ptr<KeptTake> kept;        ///< set once it is complete, unless it cannot be kept
   std::unique_ptr<Utterance> utterance;  ///< set while this is the first take
   std::unique_ptr<Loop::Timer> timer;    ///< ends the recording
   std::unique_ptr<Capture> capture;
 };
 
-void Dictation::Take::feed(std::span<const std::int16_t> samples) {
-  meter.feed(samples);
-  if (utterance) {
-    utterance->feed(samples);
-  } else {
-    backlog.insert(backlog.end(), samples.begin(), samples.end());
-  }
+void Dictation::Take::feed(std::span<const std::int16_t> heard) {
+  meter.feed(heard);
+  samples.insert(samples.end(), heard.begin(), heard.end());
+  if (utterance) utterance->feed(heard);
 }
 
-Dictation::Dictation(Loop& loop, Microphone& microphone, TextSink& sink, Output& output)
-    : loop_(loop), microphone_(microphone), sink_(sink), output_(output) {}
+Dictation::Dictation(Loop& loop, Microphone& microphone, TextSink& sink, TakeStore& store,
+                     Output& output)
+    : loop_(loop), microphone_(microphone), sink_(sink), store_(store), output_(output) {}
 
 void Dictation::modelLoaded(Recogniser& recogniser) {
   recogniser_ = &recogniser;
@@ -142,6 +142,7 @@ void Dictation::stopRecording(const Handle& take) {
 void Dictation::judge(const Handle& take) {
   if (take->meter.samples() < kMinSamples || take->meter.isSilence()) return drop(take);
   take->phase = Take::Phase::waiting;
+  take->kept = store_.keep(take->samples);
   showState();
   advanceFirstTake();
 }
@@ -161,13 +162,14 @@ void Dictation::advanceFirstTake() {
   const Handle first = takes_.front();
   if (!first->utterance) {
     first->utterance = recogniser_->begin();
-    if (!first->backlog.empty()) first->utterance->feed(std::exchange(first->backlog, {}));
+    if (!first->samples.empty()) first->utterance->feed(first->samples);
   }
   if (first->phase == Take::Phase::waiting) finish(first);
 }
 
 void Dictation::finish(const Handle& take) {
   take->phase = Take::Phase::finished;
+  take->samples = {};
   take->utterance->finish([this, weak = Weak(take)](const Transcription& result) {
     if (const Handle self = weak.lock()) recognised(self, result);
   });
@@ -176,7 +178,7 @@ void Dictation::finish(const Handle& take) {
 void Dictation::recognised(const Handle& take, const Transcription& result) {
   take->utterance.reset();
   std::erase(takes_, take);
-  const std::string text = trimmedOneLine(result.text);
+  const std::string text = trimmedOneLine(withoutInvisible(result.text));
   if (!text.empty()) {
     output_.print(textLine(text));
     if (saysState(text)) shown_ = Shown::unknown;
@@ -185,6 +187,7 @@ void Dictation::recognised(const Handle& take, const Transcription& result) {
   }
   showState();
   if (!text.empty()) sink_.insert(text);
+  if (take->kept) text.empty() ? take->kept->gaveNoWords() : take->kept->delivered();
   advanceFirstTake();
 }
 

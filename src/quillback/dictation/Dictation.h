@@ -10,13 +10,14 @@
 #include "quillback/ports/Microphone.h"
 #include "quillback/ports/Output.h"
 #include "quillback/ports/Recogniser.h"
+#include "quillback/ports/TakeStore.h"
 #include "quillback/ports/TextSink.h"
 
 namespace voxtrel::quillback {
 
 /// From a held key to words: records while the key is down, has the sound recognised meanwhile,
 /// prints each state and inserts the words. A recording made while an earlier one is still being
-/// recognised waits in a queue. A press before the model is loaded only prints a line; if the key is
+/// recognised waits in a queue. Each complete recording is kept until its words were inserted. A press before the model is loaded only prints a line; if the key is
 /// still down when it is loaded, recording starts then.
 /// Thread: the loop's.  Owns: the takes.  Borrows: the constructor's arguments (must outlive this).
 /// Fails by: a line of output; the next press works again.
@@ -31,7 +32,7 @@ class Dictation {
   /// Recordings in the queue, with the one being recognised.
   static constexpr std::size_t kMaxTakes = 8;
 
-  Dictation(Loop& loop, Microphone& microphone, TextSink& sink, Output& output);
+  Dictation(Loop& loop, Microphone& microphone, TextSink& sink, TakeStore& store, Output& output);
   Dictation(const Dictation&) = delete;
   Dictation& operator=(const Dictation&) = delete;
 
@@ -65,6 +66,7 @@ class Dictation {
   Loop& loop_;
   Microphone& microphone_;
   TextSink& sink_;
+  TakeStore& store_;
   Output& output_;
   Recogniser* recogniser_ = nullptr;
   bool isKeyDown_ = false;

@@ -33,6 +33,18 @@ TEST(WavFile, SixteenBitsGiveFractionsOfOne) {
   EXPECT_THAT(wav.samples, ElementsAre(0.0F, 0.5F, -1.0F));
 }
 
+TEST(WavFile, AWrittenHeaderIsAsItIsRead) {
+  const auto expected = WavBytes()
+                            .text("RIFF")
+                            .number(36 + 6, 4)
+                            .text("WAVE")
+                            .format(1, 1, 16000, 16)
+                            .data(6)
+                            .bytes();
+  const auto header = wavHeader(3);
+  EXPECT_EQ(std::vector(header.begin(), header.end()), expected);
+}
+
 TEST(WavFile, EightBitsHaveTheirZeroInTheMiddle) {
   const auto bytes = WavBytes().riff().format(1, 1, 8000, 8).data(3).number(0xC08000, 3).bytes();
   EXPECT_THAT(parseWav(bytes).value().samples, ElementsAre(-1.0F, 0.0F, 0.5F));
