@@ -47,17 +47,22 @@ std::string helpText() {
   return "Usage: quillback run\n"
          "       quillback setup --model large-v3\n"
          "       quillback transcribe FILE.wav\n"
+         "       quillback retry\n"
          "       quillback --help | --version\n"
          "Turns speech into text: hold a key, speak, and the words are typed.\n"
          "\n"
          "  run         wait for the key and type what is said while it is held\n"
          "  setup       download a speech model and verify it\n"
          "  transcribe  print the words in a WAV file\n"
+         "  retry       print the words of recordings whose words got lost\n"
          "\n"
          "The settings are in ~/.config/quillback/config.toml:\n"
          "  [model]   whisper_model = \"large-v3\", language = \"auto\", translate = false\n"
+         "            prompt = \"...\", words = [\"Joanis\", \"CNRC\"], threads = 4\n"
          "  [audio]   hotkey = 'right_cmd' (the right Super key), or hotkey_code = 54\n"
+         "  [engine]  model = \"base\" (instead of whisper_model), unload_after = 600 (seconds)\n"
          "  [output]  insert = \"type\", \"clipboard\" or \"none\"\n"
+         "            replace = { \"new line\" = \"\\n\", \"full stop\" = \".\" }\n"
          "Escape drops the recording while the key is held.\n";
 }
 
@@ -68,6 +73,7 @@ tl::expected<CommandLine, std::string> parseCommandLine(std::span<const char* co
   if (words[0] == "run") return withoutArguments(Command::run, words[0], rest);
   if (words[0] == "setup") return setup(rest);
   if (words[0] == "transcribe") return transcribe(rest);
+  if (words[0] == "retry") return withoutArguments(Command::retry, words[0], rest);
   if (words[0] == "--help" || words[0] == "-h")
     return withoutArguments(Command::help, words[0], rest);
   if (words[0] == "--version") return withoutArguments(Command::version, words[0], rest);

@@ -9,7 +9,7 @@ namespace voxtrel::quillback {
 
 /// The parsed command line.
 struct CommandLine {
-  enum class Command { run, setup, transcribe, help, version };
+  enum class Command { run, setup, transcribe, retry, help, version };
 
   Command command = Command::help;
   std::string argument;  ///< setup: the model's name; transcribe: the file

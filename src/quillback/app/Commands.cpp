@@ -12,6 +12,7 @@
 #include "quillback/app/CommandLine.h"
 #include "quillback/app/Engine.h"
 #include "quillback/app/Transcribe.h"
+#include "quillback/audio/TakeFolder.h"
 #include "quillback/loop/EndWatch.h"
 #include "quillback/loop/LineOutput.h"
 #include "quillback/model/Setup.h"
@@ -26,6 +27,11 @@ EngineSettings loadSettings(Output& output) {
   const SettingsReading reading = readEngineSettings(ConfigManager(homeDirectory()).configPath());
   for (const std::string& error : reading.errors) output.print(error);
   return reading.settings;
+}
+
+TranscribeExit unwritten(Output& notes) {
+  notes.print("The words could not be written to standard output.");
+  return TranscribeExit::unwritten;
 }
 
 }  // namespace
@@ -58,9 +64,22 @@ int printTranscript(const std::string& file) {
   LineOutput notes(STDERR_FILENO);
   const auto backend = makeBackend(loadSettings(notes), homeDirectory());
   const TranscribeExit exit = transcribeFile(file, *backend, text, notes);
-  if (!text.hasLostLines()) return static_cast<int>(exit);
-  notes.print("The words could not be written to standard output.");
-  return static_cast<int>(TranscribeExit::unwritten);
+  return static_cast<int>(text.hasLostLines() ? unwritten(notes) : exit);
+}
+
+int retryKeptTakes() {
+  LineOutput text(STDOUT_FILENO);
+  LineOutput notes(STDERR_FILENO);
+  const std::string folder = takeFolderPath();
+  if (folder.empty()) notes.print("Recordings are kept only where XDG_RUNTIME_DIR is set.");
+  const auto takes = TakeFolder(folder).takes();
+  const auto backend = makeBackend(loadSettings(notes), homeDirectory());
+  const auto deliver = [&text](const std::string& words) {
+    text.print(words);
+    return !text.hasLostLines();
+  };
+  const TranscribeExit exit = retryTakes(takes, *backend, deliver, notes);
+  return static_cast<int>(exit == TranscribeExit::unwritten ? unwritten(notes) : exit);
 }
 
 }  // namespace voxtrel::quillback

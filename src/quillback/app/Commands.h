@@ -17,4 +17,8 @@ int setUpModel(const std::string& model);
 /// error.
 int printTranscript(const std::string& file);
 
+/// `quillback retry`: does the same for each recording whose words were not delivered, the oldest
+/// first.
+int retryKeptTakes();
+
 }  // namespace voxtrel::quillback

@@ -1,19 +1,22 @@
 #pragma once
 
+#include <functional>
 #include <string>
+#include <vector>
 
+#include "quillback/audio/TakeFolder.h"
 #include "quillback/ports/Output.h"
 #include "quillback/recognition/RecogniserBackend.h"
 
 namespace voxtrel::quillback {
 
-/// The exit status of `quillback transcribe` (2 means wrong use).
+/// The exit status of `quillback transcribe` and `quillback retry` (2 means wrong use).
 enum class TranscribeExit {
   done = 0,          ///< also if no words were recognised
   noRecogniser = 1,  ///< no model could be loaded
   unreadable = 3,    ///< the file is missing or cannot be read
   notWav = 4,        ///< not a WAV file, or one of an unknown kind
-  empty = 5,         ///< a WAV file without samples
+  empty = 5,         ///< a WAV file without samples; nothing to retry
   unwritten = 6,     ///< the words could not be written to standard output
 };
 
@@ -21,5 +24,13 @@ enum class TranscribeExit {
 /// Thread: any, which it blocks.
 TranscribeExit transcribeFile(const std::string& path, RecogniserBackend& backend, Output& text,
                               Output& notes);
+
+/// Recognises the kept recordings in this order and removes each whose words were delivered; one that
+/// gives no words stays until the next recording. `deliver` returns false if the words could not be
+/// written, which ends it. A file without sound is removed. The status is that of the first failure.
+/// Thread: any, which it blocks.
+TranscribeExit retryTakes(const std::vector<StoredTake>& takes, RecogniserBackend& backend,
+                          const std::function<bool(const std::string& words)>& deliver,
+                          Output& notes);
 
 }  // namespace voxtrel::quillback

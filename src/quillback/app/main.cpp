@@ -43,6 +43,8 @@ int main(int argumentCount, char** arguments) {
       return setUpModel(line->argument);
     case CommandLine::Command::transcribe:
       return printTranscript(line->argument);
+    case CommandLine::Command::retry:
+      return retryKeptTakes();
     case CommandLine::Command::help:
       return show(helpText());
     case CommandLine::Command::version:

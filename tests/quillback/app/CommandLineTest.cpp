@@ -15,6 +15,7 @@ tl::expected<CommandLine, std::string> parse(std::vector<const char*> arguments)
 
 TEST(CommandLineTest, KnowsItsCommands) {
   EXPECT_EQ(parse({"run"})->command, Command::run);
+  EXPECT_EQ(parse({"retry"})->command, Command::retry);
   EXPECT_EQ(parse({"--help"})->command, Command::help);
   EXPECT_EQ(parse({"--version"})->command, Command::version);
   const CommandLine setup = parse({"setup", "--model", "large-v3"}).value();
@@ -38,6 +39,7 @@ TEST(CommandLineTest, SaysWhatIsWrongInOneLine) {
                                                        {"setup", "--model", "a", "b"},
                                                        {"transcribe"},
                                                        {"transcribe", "a", "b"},
+                                                       {"retry", "all"},
                                                        {"--version", "x"},
                                                        {"--nonsense"}};
   for (const auto& arguments : mistakes) {
@@ -49,7 +51,7 @@ TEST(CommandLineTest, SaysWhatIsWrongInOneLine) {
 }
 
 TEST(CommandLineTest, HelpNamesEveryCommand) {
-  for (const char* word : {"run", "setup --model", "transcribe", "--help", "--version"}) {
+  for (const char* word : {"run", "setup --model", "transcribe", "retry", "--help", "--version"}) {
     EXPECT_NE(helpText().find(word), std::string::npos) << word;
   }
 }

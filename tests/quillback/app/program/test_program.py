@@ -48,7 +48,7 @@ class CommandLine(Case):
     def test_help_names_the_commands(self):
         done = self.run_to_end("--help")
         self.assertEqual((done.returncode, done.stderr), (0, ""))
-        for word in ("run", "setup", "transcribe", "--version"):
+        for word in ("run", "setup", "transcribe", "retry", "--version"):
             self.assertIn(word, done.stdout)
 
     def test_the_version_is_one_line(self):
@@ -67,10 +67,56 @@ class CommandLine(Case):
                 self.assertEqual(done.returncode, status, arguments)
 
     def test_mistakes_exit_with_2_and_one_clear_line(self):
-        for arguments in ([], ["walk"], ["run", "now"], ["setup"], ["transcribe"], ["--version", "x"]):
+        for arguments in ([], ["walk"], ["run", "now"], ["setup"], ["transcribe"], ["retry", "x"],
+                          ["--version", "x"]):
             done = self.run_to_end(*arguments)
             self.assertEqual((done.returncode, done.stdout), (2, ""), arguments)
             self.assertRegex(done.stderr, r"\Aquillback: .+\nTry \"quillback --help\"\.\n\Z")
+
+
+class Retry(Case):
+    """`quillback retry` with a run-time folder that an engine may have left."""
+
+    def setUp(self):
+        home = tempfile.TemporaryDirectory()
+        self.addCleanup(home.cleanup)
+        self.environment = bare_environment(home.name)
+        self.environment["XDG_RUNTIME_DIR"] = os.path.join(home.name, "run")
+        self.folder = os.path.join(home.name, "run", "quillback")
+        os.makedirs(self.folder)
+
+    def speak(self, name, words):
+        """A kept recording."""
+        subprocess.run(["espeak-ng", "-v", "en-us+edward", "-s", "165", "-w",
+                        os.path.join(self.folder, name), words], check=True, timeout=20)
+
+    def retry(self, **options):
+        """Runs the command."""
+        wanted = {"stdout": subprocess.PIPE, "stderr": subprocess.PIPE, **options}
+        return subprocess.run([EXECUTABLE, "retry"], env=self.environment, text=True, check=False,
+                              timeout=20, **wanted)
+
+    def test_it_prints_the_words_of_kept_recordings_once(self):
+        self.speak("take-10.wav", "how are you today")
+        self.speak("take-9.wav", "nice to meet you")
+        done = self.retry()
+        self.assertEqual((done.returncode, done.stdout), (0, "nice to meet you\nhow are you today\n"))
+        self.assertEqual(os.listdir(self.folder), [])
+        done = self.retry()
+        self.assertEqual((done.returncode, done.stdout, done.stderr),
+                         (5, "", "There is nothing to retry.\n"))
+
+    def test_without_a_run_time_folder_it_says_so(self):
+        del self.environment["XDG_RUNTIME_DIR"]
+        done = self.retry()
+        self.assertEqual((done.returncode, done.stdout), (5, ""))
+        self.assertIn("XDG_RUNTIME_DIR", done.stderr)
+
+    def test_words_that_cannot_be_written_stay(self):
+        self.speak("take-1.wav", "how are you today")
+        with open("/dev/full", "wb") as full:
+            self.assertEqual(self.retry(stdout=full).returncode, 6)
+        self.assertEqual(os.listdir(self.folder), ["take-1.wav"])
 
 
 class BeginningAndEnd(Case):
