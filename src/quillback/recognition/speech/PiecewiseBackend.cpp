@@ -12,6 +12,7 @@
 #include <utility>
 
 #include "common/base/Lines.h"
+#include "quillback/recognition/speech/RepeatedText.h"
 
 namespace voxtrel::quillback {
 namespace {
@@ -119,10 +120,11 @@ void PiecewiseBackend::recognise(std::span<const float> piece, Effort effort) {
   const auto start = std::chrono::steady_clock::now();
   const Heard heard = model_->recognise(piece, effort, *isDropped_);
   if (*isDropped_) return;
-  result_.text += withoutRemarks(heard.text);
+  const CutText kept = cutRepetition(withoutRemarks(heard.text));
+  result_.text += kept.text;
   result_.encode += heard.encode;
   result_.decode += heard.decode;
-  if (heard.wasCut) result_.lines.emplace_back(kRepetitionLine);
+  if (heard.wasCut || kept.wasCut) result_.lines.emplace_back(kRepetitionLine);
   if (effort == Effort::careful) return;
   const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start;
   slowness_ = taken.count() * kSampleRateHz / static_cast<double>(piece.size());
