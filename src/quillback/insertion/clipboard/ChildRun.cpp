@@ -1,14 +1,13 @@
 #include "quillback/insertion/clipboard/ChildRun.h"
 
-#include <fcntl.h>
-#include <spawn.h>
 #include <sys/mman.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <csignal>
 #include <utility>
+
+#include "common/posix/SpawnedProgram.h"
 
 namespace voxtrel::quillback {
 namespace {
@@ -26,55 +25,15 @@ FileDescriptor fileWith(const std::string& text) {
   return file;
 }
 
-/// Spawn attributes: default signal handlers, empty mask, `input` as standard input, no output.
-class SpawnSetup {
- public:
-  explicit SpawnSetup(int input) {
-    posix_spawn_file_actions_init(&actions_);
-    posix_spawn_file_actions_adddup2(&actions_, input, STDIN_FILENO);
-    posix_spawn_file_actions_addopen(&actions_, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
-    posix_spawn_file_actions_addopen(&actions_, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
-    sigset_t none{};
-    sigset_t all{};
-    sigemptyset(&none);
-    sigfillset(&all);
-    posix_spawnattr_init(&attributes_);
-    posix_spawnattr_setsigmask(&attributes_, &none);
-    posix_spawnattr_setsigdefault(&attributes_, &all);
-    posix_spawnattr_setflags(&attributes_, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
-  }
-  SpawnSetup(const SpawnSetup&) = delete;
-  SpawnSetup& operator=(const SpawnSetup&) = delete;
-  ~SpawnSetup() {
-    posix_spawn_file_actions_destroy(&actions_);
-    posix_spawnattr_destroy(&attributes_);
-  }
-
-  /// Returns 0 if the program cannot be started.
-  pid_t spawn(char* const* words) const {
-    pid_t child = 0;
-    return posix_spawnp(&child, words[0], &actions_, &attributes_, words, environ) == 0 ? child : 0;
-  }
-
- private:
-  posix_spawn_file_actions_t actions_{};
-  posix_spawnattr_t attributes_{};
-};
-
 }  // namespace
 
 std::unique_ptr<ChildRun> ChildRun::start(const std::vector<std::string>& words,
                                           const std::string& input, Loop& loop, OnEnd onEnd) {
   const FileDescriptor file = fileWith(input);
   if (!file.isOpen()) return nullptr;
-  std::vector<std::string> copies = words;
-  std::vector<char*> pointers;
-  pointers.reserve(copies.size() + 1);
-  for (std::string& copy : copies) pointers.push_back(copy.data());
-  pointers.push_back(nullptr);
-  const pid_t child = SpawnSetup(file.get()).spawn(pointers.data());
-  if (child == 0) return nullptr;
-  std::unique_ptr<ChildRun> run(new ChildRun(child, std::move(onEnd)));
+  const auto child = spawnProgram(words, file.get());
+  if (!child) return nullptr;
+  std::unique_ptr<ChildRun> run(new ChildRun(*child, std::move(onEnd)));
   run->watch_ = loop.watch(run->process_.get(), [self = run.get()] { self->handleEnd(); });
   return run;
 }
