@@ -84,9 +84,9 @@ struct FakeRecogniser final : Recogniser {
   }
   bool isFinishing() const { return utterance != nullptr && utterance->done; }
   /// Gives the result, upon which the utterance may be destroyed.
-  void understand(const std::string& text) const {
+  void understand(const std::string& text, const std::vector<std::string>& lines = {}) const {
     const auto done = std::move(utterance->done);
-    done({text, std::chrono::microseconds(400), std::chrono::microseconds(123'456)});
+    done({text, std::chrono::microseconds(400), std::chrono::microseconds(123'456), lines});
   }
 
   int beginnings = 0;

@@ -42,7 +42,9 @@ std::string recognised(RecogniserBackend& backend, std::span<const std::int16_t>
   const std::atomic<bool> isDropped{false};
   backend.begin(isDropped);
   backend.feed(samples);
-  std::string words = trimmedOneLine(withoutInvisible(backend.finish().text));
+  const Transcription result = backend.finish();
+  for (const std::string& line : result.lines) notes.print(line);
+  std::string words = trimmedOneLine(withoutInvisible(result.text));
   if (words.empty()) notes.print("No words were understood.");
   return words;
 }

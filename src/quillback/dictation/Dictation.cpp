@@ -178,6 +178,7 @@ void Dictation::finish(const Handle& take) {
 void Dictation::recognised(const Handle& take, const Transcription& result) {
   take->utterance.reset();
   std::erase(takes_, take);
+  for (const std::string& line : result.lines) output_.print(line);
   const std::string text = trimmedOneLine(withoutInvisible(result.text));
   if (!text.empty()) {
     output_.print(textLine(text));

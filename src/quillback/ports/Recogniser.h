@@ -15,7 +15,7 @@ struct Transcription {
   std::string text;  ///< one line of UTF-8; empty if nothing was said
   std::chrono::microseconds encode{};
   std::chrono::microseconds decode{};
-  std::vector<std::string> lines;  ///< for the user
+  std::vector<std::string> lines{};  ///< for the user
 };
 
 /// One recording that is recognised while it is spoken. Destroying it drops it.

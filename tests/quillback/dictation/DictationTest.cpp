@@ -53,6 +53,25 @@ TEST_F(DictationTest, TheWordsAreInsertedAfterTheirLineIsPrinted) {
   EXPECT_THAT(sink_.linesBefore[0], testing::Contains("[gpu-decode] text: \"yes\""));
 }
 
+TEST_F(DictationTest, TheRecognisersLinesArePrintedBeforeTheWords) {
+  load();
+  hold(seconds(1));
+  release();
+  output_.take();
+  recogniser_.understand("yes", {"one line", "another"});
+  EXPECT_THAT(output_.take(), ElementsAre("one line", "another", "[gpu-decode] text: \"yes\"",
+                                          "encode=0ms decode=123ms", "Ready."));
+}
+
+TEST_F(DictationTest, TheRecognisersLinesArePrintedWithoutWordsToo) {
+  load();
+  hold(seconds(1));
+  release();
+  output_.take();
+  recogniser_.understand("", {"one line"});
+  EXPECT_THAT(output_.take(), ElementsAre("one line", "Ready."));
+}
+
 TEST_F(DictationTest, SpeechIsRecognisedWhileTheKeyIsHeld) {
   load();
   hold(seconds(1));

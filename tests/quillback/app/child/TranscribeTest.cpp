@@ -30,9 +30,10 @@ struct WordlessBackend final : RecogniserBackend {
   }
   void begin(const std::atomic<bool>& /*isDropped*/) override {}
   void feed(std::span<const std::int16_t> samples) override { fedSamples += samples.size(); }
-  Transcription finish() override { return {}; }
+  Transcription finish() override { return {"", {}, {}, resultLines}; }
 
   bool isUsable = true;
+  std::vector<std::string> resultLines;
   int loads = 0;
   std::size_t fedSamples = 0;
 };
@@ -92,6 +93,15 @@ TEST_F(TranscribeFixture, ATruncatedFileIsUsedWithANote) {
   EXPECT_THAT(notes.lines, ElementsAre(HasSubstr("cut short"), "a line about the model",
                                        "No words were understood."));
   EXPECT_THAT(text.lines, IsEmpty());
+}
+
+TEST_F(TranscribeFixture, TheLinesOfTheResultAreNotes) {
+  WordlessBackend backend;
+  backend.resultLines = {"a line about the result"};
+  const std::string path = write(WavBytes().riff().format(1, 1, 16000, 16).data(2).number(7, 2));
+  EXPECT_EQ(transcribeFile(path, backend, text, notes), TranscribeExit::done);
+  EXPECT_THAT(notes.lines, ElementsAre("a line about the model", "a line about the result",
+                                       "No words were understood."));
 }
 
 TEST_F(TranscribeFixture, WithoutAModelItPrintsTheLineOfTheReport) {
