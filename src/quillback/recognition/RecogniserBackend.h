@@ -33,6 +33,13 @@ class RecogniserBackend {
   virtual void feed(std::span<const std::int16_t> samples) = 0;
   /// Returns the text of all samples since `begin`.
   virtual Transcription finish() = 0;
+  /// Ends an utterance whose `isDropped` is set: called instead of `finish`, and also after a
+  /// `finish` during which it was set. What the backend has to clean up is done here rather than
+  /// while the next speech waits.
+  virtual void drop() {}
+  /// Called between utterances when nobody has spoken for a while: gives back memory that the next
+  /// `begin` can get again.
+  virtual void rest() {}
 };
 
 }  // namespace voxtrel::quillback

@@ -28,8 +28,9 @@ class ThreadedRecogniser::Worker : public std::enable_shared_from_this<Worker> {
  public:
   using SharedJob = std::shared_ptr<Job>;
 
-  Worker(Loop& loop, std::unique_ptr<RecogniserBackend> backend)
-      : loop_(loop), backend_(std::move(backend)) {}
+  Worker(Loop& loop, std::unique_ptr<RecogniserBackend> backend,
+         std::optional<std::chrono::seconds> restAfter)
+      : loop_(loop), backend_(std::move(backend)), restAfter_(restAfter) {}
 
   /// Called once. `onLoaded` runs on the loop's thread.
   void start(OnLoaded onLoaded);
@@ -59,6 +60,7 @@ class ThreadedRecogniser::Worker : public std::enable_shared_from_this<Worker> {
 
   void run(const OnLoaded& onLoaded);
   SharedJob waitForJob();
+  void restWhenIdle(std::unique_lock<std::mutex>& lock);
   void recognise(const SharedJob& job);
   bool waitForSamples(Job& job, std::vector<std::int16_t>& samples);
   void feedBackend(const Job& job, std::span<const std::int16_t> samples);
@@ -67,6 +69,7 @@ class ThreadedRecogniser::Worker : public std::enable_shared_from_this<Worker> {
 
   Loop& loop_;
   std::unique_ptr<RecogniserBackend> backend_;  // used by the thread only
+  const std::optional<std::chrono::seconds> restAfter_;
   std::thread thread_;
   std::mutex postMutex_;  // held while posting: after `stop` the loop may be gone
   bool mayPost_ = true;   // under postMutex_
@@ -117,19 +120,30 @@ void ThreadedRecogniser::Worker::run(const OnLoaded& onLoaded) {
 /// Null once stopped.
 ThreadedRecogniser::Worker::SharedJob ThreadedRecogniser::Worker::waitForJob() {
   std::unique_lock lock(mutex_);
+  restWhenIdle(lock);
   changed_.wait(lock, [this] { return isStopped_ || !jobs_.empty(); });
   return isStopped_ ? nullptr : jobs_.front();
 }
 
+/// Without a time to rest after, nothing here wakes the thread.
+void ThreadedRecogniser::Worker::restWhenIdle(std::unique_lock<std::mutex>& lock) {
+  if (!restAfter_) return;
+  if (changed_.wait_for(lock, *restAfter_, [this] { return isStopped_ || !jobs_.empty(); })) return;
+  lock.unlock();
+  backend_->rest();
+  lock.lock();
+}
+
 void ThreadedRecogniser::Worker::recognise(const SharedJob& job) {
+  if (job->isDropped) return;  // while it was queued
   std::vector<std::int16_t> samples;
   backend_->begin(job->isDropped);
   while (waitForSamples(*job, samples)) feedBackend(*job, samples);
   if (isStopped()) return;
-  // A dropped utterance is finished too: the backend cleans up now, while no key press waits for
-  // it.
+  if (job->isDropped) return backend_->drop();
   const Transcription result = backend_->finish();
-  if (job->isDropped) return;
+  if (isStopped()) return;
+  if (job->isDropped) return backend_->drop();
   post([job, result] {
     // The callback may destroy the utterance, and with it `done` itself.
     const auto done = std::move(job->done);
@@ -187,8 +201,9 @@ class ThreadedRecogniser::QueuedUtterance final : public Utterance {
 };
 
 ThreadedRecogniser::ThreadedRecogniser(Loop& loop, std::unique_ptr<RecogniserBackend> backend,
-                                       OnLoaded onLoaded)
-    : worker_(std::make_shared<Worker>(loop, std::move(backend))),
+                                       OnLoaded onLoaded,
+                                       std::optional<std::chrono::seconds> restAfter)
+    : worker_(std::make_shared<Worker>(loop, std::move(backend), restAfter)),
       alive_(std::make_shared<const bool>(true)) {
   worker_->start(
       [alive = std::weak_ptr(alive_), onLoaded = std::move(onLoaded)](const LoadReport& report) {

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <functional>
 #include <memory>
+#include <optional>
 
 #include "quillback/ports/Loop.h"
 #include "quillback/recognition/RecogniserBackend.h"
@@ -25,8 +26,9 @@ class ThreadedRecogniser final : public Recogniser {
   static constexpr std::size_t kMaxStepSamples = 1600;
 
   /// Starts to load the model. `onLoaded` runs later on the loop's thread, unless this is destroyed
-  /// first.
-  ThreadedRecogniser(Loop& loop, std::unique_ptr<RecogniserBackend> backend, OnLoaded onLoaded);
+  /// first. After `restAfter` without an utterance the backend rests once; without a value never.
+  ThreadedRecogniser(Loop& loop, std::unique_ptr<RecogniserBackend> backend, OnLoaded onLoaded,
+                     std::optional<std::chrono::seconds> restAfter = {});
   ThreadedRecogniser(const ThreadedRecogniser&) = delete;
   ThreadedRecogniser& operator=(const ThreadedRecogniser&) = delete;
   /// Returns within kStopTimeout, whatever the backend does.

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <array>
 #include <chrono>
 #include <future>
 #include <memory>
@@ -27,6 +28,12 @@ struct Script {
   Samples heard;  ///< in this utterance, under mutex
   std::size_t longestPiece = 0;
   int utterances = 0;
+  int finished = 0;
+  int dropped = 0;
+  std::size_t rests = 0;
+  std::promise<void> isFinishing;  ///< set at the first call of finish
+  std::shared_future<void> mayFinish;
+  std::array<std::promise<void>, 2> hasRested;
   std::promise<void> gone;  ///< set when the backend is destroyed
 };
 
@@ -57,13 +64,27 @@ class ScriptedBackend final : public RecogniserBackend {
   }
 
   Transcription finish() override {
+    if (!std::exchange(wasFinishing_, true)) script_->isFinishing.set_value();
+    if (script_->mayFinish.valid()) script_->mayFinish.wait();
     const std::lock_guard lock(script_->mutex);
-    return {std::to_string(script_->heard.size()), {}, 1ms};
+    ++script_->finished;
+    return {std::to_string(script_->heard.size()), {}, 1ms, {}};
+  }
+
+  void drop() override {
+    const std::lock_guard lock(script_->mutex);
+    ++script_->dropped;
+  }
+
+  void rest() override {
+    const std::lock_guard lock(script_->mutex);
+    script_->hasRested.at(script_->rests++).set_value();
   }
 
  private:
   const std::shared_ptr<Script> script_;
   bool wasFed_ = false;
+  bool wasFinishing_ = false;
 };
 
 struct ThreadedRecogniserTest : testing::Test {
@@ -72,10 +93,10 @@ struct ThreadedRecogniserTest : testing::Test {
   std::optional<LoadReport> loaded;
   std::unique_ptr<ThreadedRecogniser> recogniser;
 
-  void start() {
-    recogniser =
-        std::make_unique<ThreadedRecogniser>(loop, std::make_unique<ScriptedBackend>(script),
-                                             [this](const LoadReport& report) { loaded = report; });
+  void start(std::optional<std::chrono::seconds> restAfter = {}) {
+    recogniser = std::make_unique<ThreadedRecogniser>(
+        loop, std::make_unique<ScriptedBackend>(script),
+        [this](const LoadReport& report) { loaded = report; }, restAfter);
   }
 
   std::string textOf(const std::vector<Samples>& pieces) {
@@ -164,6 +185,59 @@ TEST_F(ThreadedRecogniserTest, ADroppedUtteranceIsNeverDone) {
   mayFeed.set_value();
   EXPECT_EQ(textOf({Samples(7)}), "7");
   EXPECT_FALSE(isDone);
+}
+
+TEST_F(ThreadedRecogniserTest, ADroppedUtteranceIsDroppedInTheBackendInsteadOfFinished) {
+  std::promise<void> mayFeed;
+  script->mayFeed = mayFeed.get_future();
+  start();
+  auto utterance = recogniser->begin();
+  utterance->feed(Samples(10));
+  script->isFed.get_future().wait();
+  utterance.reset();
+  mayFeed.set_value();
+  EXPECT_EQ(textOf({Samples(7)}), "7");
+  EXPECT_EQ(script->dropped, 1);
+  EXPECT_EQ(script->finished, 1);
+}
+
+TEST_F(ThreadedRecogniserTest, AnUtteranceDroppedWhileItIsFinishedIsDroppedInTheBackendToo) {
+  std::promise<void> mayFinish;
+  script->mayFinish = mayFinish.get_future();
+  start();
+  auto utterance = recogniser->begin();
+  utterance->finish([](const Transcription& /*result*/) { FAIL(); });
+  script->isFinishing.get_future().wait();
+  utterance.reset();
+  mayFinish.set_value();
+  EXPECT_EQ(textOf({Samples(7)}), "7");
+  EXPECT_EQ(script->dropped, 1);
+}
+
+TEST_F(ThreadedRecogniserTest, AnUtteranceDroppedInTheQueueNeverReachesTheBackend) {
+  std::promise<void> mayLoad;
+  script->mayLoad = mayLoad.get_future();
+  start();
+  for (int round = 0; round < 3; ++round) recogniser->begin()->feed(Samples(10));
+  mayLoad.set_value();
+  EXPECT_EQ(textOf({Samples(7)}), "7");
+  EXPECT_EQ(script->utterances, 1);
+}
+
+TEST_F(ThreadedRecogniserTest, TheBackendRestsOnceAfterTheIdleTime) {
+  start(0s);
+  script->hasRested[0].get_future().wait();
+  EXPECT_EQ(textOf({Samples(7)}), "7");
+  script->hasRested[1].get_future().wait();
+  recogniser.reset();
+  EXPECT_EQ(script->rests, 2U);
+}
+
+TEST_F(ThreadedRecogniserTest, WithoutAnIdleTimeTheBackendNeverRests) {
+  start();
+  EXPECT_EQ(textOf({Samples(7)}), "7");
+  recogniser.reset();
+  EXPECT_EQ(script->rests, 0U);
 }
 
 TEST_F(ThreadedRecogniserTest, AResultQueuedOnTheLoopIsDroppedWithItsUtterance) {

@@ -121,7 +121,7 @@ LoadReport SphinxBackend::load() {
 }
 
 void SphinxBackend::begin(const std::atomic<bool>& /*isDropped*/) {
-  if (isInPart_) endPart();  // left open by a dropped utterance
+  drop();  // if no caller did
   text_.clear();
   block_.clear();
   blockSamples_ = kFirstBlockSamples;
@@ -151,6 +151,11 @@ Transcription SphinxBackend::finish() {
   result.decode = std::chrono::duration_cast<std::chrono::microseconds>(
       std::chrono::steady_clock::now() - start);
   return result;
+}
+
+/// The front end needs no end: its next start forgets what it holds.
+void SphinxBackend::drop() {
+  if (isInPart_) endPart();
 }
 
 void SphinxBackend::decodeBlock(std::span<const std::int16_t> samples) {

@@ -34,6 +34,7 @@ class SphinxBackend final : public RecogniserBackend {
   void begin(const std::atomic<bool>& isDropped) override;
   void feed(std::span<const std::int16_t> samples) override;
   Transcription finish() override;
+  void drop() override;
 
  private:
   struct Model;
