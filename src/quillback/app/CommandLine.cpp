@@ -1,7 +1,6 @@
 #include "quillback/app/CommandLine.h"
 
 #include <string_view>
-#include <vector>
 
 namespace voxtrel::quillback {
 namespace {
@@ -35,6 +34,10 @@ Parsed transcribe(Words rest) {
   if (!rest.empty() && rest[0] == "--") rest = rest.subspan(1);
   if (rest.size() == 1) return CommandLine{Command::transcribe, std::string(rest[0])};
   return tl::make_unexpected("\"transcribe\" takes one file");
+}
+
+CommandLine recognise(Words rest) {
+  return {Command::recognise, "", {rest.begin(), rest.end()}};
 }
 
 }  // namespace
@@ -74,6 +77,7 @@ tl::expected<CommandLine, std::string> parseCommandLine(std::span<const char* co
   if (words[0] == "setup") return setup(rest);
   if (words[0] == "transcribe") return transcribe(rest);
   if (words[0] == "retry") return withoutArguments(Command::retry, words[0], rest);
+  if (words[0] == "recognise") return recognise(rest);
   if (words[0] == "--help" || words[0] == "-h")
     return withoutArguments(Command::help, words[0], rest);
   if (words[0] == "--version") return withoutArguments(Command::version, words[0], rest);

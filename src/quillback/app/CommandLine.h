@@ -2,6 +2,7 @@
 
 #include <span>
 #include <string>
+#include <vector>
 
 #include <tl/expected.hpp>
 
@@ -9,10 +10,12 @@ namespace voxtrel::quillback {
 
 /// The parsed command line.
 struct CommandLine {
-  enum class Command { run, setup, transcribe, retry, help, version };
+  /// `recognise` is how the engine starts its own recogniser; no user does.
+  enum class Command { run, setup, transcribe, retry, recognise, help, version };
 
   Command command = Command::help;
-  std::string argument;  ///< setup: the model's name; transcribe: the file
+  std::string argument;           ///< setup: the model's name; transcribe: the file
+  std::vector<std::string> rest{};  ///< recognise: which recogniser
 };
 
 /// The version of this build, such as "0.1.0".

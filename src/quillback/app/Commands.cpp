@@ -4,6 +4,7 @@
 
 #include <csignal>
 #include <cstdlib>
+#include <memory>
 
 #include "common/base/HomeDirectory.h"
 #include "common/posix/StopSignals.h"
@@ -17,6 +18,8 @@
 #include "quillback/loop/LineOutput.h"
 #include "quillback/model/Setup.h"
 #include "quillback/recognition/Whisper.h"
+#include "quillback/recognition/process/RecogniserServer.h"
+#include "quillback/recognition/sphinx/SphinxBackend.h"
 #include "quillback/settings/EngineSettings.h"
 
 namespace voxtrel::quillback {
@@ -32,6 +35,12 @@ EngineSettings loadSettings(Output& output) {
 TranscribeExit unwritten(Output& notes) {
   notes.print("The words could not be written to standard output.");
   return TranscribeExit::unwritten;
+}
+
+/// Null for an unknown name.
+std::unique_ptr<RecogniserBackend> makeServedBackend(const std::vector<std::string>& arguments) {
+  if (arguments != std::vector<std::string>{"embedded"}) return nullptr;
+  return std::make_unique<SphinxBackend>(sphinxModelFolder());
 }
 
 }  // namespace
@@ -80,6 +89,11 @@ int retryKeptTakes() {
   };
   const TranscribeExit exit = retryTakes(takes, *backend, deliver, notes);
   return static_cast<int>(exit == TranscribeExit::unwritten ? unwritten(notes) : exit);
+}
+
+int serveRecogniserCommand(const std::vector<std::string>& arguments) {
+  const auto backend = makeServedBackend(arguments);
+  return backend ? serveRecogniser(STDIN_FILENO, *backend) : 2;
 }
 
 }  // namespace voxtrel::quillback

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace voxtrel::quillback {
 
@@ -20,5 +21,9 @@ int printTranscript(const std::string& file);
 /// `quillback retry`: does the same for each recording whose words were not delivered, the oldest
 /// first.
 int retryKeptTakes();
+
+/// `quillback recognise NAME`: the recogniser's process, which the engine starts with its end of a
+/// socket pair as standard input. The embedded recogniser is "embedded".
+int serveRecogniserCommand(const std::vector<std::string>& arguments);
 
 }  // namespace voxtrel::quillback

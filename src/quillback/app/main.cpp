@@ -45,6 +45,8 @@ int main(int argumentCount, char** arguments) {
       return printTranscript(line->argument);
     case CommandLine::Command::retry:
       return retryKeptTakes();
+    case CommandLine::Command::recognise:
+      return serveRecogniserCommand(line->rest);
     case CommandLine::Command::help:
       return show(helpText());
     case CommandLine::Command::version:

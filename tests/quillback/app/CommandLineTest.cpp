@@ -28,6 +28,13 @@ TEST(CommandLineTest, KnowsItsCommands) {
   EXPECT_EQ(parse({"transcribe", "--", "--help"})->argument, "--help");
 }
 
+TEST(CommandLineTest, TheRecognisersProcessGetsItsArgumentsAsTheyAreAndIsNotInTheHelp) {
+  const CommandLine line = parse({"recognise", "a", "--help", ""}).value();
+  EXPECT_EQ(line.command, Command::recognise);
+  EXPECT_EQ(line.rest, (std::vector<std::string>{"a", "--help", ""}));
+  EXPECT_EQ(helpText().find("recognise "), std::string::npos);
+}
+
 TEST(CommandLineTest, SaysWhatIsWrongInOneLine) {
   const std::vector<std::vector<const char*>> mistakes{{},
                                                        {""},
