@@ -14,7 +14,7 @@ struct CommandLine {
   enum class Command { run, setup, transcribe, retry, recognise, help, version };
 
   Command command = Command::help;
-  std::string argument;           ///< setup: the model's name; transcribe: the file
+  std::string argument;             ///< setup: the model's name; transcribe: the file
   std::vector<std::string> rest{};  ///< recognise: which recogniser
 };
 
