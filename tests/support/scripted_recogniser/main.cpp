@@ -1,6 +1,6 @@
-// scripted-recogniser [STEP=ACT]... [once=FILE] [pid=FILE]: a recogniser's process that
+// scripted-recogniser [STEP=ACT]... [once=FILE] [first=yes] [pid=FILE]: a recogniser's process that
 // does ACT in one of its steps (load, begin, feed, finish, drop). With `once` only the process that
-// creates FILE does so. ACT may be several, with commas between them; `gate:FIFO` waits until the
+// creates FILE does so, with `first` only in its first utterance. ACT may be several, with commas between them; `gate:FIFO` waits until the
 // test opens the other end.
 //
 // scripted-recogniser own [STEP=ACT]...: an engine with such a process, which waits to be killed.
@@ -17,6 +17,7 @@
 #include <string>
 #include <string_view>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "quillback/recognition/process/RecogniserProcess.h"
@@ -59,6 +60,7 @@ class ScriptedRecogniser final : public RecogniserBackend {
 
   void begin(const std::atomic<bool>& isDropped) override {
     isDropped_ = &isDropped;
+    if (std::exchange(hasBegun_, true) && !script_["first"].empty()) mayAct_ = false;
     count_ = 0;
     sum_ = 0;
     act("begin");
@@ -116,6 +118,7 @@ class ScriptedRecogniser final : public RecogniserBackend {
 
   Script script_;
   bool mayAct_ = true;
+  bool hasBegun_ = false;
   const std::atomic<bool>* isDropped_ = nullptr;
   std::size_t count_ = 0;
   long sum_ = 0;

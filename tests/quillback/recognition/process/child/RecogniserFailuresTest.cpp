@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <csignal>
 
 #include "quillback/ports/Microphone.h"
 #include "support/RecogniserProcessFixture.h"
@@ -71,6 +72,15 @@ TEST_F(RecogniserFailuresTest, EveryUtteranceHasASecondTry) {
     process_->rest();
     EXPECT_EQ(textOf({1, 2}), "2 samples, sum 3");
   }
+}
+
+TEST_F(RecogniserFailuresTest, AChildThatEndedWhileIdleLeavesTheUtteranceItsSecondTry) {
+  start({"finish=abort", once(), pid()});
+  const FileDescriptor child = openProcess(readPid());
+  ::kill(readPid(), SIGKILL);
+  ASSERT_TRUE(hasEnded(child));
+  std::filesystem::remove(folder_.path() / "once");  // the next child fails too
+  EXPECT_EQ(textOf({1, 2}), "2 samples, sum 3");
 }
 
 TEST_F(RecogniserFailuresTest, AChildThatCannotLoadIsReplacedByTheFallbackAtOnce) {
@@ -160,6 +170,7 @@ TEST_F(RecogniserFailuresTest, TheLineIsKeptUntilAnUtteranceIsNotDropped) {
     if (openDescriptors() == descriptorsBefore_) break;
   }
   isDropped_ = true;
+  EXPECT_THAT(process_->finish().lines, IsEmpty());
   process_->drop();
   isDropped_ = false;
   const Transcription result = recognise({1, 2});

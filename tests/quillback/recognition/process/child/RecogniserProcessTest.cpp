@@ -15,7 +15,14 @@ using namespace std::chrono_literals;
 using std::chrono::steady_clock;
 using testing::ElementsAre;
 
-struct RecogniserProcessTest : RecogniserProcessFixture {};
+struct RecogniserProcessTest : RecogniserProcessFixture {
+  /// A busy machine may be slow to answer, but no child may be replaced for it.
+  static RecogniserLimits patient() {
+    RecogniserLimits limits;
+    limits.drop = 10s;
+    return limits;
+  }
+};
 
 TEST_F(RecogniserProcessTest, TheReportAndTheResultAreTheChilds) {
   const LoadReport report = start({});
@@ -75,7 +82,7 @@ TEST_F(RecogniserProcessTest, RestEndsTheChildAndTheNextUtteranceStartsAnother) 
 }
 
 TEST_F(RecogniserProcessTest, ADroppedUtteranceIsLeftWhileTheChildComputes) {
-  start({"finish=" + gate() + ",until-dropped", pid()});
+  start({"finish=" + gate() + ",until-dropped", "first=yes", pid()}, patient());
   std::filesystem::remove(pidFile());
   process_->begin(isDropped_);
   process_->feed(Samples(1000, 1));
@@ -85,12 +92,15 @@ TEST_F(RecogniserProcessTest, ADroppedUtteranceIsLeftWhileTheChildComputes) {
   isDropped_ = true;
   EXPECT_EQ(result.get().text, "");
   process_->drop();
-  EXPECT_LT(steady_clock::now() - before, 280ms);
+  EXPECT_LT(steady_clock::now() - before, 5s);
   EXPECT_FALSE(std::filesystem::exists(pidFile()));
+  isDropped_ = false;
+  EXPECT_EQ(textOf({1, 2}),
+            "2 samples, sum 3");  // the late result of the other is not taken for it
 }
 
 TEST_F(RecogniserProcessTest, SamplesThatADroppedUtteranceLeftBehindAreNotRecognised) {
-  start({"feed=until-dropped", pid()});
+  start({"feed=until-dropped", pid()}, patient());
   std::filesystem::remove(pidFile());
   process_->begin(isDropped_);
   for (int piece = 0; piece < 1000; ++piece) process_->feed(Samples(1000, 1));
@@ -102,7 +112,7 @@ TEST_F(RecogniserProcessTest, SamplesThatADroppedUtteranceLeftBehindAreNotRecogn
 }
 
 TEST_F(RecogniserProcessTest, ADropLeavesNoTraceInTheNextUtterance) {
-  start({});
+  start({}, patient());
   for (int round = 0; round < 50; ++round) {
     isDropped_ = false;
     process_->begin(isDropped_);
@@ -132,7 +142,10 @@ TEST_F(RecogniserProcessTest, AChildThatDoesNotLeaveADroppedUtteranceIsReplaced)
 TEST_F(RecogniserProcessTest, ADropDoesNotReplaceAChildThatStillLoads) {
   process_ = std::make_unique<RecogniserProcess>(
       std::vector<std::string>{SCRIPTED_RECOGNISER, "load=" + gate(), pid()}, nullptr);
+  ASSERT_EQ(::mkfifo(pidFile().c_str(), 0600), 0);
   process_->begin(isDropped_);
+  EXPECT_GT(readPid(), 0);  // waits for the child to write it
+  std::filesystem::remove(pidFile());
   process_->feed(Samples{7});
   isDropped_ = true;
   process_->drop();
@@ -140,7 +153,6 @@ TEST_F(RecogniserProcessTest, ADropDoesNotReplaceAChildThatStillLoads) {
   process_->begin(isDropped_);
   process_->feed(Samples{1, 2});
   openGate();
-  std::filesystem::remove(pidFile());
   EXPECT_EQ(process_->finish().text, "2 samples, sum 3");
   EXPECT_FALSE(std::filesystem::exists(pidFile()));
 }
