@@ -13,7 +13,8 @@ namespace voxtrel::quillback {
 /// The result of loading a model.
 struct LoadReport {
   bool isUsable = false;
-  std::vector<std::string> lines;  ///< lines of output for the user
+  /// Lines of output for the user; of a model that cannot be used: why, as half sentences.
+  std::vector<std::string> lines;
 };
 
 /// A speech recognition library with blocking calls.

@@ -160,8 +160,9 @@ void RecogniserProcess::handleLoaded(const Message& message) {
     loaded_ = std::move(report);
     return setAnswerDeadline();
   }
-  lines_.insert(lines_.end(), report->lines.begin(), report->lines.end());
-  useFallback("cannot load its model");
+  std::string problem = "cannot load its model";
+  for (const std::string& line : report->lines) problem += ": " + line;
+  useFallback(problem);
 }
 
 void RecogniserProcess::setAnswerDeadline() {

@@ -57,7 +57,7 @@ LoadReport ParakeetModel::load() {
   parakeet_log_set(discardLog, nullptr);
   loadProcessorModules();
   if (auto checked = checkWeights(options_.weightsFile, options_.family); !checked) {
-    return {false, {"[quillback] ERROR The weights cannot be used: " + checked.error() + "."}};
+    return {false, {checked.error()}};
   }
   // The library throws on what the check did not find, for example too little memory.
   try {
@@ -66,12 +66,7 @@ LoadReport ParakeetModel::load() {
   } catch (const std::exception&) {
     model_.reset();
   }
-  if (!model_) {
-    return {
-        false,
-        {"[quillback] ERROR The Parakeet weights cannot be loaded: they are damaged, or there is "
-         "too little memory."}};
-  }
+  if (!model_) return {false, {"it is damaged, or there is too little memory"}};
   LoadReport report{true, {"Using Parakeet."}};
   for (std::string& line : unknownSettings(options_)) report.lines.push_back(std::move(line));
   return report;

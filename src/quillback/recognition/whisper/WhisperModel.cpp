@@ -48,7 +48,7 @@ LoadReport WhisperModel::load() {
   whisper_log_set(discardLog, nullptr);
   loadProcessorModules();
   if (auto checked = checkWeights(options_.weightsFile, options_.family); !checked) {
-    return {false, {"[quillback] ERROR The weights cannot be used: " + checked.error() + "."}};
+    return {false, {checked.error()}};
   }
   // The library throws on what the check did not find, for example too little memory.
   try {
@@ -58,12 +58,7 @@ LoadReport WhisperModel::load() {
   } catch (const std::exception&) {
     model_.reset();
   }
-  if (!model_) {
-    return {
-        false,
-        {"[quillback] ERROR The Whisper weights cannot be loaded: they are damaged, or there is "
-         "too little memory."}};
-  }
+  if (!model_) return {false, {"it is damaged, or there is too little memory"}};
   LoadReport report{true, {"Using Whisper."}};
   if (options_.language != "auto" && whisper_lang_id(options_.language.c_str()) < 0) {
     options_.language = "auto";

@@ -101,7 +101,7 @@ TEST_F(RecogniserFailuresTest, AChildThatCannotLoadIsReplacedByTheFallbackAtOnce
 TEST_F(RecogniserFailuresTest, AnUnusableModelIsReportedWithTheChildsReason) {
   EXPECT_THAT(
       start({"load=unusable"}).lines,
-      ElementsAre("a line of the model", line("cannot load its model"), "the fallback's line"));
+      ElementsAre(line("cannot load its model: a line of the model"), "the fallback's line"));
   EXPECT_EQ(textOf({1, 2}), "fallback 2");
 }
 
@@ -112,7 +112,7 @@ TEST_F(RecogniserFailuresTest, AModelThatCannotBeLoadedAgainCostsNoWord) {
       [] { return std::make_unique<CountingBackend>(); });
   const Transcription result = recognise({1, 2});
   EXPECT_EQ(result.text, "fallback 2");
-  EXPECT_THAT(result.lines, ElementsAre("a line of the model", line("cannot load its model"),
+  EXPECT_THAT(result.lines, ElementsAre(line("cannot load its model: a line of the model"),
                                         "the fallback's line"));
 }
 
