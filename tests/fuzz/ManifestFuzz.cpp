@@ -27,7 +27,9 @@ void tryManifest(const std::string& text) {
     return;
   }
   require(text.size() <= kMaxManifestBytes, "a manifest is short");
-  require((manifest->recogniser == kWhisper) != manifest->files.empty(), "only Whisper has files");
+  require(familyOf(manifest->recogniser).has_value() != manifest->files.empty(),
+          "only the embedded recogniser has no files");
+  require(manifest->chosen.empty() || isModelName(manifest->chosen), "a choice is a name");
   for (const Manifest::File& file : manifest->files) {
     require(file.name.find('/') == std::string::npos && file.name != "..", "a name is no path");
     require(file.sha256.size() == 64, "a hash is whole");

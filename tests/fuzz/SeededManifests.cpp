@@ -36,7 +36,7 @@ class Inputs {
       case 0:
         return formatManifest({"large-v3", "whisper", {{"a.bin", below(1U << 31), hash}}, "test"});
       case 1:
-        return formatManifest({"m", "pocketsphinx", {}, "test"});
+        return formatManifest({"m", "pocketsphinx", {}, "test", below(2) == 0 ? "" : "base"});
       case 2:
         return formatPartRecord({hash, "\"tag\"", "Mon, 01 Jan 2024 00:00:00 GMT"});
       case 3:

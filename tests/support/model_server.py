@@ -1,4 +1,4 @@
-"""A loopback server of one file, correct unless a test scripts its next replies."""
+"""A loopback server of a model's files, correct unless a test scripts its next replies."""
 
 import http.server
 import re
@@ -11,10 +11,14 @@ LAST_MODIFIED = "Mon, 01 Jan 2024 00:00:00 GMT"
 
 
 class ModelServer:
-    """Serves `content` at every path; `script` holds the replies to the next requests."""
+    """Serves `content` at every path; `script` holds the replies to the next requests. The paths that end
+    in one of the names in `beside` have contents, requests and a script of their own."""
 
-    def __init__(self, content, tls=None):
+    def __init__(self, content, tls=None, beside=None):
         self.content = content
+        self.beside = beside or {}
+        self.beside_script = []
+        self.beside_requests = []
         self.etag = ETAG
         self.script = []
         self.default = honest
@@ -54,10 +58,17 @@ class ModelServer:
 class _Handler(http.server.BaseHTTPRequestHandler):
     def do_GET(self):
         model = self.server.model
-        model.requests.append((self.path, dict(self.headers)))
-        reply = model.script.pop(0) if model.script else model.default
         self.close_connection = True
-        model.serving.release()
+        name = self.path.rsplit("/", 1)[-1]
+        self.content = model.beside.get(name, model.content)
+        request = (self.path, dict(self.headers))
+        if name in model.beside:
+            model.beside_requests.append(request)
+            reply = model.beside_script.pop(0) if model.beside_script else honest
+        else:
+            model.requests.append(request)
+            reply = model.script.pop(0) if model.script else model.default
+            model.serving.release()
         try:
             reply(self, model)
         except OSError:
@@ -93,17 +104,17 @@ def offset_of(handler, model):
 
 def send_head(handler, model):
     """Sends correct headers; returns the body."""
-    offset, total = offset_of(handler, model), len(model.content)
+    offset, total = offset_of(handler, model), len(handler.content)
     common = {"ETag": model.etag, "Last_Modified": LAST_MODIFIED}
     if offset is None:
         handler.head(200, Content_Length=total, **common)
-        return model.content
+        return handler.content
     if offset >= total:
         handler.head(416, Content_Range=f"bytes */{total}", Content_Length=0)
         return b""
     handler.head(206, Content_Length=total - offset,
                  Content_Range=f"bytes {offset}-{total - 1}/{total}", **common)
-    return model.content[offset:]
+    return handler.content[offset:]
 
 
 def honest(handler, model):
@@ -190,7 +201,7 @@ def chunked(handler, model):
 def partial(content_range, body=None):
     """A 206 with this Content-Range; by default the body is the right one."""
     def reply(handler, model):
-        rest = model.content[offset_of(handler, model) or 0:] if body is None else body
+        rest = handler.content[offset_of(handler, model) or 0:] if body is None else body
         handler.head(206, Content_Range=content_range, Content_Length=len(rest), ETag=model.etag)
         handler.wfile.write(rest)
     return reply

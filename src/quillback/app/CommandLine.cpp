@@ -18,16 +18,36 @@ Parsed withoutArguments(Command command, std::string_view name, Words rest) {
   return tl::unexpected(quoted(name).append(" takes no argument"));
 }
 
+/// Takes "--name VALUE" or "--name=VALUE" off the front of `rest`; false if something else is there.
+bool takeOption(Words& rest, std::string_view name, std::string& value) {
+  if (rest.empty() || !rest[0].starts_with(name)) return false;
+  const std::string_view tail = rest[0].substr(name.size());
+  if (tail.empty() && rest.size() < 2) return false;
+  if (!tail.empty() && tail[0] != '=') return false;
+  value = tail.empty() ? rest[1] : tail.substr(1);
+  rest = rest.subspan(tail.empty() ? 2 : 1);
+  return true;
+}
+
 Parsed setup(Words rest) {
-  constexpr std::string_view kModel = "--model";
-  if (rest.size() == 2 && rest[0] == kModel) {
-    return CommandLine{Command::setup, std::string(rest[1])};
-  }
-  constexpr std::string_view kModelIs = "--model=";
-  if (rest.size() == 1 && rest[0].starts_with(kModelIs)) {
-    return CommandLine{Command::setup, std::string(rest[0].substr(kModelIs.size()))};
-  }
-  return tl::make_unexpected(R"("setup" takes "--model NAME")");
+  CommandLine line{Command::setup, ""};
+  if (rest.empty()) return line;
+  const bool hasModel = takeOption(rest, "--model", line.argument);
+  const bool hasFile = hasModel && takeOption(rest, "--file", line.file);
+  if (hasModel && rest.empty() && (!hasFile || !line.file.empty())) return line;
+  return tl::make_unexpected(R"("setup" takes "--model NAME", and "--file PATH" after it)");
+}
+
+Parsed models(Words rest) {
+  CommandLine line{Command::models, ""};
+  line.isJson = rest.size() == 1 && rest[0] == "--json";
+  if (rest.empty() || line.isJson) return line;
+  return tl::make_unexpected(R"("models" takes nothing but "--json")");
+}
+
+Parsed withModel(Command command, std::string_view name, Words rest) {
+  if (rest.size() == 1) return CommandLine{command, std::string(rest[0])};
+  return tl::unexpected(quoted(name).append(" takes the name of one model"));
 }
 
 Parsed transcribe(Words rest) {
@@ -48,14 +68,19 @@ std::string engineVersion() {
 
 std::string helpText() {
   return "Usage: quillback run\n"
-         "       quillback setup --model large-v3\n"
+         "       quillback setup [--model NAME | --model advised | --model NAME --file PATH]\n"
+         "       quillback models [--json]\n"
+         "       quillback use NAME | remove NAME\n"
          "       quillback transcribe FILE.wav\n"
          "       quillback retry\n"
          "       quillback --help | --version\n"
          "Turns speech into text: hold a key, speak, and the words are typed.\n"
          "\n"
          "  run         wait for the key and type what is said while it is held\n"
-         "  setup       download a speech model and verify it\n"
+         "  setup       download a speech model and verify it: the one of the settings, or NAME\n"
+         "  models      list the models: size, languages, time, which are here\n"
+         "  use         choose a model in the settings\n"
+         "  remove      remove a model's files\n"
          "  transcribe  print the words in a WAV file\n"
          "  retry       print the words of recordings whose words got lost\n"
          "\n"
@@ -75,6 +100,9 @@ tl::expected<CommandLine, std::string> parseCommandLine(std::span<const char* co
   const Words rest = Words(words).subspan(1);
   if (words[0] == "run") return withoutArguments(Command::run, words[0], rest);
   if (words[0] == "setup") return setup(rest);
+  if (words[0] == "models") return models(rest);
+  if (words[0] == "use") return withModel(Command::use, words[0], rest);
+  if (words[0] == "remove") return withModel(Command::remove, words[0], rest);
   if (words[0] == "transcribe") return transcribe(rest);
   if (words[0] == "retry") return withoutArguments(Command::retry, words[0], rest);
   if (words[0] == "recognise") return recognise(rest);

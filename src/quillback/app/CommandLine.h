@@ -11,11 +11,15 @@ namespace voxtrel::quillback {
 /// The parsed command line.
 struct CommandLine {
   /// `recognise` is how the engine starts its own recogniser; no user does.
-  enum class Command { run, setup, transcribe, retry, recognise, help, version };
+  enum class Command {
+    run, setup, models, use, remove, transcribe, retry, recognise, help, version
+  };
 
   Command command = Command::help;
-  std::string argument;             ///< setup: the model's name; transcribe: the file
-  std::vector<std::string> rest{};  ///< recognise: which recogniser
+  std::string argument;   ///< setup, use, remove: the model's name; transcribe: the file
+  std::string file = {};  ///< setup: the user's own weights; may be empty
+  bool isJson = false;    ///< models
+  std::vector<std::string> rest = {};  ///< recognise: which recogniser
 };
 
 /// The version of this build, such as "0.1.0".

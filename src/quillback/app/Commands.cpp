@@ -17,6 +17,8 @@
 #include "quillback/loop/EndWatch.h"
 #include "quillback/loop/LineOutput.h"
 #include "quillback/model/Setup.h"
+#include "quillback/model/commands/ModelCommands.h"
+#include "quillback/model/commands/ModelTable.h"
 #include "quillback/recognition/Whisper.h"
 #include "quillback/recognition/process/RecogniserServer.h"
 #include "quillback/recognition/sphinx/SphinxBackend.h"
@@ -43,6 +45,32 @@ std::unique_ptr<RecogniserBackend> makeServedBackend(const std::vector<std::stri
   return std::make_unique<SphinxBackend>(sphinxModelFolder());
 }
 
+/// What the settings say about models. What is wrong with them is printed when the engine runs.
+ModelContext modelContext() {
+  const EngineSettings settings =
+      readEngineSettings(ConfigManager(homeDirectory()).configPath()).settings;
+  ModelContext context;
+  context.home = homeDirectory();
+  context.names = {settings.engineModel, settings.model};
+  context.spoken = {settings.language, settings.translate};
+  // The last one that is set counts most.
+  for (const char* const name : {"LANG", "LC_MESSAGES", "LC_ALL"}) {
+    const char* const value = std::getenv(name);
+    if (value != nullptr && *value != '\0') context.spoken.locale = value;
+  }
+  context.hasWhisper = isWhisperBuiltIn();
+  context.version = engineVersion();
+  context.runsOn = describeWhisper();
+  return context;
+}
+
+/// The model's name for setup.
+std::string nameForSetup(const ModelContext& context, const std::string& model, Output& output) {
+  if (model.empty()) return context.names.inUse();
+  if (model != kAdvised) return model;
+  return context.hasWhisper ? adviseModel(context, output) : context.names.inUse();
+}
+
 }  // namespace
 
 int runEngine() {
@@ -57,15 +85,38 @@ int runEngine() {
   return engine.exitStatus();
 }
 
-int setUpModel(const std::string& model) {
+int setUpModel(const std::string& model, const std::string& file) {
   LineOutput output(STDOUT_FILENO);
+  const ModelContext context = modelContext();
   SetupOptions options;
-  options.home = homeDirectory();
-  options.model = model;
+  options.home = context.home;
+  options.model = nameForSetup(context, model, output);
+  options.chosen = context.names.engine;
+  options.file = file;
   if (const char* url = std::getenv("QUILLBACK_MODEL_URL")) options.baseUrl = url;
-  options.hasWhisper = isWhisperBuiltIn();
-  options.version = engineVersion();
-  return runSetup(options, output);
+  options.hasWhisper = context.hasWhisper;
+  options.version = context.version;
+  const int status = runSetup(options, output);
+  const bool isOther = options.model != kWindowModel && options.model != context.names.inUse();
+  if (status == 0 && context.hasWhisper && isOther) {
+    output.print("To use it, run \"quillback use " + options.model + "\".");
+  }
+  return status;
+}
+
+int printModels(bool isJson) {
+  LineOutput output(STDOUT_FILENO);
+  return listModels(modelContext(), isJson, output);
+}
+
+int chooseModel(const std::string& model) {
+  LineOutput output(STDOUT_FILENO);
+  return useModel(modelContext(), model, output);
+}
+
+int removeStoredModel(const std::string& model) {
+  LineOutput output(STDOUT_FILENO);
+  return removeModel(modelContext(), model, output);
 }
 
 int printTranscript(const std::string& file) {

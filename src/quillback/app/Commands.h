@@ -11,8 +11,18 @@ namespace voxtrel::quillback {
 /// `quillback run`: turns speech into text until a signal ends it or its parent is gone.
 int runEngine();
 
-/// `quillback setup --model MODEL`: downloads and checks the model.
-int setUpModel(const std::string& model);
+/// `quillback setup --model MODEL --file FILE`: downloads and checks the model, or copies the user's
+/// own. `model`: empty for that of the settings; `file`: empty to download.
+int setUpModel(const std::string& model, const std::string& file);
+
+/// `quillback models`: lists the models.
+int printModels(bool isJson);
+
+/// `quillback use MODEL`: writes the choice into the settings.
+int chooseModel(const std::string& model);
+
+/// `quillback remove MODEL`: removes the model's files.
+int removeStoredModel(const std::string& model);
 
 /// `quillback transcribe FILE.wav`: prints the words to standard output, all else to standard
 /// error.

@@ -40,7 +40,13 @@ int main(int argumentCount, char** arguments) {
     case CommandLine::Command::run:
       return runEngine();
     case CommandLine::Command::setup:
-      return setUpModel(line->argument);
+      return setUpModel(line->argument, line->file);
+    case CommandLine::Command::models:
+      return printModels(line->isJson);
+    case CommandLine::Command::use:
+      return chooseModel(line->argument);
+    case CommandLine::Command::remove:
+      return removeStoredModel(line->argument);
     case CommandLine::Command::transcribe:
       return printTranscript(line->argument);
     case CommandLine::Command::retry:

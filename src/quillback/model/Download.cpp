@@ -16,7 +16,7 @@ constexpr const char* kKept =
 Download::Download(Options options)
     : options_(std::move(options)),
       host_(hostOf(options_.baseUrl)),
-      part_(options_.folder, options_.pin.fileName) {}
+      part_(options_.folder, options_.pin.name) {}
 
 SetupResult Download::run() {
   return resumePart()
@@ -37,8 +37,10 @@ SetupResult Download::resumePart() {
   if (part_.sizeBytes() == 0 || part_.sizeBytes() > options_.pin.sizeBytes || isOther) {
     return check(part_.clear());
   }
-  options_.output.print("Checking the " + formatMegabytes(part_.sizeBytes()) +
-                        " that an earlier setup has downloaded.");
+  if (!options_.isQuiet) {
+    options_.output.print("Checking the " + formatMegabytes(part_.sizeBytes()) +
+                          " that an earlier setup has downloaded.");
+  }
   return check(part_.hashAll(options_.stop));
 }
 
@@ -53,9 +55,9 @@ SetupResult Download::checkSpace() const {
 }
 
 SetupResult Download::fetch() {
-  if (!isWhole()) {
+  if (!isWhole() && !options_.isQuiet) {
     options_.output.print((part_.sizeBytes() > 0 ? "Downloading the rest of " : "Downloading ") +
-                          options_.pin.fileName + " from " + host_ + ".");
+                          options_.pin.name + " from " + host_ + ".");
   }
   for (int tries = 0; !isWhole();) {
     const std::uint64_t before = part_.sizeBytes();
@@ -89,10 +91,11 @@ SetupResult Download::finish() {
   if (part_.digest() != options_.pin.sha256) {
     if (auto cleared = part_.clear(); !cleared) return check(cleared);
     if (auto removed = removeFile(part_.path()); !removed) return check(removed);
-    return tl::unexpected(SetupFailure{SetupExit::wrongFile,
-                                       "Setup failed: what " + host_ +
-                                           " sent is not the expected file (its SHA-256 is wrong), "
-                                           "so it was removed. Run setup again."});
+    return tl::unexpected(
+        SetupFailure{SetupExit::wrongFile, "Setup failed: what " + host_ +
+                                               " sent is not the expected " + options_.pin.name +
+                                               " (its SHA-256 is wrong), "
+                                               "so it was removed. Run setup again."});
   }
   if (auto synced = part_.sync(); !synced) return check(synced);
   options_.onStep("verified");
@@ -180,13 +183,14 @@ bool Download::prepareFor(ReplyAction action, const HttpReply& reply) {
                     true);
     case ReplyAction::wrongFile:
       return reject({SetupExit::wrongFile,
-                     "Setup failed: " + host_ + " offers a file of " +
+                     "Setup failed: " + host_ + " offers " + options_.pin.name + " with " +
                          std::to_string(reply.contentLength.value_or(0)) + " bytes instead of " +
                          std::to_string(options_.pin.sizeBytes) + "." + kTryLater});
     case ReplyAction::refuse:
       break;
   }
-  return reject({SetupExit::http, "Setup failed: " + status + " instead of the file." + kTryLater});
+  return reject({SetupExit::http,
+                 "Setup failed: " + status + " instead of " + options_.pin.name + "." + kTryLater});
 }
 
 bool Download::onBody(std::span<const char> bytes) {
@@ -203,7 +207,7 @@ bool Download::onBody(std::span<const char> bytes) {
 }
 
 void Download::showProgress() {
-  if (!throttle_.isDue(std::chrono::steady_clock::now(), isWhole())) return;
+  if (options_.isQuiet || !throttle_.isDue(std::chrono::steady_clock::now(), isWhole())) return;
   options_.output.print(formatProgress(part_.sizeBytes(), options_.pin.sizeBytes));
   options_.onStep("progress");
 }

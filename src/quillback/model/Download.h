@@ -22,7 +22,7 @@ namespace voxtrel::quillback {
 class Download {
  public:
   struct Options {
-    const ModelPin& pin;
+    const FilePin& pin;
     std::string folder;   ///< exists and is locked
     std::string baseUrl;  ///< without a slash at its end
     std::string certificates;
@@ -31,6 +31,7 @@ class Download {
     const StopSignals& stop;
     Output& output;
     std::function<void(std::string_view step)> onStep;
+    bool isQuiet = false;  ///< prints problems only
   };
 
   explicit Download(Options options);

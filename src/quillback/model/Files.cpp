@@ -17,6 +17,7 @@ namespace voxtrel::quillback {
 namespace {
 
 constexpr mode_t kFolderMode = 0777;
+constexpr mode_t kPermissions = 0777;
 constexpr std::size_t kBlockBytes = 1 << 20;
 
 void require(int success) {
@@ -132,13 +133,15 @@ FileResult removeFile(const std::string& path) {
   return {};
 }
 
-FileResult replaceFile(const std::string& folder, const std::string& name, std::string_view text) {
+FileResult replaceFile(const std::string& folder, const std::string& name, std::string_view text,
+                       std::optional<mode_t> mode) {
   const std::string path = folder + "/" + name;
   const std::string draft = path + ".tmp";
   {
     const FileDescriptor file(
         ::open(draft.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, kFileMode));
     if (!file.isOpen()) return systemFailure();
+    if (mode && ::fchmod(file.get(), *mode & kPermissions) != 0) return systemFailure();
     if (auto written = writeAll(file.get(), text); !written) return written;
     if (::fsync(file.get()) != 0) return systemFailure();
   }

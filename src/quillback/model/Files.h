@@ -65,8 +65,10 @@ std::optional<std::uint64_t> freeSpace(const std::string& folder);
 [[nodiscard]] FileResult syncFolder(const std::string& folder);
 /// Removes a file; a missing one is no failure.
 [[nodiscard]] FileResult removeFile(const std::string& path);
-/// Replaces folder/name atomically: readers see the old file or the whole new one.
+/// Replaces folder/name atomically: readers see the old file or the whole new one. `mode`: the new
+/// file's permissions; nothing: as the umask says.
 [[nodiscard]] FileResult replaceFile(const std::string& folder, const std::string& name,
-                                     std::string_view text);
+                                     std::string_view text,
+                                     std::optional<mode_t> mode = std::nullopt);
 
 }  // namespace voxtrel::quillback

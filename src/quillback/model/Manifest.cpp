@@ -1,7 +1,6 @@
 #include "quillback/model/Manifest.h"
 
 #include <algorithm>
-#include <optional>
 
 #include <nlohmann/json.hpp>
 
@@ -42,8 +41,9 @@ std::optional<Manifest::File> fileOf(const Json& entry) {
 
 /// What is wrong if the files are not those that the recogniser needs.
 std::optional<std::string> fileMismatch(const Manifest& manifest) {
-  if (manifest.recogniser == kWhisper) {
+  if (familyOf(manifest.recogniser)) {
     if (manifest.files.empty()) return "it names no weights";
+    if (!manifest.chosen.empty()) return "it names weights and another model";
   } else if (manifest.recogniser == kPocketSphinx) {
     if (!manifest.files.empty()) return "it names weights that its recogniser does not have";
   } else {
@@ -52,7 +52,38 @@ std::optional<std::string> fileMismatch(const Manifest& manifest) {
   return std::nullopt;
 }
 
+/// Reads the members that a manifest may lack; false if one has a wrong value.
+bool readOptional(const Json& json, Manifest& manifest) {
+  if (const auto chosen = json.find("chosen"); chosen != json.end()) {
+    if (!chosen->is_string() || !isModelName(chosen->get<std::string>())) return false;
+    manifest.chosen = chosen->get<std::string>();
+  }
+  if (const auto custom = json.find("custom"); custom != json.end()) {
+    if (!custom->is_boolean()) return false;
+    manifest.isCustom = custom->get<bool>();
+  }
+  return true;
+}
+
 }  // namespace
+
+bool isModelName(std::string_view name) {
+  if (name.empty() || name.size() > kMaxModelNameBytes || name.front() == '.') return false;
+  return std::ranges::all_of(name, [](char c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '.' ||
+           c == '-' || c == '_';
+  });
+}
+
+std::string_view recogniserOf(ModelFamily family) {
+  return family == ModelFamily::parakeet ? kParakeet : kWhisper;
+}
+
+std::optional<ModelFamily> familyOf(std::string_view recogniser) {
+  if (recogniser == kWhisper) return ModelFamily::whisper;
+  if (recogniser == kParakeet) return ModelFamily::parakeet;
+  return std::nullopt;
+}
 
 bool isPlainFileName(std::string_view name) {
   if (name.empty() || name.size() > kMaxNameBytes || name == "." || name == "..") return false;
@@ -80,6 +111,7 @@ tl::expected<Manifest, std::string> parseManifest(std::string_view text) {
   if (!model || !recogniser || !writtenBy) return tl::make_unexpected("it lacks a member");
 
   Manifest manifest{*model, *recogniser, {}, *writtenBy};
+  if (!readOptional(json, manifest)) return tl::make_unexpected("it has a member of a wrong kind");
   const auto files = json.find("files");
   if (files == json.end() || !files->is_array()) return tl::make_unexpected("it lacks a member");
   if (files->size() > kMaxFiles) return tl::make_unexpected("it names too many files");
@@ -98,11 +130,13 @@ std::string formatManifest(const Manifest& manifest) {
   for (const Manifest::File& file : manifest.files) {
     files.push_back({{"name", file.name}, {"size", file.sizeBytes}, {"sha256", file.sha256}});
   }
-  const Json json = {{"format", kFormat},
-                     {"model", manifest.model},
-                     {"recogniser", manifest.recogniser},
-                     {"files", files},
-                     {"written_by", manifest.writtenBy}};
+  Json json = {{"format", kFormat},
+               {"model", manifest.model},
+               {"recogniser", manifest.recogniser},
+               {"files", files},
+               {"written_by", manifest.writtenBy}};
+  if (!manifest.chosen.empty()) json["chosen"] = manifest.chosen;
+  if (manifest.isCustom) json["custom"] = true;
   // Names that are not UTF-8 are written with replacement characters.
   return json.dump(2, ' ', false, Json::error_handler_t::replace) + '\n';
 }

@@ -90,7 +90,8 @@ struct ModelStoreContract : testing::Test {
     const FileServer server(kWeights);
     const std::string command = "env -u http_proxy QUILLBACK_MODEL_URL=" + server.url() + " " +
                                 SMALL_MODEL + " --home " + home.path().string() + " --whisper " +
-                                whisper + " --bytes 3000000 --sha256 " + sha256 + " --retry-ms 5";
+                                whisper + " --bytes 3000000 --sha256 " + sha256 +
+                                " --voice-bytes 3000000 --voice-sha256 " + sha256 + " --retry-ms 5";
     FILE* const output = ::popen(command.c_str(), "r");
     std::vector<std::string> lines;
     std::array<char, 1000> line{};

@@ -22,6 +22,8 @@ TEST(CommandLineTest, KnowsItsCommands) {
   EXPECT_EQ(setup.command, Command::setup);
   EXPECT_EQ(setup.argument, "large-v3");
   EXPECT_EQ(parse({"setup", "--model=base"})->argument, "base");
+  EXPECT_EQ(parse({"setup"})->command, Command::setup);
+  EXPECT_EQ(parse({"setup"})->argument, "");
   const CommandLine transcribe = parse({"transcribe", "a b.wav"}).value();
   EXPECT_EQ(transcribe.command, Command::transcribe);
   EXPECT_EQ(transcribe.argument, "a b.wav");
@@ -35,12 +37,42 @@ TEST(CommandLineTest, TheRecognisersProcessGetsItsArgumentsAsTheyAreAndIsNotInTh
   EXPECT_EQ(helpText().find("recognise "), std::string::npos);
 }
 
+TEST(CommandLineTest, SetupTakesAFileAfterTheModel) {
+  const std::vector<std::vector<const char*>> ways{{"setup", "--model", "mine", "--file", "a b"},
+                                                   {"setup", "--model=mine", "--file=a b"},
+                                                   {"setup", "--model=mine", "--file", "a b"}};
+  for (const auto& way : ways) {
+    const auto line = parse(way);
+    ASSERT_TRUE(line);
+    EXPECT_EQ(line->argument, "mine");
+    EXPECT_EQ(line->file, "a b");
+  }
+}
+
+TEST(CommandLineTest, KnowsTheCommandsAboutModels) {
+  EXPECT_EQ(parse({"models"})->command, Command::models);
+  EXPECT_FALSE(parse({"models"})->isJson);
+  EXPECT_TRUE(parse({"models", "--json"})->isJson);
+  EXPECT_EQ(parse({"use", "base"})->command, Command::use);
+  EXPECT_EQ(parse({"use", "base"})->argument, "base");
+  EXPECT_EQ(parse({"remove", "base"})->command, Command::remove);
+  EXPECT_EQ(parse({"remove", "base"})->argument, "base");
+}
+
 TEST(CommandLineTest, SaysWhatIsWrongInOneLine) {
   const std::vector<std::vector<const char*>> mistakes{{},
                                                        {""},
                                                        {"Run"},
                                                        {"run", "now"},
-                                                       {"setup"},
+                                                       {"setup", "--modelbase"},
+                                                       {"setup", "--file", "a"},
+                                                       {"setup", "--model", "a", "--file"},
+                                                       {"setup", "--model", "a", "--file="},
+                                                       {"models", "--jso"},
+                                                       {"models", "--json", "x"},
+                                                       {"use"},
+                                                       {"use", "a", "b"},
+                                                       {"remove"},
                                                        {"setup", "large-v3"},
                                                        {"setup", "--model"},
                                                        {"setup", "--model", "a", "b"},
@@ -58,7 +90,8 @@ TEST(CommandLineTest, SaysWhatIsWrongInOneLine) {
 }
 
 TEST(CommandLineTest, HelpNamesEveryCommand) {
-  for (const char* word : {"run", "setup --model", "transcribe", "retry", "--help", "--version"}) {
+  for (const char* word : {"run", "setup [--model", "models", "use NAME", "remove NAME",
+                           "transcribe", "retry", "--help", "--version"}) {
     EXPECT_NE(helpText().find(word), std::string::npos) << word;
   }
 }

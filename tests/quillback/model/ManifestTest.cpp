@@ -37,6 +37,46 @@ TEST(ManifestTest, AManifestIsReadAsItWasWritten) {
   EXPECT_EQ(*other, embedded);
 }
 
+TEST(ManifestTest, AParakeetModelIsReadAsItWasWritten) {
+  Manifest parakeet = whisper();
+  parakeet.recogniser = kParakeet;
+  parakeet.isCustom = true;
+  const auto parsed = parseManifest(formatManifest(parakeet));
+  ASSERT_TRUE(parsed);
+  EXPECT_EQ(*parsed, parakeet);
+  EXPECT_EQ(familyOf(parsed->recogniser), ModelFamily::parakeet);
+}
+
+TEST(ManifestTest, AnotherModelCanBeNamedInPlaceOfWeights) {
+  const Manifest note{"large-v3", "pocketsphinx", {}, "quillback 0.1.0", "base"};
+  const auto parsed = parseManifest(formatManifest(note));
+  ASSERT_TRUE(parsed);
+  EXPECT_EQ(*parsed, note);
+  EXPECT_EQ(faultOf(changed("\"format\"", "\"chosen\": \"base\", \"format\"")),
+            "it names weights and another model");
+}
+
+TEST(ManifestTest, OptionalMembersHaveTheirOwnKind) {
+  for (const char* member : {R"("chosen": 7)", R"("chosen": "../x")", R"("chosen": "")",
+                             R"("custom": "yes")", R"("custom": null)"}) {
+    EXPECT_EQ(faultOf(changed("\"format\"", std::string(member) + ", \"format\"")),
+              "it has a member of a wrong kind")
+        << member;
+  }
+  EXPECT_EQ(faultOf(changed("\"format\"", "\"custom\": false, \"format\"")), "none");
+}
+
+TEST(ManifestTest, AModelNameIsPlain) {
+  for (const char* name : {"base", "large-v3-q5_0", "tiny.en", "A", "0", "-x"}) {
+    EXPECT_TRUE(isModelName(name)) << name;
+  }
+  EXPECT_TRUE(isModelName(std::string(64, 'x')));
+  EXPECT_FALSE(isModelName(std::string(65, 'x')));
+  for (const char* name : {"", ".", "..", ".x", "a/b", "a b", "\xc3\xbc", "a\n", "a\"", "a\\"}) {
+    EXPECT_FALSE(isModelName(name)) << name;
+  }
+}
+
 TEST(ManifestTest, UnknownMembersAreIgnored) {
   EXPECT_EQ(faultOf(changed("\"format\"", "\"later\": [{}], \"format\"")), "none");
 }

@@ -55,6 +55,54 @@ TEST_F(ModelStoreFixture, TheModelIsCompleteIfItsFilesHaveTheRightSizes) {
   EXPECT_EQ(stored->manifest.files.size(), 1U);
 }
 
+TEST_F(ModelStoreFixture, TheSecondFileIsTheVoiceDetection) {
+  const std::string hash(64, '0');
+  write("weights.bin", "weights");
+  write("voice.bin", "voice");
+  write("manifest.json",
+        formatManifest(
+            {"large-v3", "parakeet", {{"weights.bin", 7, hash}, {"voice.bin", 5, hash}}, "test"}));
+  const auto stored = inspectStore(home_, "large-v3");
+  ASSERT_TRUE(stored);
+  EXPECT_EQ(stored->family, ModelFamily::parakeet);
+  EXPECT_EQ(stored->voiceDetectionFile, folder_ + "/voice.bin");
+
+  write("voice.bin", "voic");
+  EXPECT_EQ(inspectStore(home_, "large-v3")->voiceDetectionFile, "");
+  std::filesystem::remove(folder_ + "/voice.bin");
+  EXPECT_EQ(inspectStore(home_, "large-v3")->voiceDetectionFile, "");
+}
+
+TEST_F(ModelStoreFixture, AnOlderManifestHasNoVoiceDetection) {
+  write("weights.bin", "weights");
+  writeManifest("whisper", 7);
+  EXPECT_EQ(inspectStore(home_, "large-v3")->voiceDetectionFile, "");
+}
+
+TEST_F(ModelStoreFixture, AManifestThatOnlyNamesTheChosenModelIsNoModel) {
+  write("manifest.json", formatManifest({"large-v3", "pocketsphinx", {}, "test", "base"}));
+  EXPECT_EQ(fault().kind, Kind::absent);
+  EXPECT_EQ(fault().why, "base was set up in its place");
+  EXPECT_EQ(readManifest(home_, "large-v3")->chosen, "base");
+}
+
+TEST_F(ModelStoreFixture, TheUsersOwnModelsAreFoundByTheirManifests) {
+  EXPECT_TRUE(customModels(home_).empty());
+  const ScratchFolder other;
+  EXPECT_TRUE(customModels((other.path() / "none").string()).empty());
+  const auto put = [this](const std::string& name, bool isCustom) {
+    const Manifest::File file{"w", 1, std::string(64, '0')};
+    scratch_.write(".local/share/quillback/weights/whisper-" + name + "/manifest.json",
+                   formatManifest({name, "whisper", {file}, "test", "", isCustom}));
+  };
+  put("zebra", true);
+  put("base", false);
+  put("ant", true);
+  scratch_.write(".local/share/quillback/weights/whisper-bad/manifest.json", "{");
+  scratch_.write(".local/share/quillback/weights/whisper-a file", "");
+  EXPECT_EQ(customModels(home_), (std::vector<std::string>{"ant", "zebra"}));
+}
+
 TEST_F(ModelStoreFixture, TheModelIsDamagedIfAFileIsMissingOrHasAnotherSize) {
   writeManifest("whisper", 7);
   EXPECT_EQ(fault().kind, Kind::damaged);

@@ -58,9 +58,22 @@ SetupOptions optionsOf(Arguments& arguments) {
   options.certificates = arguments["--certificates"];
   if (const char* url = std::getenv("QUILLBACK_MODEL_URL")) options.baseUrl = url;
   if (arguments.contains("--model")) options.model = arguments["--model"];
+  options.chosen = arguments["--chosen"];
+  options.file = arguments["--file"];
   if (arguments.contains("--bytes")) {
-    options.pins.front().sizeBytes = std::stoull(arguments["--bytes"]);
-    options.pins.front().sha256 = arguments["--sha256"];
+    for (ModelPin& pin : options.pins) {
+      pin.weights.sizeBytes = std::stoull(arguments["--bytes"]);
+      pin.weights.sha256 = arguments["--sha256"];
+    }
+  }
+  if (arguments.contains("--voice-bytes")) {
+    options.voiceDetection.sizeBytes = std::stoull(arguments["--voice-bytes"]);
+    options.voiceDetection.sha256 = arguments["--voice-sha256"];
+  }
+  if (arguments.contains("--unloadable")) {
+    options.tryWeights = [why = arguments["--unloadable"]](const std::string&, ModelFamily) {
+      return tl::expected<void, std::string>(tl::unexpect, why);
+    };
   }
   const auto milliseconds = [&arguments](const char* name, std::chrono::milliseconds& value) {
     if (arguments.contains(name)) value = std::chrono::milliseconds(std::stoi(arguments[name]));
@@ -70,12 +83,14 @@ SetupOptions optionsOf(Arguments& arguments) {
   return options;
 }
 
-/// Prints the store's state as the recogniser sees it: a word and the path of the weights.
+/// Prints the store's state as the recogniser sees it: a word and the paths of the weights and the
+/// voice detection.
 int inspect(const SetupOptions& options) {
   constexpr std::array kWords{"absent", "embedded", "damaged"};
   const auto stored = inspectStore(options.home, options.model);
   const char* word = stored ? "complete" : kWords.at(static_cast<std::size_t>(stored.error().kind));
-  std::printf("%s|%s\n", word, stored ? stored->weightsFile.c_str() : "");
+  std::printf("%s|%s|%s\n", word, stored ? stored->weightsFile.c_str() : "",
+              stored ? stored->voiceDetectionFile.c_str() : "");
   return 0;
 }
 

@@ -17,6 +17,9 @@ import model_server
 PROGRAM = os.environ["QUILLBACK_SMALL_MODEL"]
 CONTENT = random.Random(7).randbytes(3_000_000)
 SHA256 = hashlib.sha256(CONTENT).hexdigest()
+VOICE_NAME = "ggml-silero-v6.2.0.bin"
+VOICE = random.Random(8).randbytes(50_000)
+VOICE_SHA256 = hashlib.sha256(VOICE).hexdigest()
 PROGRESS = re.compile(r"[\d]+\.\d MB / 3\.0 MB \([\d]+\.\d%\)")
 
 DONE, USAGE, NETWORK, HTTP, NO_SPACE, UNWRITABLE, WRONG_FILE, LOCKED, INTERRUPTED = (
@@ -42,24 +45,35 @@ class SetupCase(unittest.TestCase):
     def setUp(self):
         self.home = pathlib.Path(tempfile.mkdtemp(prefix="setup-"))
         self.addCleanup(shutil.rmtree, self.home, ignore_errors=True)
-        self.folder = self.home / ".local/share/quillback/weights/whisper-large-v3"
-        self.weights = self.folder / "ggml-large-v3.bin"
-        self.part = self.folder / "ggml-large-v3.bin.part"
-        self.record = self.folder / "ggml-large-v3.bin.part.json"
-        self.manifest = self.folder / "manifest.json"
+        self.look_at("large-v3")
         self.server = self.serve(CONTENT)
 
     def tearDown(self):
         self.check_promise()
 
+    def look_at(self, model):
+        """Makes this model the one that the tests and their checks are about."""
+        self.model = model
+        self.folder = self.home / f".local/share/quillback/weights/whisper-{model}"
+        self.weights = self.folder / f"ggml-{model}.bin"
+        self.part = self.folder / f"ggml-{model}.bin.part"
+        self.record = self.folder / f"ggml-{model}.bin.part.json"
+        self.manifest = self.folder / "manifest.json"
+        self.voice = self.folder / VOICE_NAME
+
     def serve(self, content, **options):
-        server = model_server.ModelServer(content, **options)
+        server = model_server.ModelServer(content, beside={VOICE_NAME: VOICE}, **options)
         self.addCleanup(server.close)
         return server
 
-    def start(self, *words, whisper="on", pin=True, url=None, prefix=(), **options):
+    def start(self, *words, whisper="on", pin=True, small_voice=True, url=None, prefix=(),
+              **options):
         """Starts setup of the small model against this test's server."""
-        size = ["--bytes", str(len(CONTENT)), "--sha256", SHA256] if pin else []
+        size = []
+        if small_voice:
+            size += ["--voice-bytes", str(len(VOICE)), "--voice-sha256", VOICE_SHA256]
+        if pin:
+            size += ["--bytes", str(len(CONTENT)), "--sha256", SHA256]
         environment = {name: value for name, value in os.environ.items()
                        if not name.lower().endswith("_proxy")}
         environment["QUILLBACK_MODEL_URL"] = self.server.url if url is None else url
@@ -79,9 +93,14 @@ class SetupCase(unittest.TestCase):
             process.wait()
         process.stdout.close()
 
-    def finish(self, process):
+    @staticmethod
+    def finish_any(process):
+        """The run of setup with files of any size."""
         output, _ = process.communicate(timeout=60)
-        run = Run(process.returncode, output, time.monotonic() - process.started)
+        return Run(process.returncode, output, time.monotonic() - process.started)
+
+    def finish(self, process):
+        run = self.finish_any(process)
         for line in run.progress:
             self.assertRegex(line, rf"\A{PROGRESS.pattern}\Z")
         return run
@@ -103,16 +122,24 @@ class SetupCase(unittest.TestCase):
         self.assertEqual(self.weights.read_bytes(), CONTENT)
         self.assertEqual(self.state(), COMPLETE)
         names = {path.name for path in self.folder.iterdir()}
-        self.assertEqual(names, {"ggml-large-v3.bin", "manifest.json", "setup.lock"})
+        self.assertEqual(names, {self.weights.name, VOICE_NAME, "manifest.json", "setup.lock"})
+        self.assertEqual(self.voice_seen(), str(self.voice))
+
+    def inspect(self):
+        """How the recogniser sees the store: a word, the weights, the voice detection."""
+        output = subprocess.run(
+            [PROGRAM, "--home", self.home, "--model", self.model, "--inspect", "yes"], check=True,
+            capture_output=True, text=True).stdout
+        return output.rstrip("\n").split("|")
 
     def state(self):
-        """How the recogniser sees the store."""
-        output = subprocess.run([PROGRAM, "--home", self.home, "--inspect", "yes"], check=True,
-                                capture_output=True, text=True).stdout
-        kind, path = output.rstrip("\n").split("|", 1)
+        kind, path, _ = self.inspect()
         if kind == COMPLETE:
             self.assertEqual(path, str(self.weights))
         return kind
+
+    def voice_seen(self):
+        return self.inspect()[2]
 
     def check_promise(self):
         """Checks that the files that a manifest names exist."""

@@ -7,7 +7,8 @@ import unittest
 
 from model_server import (ETAG, LAST_MODIFIED, bytes_of, chunked, cut, ignoring_ranges, paced,
                           redirect)
-from setup_case import (COMPLETE, CONTENT, DONE, EMBEDDED, SHA256, USAGE, SetupCase)
+from setup_case import (COMPLETE, CONTENT, DONE, EMBEDDED, SHA256, USAGE, VOICE, VOICE_NAME,
+                        VOICE_SHA256, SetupCase)
 
 PATH = ("/ggerganov/whisper.cpp/resolve/5359861c739e955e79d9a303bcbc70fb988958b1/"
         "ggml-large-v3.bin")
@@ -20,7 +21,8 @@ class FreshDownload(SetupCase):
         self.assertEqual([path for path, _ in self.server.requests], [PATH])
         self.assertEqual(json.loads(self.manifest.read_text()), {
             "format": 1, "model": "large-v3", "recogniser": "whisper",
-            "files": [{"name": "ggml-large-v3.bin", "size": 3000000, "sha256": SHA256}],
+            "files": [{"name": "ggml-large-v3.bin", "size": 3000000, "sha256": SHA256},
+                      {"name": VOICE_NAME, "size": len(VOICE), "sha256": VOICE_SHA256}],
             "written_by": "quillback 0.0.1"})
         self.assertEqual(run.log, [
             f"Downloading ggml-large-v3.bin from {self.server.host}.",
@@ -240,9 +242,9 @@ class BuildWithoutWhisper(SetupCase):
 
 class WrongUse(SetupCase):
     def test_an_unknown_model_is_named_with_the_known_ones(self):
-        for name in ("small", "", "../large-v3", "LARGE-V3"):
+        for name in ("huge", "", "../large-v3", "LARGE-V3", "advised"):
             run = self.setup("--model", name)
-            self.assert_ends(run, USAGE, f'unknown model "{name}". Known models: large-v3.')
+            self.assert_ends(run, USAGE, f'unknown model "{name}". Known models: tiny tiny.en base ')
             self.assertEqual(len(run.lines), 1)
         self.assertFalse(self.folder.parent.exists())
 
@@ -267,7 +269,7 @@ class TheEngineItself(SetupCase):
         return process
 
     def test_knows_its_model(self):
-        self.assertEqual(self.run_engine("setup", "--model", "small").status, USAGE)
+        self.assertEqual(self.run_engine("setup", "--model", "huge").status, USAGE)
         self.server.default = bytes_of(b"", 404)
         run = self.run_engine("setup", "--model", "large-v3")
         if self.server.requests:
