@@ -12,7 +12,16 @@ namespace voxtrel::quillback {
 struct CommandLine {
   /// `recognise` is how the engine starts its own recogniser; no user does.
   enum class Command {
-    run, setup, models, use, remove, transcribe, retry, recognise, help, version
+    run,
+    setup,
+    models,
+    use,
+    remove,
+    transcribe,
+    retry,
+    recognise,
+    help,
+    version
   };
 
   Command command = Command::help;

@@ -21,7 +21,6 @@
 #include "quillback/model/commands/ModelTable.h"
 #include "quillback/recognition/Whisper.h"
 #include "quillback/recognition/process/RecogniserServer.h"
-#include "quillback/recognition/sphinx/SphinxBackend.h"
 #include "quillback/settings/EngineSettings.h"
 
 namespace voxtrel::quillback {
@@ -37,12 +36,6 @@ EngineSettings loadSettings(Output& output) {
 TranscribeExit unwritten(Output& notes) {
   notes.print("The words could not be written to standard output.");
   return TranscribeExit::unwritten;
-}
-
-/// Null for an unknown name.
-std::unique_ptr<RecogniserBackend> makeServedBackend(const std::vector<std::string>& arguments) {
-  if (arguments != std::vector<std::string>{"embedded"}) return nullptr;
-  return std::make_unique<SphinxBackend>(sphinxModelFolder());
 }
 
 /// What the settings say about models. What is wrong with them is printed when the engine runs.
@@ -96,6 +89,7 @@ int setUpModel(const std::string& model, const std::string& file) {
   if (const char* url = std::getenv("QUILLBACK_MODEL_URL")) options.baseUrl = url;
   options.hasWhisper = context.hasWhisper;
   options.version = context.version;
+  options.tryWeights = tryWeights;
   const int status = runSetup(options, output);
   const bool isOther = options.model != kWindowModel && options.model != context.names.inUse();
   if (status == 0 && context.hasWhisper && isOther) {
@@ -143,7 +137,9 @@ int retryKeptTakes() {
 }
 
 int serveRecogniserCommand(const std::vector<std::string>& arguments) {
-  const auto backend = makeServedBackend(arguments);
+  const EngineSettings settings =
+      readEngineSettings(ConfigManager(homeDirectory()).configPath()).settings;
+  const auto backend = makeServedBackend(arguments, settings, homeDirectory());
   return backend ? serveRecogniser(STDIN_FILENO, *backend) : 2;
 }
 

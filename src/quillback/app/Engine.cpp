@@ -34,12 +34,14 @@ void Engine::watchKey(const Hotkey& hotkey) {
 
 void Engine::loadModel(const EngineSettings& settings) {
   recogniser_ = std::make_unique<ThreadedRecogniser>(
-      loop_, makeBackend(settings, homeDirectory()), [this](const LoadReport& report) {
+      loop_, makeBackend(settings, homeDirectory()),
+      [this](const LoadReport& report) {
         for (const std::string& line : report.lines) output_.print(line);
         if (report.isUsable) return dictation_.modelLoaded(*recogniser_);
         exitStatus_ = 1;
         loop_.stop();
-      });
+      },
+      settings.unloadAfter);
 }
 
 }  // namespace voxtrel::quillback

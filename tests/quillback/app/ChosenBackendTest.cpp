@@ -18,12 +18,18 @@ using testing::IsEmpty;
 using testing::SizeIs;
 using testing::StartsWith;
 using Kind = StoreFault::Kind;
-using Weights = tl::expected<std::string, StoreFault>;
+using Weights = tl::expected<StoredModel, StoreFault>;
 
 constexpr const char* kEmbedded = "Using the embedded English recogniser";
 
 Weights fault(Kind kind) {
   return tl::make_unexpected(StoreFault{kind, kind == Kind::damaged ? "a reason" : ""});
+}
+
+Weights weightsIn(const std::string& file) {
+  StoredModel stored;
+  stored.weightsFile = file;
+  return stored;
 }
 
 const std::vector<Weights> kFaults{fault(Kind::absent), fault(Kind::embedded),
@@ -41,7 +47,7 @@ struct SilentBackend final : RecogniserBackend {
 struct ChosenBackendFixture : testing::Test {
   bool whisperLoads = true;
   bool embeddedLoads = true;
-  Weights weights = "/weights.bin";
+  Weights weights = weightsIn("/weights.bin");
   EngineSettings settings;
   std::string openedWeights;
   LoadReport report;
@@ -51,9 +57,10 @@ struct ChosenBackendFixture : testing::Test {
     ChosenBackend::Sources sources;
     sources.isWhisperBuiltIn = isWhisperBuiltIn;
     sources.findWeights = [this] { return weights; };
-    sources.whisper = [this](const std::string& weightsFile) {
-      openedWeights = weightsFile;
-      return std::make_unique<SilentBackend>(whisperLoads, "whisper");
+    sources.whisper = [this](const StoredModel& stored,
+                             const ChosenBackend::MakeBackend& fallback) {
+      openedWeights = stored.weightsFile;
+      return whisperLoads ? std::make_unique<SilentBackend>(true, "whisper") : fallback();
     };
     sources.embedded = [this] {
       return std::make_unique<SilentBackend>(embeddedLoads, "embedded");
@@ -74,7 +81,7 @@ struct ChosenBackendFixture : testing::Test {
 
 TEST_F(ChosenBackendFixture, ABuildWithoutWhisperPrintsTheSameLineWhateverTheStoreHolds) {
   for (const Weights& found : {fault(Kind::absent), fault(Kind::embedded), fault(Kind::damaged),
-                               Weights("/weights.bin")}) {
+                               weightsIn("/weights.bin")}) {
     weights = found;
     EXPECT_EQ(load(false), "embedded");
     EXPECT_THAT(report.lines, ElementsAre(kEmbedded, "embedded"));
@@ -134,11 +141,21 @@ TEST_F(ChosenBackendFixture, NoLineContainsTheMarkerOfAnother) {
   }
 }
 
-TEST_F(ChosenBackendFixture, WeightsThatDoNotLoadGiveAnErrorLineAndTheEmbeddedRecogniser) {
+TEST_F(ChosenBackendFixture, WithWeightsThatDoNotLoadALineSaysHowToRepairThem) {
   whisperLoads = false;
+  settings.engineModel = "base";
   EXPECT_EQ(load(true), "embedded");
   EXPECT_TRUE(report.isUsable);
-  EXPECT_THAT(report.lines, ElementsAre(StartsWith("[quillback] ERROR "), "embedded"));
+  EXPECT_THAT(report.lines, ElementsAre("embedded",
+                                        "To repair the model, run \"quillback setup "
+                                        "--model base\"."));
+}
+
+TEST_F(ChosenBackendFixture, TheEnginesOwnModelGoesBeforeTheWindows) {
+  settings.engineModel = "parakeet-v3-q4_0";
+  EXPECT_THAT(lineOf(fault(Kind::absent)),
+              AllOf(HasSubstr("The weights of parakeet-v3-q4_0 are missing"),
+                    HasSubstr("setup --model parakeet-v3-q4_0")));
 }
 
 TEST_F(ChosenBackendFixture, WithoutAnyModelItIsNotUsable) {
