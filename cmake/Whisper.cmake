@@ -1,6 +1,7 @@
 # whisper.cpp's libraries as the target quillback_whisper_library; QUILLBACK_WHISPER says whether there is
 # one. An installed library is used where it is recent enough, else the pinned release is built along:
-# static, optimised in every kind of build, and without install rules of its own.
+# static, optimised in every kind of build, and without install rules of its own. QUILLBACK_GGML_MODULES is
+# the folder of an installed library's modules; empty if it has none.
 
 set(VOXTREL_WHISPER "auto" CACHE STRING "Whisper: auto, system (installed), fetch (built along) or off")
 set_property(CACHE VOXTREL_WHISPER PROPERTY STRINGS auto system fetch off)
@@ -39,6 +40,7 @@ function(use_installed_whisper)
   endforeach()
   add_library(quillback_whisper_library INTERFACE)
   target_link_libraries(quillback_whisper_library INTERFACE ${libraries})
+  set(folder "")
   # Debian keeps the code for each kind of processor in modules, which the program loads.
   pkg_get_variable(ggml_libraries ggml libdir)
   file(GLOB modules "${ggml_libraries}/libggml-cpu*.so" "${ggml_libraries}/ggml/libggml-cpu*.so"
@@ -46,8 +48,8 @@ function(use_installed_whisper)
   if(modules)
     list(GET modules 0 module)
     get_filename_component(folder "${module}" DIRECTORY)
-    target_compile_definitions(quillback_whisper_library INTERFACE QUILLBACK_GGML_MODULES="${folder}")
   endif()
+  set(QUILLBACK_GGML_MODULES "${folder}" PARENT_SCOPE)
   set(QUILLBACK_WHISPER "installed, ${version}" PARENT_SCOPE)
 endfunction()
 

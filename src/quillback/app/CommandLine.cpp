@@ -57,7 +57,9 @@ Parsed transcribe(Words rest) {
 }
 
 CommandLine recognise(Words rest) {
-  return {Command::recognise, "", {rest.begin(), rest.end()}};
+  CommandLine line{Command::recognise, ""};
+  line.rest.assign(rest.begin(), rest.end());
+  return line;
 }
 
 }  // namespace

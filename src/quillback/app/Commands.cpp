@@ -53,6 +53,7 @@ ModelContext modelContext() {
   }
   context.hasWhisper = isWhisperBuiltIn();
   context.version = engineVersion();
+  context.measureSpeed = measureProcessor;
   context.runsOn = describeWhisper();
   return context;
 }

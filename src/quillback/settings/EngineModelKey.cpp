@@ -95,7 +95,8 @@ tl::expected<std::string, std::string> withEngineModel(std::string_view text,
                                                        std::string_view model) {
   const Parsed file = parsed(text);
   if (!file) return tl::unexpected(file.error());
-  std::string result = edited(text, *file, "\"" + std::string(model) + "\"");
+  const std::string value = std::string(1, '"').append(model).append(1, '"');
+  std::string result = edited(text, *file, value);
   // Sections can be written in ways that take no further line.
   if (engineModelOf(result) == model) return result;
   return tl::unexpected(

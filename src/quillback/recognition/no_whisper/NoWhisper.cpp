@@ -14,4 +14,8 @@ std::string describeWhisper() {
   return {};
 }
 
+std::optional<double> measureProcessor() {
+  return std::nullopt;
+}
+
 }  // namespace voxtrel::quillback

@@ -271,6 +271,7 @@ class TheEngineItself(SetupCase):
     def test_knows_its_model(self):
         self.assertEqual(self.run_engine("setup", "--model", "huge").status, USAGE)
         self.server.default = bytes_of(b"", 404)
+        self.server.beside = {}
         run = self.run_engine("setup", "--model", "large-v3")
         if self.server.requests:
             self.assertEqual(run.status, 4, run)
