@@ -1,8 +1,8 @@
 // Recognises recordings with the real library and weights, the engine's way and the library's own, in
-// turn: speech_models WEIGHTS VOICE_DETECTION CLIPS.tsv [auto]. CLIPS.tsv names, in a table with a
-// headline, sound files beside it and their languages. Per recording and way one line, separated by
+// turn: speech_models WEIGHTS VOICE_DETECTION CLIPS.tsv [auto] [ours | library]. CLIPS.tsv names, in a table
+// with a headline, sound files beside it and their languages. Per recording and way one line, separated by
 // tabs: way, recording, language, seconds of sound, 0, seconds from the release of the key to the words,
-// 0, 0, words.
+// 0, 0, words. The recording "load" is the loading of the weights.
 #include <whisper.h>
 
 #include <algorithm>
@@ -11,6 +11,7 @@
 #include <cmath>
 #include <cstdio>
 #include <fstream>
+#include <memory>
 #include <span>
 #include <sstream>
 #include <string>
@@ -55,8 +56,9 @@ std::vector<Clip> readClips(const std::string& table) {
 }
 
 void report(const char* way, const Clip& clip, double seconds, const std::string& words) {
-  std::printf("%s\t%s\t%s\t%.2f\t0\t%.3f\t0\t0\t%s\n", way, clip.name.c_str(), clip.language.c_str(),
-              static_cast<double>(clip.samples.size()) / kSampleRateHz, seconds, words.c_str());
+  std::printf("%s\t%s\t%s\t%.2f\t0\t%.3f\t0\t0\t%s\n", way, clip.name.c_str(),
+              clip.language.c_str(), static_cast<double>(clip.samples.size()) / kSampleRateHz,
+              seconds, words.c_str());
   std::fflush(stdout);
 }
 
@@ -94,7 +96,8 @@ void recogniseLibraryWay(whisper_context* model, const Clip& clip, bool detect, 
   parameters.print_progress = false;
   const double start = now();
   std::string words;
-  if (whisper_full(model, parameters, clip.samples.data(), static_cast<int>(clip.samples.size())) == 0) {
+  if (whisper_full(model, parameters, clip.samples.data(), static_cast<int>(clip.samples.size())) ==
+      0) {
     for (int at = 0; at < whisper_full_n_segments(model); ++at) {
       words += whisper_full_get_segment_text(model, at);
     }
@@ -103,29 +106,62 @@ void recogniseLibraryWay(whisper_context* model, const Clip& clip, bool detect, 
   report("library", clip, now() - start, words);
 }
 
+/// The library's context and our backend for a language, loaded when first needed.
+class Ways {
+ public:
+  Ways(RecogniserOptions options, std::string only)
+      : options_(std::move(options)), only_(std::move(only)) {}
+  Ways(const Ways&) = delete;
+  Ways& operator=(const Ways&) = delete;
+  ~Ways() { whisper_free(library_); }
+
+  void recognise(const Clip& clip, bool detect) {
+    if (only_ != "ours") {
+      if (library_ == nullptr) loadLibrary();
+      recogniseLibraryWay(library_, clip, detect, options_.threads);
+    }
+    if (only_ == "library") return;
+    const std::string language = detect ? "auto" : clip.language;
+    if (!backend_ || options_.language != language) loadOurs(language);
+    recogniseOurWay(*backend_, clip);
+  }
+
+ private:
+  void loadLibrary() {
+    const double start = now();
+    library_ = whisper_init_from_file_with_params(options_.weightsFile.c_str(),
+                                                  whisper_context_default_params());
+    report("library", {"load", "", {}}, now() - start, "");
+  }
+  void loadOurs(const std::string& language) {
+    options_.language = language;
+    backend_ = makeWhisperBackend(options_);
+    const double start = now();
+    backend_->load();
+    report("ours", {"load", "", {}}, now() - start, "");
+  }
+
+  RecogniserOptions options_;
+  const std::string only_;
+  whisper_context* library_ = nullptr;
+  std::unique_ptr<RecogniserBackend> backend_;
+};
+
 }  // namespace
 
 int main(int count, char** words) {
-  if (count < 4) return std::puts("speech_models WEIGHTS VOICE_DETECTION CLIPS.tsv [auto]"), 2;
-  const bool detect = count > 4;
+  const std::vector<std::string> arguments(words + 1, words + count);
+  if (arguments.size() < 3) {
+    std::puts("speech_models WEIGHTS VOICE_DETECTION CLIPS.tsv [auto] [ours | library]");
+    return 2;
+  }
   RecogniserOptions options;
-  options.weightsFile = words[1];
-  options.voiceDetectionFile = words[2];
+  options.weightsFile = arguments[0];
+  options.voiceDetectionFile = arguments[1];
   options.threads = physicalCores(kCpuFolder);
   whisper_log_set([](ggml_log_level, const char*, void*) {}, nullptr);
-  whisper_context* model =
-      whisper_init_from_file_with_params(words[1], whisper_context_default_params());
-  if (model == nullptr) return std::puts("cannot load the weights"), 1;
-  std::unique_ptr<RecogniserBackend> backend;
-  for (const Clip& clip : readClips(words[3])) {
-    const std::string language = detect ? "auto" : clip.language;
-    if (!backend || options.language != language) {
-      options.language = language;
-      backend = makeWhisperBackend(options);
-      for (const std::string& line : backend->load().lines) std::fprintf(stderr, "%s\n", line.c_str());
-    }
-    recogniseLibraryWay(model, clip, detect, options.threads);
-    recogniseOurWay(*backend, clip);
-  }
-  whisper_free(model);
+  const bool detect = std::ranges::count(arguments, "auto") > 0;
+  const bool isOne = arguments.back() == "ours" || arguments.back() == "library";
+  Ways ways(options, isOne ? arguments.back() : "");
+  for (const Clip& clip : readClips(arguments[2])) ways.recognise(clip, detect);
 }
