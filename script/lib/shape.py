@@ -15,7 +15,6 @@ UNIT_LINES = 40
 SMALL_UNITS = {
     "src/common/posix/FileDescriptor": "used by both programs",
     "src/common/x11/XcbXkb": "works around a C header; four users",
-    "src/quillback/recognition/Whisper": "what the two rooms below define",
     "src/quillback/recognition/no_whisper/NoWhisper": "stands in for a library that is not installed",
     "src/voxtrel/platform/linux/dbus/DBusStructure": "used by the item and by the menu",
     "src/voxtrel/supervisor/AppState": "the status that most rooms show; needs nothing",

@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <memory>
 
@@ -65,8 +66,7 @@ std::string nameForSetup(const ModelContext& context, const std::string& model, 
   return context.hasWhisper ? adviseModel(context, output) : context.names.inUse();
 }
 
-}  // namespace
-
+/// Turns speech into text until a signal ends it or its parent is gone.
 int runEngine() {
   // Static: a second signal must not kill the engine while it is ending.
   static const StopSignals kSignals(StopSignals::InheritedIgnores::keep, {SIGPIPE});
@@ -79,6 +79,7 @@ int runEngine() {
   return engine.exitStatus();
 }
 
+/// Downloads and checks the model, or copies the user's file.
 int setUpModel(const std::string& model, const std::string& file) {
   LineOutput output(STDOUT_FILENO);
   const ModelContext context = modelContext();
@@ -114,6 +115,7 @@ int removeStoredModel(const std::string& model) {
   return removeModel(modelContext(), model, output);
 }
 
+/// Prints the words to standard output, all else to standard error.
 int printTranscript(const std::string& file) {
   LineOutput text(STDOUT_FILENO);
   LineOutput notes(STDERR_FILENO);
@@ -122,6 +124,7 @@ int printTranscript(const std::string& file) {
   return static_cast<int>(text.hasLostLines() ? unwritten(notes) : exit);
 }
 
+/// Does the same for each recording whose words were not delivered, the oldest first.
 int retryKeptTakes() {
   LineOutput text(STDOUT_FILENO);
   LineOutput notes(STDERR_FILENO);
@@ -137,11 +140,46 @@ int retryKeptTakes() {
   return static_cast<int>(exit == TranscribeExit::unwritten ? unwritten(notes) : exit);
 }
 
+/// The recogniser's process: its end of a socket pair is standard input.
 int serveRecogniserCommand(const std::vector<std::string>& arguments) {
   const EngineSettings settings =
       readEngineSettings(ConfigManager(homeDirectory()).configPath()).settings;
   const auto backend = makeServedBackend(arguments, settings, homeDirectory());
   return backend ? serveRecogniser(STDIN_FILENO, *backend) : 2;
+}
+
+/// Returns the exit status.
+int show(const std::string& text) {
+  return std::fputs(text.c_str(), stdout) < 0 || std::fflush(stdout) != 0 ? 1 : 0;
+}
+
+}  // namespace
+
+int runCommand(const CommandLine& line) {
+  using enum CommandLine::Command;
+  switch (line.command) {
+    case run:
+      return runEngine();
+    case setup:
+      return setUpModel(line.argument, line.file);
+    case models:
+      return printModels(line.isJson);
+    case use:
+      return chooseModel(line.argument);
+    case remove:
+      return removeStoredModel(line.argument);
+    case transcribe:
+      return printTranscript(line.argument);
+    case retry:
+      return retryKeptTakes();
+    case recognise:
+      return serveRecogniserCommand(line.rest);
+    case help:
+      return show(helpText());
+    case version:
+      break;
+  }
+  return show("quillback " + engineVersion() + "\n");
 }
 
 }  // namespace voxtrel::quillback

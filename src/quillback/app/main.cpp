@@ -21,11 +21,6 @@ void openStandardDescriptors() {
   }
 }
 
-/// Returns the exit status.
-int show(const std::string& text) {
-  return std::fputs(text.c_str(), stdout) < 0 || std::fflush(stdout) != 0 ? 1 : 0;
-}
-
 }  // namespace
 
 int main(int argumentCount, char** arguments) {
@@ -36,27 +31,5 @@ int main(int argumentCount, char** arguments) {
     std::fprintf(stderr, "quillback: %s\nTry \"quillback --help\".\n", line.error().c_str());
     return 2;
   }
-  switch (line->command) {
-    case CommandLine::Command::run:
-      return runEngine();
-    case CommandLine::Command::setup:
-      return setUpModel(line->argument, line->file);
-    case CommandLine::Command::models:
-      return printModels(line->isJson);
-    case CommandLine::Command::use:
-      return chooseModel(line->argument);
-    case CommandLine::Command::remove:
-      return removeStoredModel(line->argument);
-    case CommandLine::Command::transcribe:
-      return printTranscript(line->argument);
-    case CommandLine::Command::retry:
-      return retryKeptTakes();
-    case CommandLine::Command::recognise:
-      return serveRecogniserCommand(line->rest);
-    case CommandLine::Command::help:
-      return show(helpText());
-    case CommandLine::Command::version:
-      break;
-  }
-  return show("quillback " + engineVersion() + "\n");
+  return runCommand(*line);
 }
