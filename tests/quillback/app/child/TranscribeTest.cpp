@@ -59,7 +59,8 @@ TEST_F(TranscribeFixture, TheNinePhrasesAreRecognisedWordForWord) {
     EXPECT_EQ(transcribeFile(voice.say(phrase), *backend, text, notes), TranscribeExit::done);
     EXPECT_EQ(text.lines.back(), phrase);
   }
-  EXPECT_THAT(notes.lines, testing::Each("Using the embedded English recogniser"));
+  // A build with Whisper says why it does not use it.
+  EXPECT_THAT(notes.lines, testing::Each(testing::HasSubstr("embedded English recogniser")));
 }
 
 TEST_F(TranscribeFixture, AMissingFileIsReportedBeforeAnyModelIsLoaded) {

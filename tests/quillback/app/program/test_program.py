@@ -67,8 +67,8 @@ class CommandLine(Case):
                 self.assertEqual(done.returncode, status, arguments)
 
     def test_mistakes_exit_with_2_and_one_clear_line(self):
-        for arguments in ([], ["walk"], ["run", "now"], ["setup"], ["transcribe"], ["retry", "x"],
-                          ["--version", "x"]):
+        for arguments in ([], ["walk"], ["run", "now"], ["setup", "base"], ["transcribe"],
+                          ["retry", "x"], ["--version", "x"]):
             done = self.run_to_end(*arguments)
             self.assertEqual((done.returncode, done.stdout), (2, ""), arguments)
             self.assertRegex(done.stderr, r"\Aquillback: .+\nTry \"quillback --help\"\.\n\Z")
@@ -135,7 +135,10 @@ class BeginningAndEnd(Case):
         line = program.texts()[number]
         self.assertIn("usermod -aG input", line)
         program.wait_for_line("Ready.")
-        self.assertEqual(sum(any(m in t for m in ERROR_MARKERS) for t in program.texts()), 1)
+        # A build with Whisper also says that it has no weights.
+        errors = [text for text in program.texts()
+                  if any(marker in text for marker in ERROR_MARKERS) and "weights" not in text]
+        self.assertEqual(errors, [line])
         self.ends_well(program)
 
     @unittest.skipIf(os.path.isdir("/dev/input") and os.geteuid() == 0, "keyboards may be read here")
