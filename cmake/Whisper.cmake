@@ -93,6 +93,9 @@ function(build_whisper source)
   set(CMAKE_UNITY_BUILD OFF)
   set(CMAKE_INTERPROCEDURAL_OPTIMIZATION OFF)
   set(CMAKE_MESSAGE_LOG_LEVEL WARNING)
+  # It asks Git which commit it is: nothing that is shown, and loud where the sources came as a folder.
+  set(GIT_EXECUTABLE true)
+  set(GIT_EXE true)
   # Containers may report AMX and then refuse it: the program would end at its first use.
   set(flags "-w")
   foreach(flag -mno-amx-tile -mno-amx-int8 -mno-amx-bf16)
