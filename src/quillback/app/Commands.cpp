@@ -156,6 +156,9 @@ int show(const std::string& text) {
 }  // namespace
 
 int runCommand(const CommandLine& line) {
+  // Of the recogniser's process, which inherits it: while threads that compute wait for each other, they
+  // sleep. Spinning is no faster here, and on a busy machine it takes several times as long.
+  ::setenv("OMP_WAIT_POLICY", "passive", 0);
   using enum CommandLine::Command;
   switch (line.command) {
     case run:

@@ -25,7 +25,7 @@ JobResult customJob(const SetupOptions& options, const std::string& model) {
   if (!options.file.empty()) {
     if (isName) return job;
     return wrongUse("\"" + model +
-                    "\" cannot name a model. Use letters, digits, \".\", \"-\" and \"_\".");
+                    R"(" cannot name a model. Use letters, digits, ".", "-" and "_".)");
   }
   const auto manifest = isName ? readManifest(options.home, model) : std::nullopt;
   if (!manifest || !manifest->isCustom || manifest->files.empty()) {

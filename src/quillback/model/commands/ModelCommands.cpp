@@ -172,7 +172,7 @@ std::string adviseModel(const ModelContext& context, Output& output) {
   const std::optional<double> timeFactor =
       context.measureSpeed ? context.measureSpeed() : std::nullopt;
   const ModelPin* const pin = advise(context.pins, timeFactor.value_or(1.0), context.spoken);
-  const std::string name = pin != nullptr ? pin->model : context.names.inUse();
+  std::string name = pin != nullptr ? pin->model : context.names.inUse();
   output.print("The advised model is " + name +
                (timeFactor ? "." : "; the speed of this machine was not measured."));
   return name;

@@ -107,7 +107,7 @@ void printTable(const ModelContext& context, const std::vector<ModelRow>& rows, 
     output.print("The settings choose " + context.names.inUse() + ", which is not known.");
   }
   output.print(
-      "\"quillback setup --model NAME\" fetches a model, \"quillback use NAME\" chooses it.");
+      R"("quillback setup --model NAME" fetches a model, "quillback use NAME" chooses it.)");
 }
 
 }  // namespace
@@ -140,6 +140,7 @@ std::vector<std::string> formatTable(const std::vector<ModelRow>& rows) {
     }
   }
   std::vector<std::string> lines;
+  lines.reserve(table.size());
   for (const Cells& cells : table) lines.push_back(lineOf(cells, widths));
   return lines;
 }
