@@ -9,8 +9,6 @@
 namespace voxtrel::quillback {
 namespace {
 
-using Words = std::vector<std::string>;
-
 /// One sentence, without a full stop.
 std::string problemOf(const StoreFault& fault, const std::string& model) {
   switch (fault.kind) {
@@ -53,8 +51,8 @@ std::unique_ptr<RecogniserBackend> makeEmbedded() {
 
 /// The command of a recogniser's process: this program. What it recognises with is not secret; what the
 /// settings say about the user's words is read there.
-Words servedCommand(Words rest) {
-  Words words{"/proc/self/exe", "recognise"};
+std::vector<std::string> servedCommand(const std::vector<std::string>& rest) {
+  std::vector<std::string> words{"/proc/self/exe", "recognise"};
   words.insert(words.end(), rest.begin(), rest.end());
   return words;
 }
@@ -111,10 +109,10 @@ std::unique_ptr<RecogniserBackend> makeBackend(const EngineSettings& settings,
   return std::make_unique<ChosenBackend>(std::move(sources), settings);
 }
 
-std::unique_ptr<RecogniserBackend> makeServedBackend(const Words& words,
+std::unique_ptr<RecogniserBackend> makeServedBackend(const std::vector<std::string>& words,
                                                      const EngineSettings& settings,
                                                      const std::string& home) {
-  if (words == Words{"embedded"}) return makeEmbedded();
+  if (words == std::vector<std::string>{"embedded"}) return makeEmbedded();
   RecogniserOptions options;
   if (words.size() == 2 && words[0] == "model") {
     const auto stored = inspectStore(home, words[1]);

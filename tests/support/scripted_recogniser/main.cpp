@@ -104,7 +104,7 @@ class ScriptedRecogniser final : public RecogniserBackend {
     if (what == "ill") endBySignal(SIGILL);
     if (what == "hang") waitFor(nullptr);
     if (what == "until-dropped") waitFor(isDropped_);
-    if (what == "garbage") send(kSocketCopy, "\x2a is no message");
+    if (what == "garbage") send(kSocketCopy, "* is no message");
     if (what == "huge") send(kSocketCopy, std::string_view("\x06\xff\xff\xff\x7f", 5));
     if (what == "early") send(kSocketCopy, std::string_view("\x07\0\0\0\0", 5));
     if (what.starts_with(kGate)) {

@@ -108,7 +108,7 @@ std::size_t minTimes(std::span<const Unit> phrase) {
 std::size_t minTimesOfCharacters(std::span<const Unit> phrase) {
   constexpr std::size_t kOneCharacter = 15;
   constexpr std::size_t kPhrase = 5;
-  constexpr std::size_t kNever = static_cast<std::size_t>(-1);
+  constexpr auto kNever = static_cast<std::size_t>(-1);
   const auto isAscii = [](const Unit& unit) { return unit.key.size() == 1; };
   const auto isUnspaced = [](const Unit& unit) {
     return isUnspacedScript(firstCharacter(unit.key).code);

@@ -23,12 +23,6 @@ constexpr std::array<std::string_view, 25> kLanguages = {
     "bg", "hr", "cs", "da", "nl", "en", "et", "fi", "fr", "de", "el", "hu", "it",
     "lv", "lt", "mt", "pl", "pt", "ro", "sk", "sl", "es", "sv", "ru", "uk"};
 
-void discardLog(ggml_log_level /*level*/, const char* /*text*/, void* /*data*/) {}
-
-bool isSet(void* flag) {
-  return static_cast<const std::atomic<bool>*>(flag)->load();
-}
-
 /// One line for each setting that the model cannot follow.
 std::vector<std::string> unknownSettings(const RecogniserOptions& options) {
   std::vector<std::string> lines;
@@ -54,8 +48,7 @@ ParakeetModel::ParakeetModel(RecogniserOptions options) : options_(std::move(opt
 ParakeetModel::~ParakeetModel() = default;
 
 LoadReport ParakeetModel::load() {
-  parakeet_log_set(discardLog, nullptr);
-  loadProcessorModules();
+  prepareLibrary();
   if (auto checked = checkWeights(options_.weightsFile, options_.family); !checked) {
     return {false, {checked.error()}};
   }
@@ -86,7 +79,7 @@ Heard ParakeetModel::recognise(std::span<const float> samples, Effort /*effort*/
   parakeet_full_params parameters = parakeet_full_default_params(PARAKEET_SAMPLING_GREEDY);
   parameters.n_threads = options_.threads;
   parameters.no_context = true;
-  parameters.abort_callback = isSet;
+  parameters.abort_callback = isFlagSet;
   parameters.abort_callback_user_data = const_cast<std::atomic<bool>*>(&isDropped);
   Heard heard;
   parakeet_reset_timings(model_.get());

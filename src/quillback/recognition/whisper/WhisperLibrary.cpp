@@ -2,9 +2,11 @@
 
 #include <ggml-backend.h>
 #include <ggml.h>
+#include <parakeet.h>
 #include <whisper.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cctype>
 #include <chrono>
 #include <filesystem>
@@ -13,7 +15,6 @@
 #include <optional>
 #include <set>
 #include <string>
-#include <string_view>
 #include <system_error>
 #include <thread>
 #include <utility>
@@ -27,6 +28,8 @@ namespace voxtrel::quillback {
 namespace {
 
 namespace fs = std::filesystem;
+
+void discardLog(ggml_log_level /*level*/, const char* /*text*/, void* /*data*/) {}
 
 std::optional<int> readNumber(const fs::path& file) {
   std::ifstream input(file);
@@ -99,7 +102,7 @@ std::optional<double> measureProcessor() {
   constexpr int kRounds = 12;
   constexpr std::chrono::duration<double> kReference(
       0.0080);  // with two cores of 2.5 GHz and AVX-512
-  loadProcessorModules();
+  prepareLibrary();
   MatrixProduct product(physicalCores(kCpuFolder));
   if (!product.compute()) return std::nullopt;
   Clock::duration best = Clock::duration::max();
@@ -127,12 +130,16 @@ int physicalCores(const char* cpuFolder) {
   return std::max(1, static_cast<int>(std::thread::hardware_concurrency()));
 }
 
-void loadProcessorModules() {
-  constexpr std::string_view kModules = QUILLBACK_GGML_MODULES;
+bool isFlagSet(void* flag) {
+  return static_cast<const std::atomic<bool>*>(flag)->load();
+}
+
+void prepareLibrary() {
+  whisper_log_set(discardLog, nullptr);
+  parakeet_log_set(discardLog, nullptr);
+  const char* const modules = QUILLBACK_GGML_MODULES;
   // The library's own search would look into the current folder, where anybody may put a module.
-  if (!kModules.empty() && ggml_backend_dev_count() == 0) {
-    ggml_backend_load_all_from_path(kModules.data());
-  }
+  if (*modules != '\0' && ggml_backend_dev_count() == 0) ggml_backend_load_all_from_path(modules);
 }
 
 bool isWhisperBuiltIn() {
@@ -150,7 +157,7 @@ std::unique_ptr<RecogniserBackend> makeWhisperBackend(const RecogniserOptions& o
 }
 
 std::string describeWhisper() {
-  loadProcessorModules();
+  prepareLibrary();
   std::string text = std::string("whisper.cpp ") + whisper_version();
   for (std::size_t at = 0; at < ggml_backend_dev_count(); ++at) {
     text += std::string(at == 0 ? " on " : ", ") +

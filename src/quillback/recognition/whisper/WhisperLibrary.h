@@ -9,8 +9,12 @@ inline constexpr const char* kCpuFolder = "/sys/devices/system/cpu";
 /// core count once. Without a description the system's count of processors; at least 1.
 int physicalCores(const char* cpuFolder);
 
-/// Loads the library's code for this processor, where it is kept in modules apart. Before any weights.
+/// Silences the library and loads its code for this processor, where that is kept in modules apart. To be
+/// called before any weights are loaded.
 /// Thread: one.
-void loadProcessorModules();
+void prepareLibrary();
+
+/// For the library's abort callbacks: whether `flag`, a `std::atomic<bool>`, is set.
+bool isFlagSet(void* flag);
 
 }  // namespace voxtrel::quillback

@@ -24,12 +24,6 @@ constexpr int kMaxPositions = 5 * kStep;  // the most below the library's 1500
 /// Silence after the piece, in which the decoder finds its end.
 constexpr int kPadding = 50;
 
-void discardLog(ggml_log_level /*level*/, const char* /*text*/, void* /*data*/) {}
-
-bool isSet(void* flag) {
-  return static_cast<const std::atomic<bool>*>(flag)->load();
-}
-
 bool mayNotEncode(whisper_context* /*context*/, whisper_state* /*state*/, void* /*data*/) {
   return false;
 }
@@ -45,8 +39,7 @@ WhisperModel::WhisperModel(RecogniserOptions options) : options_(std::move(optio
 WhisperModel::~WhisperModel() = default;
 
 LoadReport WhisperModel::load() {
-  whisper_log_set(discardLog, nullptr);
-  loadProcessorModules();
+  prepareLibrary();
   if (auto checked = checkWeights(options_.weightsFile, options_.family); !checked) {
     return {false, {checked.error()}};
   }
@@ -71,7 +64,7 @@ LoadReport WhisperModel::load() {
 }
 
 std::size_t WhisperModel::maxSamples() const {
-  return static_cast<std::size_t>((kMaxPositions - kPadding) * kSamplesPerPosition);
+  return std::size_t{kMaxPositions - kPadding} * kSamplesPerPosition;
 }
 
 int WhisperModel::encoderPositions(std::size_t samples) {
@@ -133,7 +126,7 @@ std::string WhisperModel::searchBeam(std::span<const float> samples,
   parameters.single_segment = true;
   parameters.print_progress = false;
   parameters.temperature_inc = 0;  // no second try: from 512 positions on it finds nothing better
-  parameters.abort_callback = isSet;
+  parameters.abort_callback = isFlagSet;
   parameters.abort_callback_user_data = const_cast<std::atomic<bool>*>(&isDropped);
   const auto count = static_cast<int>(samples.size());
   if (whisper_full(model_.get(), parameters, samples.data(), count) != 0) return {};
