@@ -1,20 +1,29 @@
 """Prints how many tests of a CTest JUnit report passed, did not pass, and could not be run here.
 
 A test that was not run (disabled, its program missing) has shown nothing, so it counts as failed: a
-suite must not look green because half of it stayed at home. Only one that says by its own exit status
-that this machine does not let it run is counted apart.
+suite must not look green because half of it stayed at home. Counted apart are only those that say by their
+exit status that this machine does not let them run, and those that want the weights and recordings whose
+folder VOXTREL_WHISPER_DATA names.
 """
 
 import sys
 import xml.etree.ElementTree
 
 
+def is_impossible(case):
+    """Whether a test of the report could not be run here."""
+    skipped = case.find("skipped")
+    reason = "" if skipped is None else skipped.get("message") or ""
+    if "SKIP_REGULAR_EXPRESSION" in reason:
+        return "VOXTREL_WHISPER_DATA names no folder" in case.findtext("system-out", "")
+    return "SKIP_RETURN_CODE" in reason
+
+
 def count(path):
     """Returns (passed, failed, impossible here); a report without any test counts as one failure."""
     cases = xml.etree.ElementTree.parse(path).getroot().findall("testcase")
     passed = sum(case.get("status") == "run" for case in cases)
-    impossible = sum("SKIP_RETURN_CODE" in (case.find("skipped").get("message") or "")
-                     for case in cases if case.find("skipped") is not None)
+    impossible = sum(is_impossible(case) for case in cases)
     return passed, len(cases) - passed - impossible if cases else 1, impossible
 
 

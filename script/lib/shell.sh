@@ -18,12 +18,16 @@ export CCACHE_BASEDIR="$ROOT" CCACHE_NOHASHDIR=1
 export CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime
 
 # configure PRESET: fast when nothing has changed; the compiler cache is used where there is one.
+# FETCHCONTENT_SOURCE_DIR_WHISPER may name a folder with Whisper's sources, else they are downloaded.
 configure() {
-  local launcher=()
+  local options=()
   if command -v ccache >/dev/null; then
-    launcher=(-DCMAKE_C_COMPILER_LAUNCHER=ccache -DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
+    options=(-DCMAKE_C_COMPILER_LAUNCHER=ccache -DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
   fi
-  cmake --preset "$1" --log-level=WARNING "${launcher[@]}" >/dev/null
+  if [[ -n "${FETCHCONTENT_SOURCE_DIR_WHISPER:-}" ]]; then
+    options+=("-DFETCHCONTENT_SOURCE_DIR_WHISPER=$FETCHCONTENT_SOURCE_DIR_WHISPER")
+  fi
+  cmake --preset "$1" --log-level=WARNING "${options[@]}" >/dev/null
 }
 
 # build PRESET [TARGET...]
