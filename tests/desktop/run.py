@@ -23,7 +23,7 @@ def main():
     loader.testNamePatterns = [f"*{name}*" for name in options.tests] or None
     suite = loader.loadTestsFromName(options.file.stem)
     result = unittest.TextTestRunner(verbosity=2, descriptions=False).run(suite)
-    if not result.testsRun or not result.wasSuccessful():
+    if not (result.testsRun or result.skipped) or not result.wasSuccessful():
         return 1
     return SKIPPED if result.skipped else 0
 

@@ -40,17 +40,30 @@ class Dictating(Application):
 
     def engine_pids(self):
         """The engines that this program has started and that run."""
+        return self._engine_children(self.process.pid)
+
+    def recogniser_pids(self):
+        """The processes in which the running engines recognise."""
+        return [pid for engine in self.engine_pids() for pid in self._engine_children(engine)]
+
+    def _engine_children(self, wanted):
+        """The processes of the engine's executable whose parent is the wanted one."""
         found = []
         for entry in filter(str.isdigit, os.listdir("/proc")):
             try:
                 with open(f"/proc/{entry}/stat", encoding="ascii", errors="replace") as stat:
                     parent = int(stat.read().rpartition(")")[2].split()[1])
-                if parent == self.process.pid and os.readlink(f"/proc/{entry}/exe") == \
+                if parent == wanted and os.readlink(f"/proc/{entry}/exe") == \
                         os.path.realpath(self.engine.executable):
                     found.append(int(entry))
             except OSError:
                 continue  # it has just ended
         return [pid for pid in found if alive(pid)]
+
+    def texts(self):
+        """The texts that the engine has printed."""
+        return [line.split('text: "', 1)[1].removesuffix('"') for line in self.lines()
+                if "[gpu-decode]" in line]
 
     def lines(self):
         """What the engine has printed, as the program has logged it."""
@@ -96,6 +109,11 @@ class Speaker:
         """Says it to the end."""
         voice = self._sound.say(text, latency_ms=500)
         voice.exit_status(30)
+
+    def play(self, recording):
+        """Plays a recording to the end."""
+        voice = self._sound.play_file(recording.path)
+        voice.exit_status(recording.seconds + 20)
 
     def dictate(self, text):
         """One whole dictation; waits for its words in the menu."""

@@ -115,6 +115,10 @@ class SoundServer:
         path = os.path.join(self._folder, f"speech-{len(self._players)}.wav")
         subprocess.run(["espeak-ng", "-v", "en-us+edward", "-s", "165", "-w", path, text],
                        check=True, timeout=60)
+        return self.play_file(path, speaker, latency_ms)
+
+    def play_file(self, path, speaker=SPEAKER, latency_ms=500):
+        """Begins to play a WAV file; returns at once."""
         player = self._desk.spawn("paplay", f"--latency-msec={latency_ms}", f"--device={speaker}", path)
         self._players.append(player)
         return player
