@@ -17,13 +17,14 @@ from harness.recordings import (WEIGHTS, is_available, plain_words, recording, r
 from harness.sound import SoundServer
 
 STORE = ".local/share/quillback/weights"
-ANSWER_LIMIT_S = 20.0
+# Hangs only: it takes a second where nothing else computes.
+ANSWER_LIMIT_S = 60.0
 QUIT_LIMIT_S = 2.1
 # Of the 70 seconds of Spanish the model hears one word in ten otherwise.
 MOST_ERRORS = 0.2
 
 
-@unittest.skipUnless(is_available(PROGRAMS), "no weights in VOXTREL_WHISPER_DATA, or no Whisper in this build")
+@unittest.skipUnless(is_available(PROGRAMS), "no VOXTREL_WHISPER_DATA, or built without Whisper")
 class RealSpeech(DesktopCase):
     """A desk with a microphone, an editor that has the focus, and an engine that uses the model base;
     what happens to words between key and editor."""
@@ -93,7 +94,7 @@ class RealSpeech(DesktopCase):
 
     def assert_written(self, *names):
         """The editor holds the words of these recordings, as the engine has printed them."""
-        self.editor.wait_for_text(" ".join(self.app.texts()))
+        self.editor.wait_for_text(" ".join(self.app.texts()), ANSWER_LIMIT_S)
         self.assertEqual(plain_words(self.editor.text()),
                          plain_words(" ".join(recording(name).text for name in names)))
 
@@ -158,7 +159,7 @@ class RealSpeech(DesktopCase):
         print(f"words {time.monotonic() - released:.2f} s after the release")
         text, = self.wait_for_texts(1)
         print(f"inserted {time.monotonic() - released:.2f} s after the release")
-        self.editor.wait_for_text(text)
+        self.editor.wait_for_text(text, ANSWER_LIMIT_S)
         errors = word_error_rate(text, truth)
         print(f"{len(plain_words(text))} of {len(plain_words(truth))} words, error rate {errors:.3f}")
         self.assertLess(errors, MOST_ERRORS)
