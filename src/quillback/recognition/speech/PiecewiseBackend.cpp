@@ -7,7 +7,6 @@
 #include <cmath>
 #include <iterator>
 #include <numeric>
-#include <regex>
 #include <string_view>
 #include <utility>
 
@@ -22,6 +21,9 @@ constexpr std::size_t kFrame = VoiceDetector::kFrameSamples;
 constexpr std::string_view kRepetitionLine =
     "The recogniser repeated itself; the repetition was left out.";
 
+constexpr std::string_view kFailureLine =
+    "[quillback] ERROR The model failed, so words are missing; perhaps the memory is too small.";
+
 /// One frame, times `gain`; a short one is filled up with silence.
 std::array<float, kFrame> amplified(std::span<const float> samples, float gain) {
   std::array<float, kFrame> louder{};
@@ -34,6 +36,32 @@ float gainFor(float peak) {
   constexpr float kLeastPeak = 1e-4F;  // -80 dB: below it there is nothing but noise
   constexpr float kFullLevel = 0.5F;   // -6 dB
   return peak < kLeastPeak ? 1.0F : kFullLevel / peak;
+}
+
+bool isBlank(char c) {
+  return std::isspace(static_cast<unsigned char>(c)) != 0;
+}
+
+/// Behind the remark or note of music that begins at `begin`; `begin` itself if there is none.
+std::size_t endOfRemark(std::string_view text, std::size_t begin) {
+  constexpr std::string_view kNotes = "\xE2\x99";  // U+2669 to U+266C
+  constexpr std::size_t kNoteBytes = 3;
+  const std::string_view rest = text.substr(begin);
+  if (rest.starts_with('[') || rest.starts_with('*')) {
+    const std::size_t end = rest.find(rest.front() == '[' ? ']' : '*', 1);
+    return end == std::string_view::npos ? begin : begin + end + 1;
+  }
+  const bool isNote = rest.starts_with(kNotes) && rest.size() >= kNoteBytes && rest[2] >= '\xA9' &&
+                      rest[2] <= '\xAC';
+  return isNote ? begin + kNoteBytes : begin;
+}
+
+/// Whether parentheses hold the whole text, but for blanks and full stops around them.
+bool isInParentheses(std::string_view text) {
+  while (!text.empty() && isBlank(text.front())) text.remove_prefix(1);
+  while (!text.empty() && (isBlank(text.back()) || text.back() == '.')) text.remove_suffix(1);
+  return (text.starts_with('(') && text.ends_with(')')) ||
+         (text.starts_with("\uFF08") && text.ends_with("\uFF09"));
 }
 
 float peakOf(std::span<const float> samples) {
@@ -82,8 +110,16 @@ void PiecewiseBackend::feed(std::span<const std::int16_t> samples) {
 
 Transcription PiecewiseBackend::finish() {
   if (!samples_.empty()) endPiece(samples_.size(), cutter_.hasSpeech(), Effort::quick);
-  result_.text = trimmedOneLine(result_.text);
+  // A model that hears nothing may say the same in every piece.
+  CutText kept = cutRepetition(trimmedOneLine(result_.text));
+  if (kept.wasCut) report(kRepetitionLine);
+  result_.text = std::move(kept.text);
   return std::exchange(result_, {});
+}
+
+/// A line of the result, which may concern several pieces.
+void PiecewiseBackend::report(std::string_view line) {
+  if (std::ranges::count(result_.lines, line) == 0) result_.lines.emplace_back(line);
 }
 
 void PiecewiseBackend::addFrame() {
@@ -124,10 +160,13 @@ void PiecewiseBackend::recognise(std::span<const float> piece, Effort effort) {
   result_.text += kept.text;
   result_.encode += heard.encode;
   result_.decode += heard.decode;
-  if (heard.wasCut || kept.wasCut) result_.lines.emplace_back(kRepetitionLine);
-  if (effort == Effort::careful) return;
+  if (heard.wasCut || kept.wasCut) report(kRepetitionLine);
+  if (heard.hasFailed) report(kFailureLine);
+  // The machine may be busy by now, or the model in a loop.
+  constexpr double kCarefulTimes = 3;
   const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start;
-  slowness_ = taken.count() * kSampleRateHz / static_cast<double>(piece.size());
+  slowness_ = taken.count() * kSampleRateHz / static_cast<double>(piece.size()) /
+              (effort == Effort::careful ? kCarefulTimes : 1);
 }
 
 /// Careful where the machine keeps up with the speaker all the same.
@@ -144,10 +183,14 @@ float LoudnessDetector::probability(std::span<const float> frame) {
 }
 
 std::string withoutRemarks(const std::string& text) {
-  static const std::regex kRemark(R"( ?(\[[^\]]*\]|\*[^*]*\*|\xE2\x99[\xA9-\xAC]))");
-  static const std::regex kWhole(R"(\s*(\(.*\)|\xEF\xBC\x88.*\xEF\xBC\x89)[\s.]*)");
-  const std::string rest = std::regex_replace(text, kRemark, "");
-  if (std::regex_match(rest, kWhole)) return {};
+  std::string rest;
+  for (std::size_t at = 0; at < text.size();) {
+    const std::size_t begin = text[at] == ' ' ? at + 1 : at;
+    const std::size_t end = endOfRemark(text, begin);
+    if (end == begin) rest += text[at];
+    at = end == begin ? at + 1 : end;
+  }
+  if (isInParentheses(rest)) return {};
   // Lone punctuation is no speech.
   const bool hasWord = std::ranges::any_of(rest, [](char c) {
     return std::isalnum(static_cast<unsigned char>(c)) != 0 || static_cast<signed char>(c) < 0;

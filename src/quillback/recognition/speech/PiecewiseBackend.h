@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "quillback/recognition/speech/PieceCutter.h"
@@ -34,6 +35,7 @@ class PiecewiseBackend final : public RecogniserBackend {
   void endPiece(std::size_t count, bool hasSpeech, Effort effort);
   [[nodiscard]] bool hasQuietSpeech(std::span<const float> piece);
   void recognise(std::span<const float> piece, Effort effort);
+  void report(std::string_view line);
   [[nodiscard]] Effort effortWhileSpeaking() const;
 
   const std::unique_ptr<SpeechModel> model_;
@@ -44,7 +46,7 @@ class PiecewiseBackend final : public RecogniserBackend {
   std::vector<float> samples_;     ///< of the piece that has not ended
   std::size_t judgedSamples_ = 0;  ///< of samples_, in whole frames
   float peak_ = 0;                 ///< of the utterance so far
-  /// Seconds that a quick recognition takes for a second of sound, as last measured.
+  /// Seconds that a quick recognition would take for a second of sound, by the last measured one.
   std::optional<double> slowness_;
   Transcription result_;
 };

@@ -14,6 +14,7 @@ namespace voxtrel::quillback {
 struct Heard {
   std::string text;     ///< UTF-8, with a leading blank in languages that put blanks between words
   bool wasCut = false;  ///< the model repeated itself; the text holds the repeated words once
+  bool hasFailed = false;  ///< the library gave up; the text is not whole
   std::chrono::microseconds encode{};
   std::chrono::microseconds decode{};
 };
@@ -25,7 +26,8 @@ enum class Effort {
 
 /// A model that recognises one piece of speech at a time.
 /// Thread: one, which it blocks.
-/// Fails by: a LoadReport that is not usable; later by empty text.
+/// Fails by: a LoadReport that is not usable; later by `hasFailed`. An exception of the library while it
+/// recognises is not caught: it ends the recogniser's process, and another one gets the sound.
 class SpeechModel {
  public:
   virtual ~SpeechModel() = default;

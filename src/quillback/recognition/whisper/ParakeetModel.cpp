@@ -7,6 +7,7 @@
 #include <exception>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "quillback/ports/Microphone.h"
 #include "quillback/recognition/whisper/WeightsFile.h"
@@ -73,6 +74,8 @@ std::size_t ParakeetModel::maxSamples() const {
 Heard ParakeetModel::recognise(std::span<const float> samples, Effort /*effort*/,
                                const std::atomic<bool>& isDropped) {
   constexpr std::size_t kLeastSamples = kSampleRateHz;  // the encoder needs some frames
+  Heard heard;
+  if (isDropped) return heard;
   const auto start = steady_clock::now();
   std::vector<float> sound(samples.begin(), samples.end());
   sound.resize(std::max(sound.size(), kLeastSamples));
@@ -81,9 +84,9 @@ Heard ParakeetModel::recognise(std::span<const float> samples, Effort /*effort*/
   parameters.no_context = true;
   parameters.abort_callback = isFlagSet;
   parameters.abort_callback_user_data = const_cast<std::atomic<bool>*>(&isDropped);
-  Heard heard;
   parakeet_reset_timings(model_.get());
   if (parakeet_full(model_.get(), parameters, sound.data(), static_cast<int>(sound.size())) != 0) {
+    heard.hasFailed = true;
     return heard;
   }
   const int count = parakeet_full_n_segments(model_.get());

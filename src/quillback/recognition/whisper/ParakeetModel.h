@@ -12,7 +12,7 @@ namespace voxtrel::quillback {
 /// A Parakeet model. It finds the language by itself and takes neither a prompt nor a language, and it
 /// does not translate.
 /// Thread: one.  Owns: the weights in memory.
-/// Fails by: a LoadReport that is not usable; later by empty text.
+/// Fails by: a LoadReport that is not usable; later by `hasFailed`.
 class ParakeetModel final : public SpeechModel {
  public:
   explicit ParakeetModel(RecogniserOptions options);

@@ -61,7 +61,7 @@ struct Bounds {
 
 // In the file's order.
 constexpr std::array kWhisperHeader = {
-    Bounds{50'000, 60'000},  // vocabulary
+    Bounds{51'864, 51'866},  // vocabulary: English, 99 languages, 100 languages
     Bounds{1500, 1500},      // encoder: positions, width, heads, layers
     Bounds{64, 4096},       Bounds{1, 64}, Bounds{1, 64}, Bounds{448, 448},  // decoder: likewise
     Bounds{64, 4096},       Bounds{1, 64}, Bounds{1, 64}, Bounds{80, 128},  // bands of the spectrum
@@ -117,8 +117,13 @@ Result skipParakeetHeader(Walk& walk) {
   constexpr std::size_t kDurations = 13;
   const bool hasFilters = skipTable(walk);
   const auto window = hasFilters ? walk.number() : std::nullopt;
-  if (!window || !walk.skipNumbers(*window) || !walk.skipNumbers(header->at(kDurations))) {
-    return wrong("the file ends within its filters");
+  if (!window || !walk.skipNumbers(*window)) return wrong("the file ends within its filters");
+  for (std::int32_t at = 0; at < header->at(kDurations); ++at) {
+    constexpr std::int32_t kMostFrames = 100;
+    // The decoder moves on by them: backwards it would never end.
+    const auto duration = walk.number();
+    if (!duration) return wrong("the file ends within its durations");
+    if (*duration < 0 || *duration > kMostFrames) return wrong("its durations are damaged");
   }
   return {};
 }

@@ -21,6 +21,7 @@ constexpr int kSamplesPerPosition = kSampleRateHz / 50;
 constexpr int kStep = 256;
 constexpr int kMinPositions = 2 * kStep;
 constexpr int kMaxPositions = 5 * kStep;  // the most below the library's 1500
+constexpr std::size_t kLeastSamples = kSampleRateHz / 5;
 /// Silence after the piece, in which the decoder finds its end.
 constexpr int kPadding = 50;
 
@@ -53,7 +54,7 @@ LoadReport WhisperModel::load() {
   }
   if (!model_) return {false, {"it is damaged, or there is too little memory"}};
   LoadReport report{true, {"Using Whisper."}};
-  if (options_.language != "auto" && whisper_lang_id(options_.language.c_str()) < 0) {
+  if (options_.language != "auto" && !knows(options_.language)) {
     options_.language = "auto";
     report.lines.emplace_back(
         "[quillback] ERROR Whisper does not know the language of the settings; it is detected.");
@@ -61,6 +62,16 @@ LoadReport WhisperModel::load() {
   prompt_ = promptTokens();
   whisper_tokenize(model_.get(), " ", &blank_, 1);
   return report;
+}
+
+/// The library knows languages that only some models have.
+bool WhisperModel::knows(const std::string& language) const {
+  const int id = whisper_lang_id(language.c_str());
+  return id >= 0 && (whisper_is_multilingual(model_.get()) == 0 || id < languages());
+}
+
+int WhisperModel::languages() const {
+  return whisper_token_translate(model_.get()) - whisper_token_lang(model_.get(), 0);
 }
 
 std::size_t WhisperModel::maxSamples() const {
@@ -85,17 +96,28 @@ Heard WhisperModel::recognise(std::span<const float> samples, Effort effort,
   const auto start = steady_clock::now();
   Heard heard;
   if (isDropped) return heard;
+  // Of less than a tenth of a second the library computes nothing, and the size of an earlier piece stays.
+  std::vector<float> padded;
+  if (samples.size() < kLeastSamples) {
+    padded.assign(samples.begin(), samples.end());
+    padded.resize(kLeastSamples);
+    samples = padded;
+  }
   const bool knowsLanguage = !findsLanguage() || !language_.empty();
   if (effort == Effort::careful && knowsLanguage) {
-    heard.text = searchBeam(samples, isDropped);
+    heard.hasFailed = !searchBeam(samples, isDropped, heard.text);
     heard.decode = duration_cast<microseconds>(steady_clock::now() - start);
     return heard;
   }
-  if (!encode(samples)) return heard;
+  if (!encode(samples)) {
+    heard.hasFailed = true;
+    return heard;
+  }
   const auto encoded = steady_clock::now();
   heard.encode = duration_cast<microseconds>(encoded - start);
-  std::vector<Token> words =
-      decodeAll(static_cast<std::size_t>(maxTokens(samples.size())), isDropped);
+  std::vector<Token> words;
+  heard.hasFailed =
+      !decodeAll(static_cast<std::size_t>(maxTokens(samples.size())), isDropped, words);
   const std::size_t length = lengthWithoutRepetition(words);
   heard.wasCut = length < words.size();
   words.resize(length);
@@ -108,9 +130,9 @@ bool WhisperModel::findsLanguage() const {
   return options_.language == "auto" && whisper_is_multilingual(model_.get()) != 0;
 }
 
-/// The text that the library finds when it follows several beginnings at a time.
-std::string WhisperModel::searchBeam(std::span<const float> samples,
-                                     const std::atomic<bool>& isDropped) {
+/// The text that the library finds when it follows several beginnings at a time. False: it gave up.
+bool WhisperModel::searchBeam(std::span<const float> samples, const std::atomic<bool>& isDropped,
+                              std::string& text) {
   constexpr int kBeams = 5;
   whisper_full_params parameters = whisper_full_default_params(WHISPER_SAMPLING_BEAM_SEARCH);
   parameters.beam_search.beam_size = kBeams;
@@ -129,12 +151,11 @@ std::string WhisperModel::searchBeam(std::span<const float> samples,
   parameters.abort_callback = isFlagSet;
   parameters.abort_callback_user_data = const_cast<std::atomic<bool>*>(&isDropped);
   const auto count = static_cast<int>(samples.size());
-  if (whisper_full(model_.get(), parameters, samples.data(), count) != 0) return {};
-  std::string text;
+  if (whisper_full(model_.get(), parameters, samples.data(), count) != 0) return false;
   for (int at = 0; at < whisper_full_n_segments(model_.get()); ++at) {
     text += whisper_full_get_segment_text(model_.get(), at);
   }
-  return text;
+  return true;
 }
 
 bool WhisperModel::encode(std::span<const float> samples) {
@@ -189,14 +210,11 @@ WhisperModel::Token WhisperModel::bestToken(std::size_t inputs, bool isFirst) co
 
 /// The language that the decoder finds most probable at the start, from the sound that is encoded.
 void WhisperModel::detectLanguage() {
-  const Token first = whisper_token_lang(model_.get(), 0);
   language_ = "en";
   if (!decode({whisper_token_sot(model_.get())}, 0)) return;
-  const float* logits = whisper_get_logits(model_.get());
-  // The newest models know one language more than the others.
-  const int count = whisper_token_translate(model_.get()) - first;
-  const float* best = std::max_element(logits + first, logits + first + count);
-  language_ = whisper_lang_str(static_cast<int>(best - logits) - first);
+  const float* const first = whisper_get_logits(model_.get()) + whisper_token_lang(model_.get(), 0);
+  language_ =
+      whisper_lang_str(static_cast<int>(std::max_element(first, first + languages()) - first));
 }
 
 /// What the decoder is told first: what was said before, language and task.
@@ -216,13 +234,13 @@ std::vector<WhisperModel::Token> WhisperModel::opening() {
   return tokens;
 }
 
-/// The words of the sound that is encoded, each the most probable one.
-std::vector<WhisperModel::Token> WhisperModel::decodeAll(std::size_t maxTokens,
-                                                         const std::atomic<bool>& isDropped) {
-  std::vector<Token> words;
+/// The words of the sound that is encoded, each the most probable one. False: the library gave up.
+bool WhisperModel::decodeAll(std::size_t maxTokens, const std::atomic<bool>& isDropped,
+                             std::vector<Token>& words) {
   std::vector<Token> input = opening();
   int position = 0;
-  while (words.size() < maxTokens && !isDropped && decode(input, position)) {
+  while (words.size() < maxTokens && !isDropped) {
+    if (!decode(input, position)) return false;
     position += static_cast<int>(input.size());
     const Token next = bestToken(input.size(), words.empty());
     if (next == whisper_token_eot(model_.get())) break;
@@ -230,7 +248,7 @@ std::vector<WhisperModel::Token> WhisperModel::decodeAll(std::size_t maxTokens,
     if (lengthWithoutRepetition(words) < words.size()) break;
     input = {next};
   }
-  return words;
+  return true;
 }
 
 std::size_t lengthWithoutRepetition(std::span<const int> tokens) {

@@ -13,7 +13,7 @@ namespace voxtrel::quillback {
 
 /// A Whisper model. Its encoder, made for 30 s, is run over the length of the piece only.
 /// Thread: one.  Owns: the weights in memory.
-/// Fails by: a LoadReport that is not usable; later by empty text.
+/// Fails by: a LoadReport that is not usable; later by `hasFailed`.
 class WhisperModel final : public SpeechModel {
  public:
   explicit WhisperModel(RecogniserOptions options);
@@ -45,10 +45,14 @@ class WhisperModel final : public SpeechModel {
   bool decode(const std::vector<Token>& tokens, int position);
   Token bestToken(std::size_t inputs, bool isFirst) const;
   [[nodiscard]] bool findsLanguage() const;
+  [[nodiscard]] bool knows(const std::string& language) const;
+  [[nodiscard]] int languages() const;
   void detectLanguage();
   std::vector<Token> opening();
-  std::vector<Token> decodeAll(std::size_t maxTokens, const std::atomic<bool>& isDropped);
-  std::string searchBeam(std::span<const float> samples, const std::atomic<bool>& isDropped);
+  bool decodeAll(std::size_t maxTokens, const std::atomic<bool>& isDropped,
+                 std::vector<Token>& words);
+  bool searchBeam(std::span<const float> samples, const std::atomic<bool>& isDropped,
+                  std::string& text);
 
   RecogniserOptions options_;
   std::unique_ptr<whisper_context, Free> model_;

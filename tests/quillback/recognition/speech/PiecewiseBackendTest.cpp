@@ -157,6 +157,30 @@ TEST_F(PiecewiseBackendTest, ARepetitionIsReportedAndRemarksAreLeftOut) {
               ElementsAre("The recogniser repeated itself; the repetition was left out."));
 }
 
+TEST_F(PiecewiseBackendTest, WhatIsRepeatedInEveryPieceIsLeftOutAndReportedOnce) {
+  model.answer = [] { return Heard{" This is what it says of any sound.", true}; };
+  speak(120, kLoud);
+  const Transcription result = backend.finish();
+  EXPECT_GT(model.pieces.size(), 4U);
+  EXPECT_EQ(result.text, "This is what it says of any sound.");
+  EXPECT_THAT(result.lines,
+              ElementsAre("The recogniser repeated itself; the repetition was left out."));
+}
+
+TEST_F(PiecewiseBackendTest, SoundThatTheModelFailsOnIsReportedOnce) {
+  model.answer = [this] {
+    Heard heard{model.pieces.size() == 1 ? " word" : ""};
+    heard.hasFailed = model.pieces.size() > 1;
+    return heard;
+  };
+  speak(80, kLoud);
+  const Transcription result = backend.finish();
+  EXPECT_EQ(result.text, "word");
+  EXPECT_THAT(result.lines,
+              ElementsAre("[quillback] ERROR The model failed, so words are missing; perhaps the "
+                          "memory is too small."));
+}
+
 TEST_F(PiecewiseBackendTest, WithoutVoiceDetectionTheLoudnessDecidesAndALineSaysSo) {
   PiecewiseBackend plain(std::make_unique<FakeModelAdapter>(model), [] { return nullptr; });
   EXPECT_THAT(plain.load().lines,
@@ -198,6 +222,14 @@ TEST(WithoutRemarksTest, RemarksAndNotesOfMusicAreLeftOut) {
   EXPECT_EQ(withoutRemarks("\uFF08\u97F3\u697D\uFF09"), "");
   EXPECT_EQ(withoutRemarks(" Good morning. [Music] How are you?"), " Good morning. How are you?");
   EXPECT_EQ(withoutRemarks(" ..."), "");
+}
+
+TEST(WithoutRemarksTest, ALongTextIsNoProblem) {
+  const std::string words(1'000'000, 'a');
+  EXPECT_EQ(withoutRemarks("[" + words), "[" + words);
+  EXPECT_EQ(withoutRemarks(words + "[" + words + "]"), words);
+  EXPECT_EQ(withoutRemarks("(" + words + ")"), "");
+  EXPECT_EQ(withoutRemarks("*" + words), "*" + words);
 }
 
 TEST(WithoutRemarksTest, WordsStay) {

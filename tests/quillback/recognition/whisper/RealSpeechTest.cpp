@@ -114,6 +114,28 @@ TEST_F(RealSpeech, SpeechInNoiseIsHeard) {
   EXPECT_THAT(recognise(*backend, samples).text, HasSubstr("country"));
 }
 
+TEST_F(RealSpeech, AMomentOfSpeechIsHeardAsIfNothingWasBefore) {
+  RecogniserOptions english = options("en");
+  english.threads = 2;
+  WhisperModel used(english);
+  WhisperModel fresh(english);
+  ASSERT_TRUE(used.load().isUsable && fresh.load().isUsable);
+  const std::atomic<bool> isDropped{false};
+  const auto floats = [](const Samples& samples) {
+    std::vector<float> all;
+    for (const std::int16_t sample : samples) all.push_back(static_cast<float>(sample) / 32768.0F);
+    return all;
+  };
+  const std::vector<float> longer = floats(recording("en_libri_2412_153948_0000").samples);
+  const std::vector<float> speech = floats(recording("en_jfk").samples);
+  for (const std::size_t start : {20'000U, 40'000U, 60'000U}) {
+    used.recognise(longer, Effort::quick, isDropped);
+    const auto moment = std::span(speech).subspan(start, 1500);
+    EXPECT_EQ(used.recognise(moment, Effort::quick, isDropped).text,
+              fresh.recognise(moment, Effort::quick, isDropped).text);
+  }
+}
+
 TEST_F(RealSpeech, AMomentOfAnySoundGivesNothingAndHarmsNothing) {
   const auto backend = load(options("auto"));
   const Samples speech = recording("en_jfk").samples;

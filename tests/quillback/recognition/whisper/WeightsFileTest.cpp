@@ -50,12 +50,12 @@ std::string whisperFile() {
   return whisperHeader().vocabulary().tensor().tensor().bytes();
 }
 
-std::string parakeetFile() {
+std::string parakeetFile(const std::vector<std::int32_t>& durations = {0, 1, 2, 3, 4}) {
   return SmallWeights()
       .numbers({0x67676d6c, 8192, 5000, 1024, 8, 24, 128, 1, 512, 8, 256, 9, 640, 2, 5, 10})
       .numbers({1, 1, 0})
       .numbers({1, 0})
-      .numbers({0, 1, 2, 3, 4})
+      .numbers(durations)
       .vocabulary()
       .tensor()
       .bytes();
@@ -111,6 +111,24 @@ TEST_F(WeightsFileTest, ImpossibleSizesAreRefused) {
   unequal[7] = 768;
   EXPECT_EQ(problem(whisperHeader(unequal).vocabulary().tensor().bytes()),
             "the encoder and the decoder do not fit each other");
+}
+
+TEST_F(WeightsFileTest, VocabulariesThatWhisperNeverHadAreRefused) {
+  for (const auto& [tokens, isTrue] : {std::pair(51'863, false), std::pair(51'864, true),
+                                       std::pair(51'866, true), std::pair(51'867, false)}) {
+    auto sizes = kWhisperSizes;
+    sizes[1] = tokens;
+    EXPECT_EQ(problem(whisperHeader(sizes).vocabulary().tensor().bytes()).empty(), isTrue)
+        << tokens;
+  }
+}
+
+TEST_F(WeightsFileTest, DurationsThatWouldNeverEndAreRefused) {
+  // A token's duration moves the decoder forward; backwards it would run for ever.
+  for (const std::int32_t duration : {-1, -2'000'000'000, 1000}) {
+    EXPECT_EQ(problem(parakeetFile({0, 1, 2, 3, duration}), Family::parakeet),
+              "its durations are damaged");
+  }
 }
 
 TEST_F(WeightsFileTest, DamagedTensorsAreRefused) {
