@@ -10,7 +10,7 @@ namespace voxtrel::quillback {
 
 /// The parsed command line.
 struct CommandLine {
-  /// `recognise` is how the engine starts its own recogniser; no user does.
+  /// `recognise` and `advise` are how the engine starts its own processes; no user does.
   enum class Command {
     run,
     setup,
@@ -20,6 +20,7 @@ struct CommandLine {
     transcribe,
     retry,
     recognise,
+    advise,
     help,
     version
   };

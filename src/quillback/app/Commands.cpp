@@ -13,6 +13,7 @@
 #include "quillback/app/ChosenBackend.h"
 #include "quillback/app/CommandLine.h"
 #include "quillback/app/Engine.h"
+#include "quillback/app/SlowModelAdvice.h"
 #include "quillback/app/Transcribe.h"
 #include "quillback/audio/TakeFolder.h"
 #include "quillback/loop/EndWatch.h"
@@ -148,6 +149,11 @@ int serveRecogniserCommand(const std::vector<std::string>& arguments) {
   return backend ? serveRecogniser(STDIN_FILENO, *backend) : 2;
 }
 
+/// The advice of a process that the engine starts for it.
+int adviseQuietly() {
+  return writeSlowModelAdvice(modelContext());
+}
+
 /// Returns the exit status.
 int show(const std::string& text) {
   return std::fputs(text.c_str(), stdout) < 0 || std::fflush(stdout) != 0 ? 1 : 0;
@@ -177,6 +183,8 @@ int runCommand(const CommandLine& line) {
       return retryKeptTakes();
     case recognise:
       return serveRecogniserCommand(line.rest);
+    case advise:
+      return adviseQuietly();
     case help:
       return show(helpText());
     case version:

@@ -14,6 +14,7 @@ Engine::Engine(EpollLoop& loop, Output& output, const EngineSettings& settings)
       output_(output),
       ownKeys_(loop),
       sinks_(loop, ownKeys_, output),
+      advice_(loop, output, homeDirectory()),
       sink_(std::make_unique<ReplacingSink>(sinks_.make(settings.insert, session_),
                                             settings.replace)),
       dictation_(loop, microphone_, *sink_, takes_, output) {
@@ -35,9 +36,12 @@ void Engine::watchKey(const Hotkey& hotkey) {
 void Engine::loadModel(const EngineSettings& settings) {
   recogniser_ = std::make_unique<ThreadedRecogniser>(
       loop_, makeBackend(settings, homeDirectory()),
-      [this](const LoadReport& report) {
+      [this, settings](const LoadReport& report) {
         for (const std::string& line : report.lines) output_.print(line);
-        if (report.isUsable) return dictation_.modelLoaded(*recogniser_);
+        if (report.isUsable) {
+          dictation_.modelLoaded(*recogniser_);
+          return advice_.giveIfNeeded(settings);
+        }
         exitStatus_ = 1;
         loop_.stop();
       },

@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "quillback/app/KeySource.h"
+#include "quillback/app/SlowModelAdvice.h"
 #include "quillback/audio/PulseMicrophone.h"
 #include "quillback/audio/TakeFolder.h"
 #include "quillback/dictation/Dictation.h"
@@ -36,6 +37,7 @@ class Engine {
   TextSinks sinks_;
   PulseMicrophone microphone_;
   TakeFolder takes_{takeFolderPath()};
+  SlowModelAdvice advice_;
   // Destroyed in reverse order: an utterance before its recogniser, the dictation before its sink.
   std::unique_ptr<TextSink> sink_;
   std::unique_ptr<Recogniser> recogniser_;

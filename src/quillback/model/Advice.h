@@ -28,4 +28,13 @@ double expectedSeconds(const ModelPin& pin, double timeFactor);
 /// most accurate.
 const ModelPin* advise(const std::vector<ModelPin>& pins, double timeFactor, const Spoken& spoken);
 
+/// One line that advises against `model` where five seconds of speech take it more than five seconds:
+/// which model would do, and the command for it. Empty where it is fast enough, unknown, or the advised
+/// one.
+std::string adviceAgainst(const std::string& model, const std::vector<ModelPin>& pins,
+                          double timeFactor, const Spoken& spoken);
+
+/// "0.6 s", and whole seconds from ten on; independent of the locale.
+std::string secondsText(double seconds);
+
 }  // namespace voxtrel::quillback

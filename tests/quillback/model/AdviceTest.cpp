@@ -29,6 +29,18 @@ TEST(AdviceTest, WhereNoneIsWithinOneSecondTheFastestIsAdvised) {
   EXPECT_EQ(advised(100, {"en"}), "tiny.en");
 }
 
+TEST(AdviceTest, AModelThatTakesLongerThanTheSpeechIsAdvisedAgainst) {
+  constexpr double kSlower = 1.5;
+  EXPECT_EQ(
+      adviceAgainst("large-v3", pinnedModels(), kSlower, {}),
+      "large-v3 takes about 69 s for 5 s of speech on this machine, base about 0.9 s. To change "
+      "over, run: quillback setup --model base && quillback use base");
+  EXPECT_NE(adviceAgainst("large-v3", pinnedModels(), 5.01 / 46, {}), "");
+  EXPECT_EQ(adviceAgainst("large-v3", pinnedModels(), 4.99 / 46, {}), "");
+  EXPECT_EQ(adviceAgainst("my-own", pinnedModels(), kSlower, {}), "");
+  EXPECT_EQ(adviceAgainst("tiny", pinnedModels(), 100, {}), "") << "it is the fastest";
+}
+
 TEST(AdviceTest, AnEnglishModelIsForThoseWhoChoseEnglish) {
   EXPECT_EQ(advised(1.0, {"en"}), "base.en");
   EXPECT_EQ(advised(1.0, {"auto", false, "en_GB.UTF-8"}), "base");

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 
 #include <nlohmann/json.hpp>
 
@@ -32,14 +31,6 @@ ModelRow rowOf(const ModelPin& pin, std::optional<double> timeFactor) {
   if (timeFactor) row.seconds = expectedSeconds(pin, *timeFactor);
   row.licence = pin.licence;
   return row;
-}
-
-/// "0.6 s", and whole seconds from ten on; independent of the locale.
-std::string secondsText(double seconds) {
-  constexpr double kTenSeconds = 10.0;
-  if (seconds >= kTenSeconds) return std::to_string(std::lround(seconds)) + " s";
-  const auto tenths = std::max(1L, std::lround(seconds * 10));
-  return std::to_string(tenths / 10) + "." + std::to_string(tenths % 10) + " s";
 }
 
 std::string marksOf(const ModelRow& row) {
