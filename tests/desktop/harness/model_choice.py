@@ -25,6 +25,10 @@ class ModelChoice:
         os.makedirs(self._home, exist_ok=True)
         self._choose()
 
+    def use(self):
+        """Chooses it in the settings of its own home."""
+        _use(self._quillback, self._home, self.name)
+
     def give_to(self, app):
         """Lets an installation use the model; its weights stay where they are."""
         store = os.path.join(app.home, STORE)
