@@ -1,6 +1,5 @@
 #include "quillback/insertion/TextSinks.h"
 
-#include <functional>
 #include <utility>
 
 #include "quillback/insertion/clipboard/X11Clipboard.h"
@@ -20,9 +19,8 @@ class NoInsertion final : public TextSink {
 /// Thread: the loop's.  Borrows: DesktopPrograms (must outlive this).
 class CopiedText final : public TextSink {
  public:
-  using Copy = std::function<void(const std::string& text)>;
-
-  CopiedText(Copy copy, DesktopPrograms& programs) : copy_(std::move(copy)), programs_(programs) {}
+  CopiedText(TextSinks::Copy copy, DesktopPrograms& programs)
+      : copy_(std::move(copy)), programs_(programs) {}
 
   void insert(const std::string& text) override {
     copy_(text);
@@ -30,21 +28,19 @@ class CopiedText final : public TextSink {
   }
 
  private:
-  Copy copy_;
+  TextSinks::Copy copy_;
   DesktopPrograms& programs_;
 };
 
-/// Types each dictation into the window with the focus. The typer uses `fallback` for what it refuses.
-/// Thread: the loop's.  Owns: the typer, the fallback.
+/// Types each dictation into the window with the focus.
+/// Thread: the loop's.  Owns: the typer.
 class TypedText final : public TextSink {
  public:
-  TypedText(std::unique_ptr<XTestTyper> typer, std::unique_ptr<TextSink> fallback)
-      : fallback_(std::move(fallback)), typer_(std::move(typer)) {}
+  explicit TypedText(std::unique_ptr<XTestTyper> typer) : typer_(std::move(typer)) {}
 
   void insert(const std::string& text) override { typer_->type(text); }
 
  private:
-  std::unique_ptr<TextSink> fallback_;
   std::unique_ptr<XTestTyper> typer_;
 };
 
@@ -53,30 +49,36 @@ class TypedText final : public TextSink {
 std::unique_ptr<TextSink> TextSinks::make(EngineSettings::Insert insert, SessionKind session) {
   if (insert == EngineSettings::Insert::none) return std::make_unique<NoInsertion>();
   const bool canType = session == SessionKind::x11;
-  auto copying = makeCopying(session);
+  const auto copy = clipboardOf(session);
+  if (!copy) {
+    output_.print("[quillback] Words are only printed: there is no desktop to copy them to");
+    return std::make_unique<NoInsertion>();
+  }
+  auto copying = std::make_unique<CopiedText>(copy, programs_);
   if (insert == EngineSettings::Insert::clipboard || !canType) return copying;
-  auto typer = XTestTyper::open(
-      loop_, ownKeys_,
-      [fallback = copying.get()](const std::string& text, const std::string& /*why*/) {
-        fallback->insert(text);
-      });
-  if (typer) return std::make_unique<TypedText>(std::move(*typer), std::move(copying));
+  auto typer = XTestTyper::open(loop_, ownKeys_,
+                                [this, copy](const std::string& text, const std::string& why) {
+                                  copy(text);
+                                  reportCopiedRest(why);
+                                });
+  if (typer) return std::make_unique<TypedText>(std::move(*typer));
   output_.print("[quillback] Words are not typed but copied: " + typer.error());
   return copying;
 }
 
-std::unique_ptr<TextSink> TextSinks::makeCopying(SessionKind session) {
+TextSinks::Copy TextSinks::clipboardOf(SessionKind session) {
   if (session == SessionKind::wayland) {
-    return std::make_unique<CopiedText>([this](const std::string& text) { programs_.copy(text); },
-                                        programs_);
+    return [this](const std::string& text) { programs_.copy(text); };
   }
   const std::shared_ptr clipboard = X11Clipboard::open(loop_);
-  if (clipboard) {
-    return std::make_unique<CopiedText>(
-        [clipboard](const std::string& text) { clipboard->put(text); }, programs_);
-  }
-  output_.print("[quillback] Words are only printed: there is no desktop to copy them to");
-  return std::make_unique<NoInsertion>();
+  if (!clipboard) return nullptr;
+  return [clipboard](const std::string& text) { clipboard->put(text); };
+}
+
+void TextSinks::reportCopiedRest(const std::string& why) {
+  output_.print("[quillback] What was not typed is copied: " + why);
+  programs_.notify("What was not typed is copied: paste it where you want it",
+                   "It was not typed because " + why + ".");
 }
 
 }  // namespace voxtrel::quillback

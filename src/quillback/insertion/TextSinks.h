@@ -1,5 +1,7 @@
 #pragma once
 
+#include <functional>
+
 #include "common/base/SessionKind.h"
 #include "quillback/insertion/clipboard/DesktopPrograms.h"
 #include "quillback/keys/OwnKeys.h"
@@ -9,19 +11,25 @@
 namespace voxtrel::quillback {
 
 /// Makes the sink that the settings ask for and the desktop allows. Under Wayland words are copied,
-/// because only X11 windows can be typed into.
+/// because only X11 windows can be typed into. What cannot be typed is copied; a line and a notification say
+/// why, without the words.
 /// Thread: the loop's.  Owns: the running desktop programs.  Borrows: Loop, OwnKeys, Output (must
 /// outlive this). The sinks borrow this.
 /// Fails by: a line of output, and the next best sink.
 class TextSinks {
  public:
+  /// Puts a text on the clipboard.
+  using Copy = std::function<void(const std::string& text)>;
+
   TextSinks(Loop& loop, OwnKeys& ownKeys, Output& output)
       : loop_(loop), ownKeys_(ownKeys), output_(output), programs_(loop, output) {}
 
   [[nodiscard]] std::unique_ptr<TextSink> make(EngineSettings::Insert insert, SessionKind session);
 
  private:
-  std::unique_ptr<TextSink> makeCopying(SessionKind session);
+  /// Null without a desktop.
+  Copy clipboardOf(SessionKind session);
+  void reportCopiedRest(const std::string& why);
 
   Loop& loop_;
   OwnKeys& ownKeys_;

@@ -12,14 +12,22 @@ constexpr std::uint32_t kMaxProtocols = 32;
 
 }  // namespace
 
-FocusedWindow focusedWindow(const XConnection& server, xcb_atom_t activeAtom) {
+std::optional<FocusedWindow> focusedWindow(const XConnection& server, xcb_atom_t activeAtom) {
   FocusedWindow window;
-  const auto focus = server.reply<xcb_get_input_focus_reply_t>(xcb_get_input_focus(server.get()));
-  if (focus) window.focus = focus->focus;
-  const auto active = server.reply<xcb_get_property_reply_t>(
-      xcb_get_property(server.get(), 0, server.root(), activeAtom, XCB_ATOM_WINDOW, 0, 1));
+  const auto activeRequest =
+      xcb_get_property(server.get(), 0, server.root(), activeAtom, XCB_ATOM_WINDOW, 0, 1);
+  const auto focusRequest = xcb_get_input_focus(server.get());
+  const auto active = server.reply<xcb_get_property_reply_t>(activeRequest);
+  const auto focus = server.reply<xcb_get_input_focus_reply_t>(focusRequest);
+  if (!focus) return std::nullopt;
+  window.focus = focus->focus;
   if (active && active->format == 32 && active->value_len == 1) {
     std::memcpy(&window.active, xcb_get_property_value(active.get()), sizeof window.active);
+  }
+  if (window.focus == XCB_INPUT_FOCUS_POINTER_ROOT) {
+    const auto pointer =
+        server.reply<xcb_query_pointer_reply_t>(xcb_query_pointer(server.get(), server.root()));
+    if (pointer) window.pointed = pointer->child;
   }
   return window;
 }

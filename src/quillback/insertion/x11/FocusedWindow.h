@@ -1,22 +1,25 @@
 #pragma once
 
+#include <optional>
+
 #include "common/x11/XConnection.h"
 
 namespace voxtrel::quillback {
 
 /// Which window gets the keys: the one with the focus, inside the one that the window manager calls
-/// active.
+/// active. Where the focus follows the pointer, also the window under it.
 struct FocusedWindow {
   xcb_window_t focus = XCB_NONE;
   xcb_window_t active = XCB_NONE;
+  xcb_window_t pointed = XCB_NONE;
 
   /// False if no window gets them.
   bool exists() const { return focus != XCB_NONE; }
   bool operator==(const FocusedWindow&) const = default;
 };
 
-/// Asks the server; `activeAtom` is _NET_ACTIVE_WINDOW's.
-FocusedWindow focusedWindow(const XConnection& server, xcb_atom_t activeAtom);
+/// Asks the server; nothing if it does not reply. `activeAtom` is _NET_ACTIVE_WINDOW's.
+std::optional<FocusedWindow> focusedWindow(const XConnection& server, xcb_atom_t activeAtom);
 
 /// Asks a client whether it has read its events so far, by the ping with which window managers detect
 /// hung clients.

@@ -16,6 +16,22 @@ bool isControl(char32_t c) {
   return c < U' ' || (c >= 0x7F && c < 0xA0);
 }
 
+/// What is typed for one character; nothing if it is left out.
+std::optional<char32_t> typedFor(const Utf8Character& character) {
+  if (character.length == 0) return std::nullopt;
+  if (character.code == U'\n') return kReturn;
+  if (isNewlineOrTab(character.code)) return U' ';
+  if (isControl(character.code)) return std::nullopt;
+  return character.code;
+}
+
+/// Takes the first character off, or a byte that starts none.
+Utf8Character takeFirst(std::string_view& text) {
+  const Utf8Character first = firstCharacter(text);
+  text.remove_prefix(std::max<std::size_t>(first.length, 1));
+  return first;
+}
+
 std::optional<std::uint8_t> keyOf(const TypingBatch& batch, char32_t character) {
   const auto found = std::find_if(batch.spares.begin(), batch.spares.end(),
                                   [&](const auto& spare) { return spare.second == character; });
@@ -28,18 +44,16 @@ std::optional<std::uint8_t> keyOf(const TypingBatch& batch, char32_t character) 
 std::u32string typeable(std::string_view text) {
   std::u32string result;
   while (!text.empty()) {
-    const Utf8Character next = firstCharacter(text);
-    text.remove_prefix(std::max<std::size_t>(next.length, 1));
-    if (next.length == 0) continue;
-    if (next.code == U'\n') {
-      result.push_back(kReturn);
-    } else if (isNewlineOrTab(next.code)) {
-      result.push_back(U' ');
-    } else if (!isControl(next.code)) {
-      result.push_back(next.code);
-    }
+    if (const auto typed = typedFor(takeFirst(text))) result.push_back(*typed);
   }
   return result;
+}
+
+std::string_view afterTyped(std::string_view text, std::size_t typed) {
+  while (typed > 0 && !text.empty()) {
+    if (typedFor(takeFirst(text))) --typed;
+  }
+  return text;
 }
 
 std::string_view separatorBetween(std::string_view before, std::string_view text) {

@@ -21,9 +21,18 @@ constexpr milliseconds kRestoreDelay{1000};
 constexpr milliseconds kPingTimeout{5000};
 /// Each stroke adds this to the delays without a ping.
 constexpr milliseconds kStrokeTime{2};
-/// Held keys are released again before each piece, in case the user has pressed one.
-constexpr std::size_t kStrokesPerPiece = 24;
 constexpr milliseconds kPieceInterval{10};
+/// A server that does not tell the focus is asked again after this time, and so often.
+constexpr milliseconds kFocusRetry{100};
+constexpr int kMaxFocusRetries = 20;
+
+std::string_view whyNotTyped(const XConnection& server, const std::optional<FocusedWindow>& now,
+                             const std::optional<FocusedWindow>& wanted) {
+  if (server.isBroken()) return "the X server is gone";
+  if (!now) return "the X server does not reply";
+  if (!now->exists()) return "no window has the focus";
+  return now == wanted ? "" : "the focus moved to another window";
+}
 
 /// The error says which extension the server lacks.
 tl::expected<void, std::string> checkExtensions(const XConnection& server) {
@@ -79,19 +88,19 @@ void XTestTyper::drainEvents() {
 
 void XTestTyper::type(const std::string& text) {
   const bool wasIdle = isIdle();
-  texts_.push_back(text);
+  texts_.push_back({text, focusedWindow(*server_, activeWindowAtom_)});
   if (wasIdle) typeNextText();
 }
 
 void XTestTyper::typeNextText() {
   timer_.reset();
   while (!texts_.empty()) {
-    const std::string text = std::exchange(texts_.front(), {});
+    const Text next = std::exchange(texts_.front(), {});
     texts_.pop_front();
-    const auto prepared = prepare(text);
+    const auto prepared = prepare(next);
     if (prepared) return beginBatch();
     lastWindow_ = {};
-    onRefused_(text, prepared.error());
+    onRefused_(next.text, prepared.error());
   }
 }
 
@@ -105,39 +114,65 @@ void XTestTyper::remember(const FocusedWindow& window) {
   lastWindow_ = window;
 }
 
-tl::expected<void, std::string> XTestTyper::prepare(const std::string& text) {
+tl::expected<void, std::string> XTestTyper::prepare(const Text& next) {
   drainEvents();
-  const FocusedWindow window = focusedWindow(*server_, activeWindowAtom_);
-  if (server_->isBroken()) return tl::make_unexpected("the X server is gone");
-  if (!window.exists()) return tl::make_unexpected("no window has the focus");
+  const auto window = focusedWindow(*server_, activeWindowAtom_);
+  const std::string_view why = whyNotTyped(*server_, window, next.window ? next.window : window);
+  if (!why.empty()) return tl::unexpected(std::string(why));
   keyboard_.releaseAll();  // a held key may switch the layout
   auto table = readKeyTable(*server_);
   if (!table) return tl::make_unexpected("the X server does not tell its keymap");
   table_ = std::move(*table);
-  const std::string_view before = window == lastWindow_ ? lastText_ : std::string_view();
-  auto batches = planTyping(typeable(std::string(separatorBetween(before, text)) + text), table_);
+  const std::string_view before = *window == lastWindow_ ? lastText_ : std::string_view();
+  text_ = std::string(separatorBetween(before, next.text)) + next.text;
+  typedCharacters_ = 0;
+  auto batches = planTyping(typeable(text_), table_);
   if (batches.empty()) {
     return tl::make_unexpected("the keyboard has no spare key for its characters");
   }
   batches_ = {std::make_move_iterator(batches.begin()), std::make_move_iterator(batches.end())};
-  remember(window);
-  lastText_ = text;
+  remember(*window);
+  lastText_ = next.text;
   return {};
+}
+
+bool XTestTyper::mayType(Step step) {
+  drainEvents();  // the window may be gone
+  const auto now = focusedWindow(*server_, activeWindowAtom_);
+  const std::string_view why = whyNotTyped(*server_, now, lastWindow_);
+  if (!now && !server_->isBroken() && ++missingReplies_ <= kMaxFocusRetries) {
+    runAfter(kFocusRetry, step);
+    return false;
+  }
+  missingReplies_ = 0;
+  if (!why.empty()) refuseRest(std::string(why));
+  return why.empty();
+}
+
+void XTestTyper::refuseRest(const std::string& why) {
+  const std::string rest(typedCharacters_ == 0 ? lastText_ : afterTyped(text_, typedCharacters_));
+  batches_.clear();
+  endText(kStrokeTime * static_cast<int>(typedStrokes_));
+  lastWindow_ = {};
+  onRefused_(rest, why);
 }
 
 void XTestTyper::beginBatch() {
   cancelPing();
   typedStrokes_ = 0;
   if (batches_.front().spares.empty()) return typePiece();
+  if (!mayType(&XTestTyper::beginBatch)) return;
   keyboard_.assignSpares(batches_.front().spares);
   runAfter(kKeymapDelay, &XTestTyper::typePiece);
 }
 
+/// Held keys are released again before each piece, in case the user has pressed one.
 void XTestTyper::typePiece() {
-  drainEvents();
+  if (!mayType(&XTestTyper::typePiece)) return;
   keyboard_.releaseAll();
   const auto& strokes = batches_.front().strokes;
   const std::size_t end = std::min(strokes.size(), typedStrokes_ + kStrokesPerPiece);
+  typedCharacters_ += end - typedStrokes_;
   for (; typedStrokes_ < end; ++typedStrokes_) keyboard_.press(strokes[typedStrokes_], table_);
   server_->flush();
   if (typedStrokes_ < strokes.size()) {
@@ -150,9 +185,14 @@ void XTestTyper::typePiece() {
 void XTestTyper::endBatch() {
   const milliseconds readTime = kStrokeTime * static_cast<int>(batches_.front().strokes.size());
   batches_.pop_front();
+  if (batches_.empty()) return endText(readTime);
+  if (keyboard_.hasAssignedSpares()) ping_.send(lastWindow_.focus);
+  afterPing(&XTestTyper::beginBatch, kRemapDelay + readTime);
+}
+
+void XTestTyper::endText(milliseconds readTime) {
   const bool usesSpares = keyboard_.hasAssignedSpares();
   if (usesSpares) ping_.send(lastWindow_.focus);
-  if (!batches_.empty()) return afterPing(&XTestTyper::beginBatch, kRemapDelay + readTime);
   keyboard_.restoreLocks();
   if (usesSpares) {
     runAfter(kRestoreDelay + readTime, &XTestTyper::restoreAfterPing);

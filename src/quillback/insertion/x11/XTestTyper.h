@@ -12,15 +12,20 @@
 
 namespace voxtrel::quillback {
 
-/// Types texts into the window with the focus, one after the other, with a space between two that go
-/// to the same window. A newline in a text presses Return. A character missing from the layout is put on a spare key until the client has
-/// read it. Nothing blocks on clients. Destroying it restores the keyboard at once and drops the rest
-/// of the text.
+/// Types texts, one after the other, each into the window that has the focus when `type` is called, with
+/// a space between two that go to the same window. Before each piece it checks that this window still
+/// has the focus; otherwise it refuses the rest. A newline in a text presses Return. A character missing
+/// from the layout is put on a spare key until the client has read it. Nothing blocks on clients.
+/// Destroying it restores the keyboard at once and drops the rest of the text.
 /// Thread: the loop's.  Owns: a connection to the server.  Borrows: Loop, OwnKeys (must outlive this).
-/// Fails by: an error from `open`; later `onRefused` with the text and the reason.
+/// Fails by: an error from `open`; later `onRefused` with what was not typed and the reason.
 class XTestTyper {
  public:
   using OnRefused = std::function<void(const std::string& text, const std::string& why)>;
+
+  /// Characters that are sent after one look at the focus: at most so many go to another window that
+  /// gets it meanwhile.
+  static constexpr std::size_t kStrokesPerPiece = 24;
 
   /// The error is for people.
   [[nodiscard]] static tl::expected<std::unique_ptr<XTestTyper>, std::string> open(
@@ -32,17 +37,26 @@ class XTestTyper {
 
  private:
   using Step = void (XTestTyper::*)();
+  struct Text {
+    std::string text;
+    std::optional<FocusedWindow> window;  ///< that had the focus when it came
+  };
 
   XTestTyper(std::unique_ptr<XConnection> server, Loop& loop, OwnKeys& ownKeys,
              OnRefused onRefused);
 
   void typeNextText();
   /// Makes the text's batches.
-  tl::expected<void, std::string> prepare(const std::string& text);
+  tl::expected<void, std::string> prepare(const Text& next);
+  /// Whether the text's window still has the focus. Otherwise runs `step` again a little later, if the
+  /// server did not reply, or refuses the rest.
+  bool mayType(Step step);
+  void refuseRest(const std::string& why);
   void remember(const FocusedWindow& window);
   void beginBatch();
   void typePiece();
   void endBatch();
+  void endText(std::chrono::milliseconds readTime);
   void restoreAfterPing();
   void restore();
   /// Runs `step` after the reply to the pending ping, or after `withoutPing` if none is pending.
@@ -58,7 +72,10 @@ class XTestTyper {
   WindowPing ping_;
   Step afterPing_ = nullptr;
   TypingKeyboard keyboard_;
-  std::deque<std::string> texts_;
+  std::deque<Text> texts_;
+  std::string text_;                 // being typed
+  std::size_t typedCharacters_ = 0;  // of it
+  int missingReplies_ = 0;           // in a row
   KeyTable table_;
   std::deque<TypingBatch> batches_;
   std::size_t typedStrokes_ = 0;  // of the first batch

@@ -82,5 +82,16 @@ TEST(TypingPlanTest, InvalidUtf8IsLeftOut) {
   EXPECT_EQ(typeable("é你😀"), U"é你😀");
 }
 
+TEST(AfterTyped, LeavesTheBytesBehindTheTypedCharacters) {
+  const std::string text = "a\n\x01\xFFГ\tb";
+  EXPECT_EQ(typeable(text).size(), 5u);
+  EXPECT_EQ(afterTyped(text, 0), text);
+  EXPECT_EQ(afterTyped(text, 1), "\n\x01\xFFГ\tb");
+  EXPECT_EQ(afterTyped(text, 2), "\x01\xFFГ\tb");
+  EXPECT_EQ(afterTyped(text, 3), "\tb");
+  EXPECT_EQ(afterTyped(text, 5), "");
+  EXPECT_EQ(afterTyped(text, 9), "");
+}
+
 }  // namespace
 }  // namespace voxtrel::quillback

@@ -30,7 +30,8 @@ class TypingFixture : public X11Fixture {
   static bool focus(xcb_window_t window) {
     const auto server = XConnection::open();
     xcb_set_input_focus(server->get(), XCB_INPUT_FOCUS_PARENT, window, XCB_CURRENT_TIME);
-    return focusedWindow(*server, XCB_NONE).focus == window;
+    const auto now = focusedWindow(*server, XCB_NONE);
+    return now && now->focus == window;
   }
   XTestTyper& typer() {
     if (!typer_) {
