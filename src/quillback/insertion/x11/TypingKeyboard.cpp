@@ -3,7 +3,10 @@
 #include <xcb/xtest.h>
 #include <xkbcommon/xkbcommon.h>
 
+#include <algorithm>
 #include <array>
+#include <set>
+#include <span>
 #include <utility>
 
 #include "common/x11/XcbXkb.h"
@@ -16,11 +19,37 @@ constexpr std::uint8_t kLocks = XCB_MOD_MASK_SHIFT | XCB_MOD_MASK_LOCK | XCB_MOD
                                 XCB_MOD_MASK_1 | XCB_MOD_MASK_4 | XCB_MOD_MASK_5;
 constexpr std::uint8_t kAllModifiers = 0xFF;
 
+/// Whether a key writes one of `characters` and nothing else.
+bool writesOnly(const xcb_get_keyboard_mapping_reply_t& key,
+                const std::set<xcb_keysym_t>& characters) {
+  const std::span keysyms(xcb_get_keyboard_mapping_keysyms(&key), key.keysyms_per_keycode);
+  return !keysyms.empty() && characters.contains(keysyms.front()) &&
+         std::ranges::all_of(keysyms, [&](xcb_keysym_t keysym) {
+           return keysym == XCB_NO_SYMBOL || characters.contains(keysym);
+         });
+}
+
 }  // namespace
 
 TypingKeyboard::~TypingKeyboard() {
   restoreSpares();
   restoreLocks();
+}
+
+void TypingKeyboard::giveBackLeftOvers() {
+  const BorrowedKeys::Record left = borrowed_.claim();
+  if (left.isEmpty()) return;
+  giveBack(left.spares);
+  turnLocksOn(left.locks);
+  record();
+  server_.flush();
+}
+
+void TypingKeyboard::record(const Spares& more) const {
+  BorrowedKeys::Record record{.locks = locksTurnedOff_,
+                              .spares = {assigned_.begin(), assigned_.end()}};
+  record.spares.insert(record.spares.end(), more.begin(), more.end());
+  borrowed_.write(record);
 }
 
 void TypingKeyboard::send(std::uint8_t code, bool isDown) {
@@ -45,6 +74,7 @@ void TypingKeyboard::turnLocksOff() {
   const auto locked = static_cast<std::uint8_t>(state->lockedMods & kLocks);
   if (locked == 0 && state->latchedMods == 0) return;
   locksTurnedOff_ |= locked;
+  record();
   xcb_xkb_latch_lock_state(server_.get(), XCB_XKB_ID_USE_CORE_KBD, locked, 0, 0, 0, kAllModifiers,
                            0, 0);
 }
@@ -66,8 +96,13 @@ void TypingKeyboard::press(const KeyStroke& stroke, const KeyTable& table) {
 void TypingKeyboard::restoreLocks() {
   const auto locks = std::exchange(locksTurnedOff_, std::uint8_t{0});
   if (locks == 0) return;
-  xcb_xkb_latch_lock_state(server_.get(), XCB_XKB_ID_USE_CORE_KBD, locks, locks, 0, 0, 0, 0, 0);
+  turnLocksOn(locks);
+  record();
   server_.flush();
+}
+
+void TypingKeyboard::turnLocksOn(std::uint8_t locks) {
+  xcb_xkb_latch_lock_state(server_.get(), XCB_XKB_ID_USE_CORE_KBD, locks, locks, 0, 0, 0, 0, 0);
 }
 
 void TypingKeyboard::map(std::uint8_t code, xcb_keysym_t keysym) {
@@ -77,32 +112,43 @@ void TypingKeyboard::map(std::uint8_t code, xcb_keysym_t keysym) {
 }
 
 void TypingKeyboard::assignSpares(const std::map<std::uint8_t, char32_t>& characters) {
+  Spares changes;
   for (const auto& [code, character] : characters) {
     const xcb_keysym_t keysym = xkb_utf32_to_keysym(character);
     // Each change makes every program on the desktop read its keymap again.
     if (const auto old = assigned_.find(code); old != assigned_.end() && old->second == keysym) {
       continue;
     }
+    changes.emplace_back(code, keysym);
+  }
+  if (changes.empty()) return;
+  record(changes);  // with the old characters, which the keys still write
+  for (const auto& [code, keysym] : changes) {
     map(code, keysym);
     assigned_[code] = keysym;
   }
+  record();
   server_.flush();
+}
+
+void TypingKeyboard::giveBack(const Spares& spares) {
+  std::map<std::uint8_t, std::set<xcb_keysym_t>> ours;
+  for (const auto& [code, keysym] : spares) ours[code].insert(keysym);
+  std::map<std::uint8_t, xcb_get_keyboard_mapping_cookie_t> requests;
+  for (const auto& key : ours) {
+    requests.emplace(key.first, xcb_get_keyboard_mapping(server_.get(), key.first, 1));
+  }
+  for (const auto& [code, request] : requests) {
+    const auto current = server_.reply<xcb_get_keyboard_mapping_reply_t>(request);
+    if (!current || writesOnly(*current, ours[code])) map(code, XCB_NO_SYMBOL);
+  }
 }
 
 void TypingKeyboard::restoreSpares() {
   if (assigned_.empty()) return;
-  std::map<std::uint8_t, xcb_get_keyboard_mapping_cookie_t> requests;
-  for (const auto& [code, keysym] : assigned_) {
-    requests.emplace(code, xcb_get_keyboard_mapping(server_.get(), code, 1));
-  }
-  for (const auto& [code, request] : requests) {
-    const auto current = server_.reply<xcb_get_keyboard_mapping_reply_t>(request);
-    const bool isOurs =
-        !current || (current->keysyms_per_keycode > 0 &&
-                     *xcb_get_keyboard_mapping_keysyms(current.get()) == assigned_[code]);
-    if (isOurs) map(code, XCB_NO_SYMBOL);
-  }
+  giveBack({assigned_.begin(), assigned_.end()});
   assigned_.clear();
+  record();
   server_.flush();
 }
 

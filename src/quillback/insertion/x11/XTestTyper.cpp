@@ -58,6 +58,7 @@ tl::expected<std::unique_ptr<XTestTyper>, std::string> XTestTyper::open(Loop& lo
       new XTestTyper(std::move(server), loop, ownKeys, std::move(onRefused)));
   typer->watch_ =
       loop.watch(typer->server_->descriptor(), [self = typer.get()] { self->drainEvents(); });
+  typer->keyboard_.giveBackLeftOvers();
   return typer;
 }
 
@@ -119,7 +120,8 @@ tl::expected<void, std::string> XTestTyper::prepare(const Text& next) {
   const auto window = focusedWindow(*server_, activeWindowAtom_);
   const std::string_view why = whyNotTyped(*server_, window, next.window ? next.window : window);
   if (!why.empty()) return tl::unexpected(std::string(why));
-  keyboard_.releaseAll();  // a held key may switch the layout
+  keyboard_.giveBackLeftOvers();  // of a typer that ran when this one started
+  keyboard_.releaseAll();         // a held key may switch the layout
   auto table = readKeyTable(*server_);
   if (!table) return tl::make_unexpected("the X server does not tell its keymap");
   table_ = std::move(*table);
