@@ -62,6 +62,8 @@ class VirtualDisplay {
   }
 
   void kill() { server_.end(SIGKILL); }
+  void stop() const { ::kill(server_.processId(), SIGSTOP); }
+  void resume() const { ::kill(server_.processId(), SIGCONT); }
 
  private:
   static std::array<int, 2> makePipe() {

@@ -199,6 +199,18 @@ TEST_F(XTestTyperTest, AServerThatDiesInTheMiddleRefusesTheRestAndTheNextText) {
               ::testing::ElementsAre("Ж: the X server is gone", "next: the X server is gone"));
 }
 
+TEST_F(XTestTyperTest, AServerThatHangsForAMomentGetsTheWholeText) {
+  openField();
+  const std::string text(300, 'x');
+  typer().type(text);
+  ASSERT_TRUE(runUntil([&] { return !content().empty(); }));
+  display_.stop();
+  runFor(std::chrono::milliseconds(800));
+  display_.resume();
+  EXPECT_TRUE(runUntil([&] { return typer().isIdle() && content() == text; })) << content();
+  EXPECT_THAT(refused_, IsEmpty());
+}
+
 TEST_F(XTestTyperTest, AServerWithoutXTestIsAnError) {
   const test::VirtualDisplay poor({"-extension", "XTEST"});
   const auto typer = XTestTyper::open(loop_, ownKeys_, nullptr);
