@@ -18,7 +18,7 @@ from harness.sound import SoundServer
 
 STORE = ".local/share/quillback/weights"
 # Hangs only: it takes a second where nothing else computes.
-ANSWER_LIMIT_S = 60.0
+ANSWER_LIMIT_S = 120.0
 QUIT_LIMIT_S = 2.1
 # Of the 70 seconds of Spanish the model hears one word in ten otherwise.
 MOST_ERRORS = 0.2
@@ -164,7 +164,7 @@ class RealSpeech(DesktopCase):
         print(f"{len(plain_words(text))} of {len(plain_words(truth))} words, error rate {errors:.3f}")
         self.assertLess(errors, MOST_ERRORS)
         for part in ("real academia española", "hace algunas semanas", "ya está la obra escrita",
-                     "generoso hermano", "septiembre de 1881"):
+                     "sabes cuánto te quiere", "septiembre de 1881"):
             self.assertIn(part, " ".join(plain_words(text)))
 
     def test_escape_during_a_long_take_writes_nothing_and_the_next_words_come(self):
