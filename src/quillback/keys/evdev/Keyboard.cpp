@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <libevdev/libevdev.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <utility>
@@ -30,9 +31,18 @@ class LibevdevKeyboard final : public Keyboard {
   bool read(const OnKey& onKey) override;
 
  private:
+  bool isAtEnd() const;
+
   FileDescriptor descriptor_;
   Device device_;
 };
+
+/// For libevdev the end of the file is the same as no new event. A device refuses to give less than a
+/// whole event, so this takes nothing from it.
+bool LibevdevKeyboard::isAtEnd() const {
+  char byte = 0;
+  return ::read(descriptor_.get(), &byte, 1) == 0;
+}
 
 bool LibevdevKeyboard::read(const OnKey& onKey) {
   unsigned flags = LIBEVDEV_READ_FLAG_NORMAL;
@@ -40,7 +50,7 @@ bool LibevdevKeyboard::read(const OnKey& onKey) {
     input_event event{};
     const int status = libevdev_next_event(device_.get(), flags, &event);
     if (status == -EAGAIN) {
-      if (flags == LIBEVDEV_READ_FLAG_NORMAL) return true;
+      if (flags == LIBEVDEV_READ_FLAG_NORMAL) return !isAtEnd();
       flags = LIBEVDEV_READ_FLAG_NORMAL;  // all lost changes have been reported
       continue;
     }

@@ -18,7 +18,7 @@ class Keyboard {
 
   virtual int descriptor() const = 0;
   /// Reports presses and releases since the last call, oldest first, without waiting. False if the
-  /// keyboard is gone.
+  /// keyboard is gone or its file is at its end.
   [[nodiscard]] virtual bool read(const OnKey& onKey) = 0;
 };
 

@@ -1,8 +1,12 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <linux/input.h>
+#include <sys/ioctl.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 
+#include <cstdarg>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <set>
@@ -11,6 +15,38 @@
 #include "quillback/keys/evdev/EvdevKeyWatch.h"
 #include "support/PollLoop.h"
 #include "support/ScratchFolder.h"
+
+namespace {
+
+/// Whether each FIFO looks to libevdev like a keyboard with the key F5.
+bool fifosAreKeyboards = false;
+
+bool isFifo(int file) {
+  struct stat status {};
+  return ::fstat(file, &status) == 0 && S_ISFIFO(status.st_mode);
+}
+
+void setBit(void* bits, unsigned bit) {
+  static_cast<std::uint8_t*>(bits)[bit / 8] |= static_cast<std::uint8_t>(1U << (bit % 8));
+}
+
+}  // namespace
+
+/// The linker prefers it to the library's.
+extern "C" int ioctl(int file, unsigned long request, ...) noexcept {
+  va_list arguments;
+  va_start(arguments, request);
+  void* const data = va_arg(arguments, void*);
+  va_end(arguments);
+  if (!fifosAreKeyboards || _IOC_TYPE(request) != 'E' || !isFifo(file)) {
+    return static_cast<int>(::syscall(SYS_ioctl, file, request, data));
+  }
+  if ((_IOC_DIR(request) & _IOC_READ) == 0) return 0;
+  std::memset(data, 0, _IOC_SIZE(request));
+  if (_IOC_NR(request) == _IOC_NR(EVIOCGBIT(0, 0))) setBit(data, EV_KEY);
+  if (_IOC_NR(request) == _IOC_NR(EVIOCGBIT(EV_KEY, 0))) setBit(data, KEY_F5);
+  return 0;
+}
 
 namespace voxtrel::quillback {
 namespace {
@@ -250,6 +286,45 @@ TEST_F(EvdevKeyWatchTest, AHundredKeyboardsPluggedAndUnpluggedLeakNoDescriptor) 
   }
   EXPECT_EQ(keyboardCount_, 0);
   EXPECT_EQ(count(), before);
+}
+
+/// A test in which the real adapter reads FIFOs.
+class EvdevKeyboardTest : public EvdevKeyWatchTest {
+ protected:
+  EvdevKeyboardTest() { fifosAreKeyboards = true; }
+  ~EvdevKeyboardTest() override { fifosAreKeyboards = false; }
+
+  std::vector<int> pressed_;
+  Keyboard::OnKey onKey_ = [this](int code, bool isDown) {
+    if (isDown) pressed_.push_back(code);
+  };
+};
+
+TEST_F(EvdevKeyboardTest, IsGoneAtTheEndOfItsFileAfterItsLastKeys) {
+  Plug plug = this->plug("event0");
+  const OpenedKeyboard keyboard = openEvdevKeyboard(folder_.path() / "event0", KEY_F5);
+  ASSERT_TRUE(keyboard);
+  EXPECT_TRUE((*keyboard)->read(onKey_));
+  plug.key(KEY_F5, kPressed);
+  EXPECT_TRUE((*keyboard)->read(onKey_));
+  plug.key(KEY_F5, kReleased);
+  plug.key(KEY_F5, kPressed);
+  plug.breakDown();
+  EXPECT_FALSE((*keyboard)->read(onKey_));
+  EXPECT_THAT(pressed_, ElementsAre(KEY_F5, KEY_F5));
+}
+
+TEST_F(EvdevKeyboardTest, ThatReportsEndOfFileIsClosed) {
+  ASSERT_EQ(::mkfifo((folder_.path() / "event0").c_str(), 0600), 0);
+  const auto watch =
+      EvdevKeyWatch::open(*hotkeyNamed("f5"), {}, loop_, openEvdevKeyboard, folder_.path());
+  ASSERT_TRUE(watch) << watch.error();
+  EXPECT_EQ((*watch)->keyboardCount(), 1U);
+  {
+    const FileDescriptor writer(::open((folder_.path() / "event0").c_str(), O_WRONLY | O_CLOEXEC));
+  }
+  settle();
+  EXPECT_EQ((*watch)->keyboardCount(), 0U);
 }
 
 TEST_F(EvdevKeyWatchTest, OnlyRealDevicesAreKeyboards) {
