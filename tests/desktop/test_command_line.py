@@ -72,6 +72,17 @@ class Logging(DesktopCase):
             self.assertEqual(app.process.exit_status(), 0)
             self.assertEqual(app.output().count("a line that means nothing"), expected)
 
+    def test_dictated_words_are_logged_only_when_asked_for(self):
+        for level, expected in (("debug", 0), ("debug,words", 1)):
+            app = self.install().start_ready(VOXTREL_LOG=level)
+            app.engine.say('[gpu-decode] text: "a secret of mine"')
+            app.engine.say("Recording...")
+            app.item.wait_for_status("Recording...")
+            app.item.click("Quit Voxtrel")
+            self.assertEqual(app.process.exit_status(), 0)
+            self.assertEqual(app.output().count("a secret of mine"), expected)
+            self.assertEqual(app.output().count("[gpu-decode] text:"), 1)
+
     def test_the_life_cycle_is_logged_in_order(self):
         app = self.install().start_ready()
         app.item.click("Quit Voxtrel")

@@ -37,7 +37,9 @@ struct FakeLog : Log {
   void write(LogLevel level, std::string_view category, std::string_view message) override {
     entries.push_back({level, std::string(category), std::string(message)});
   }
+  bool keepsWords() const override { return wordsKept; }
   bool debugEnabled = false;
+  bool wordsKept = false;
   std::vector<Entry> entries;
 };
 

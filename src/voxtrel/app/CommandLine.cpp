@@ -13,7 +13,8 @@ constexpr std::string_view kHelp =
     "  --version  print the version and exit\n"
     "\n"
     "Environment:\n"
-    "  VOXTREL_LOG=debug  also log every line that the engine prints\n";
+    "  VOXTREL_LOG=debug        also log the engine's lines, without the dictated words\n"
+    "  VOXTREL_LOG=debug,words  also log the dictated words\n";
 
 }  // namespace
 

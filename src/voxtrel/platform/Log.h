@@ -15,6 +15,9 @@ class Log {
   /// Whether messages of `level` are kept; ask before building an expensive one.
   virtual bool isEnabled(LogLevel level) const = 0;
 
+  /// Whether the user has asked for dictated words in the log.
+  virtual bool keepsWords() const { return false; }
+
   /// `category` names the subsystem: "process", "main", "audio" or "ui".
   virtual void write(LogLevel level, std::string_view category, std::string_view message) = 0;
 };
@@ -29,6 +32,7 @@ class Logger {
   void error(std::string_view message) const { log_.write(LogLevel::error, category_, message); }
   void debug(std::string_view message) const { log_.write(LogLevel::debug, category_, message); }
   bool isDebugEnabled() const { return log_.isEnabled(LogLevel::debug); }
+  bool keepsWords() const { return log_.keepsWords(); }
 
  private:
   Log& log_;

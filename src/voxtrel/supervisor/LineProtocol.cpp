@@ -159,4 +159,21 @@ void interpretChunk(std::string_view chunk,
   }
 }
 
+std::string WordHider::withoutWords(std::string_view bytes) {
+  std::string shown;
+  for (const char byte : bytes) {
+    if (byte == '\n') isInWords_ = false;
+    if (isInWords_) continue;
+    shown += byte;
+    // Only the first byte of the marker is a bracket, so a mismatch starts again.
+    if (byte != kTranscription[matched_]) matched_ = 0;
+    if (byte == kTranscription[matched_]) ++matched_;
+    if (matched_ < kTranscription.size()) continue;
+    matched_ = 0;
+    isInWords_ = true;
+    shown += "…\"";
+  }
+  return shown;
+}
+
 }  // namespace voxtrel

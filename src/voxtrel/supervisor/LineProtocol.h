@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <optional>
+#include <string>
 #include <string_view>
 
 #include "voxtrel/supervisor/AppState.h"
@@ -22,5 +23,18 @@ LineEffects interpretLine(std::string_view line);
 /// each line with an effect. Lines without effect are skipped at memory speed.
 void interpretChunk(std::string_view chunk,
                     const std::function<void(std::string_view line, const LineEffects&)>& apply);
+
+/// Takes the dictated words out of an engine's output on its way to the log.
+/// Thread: one.
+class WordHider {
+ public:
+  /// The output's next bytes, with an ellipsis for all that follows the start of a transcription in
+  /// its line. A line may be cut anywhere between two calls.
+  std::string withoutWords(std::string_view bytes);
+
+ private:
+  std::size_t matched_ = 0;  // bytes of that start, before the next byte
+  bool isInWords_ = false;
+};
 
 }  // namespace voxtrel

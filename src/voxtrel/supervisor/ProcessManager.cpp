@@ -87,19 +87,18 @@ void ProcessManager::launch() {
 
 void ProcessManager::start(const std::string& path, Generation generation) {
   const std::weak_ptr<ProcessManager> weak = weak_from_this();
-  ChildOptions options{.executable = path,
-                       .arguments = {"run"},
-                       .workingDirectory = {},
-                       .onOutput =
-                           [weak, generation](std::string_view bytes) {
-                             if (const auto self = weak.lock())
-                               self->handleOutput(bytes, generation);
-                           },
-                       .onExit =
-                           [weak, generation](int status) {
-                             if (const auto self = weak.lock())
-                               self->handleExit(status, generation);
-                           }};
+  ChildOptions options{
+      .executable = path,
+      .arguments = {"run"},
+      .workingDirectory = {},
+      .onOutput =
+          [weak, generation, hider = std::make_shared<WordHider>()](std::string_view bytes) {
+            if (const auto self = weak.lock()) self->handleOutput(bytes, *hider, generation);
+          },
+      .onExit =
+          [weak, generation](int status) {
+            if (const auto self = weak.lock()) self->handleExit(status, generation);
+          }};
   auto result = ports_.childProcesses.start(std::move(options));
   if (result) {
     adopt(std::move(*result), generation);
@@ -148,17 +147,21 @@ void ProcessManager::stop(ChildProcess& process, std::chrono::milliseconds timeo
 
 // Output
 
-void ProcessManager::handleOutput(std::string_view bytes, Generation generation) {
-  if (isValidUtf8(bytes)) parseLine(bytes, generation);
+void ProcessManager::handleOutput(std::string_view bytes, WordHider& hider, Generation generation) {
+  // The hider also needs what is dropped: a transcription may begin there.
+  const std::string logged =
+      !logger_.isDebugEnabled() || logger_.keepsWords() ? "" : hider.withoutWords(bytes);
+  if (isValidUtf8(bytes)) parseLine(bytes, logger_.keepsWords() ? bytes : logged, generation);
 }
 
-void ProcessManager::parseLine(std::string_view chunk, Generation generation) {
+void ProcessManager::parseLine(std::string_view chunk, std::string_view logged,
+                               Generation generation) {
   {
     const std::lock_guard guard(lock_);
     if (generation_.value() != generation) return;
   }
   if (logger_.isDebugEnabled()) {
-    forEachLine(chunk, [this](std::string_view line) {
+    forEachLine(logged, [this](std::string_view line) {
       if (!line.empty()) logger_.debug(line);
     });
   }

@@ -77,8 +77,9 @@ class ProcessManager : public std::enable_shared_from_this<ProcessManager> {
   void adopt(std::shared_ptr<ChildProcess> process, Generation generation);
   void stop(ChildProcess& process, std::chrono::milliseconds timeout);
 
-  void handleOutput(std::string_view bytes, Generation generation);
-  void parseLine(std::string_view chunk, Generation generation);
+  void handleOutput(std::string_view bytes, WordHider& hider, Generation generation);
+  /// `logged`: the chunk as it goes to the log.
+  void parseLine(std::string_view chunk, std::string_view logged, Generation generation);
   void apply(std::string_view line, const LineEffects& effects, Generation generation);
   void handleExit(int status, Generation generation);
   void handleCrash(std::int64_t crashCount, Generation generation);

@@ -26,9 +26,10 @@ class Dictating(Application):
         self._desk = desk
 
     def start_dictating(self):
-        """Starts the program and waits until its engine is ready; every line of it is logged."""
+        """Starts the program and waits until its engine is ready; every line of it is logged,
+        with the words."""
         # Where Whisper is built in, its setup finds no server: no test fetches gigabytes.
-        self.start(VOXTREL_LOG="debug", QUILLBACK_MODEL_URL="http://127.0.0.1:9")
+        self.start(VOXTREL_LOG="debug,words", QUILLBACK_MODEL_URL="http://127.0.0.1:9")
         self.item = self._desk.tray.wait_for_item(self.process.pid)
         self.wait_for_count("Ready.", 1)  # the tray reads so before the engine has said anything
         self.wait_until_ready()

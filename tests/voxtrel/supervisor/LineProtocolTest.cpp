@@ -155,5 +155,20 @@ TEST(EngineChunk, TakesALineOfManyMarkersInOneGo) {
   EXPECT_EQ(count, 1U);
 }
 
+TEST(HiddenWords, AreNeverSeenWhereverTheOutputIsCut) {
+  const std::string output =
+      "one\n[gpu-[gpu-decode] text: \"words \"[gpu-decode] text: \" w\"ords\" words\nReady.\n";
+  const std::string shown = "one\n[gpu-[gpu-decode] text: \"…\"\nReady.\n";
+  for (std::size_t first = 0; first <= output.size(); ++first) {
+    for (std::size_t second = first; second <= output.size(); ++second) {
+      WordHider hider;
+      std::string all = hider.withoutWords(output.substr(0, first));
+      all += hider.withoutWords(output.substr(first, second - first));
+      all += hider.withoutWords(output.substr(second));
+      ASSERT_EQ(all, shown) << first << " " << second;
+    }
+  }
+}
+
 }  // namespace
 }  // namespace voxtrel

@@ -74,6 +74,34 @@ TEST_F(EngineOutput, IsLoggedLineByLineAtDebugLevelOnly) {
   EXPECT_EQ(engine.heard, (States{AppState::idle, AppState::idle}));
 }
 
+TEST_F(EngineOutput, IsLoggedWithoutTheDictatedWordsUnlessTheyAreAskedFor) {
+  const auto logged = [this] {
+    engine.log.entries.clear();
+    engine.print("[gpu-decode] text: \"my secret\"\nReady.\n");
+    std::string all;
+    for (const auto& entry : engine.log.entries) all += entry.message + "|";
+    return all;
+  };
+  engine.log.debugEnabled = true;
+  EXPECT_EQ(logged(), "[gpu-decode] text: \"…\"|Ready.|");
+  EXPECT_EQ(engine.manager->lastText(), "my secret");
+  engine.log.wordsKept = true;
+  EXPECT_EQ(logged(), "[gpu-decode] text: \"my secret\"|Ready.|");
+}
+
+TEST_F(EngineOutput, HidesWordsThatFollowADroppedChunk) {
+  engine.log.debugEnabled = true;
+  engine.print("[gpu-decode] text: \"caf\xC3");
+  engine.print("\xA9, my secret");
+  engine.print(" and another\"\nReady.\n");
+  for (const auto& entry : engine.log.entries) {
+    EXPECT_EQ(entry.message.find("secret"), std::string::npos);
+    EXPECT_EQ(entry.message.find("another"), std::string::npos);
+  }
+  ASSERT_FALSE(engine.log.entries.empty());
+  EXPECT_EQ(engine.log.entries.back().message, "Ready.");
+}
+
 TEST_F(EngineOutput, OfAStoppedEngineIsNotEvenLogged) {
   engine.log.debugEnabled = true;
   engine.manager->stopAndWait(3s);

@@ -28,11 +28,16 @@ std::unique_ptr<Log> openLog() {
   const LogVerbosity verbosity = LogVerbosity::parse(std::getenv("VOXTREL_LOG"));
   std::unique_ptr<Log> log;
   if (goesToJournal()) {
-    log = std::make_unique<JournalLog>(verbosity.lowest);
+    log = std::make_unique<JournalLog>(verbosity.lowest, verbosity.keepsWords);
   } else {
-    log = std::make_unique<StandardErrorLog>(verbosity.lowest);
+    log = std::make_unique<StandardErrorLog>(verbosity.lowest, verbosity.keepsWords);
   }
   if (verbosity.complaint) log->write(LogLevel::error, "main", *verbosity.complaint);
+  log->write(
+      LogLevel::debug, "main",
+      verbosity.keepsWords
+          ? "The engine's lines are logged, with the dictated words"
+          : "The engine's lines are logged; VOXTREL_LOG=debug,words adds the dictated words");
   return log;
 }
 
@@ -52,10 +57,11 @@ void StandardErrorLog::write(LogLevel level, std::string_view category, std::str
 
 LogVerbosity LogVerbosity::parse(const char* value) {
   const std::string_view wanted = value == nullptr ? "" : value;
-  if (wanted == "debug") return {LogLevel::debug, std::nullopt};
+  if (wanted == "debug") return {.lowest = LogLevel::debug};
+  if (wanted == "debug,words") return {.lowest = LogLevel::debug, .keepsWords = true};
   if (wanted.empty() || wanted == "info") return {};
-  return {LogLevel::info, R"(VOXTREL_LOG has the unknown value ")" + std::string(wanted) +
-                              R"("; known are "debug" and "info")"};
+  return {.complaint = R"(VOXTREL_LOG has the unknown value ")" + std::string(wanted) +
+                       R"("; known are "info", "debug" and "debug,words")"};
 }
 
 bool namesStream(const char* value, unsigned long long device, unsigned long long inode) {

@@ -16,32 +16,39 @@ std::unique_ptr<Log> openLog();
 /// Thread: any.  Fails by: losing the message.
 class JournalLog final : public Log {
  public:
-  explicit JournalLog(LogLevel lowest) : lowest_(lowest) {}
+  explicit JournalLog(LogLevel lowest, bool keepsWords = false)
+      : lowest_(lowest), keepsWords_(keepsWords) {}
 
   bool isEnabled(LogLevel level) const override { return level >= lowest_; }
+  bool keepsWords() const override { return keepsWords_; }
   void write(LogLevel level, std::string_view category, std::string_view message) override;
 
  private:
   const LogLevel lowest_;
+  const bool keepsWords_;
 };
 
 /// Writes lines to standard error, each in one call so that those of several threads do not mix.
 /// Thread: any.  Fails by: losing the message.
 class StandardErrorLog final : public Log {
  public:
-  explicit StandardErrorLog(LogLevel lowest) : lowest_(lowest) {}
+  explicit StandardErrorLog(LogLevel lowest, bool keepsWords = false)
+      : lowest_(lowest), keepsWords_(keepsWords) {}
 
   bool isEnabled(LogLevel level) const override { return level >= lowest_; }
+  bool keepsWords() const override { return keepsWords_; }
   void write(LogLevel level, std::string_view category, std::string_view message) override;
 
  private:
   const LogLevel lowest_;
+  const bool keepsWords_;
 };
 
 /// What the environment variable VOXTREL_LOG asks for.
 struct LogVerbosity {
   LogLevel lowest = LogLevel::info;
-  std::optional<std::string> complaint;  ///< about an unknown value
+  bool keepsWords = false;                              ///< dictated words are logged
+  std::optional<std::string> complaint = std::nullopt;  ///< about an unknown value
 
   /// `value`: null if the variable is not set.
   static LogVerbosity parse(const char* value);

@@ -19,11 +19,23 @@ TEST(LogVerbosity, isInfoUnlessDebugIsRequested) {
   EXPECT_FALSE(LogVerbosity::parse("").complaint);
 }
 
+TEST(LogVerbosity, keepsDictatedWordsOnlyWhenTheyAreRequested) {
+  EXPECT_FALSE(LogVerbosity::parse(nullptr).keepsWords);
+  EXPECT_FALSE(LogVerbosity::parse("debug").keepsWords);
+  EXPECT_TRUE(LogVerbosity::parse("debug,words").keepsWords);
+  EXPECT_EQ(LogVerbosity::parse("debug,words").lowest, LogLevel::debug);
+  for (const char* unknown : {"words", "info,words", "debug,", "debug,word"}) {
+    EXPECT_TRUE(LogVerbosity::parse(unknown).complaint) << unknown;
+    EXPECT_FALSE(LogVerbosity::parse(unknown).keepsWords) << unknown;
+  }
+}
+
 TEST(LogVerbosity, namesTheKnownValuesWhenItGetsAnUnknownOne) {
   const LogVerbosity verbosity = LogVerbosity::parse("Debug");
   EXPECT_EQ(verbosity.lowest, LogLevel::info);
   EXPECT_EQ(verbosity.complaint,
-            "VOXTREL_LOG has the unknown value \"Debug\"; known are \"debug\" and \"info\"");
+            "VOXTREL_LOG has the unknown value \"Debug\"; known are \"info\", \"debug\" and "
+            "\"debug,words\"");
 }
 
 TEST(JournalStream, isUsedOnlyIfItNamesThisStream) {
