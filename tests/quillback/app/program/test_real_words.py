@@ -166,11 +166,9 @@ class Words(Case):
 
     def test_names_of_the_settings_are_spelled_as_there(self):
         self.settings('[model]\nlanguage = "fr"\n')
-        self.assertIn("Joannis", self.transcribe("fr_joanis_a").stdout)
+        self.assertNotIn("Joanis", self.transcribe("fr_joanis_a").stdout)
         self.settings('[model]\nlanguage = "fr"\nwords = ["Joanis", "CNRC"]\n')
-        done = self.transcribe("fr_joanis_a")
-        self.assertIn("Joanis", done.stdout)
-        self.assertNotIn("Joannis", done.stdout)
+        self.assertIn("Joanis", self.transcribe("fr_joanis_a").stdout)
 
     def test_replacements_are_for_what_is_inserted_not_for_what_is_printed(self):
         self.settings('[output]\nreplace = { "country" = "land" }\n')
@@ -368,7 +366,8 @@ class Advice(Case):
 
     def test_is_given_once(self):
         program = self.start()
-        line = program.texts()[program.wait_for_line("large-v3 takes about", 20)]
+        number = program.wait_for_line("large-v3 takes about", 20)
+        line = program.texts()[number]
         self.assertRegex(line, r"run: quillback setup --model (\S+) && quillback use \1$")
         eventually(self.shown.is_file, "the notification", 20)
         self.assertIn("The speech model is slow on this machine", self.shown.read_text())
