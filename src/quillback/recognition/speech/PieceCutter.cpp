@@ -31,8 +31,24 @@ bool PieceCutter::hasSpeech(std::span<const float> probabilities) {
   return false;
 }
 
+PieceCutter::Piece PieceCutter::judge(std::span<const float> probabilities) {
+  Piece piece{probabilities.size(), hasSpeech(probabilities)};
+  std::size_t lastVoiced = 0;
+  std::size_t longest = 0;
+  for (std::size_t at = 0; at < probabilities.size(); ++at) {
+    if (probabilities[at] < VoiceDetector::kSpeech) continue;
+    if (piece.voicedFrames > 0 && at - lastVoiced - 1 > longest) {
+      longest = at - lastVoiced - 1;
+      piece.split = lastVoiced + 1 + longest / 2;
+    }
+    lastVoiced = at;
+    ++piece.voicedFrames;
+  }
+  return piece;
+}
+
 PieceCutter::Piece PieceCutter::cutAfter(std::size_t count) {
-  const Piece piece{count, hasSpeech(std::span<const float>(probabilities_).first(count))};
+  const Piece piece = judge(std::span<const float>(probabilities_).first(count));
   probabilities_.erase(probabilities_.begin(),
                        std::next(probabilities_.begin(), static_cast<std::ptrdiff_t>(count)));
   silentFrames_ = std::min(silentFrames_, probabilities_.size());

@@ -32,6 +32,8 @@ class PieceCutter {
   struct Piece {
     std::size_t frames = 0;  ///< from the end of the piece before
     bool hasSpeech = false;
+    std::size_t voicedFrames = 0;  ///< that are probably speech
+    std::size_t split = 0;         ///< a frame within the longest pause between words; 0: there is none
   };
 
   /// Takes the next frame. Returns the piece that ends within the frames taken, if one does; the rest
@@ -39,12 +41,13 @@ class PieceCutter {
   std::optional<Piece> add(float probability);
   /// Starts with no frames.
   void reset();
-  /// Whether the frames of the piece that has not ended hold speech.
-  [[nodiscard]] bool hasSpeech() const { return hasSpeech(probabilities_); }
+  /// All frames of the piece that has not ended.
+  [[nodiscard]] Piece rest() const { return judge(probabilities_); }
   /// Whether frames with these probabilities hold speech.
   static bool hasSpeech(std::span<const float> probabilities);
 
  private:
+  static Piece judge(std::span<const float> probabilities);
   Piece cutAfter(std::size_t count);
   [[nodiscard]] std::size_t leastProbable() const;
 

@@ -2,7 +2,6 @@
 
 #include <functional>
 #include <memory>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -32,11 +31,11 @@ class PiecewiseBackend final : public RecogniserBackend {
 
  private:
   void addFrame();
-  void endPiece(std::size_t count, bool hasSpeech, Effort effort);
-  [[nodiscard]] bool hasQuietSpeech(std::span<const float> piece);
-  void recognise(std::span<const float> piece, Effort effort);
+  void endPiece(const PieceCutter::Piece& piece, std::size_t count);
+  [[nodiscard]] bool hasQuietSpeech(std::span<const float> samples);
+  void recognise(std::span<const float> samples, const PieceCutter::Piece& piece);
+  [[nodiscard]] Heard recogniseParts(std::span<const float> samples, std::size_t split);
   void report(std::string_view line);
-  [[nodiscard]] Effort effortWhileSpeaking() const;
 
   const std::unique_ptr<SpeechModel> model_;
   const LoadDetector loadDetector_;
@@ -46,8 +45,6 @@ class PiecewiseBackend final : public RecogniserBackend {
   std::vector<float> samples_;     ///< of the piece that has not ended
   std::size_t judgedSamples_ = 0;  ///< of samples_, in whole frames
   float peak_ = 0;                 ///< of the utterance so far
-  /// Seconds that a quick recognition would take for a second of sound, by the last measured one.
-  std::optional<double> slowness_;
   Transcription result_;
 };
 

@@ -15,13 +15,9 @@ struct Heard {
   std::string text;     ///< UTF-8, with a leading blank in languages that put blanks between words
   bool wasCut = false;  ///< the model repeated itself; the text holds the repeated words once
   bool hasFailed = false;  ///< the library gave up; the text is not whole
+  std::size_t tokens = 0;  ///< words and parts of words
   std::chrono::microseconds encode{};
   std::chrono::microseconds decode{};
-};
-
-enum class Effort {
-  quick,    ///< somebody waits
-  careful,  ///< with fewer errors, in up to three times as long
 };
 
 /// A model that recognises one piece of speech at a time.
@@ -37,8 +33,7 @@ class SpeechModel {
   virtual void begin() = 0;
   /// Recognises up to `maxSamples` samples at kSampleRateHz, -1 to 1. Returns early, with any text,
   /// once `isDropped` is set.
-  virtual Heard recognise(std::span<const float> samples, Effort effort,
-                          const std::atomic<bool>& isDropped) = 0;
+  virtual Heard recognise(std::span<const float> samples, const std::atomic<bool>& isDropped) = 0;
   [[nodiscard]] virtual std::size_t maxSamples() const = 0;
 };
 

@@ -71,8 +71,7 @@ std::size_t ParakeetModel::maxSamples() const {
   return std::size_t{kSampleRateHz} * 24;
 }
 
-Heard ParakeetModel::recognise(std::span<const float> samples, Effort /*effort*/,
-                               const std::atomic<bool>& isDropped) {
+Heard ParakeetModel::recognise(std::span<const float> samples, const std::atomic<bool>& isDropped) {
   constexpr std::size_t kLeastSamples = kSampleRateHz;  // the encoder needs some frames
   Heard heard;
   if (isDropped) return heard;
@@ -93,6 +92,7 @@ Heard ParakeetModel::recognise(std::span<const float> samples, Effort /*effort*/
   for (int segment = 0; segment < count; ++segment) {
     heard.text += ' ';
     heard.text += parakeet_full_get_segment_text(model_.get(), segment);
+    heard.tokens += static_cast<std::size_t>(parakeet_full_n_tokens(model_.get(), segment));
   }
   heard.decode = duration_cast<microseconds>(steady_clock::now() - start);
   return heard;

@@ -22,8 +22,7 @@ class ParakeetModel final : public SpeechModel {
 
   LoadReport load() override;
   void begin() override {}
-  Heard recognise(std::span<const float> samples, Effort effort,
-                  const std::atomic<bool>& isDropped) override;
+  Heard recognise(std::span<const float> samples, const std::atomic<bool>& isDropped) override;
   [[nodiscard]] std::size_t maxSamples() const override;
 
  private:

@@ -91,8 +91,7 @@ int WhisperModel::maxTokens(std::size_t samples) {
   return std::min(kMost, kLeast + seconds * kTokensPerSecond);
 }
 
-Heard WhisperModel::recognise(std::span<const float> samples, Effort effort,
-                              const std::atomic<bool>& isDropped) {
+Heard WhisperModel::recognise(std::span<const float> samples, const std::atomic<bool>& isDropped) {
   const auto start = steady_clock::now();
   Heard heard;
   if (isDropped) return heard;
@@ -102,12 +101,6 @@ Heard WhisperModel::recognise(std::span<const float> samples, Effort effort,
     padded.assign(samples.begin(), samples.end());
     padded.resize(kLeastSamples);
     samples = padded;
-  }
-  const bool knowsLanguage = !findsLanguage() || !language_.empty();
-  if (effort == Effort::careful && knowsLanguage) {
-    heard.hasFailed = !searchBeam(samples, isDropped, heard.text);
-    heard.decode = duration_cast<microseconds>(steady_clock::now() - start);
-    return heard;
   }
   if (!encode(samples)) {
     heard.hasFailed = true;
@@ -121,6 +114,7 @@ Heard WhisperModel::recognise(std::span<const float> samples, Effort effort,
   const std::size_t length = lengthWithoutRepetition(words);
   heard.wasCut = length < words.size();
   words.resize(length);
+  heard.tokens = words.size();
   for (const Token token : words) heard.text += whisper_token_to_str(model_.get(), token);
   heard.decode = duration_cast<microseconds>(steady_clock::now() - encoded);
   return heard;
@@ -128,34 +122,6 @@ Heard WhisperModel::recognise(std::span<const float> samples, Effort effort,
 
 bool WhisperModel::findsLanguage() const {
   return options_.language == "auto" && whisper_is_multilingual(model_.get()) != 0;
-}
-
-/// The text that the library finds when it follows several beginnings at a time. False: it gave up.
-bool WhisperModel::searchBeam(std::span<const float> samples, const std::atomic<bool>& isDropped,
-                              std::string& text) {
-  constexpr int kBeams = 5;
-  whisper_full_params parameters = whisper_full_default_params(WHISPER_SAMPLING_BEAM_SEARCH);
-  parameters.beam_search.beam_size = kBeams;
-  parameters.n_threads = options_.threads;
-  parameters.audio_ctx = encoderPositions(samples.size());
-  parameters.max_tokens = maxTokens(samples.size());
-  parameters.language = findsLanguage() ? language_.c_str() : options_.language.c_str();
-  parameters.translate = options_.translate;
-  const std::string prompt = " " + options_.prompt;
-  if (!options_.prompt.empty()) parameters.initial_prompt = prompt.c_str();
-  parameters.no_context = true;
-  parameters.no_timestamps = true;
-  parameters.single_segment = true;
-  parameters.print_progress = false;
-  parameters.temperature_inc = 0;  // no second try: from 512 positions on it finds nothing better
-  parameters.abort_callback = isFlagSet;
-  parameters.abort_callback_user_data = const_cast<std::atomic<bool>*>(&isDropped);
-  const auto count = static_cast<int>(samples.size());
-  if (whisper_full(model_.get(), parameters, samples.data(), count) != 0) return false;
-  for (int at = 0; at < whisper_full_n_segments(model_.get()); ++at) {
-    text += whisper_full_get_segment_text(model_.get(), at);
-  }
-  return true;
 }
 
 bool WhisperModel::encode(std::span<const float> samples) {

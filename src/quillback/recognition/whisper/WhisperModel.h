@@ -23,8 +23,7 @@ class WhisperModel final : public SpeechModel {
 
   LoadReport load() override;
   void begin() override { language_.clear(); }
-  Heard recognise(std::span<const float> samples, Effort effort,
-                  const std::atomic<bool>& isDropped) override;
+  Heard recognise(std::span<const float> samples, const std::atomic<bool>& isDropped) override;
   [[nodiscard]] std::size_t maxSamples() const override;
 
   /// How many positions of 20 ms the encoder runs over for this many samples. The library's fast
@@ -51,8 +50,6 @@ class WhisperModel final : public SpeechModel {
   std::vector<Token> opening();
   bool decodeAll(std::size_t maxTokens, const std::atomic<bool>& isDropped,
                  std::vector<Token>& words);
-  bool searchBeam(std::span<const float> samples, const std::atomic<bool>& isDropped,
-                  std::string& text);
 
   RecogniserOptions options_;
   std::unique_ptr<whisper_context, Free> model_;

@@ -22,7 +22,7 @@ TEST(PieceCutterTest, SpeechOfLessThanFifteenSecondsIsOnePiece) {
   PieceCutter cutter(kMaxFrames);
   EXPECT_TRUE(add(cutter, PieceCutter::kMinPieceFrames - 40, 1).empty());
   EXPECT_TRUE(add(cutter, 30, 0).empty());
-  EXPECT_TRUE(cutter.hasSpeech());
+  EXPECT_TRUE(cutter.rest().hasSpeech);
 }
 
 TEST(PieceCutterTest, APauseAfterFifteenSecondsEndsThePieceInItsMiddle) {
@@ -34,7 +34,7 @@ TEST(PieceCutterTest, APauseAfterFifteenSecondsEndsThePieceInItsMiddle) {
   EXPECT_EQ(pieces[0].frames, PieceCutter::kMinPieceFrames + PieceCutter::kPauseFrames -
                                   PieceCutter::kPauseFrames / 2);
   EXPECT_TRUE(pieces[0].hasSpeech);
-  EXPECT_FALSE(cutter.hasSpeech());
+  EXPECT_FALSE(cutter.rest().hasSpeech);
 }
 
 TEST(PieceCutterTest, ShorterPausesEndNoPiece) {
@@ -81,16 +81,16 @@ TEST(PieceCutterTest, AClickIsNoSpeech) {
   add(cutter, PieceCutter::kMinSpeechFrames - 1, 1);
   add(cutter, 1, 0);
   add(cutter, PieceCutter::kMinSpeechFrames - 1, 1);
-  EXPECT_FALSE(cutter.hasSpeech());
+  EXPECT_FALSE(cutter.rest().hasSpeech);
   add(cutter, 1, 1);
-  EXPECT_TRUE(cutter.hasSpeech());
+  EXPECT_TRUE(cutter.rest().hasSpeech);
 }
 
 TEST(PieceCutterTest, AfterAResetThereIsNothing) {
   PieceCutter cutter(kMaxFrames);
   add(cutter, PieceCutter::kMinPieceFrames, 1);
   cutter.reset();
-  EXPECT_FALSE(cutter.hasSpeech());
+  EXPECT_FALSE(cutter.rest().hasSpeech);
   EXPECT_TRUE(add(cutter, PieceCutter::kPauseFrames, 0).empty());
 }
 

@@ -22,8 +22,7 @@ constexpr std::int16_t kQuiet = 80;
 /// What a model was given and what it says.
 struct FakeModel {
   std::vector<std::vector<float>> pieces;
-  std::vector<Effort> efforts;
-  std::function<Heard()> answer = [] { return Heard{" word"}; };
+  std::function<Heard()> answer = [] { return Heard{.text = " word"}; };
   std::size_t maxSamples = std::size_t{kSampleRateHz} * 24;
   LoadReport report{true, {"Using a fake."}};
 };
@@ -32,10 +31,9 @@ struct FakeModelAdapter final : SpeechModel {
   explicit FakeModelAdapter(FakeModel& fake) : fake_(fake) {}
   LoadReport load() override { return fake_.report; }
   void begin() override {}
-  Heard recognise(std::span<const float> samples, Effort effort,
+  Heard recognise(std::span<const float> samples,
                   const std::atomic<bool>& /*isDropped*/) override {
     fake_.pieces.emplace_back(samples.begin(), samples.end());
-    fake_.efforts.push_back(effort);
     return fake_.answer();
   }
   std::size_t maxSamples() const override { return fake_.maxSamples; }
@@ -137,15 +135,26 @@ TEST_F(PiecewiseBackendTest, UtterancesDoNotAffectEachOther) {
   EXPECT_EQ(model.pieces[0].size(), 16'000U);
 }
 
-TEST_F(PiecewiseBackendTest, WhileOneSpeaksAFastModelTakesMoreCare) {
-  speak(2, kLoud);
-  backend.finish();  // shows that the model is fast
-  backend.begin(isDropped);
-  speak(16, kLoud);
-  speak(0.5, 0);
-  speak(2, kLoud);
-  backend.finish();
-  EXPECT_THAT(model.efforts, ElementsAre(Effort::quick, Effort::careful, Effort::quick));
+TEST_F(PiecewiseBackendTest, APieceWithTooFewWordsIsRecognisedAgainInTwoParts) {
+  model.answer = [this] { return Heard{.text = " word", .tokens = model.pieces.size() == 1 ? 9U : 12U}; };
+  speak(5, kLoud);
+  speak(0.3, 0);
+  speak(5, kLoud);
+  EXPECT_EQ(backend.finish().text, "word word");
+  ASSERT_THAT(model.pieces, SizeIs(3));
+  EXPECT_EQ(model.pieces[1].size() + model.pieces[2].size(), model.pieces[0].size());
+  EXPECT_NEAR(static_cast<double>(model.pieces[1].size()), 5.15 * kSampleRateHz, 1000);
+}
+
+TEST_F(PiecewiseBackendTest, TheWholeCountsWhereItsPartsSayNoMore) {
+  model.answer = [] { return Heard{.text = " word", .tokens = 2}; };
+  speak(5, kLoud);
+  speak(0.3, 0);
+  speak(5, kLoud);
+  model.answer = [this] {
+    return Heard{.text = model.pieces.size() == 1 ? " whole" : " part", .tokens = model.pieces.size() == 1 ? 9U : 2U};
+  };
+  EXPECT_EQ(backend.finish().text, "whole");
 }
 
 TEST_F(PiecewiseBackendTest, ARepetitionIsReportedAndRemarksAreLeftOut) {

@@ -129,10 +129,10 @@ TEST_F(RealSpeech, AMomentOfSpeechIsHeardAsIfNothingWasBefore) {
   const std::vector<float> longer = floats(recording("en_libri_2412_153948_0000").samples);
   const std::vector<float> speech = floats(recording("en_jfk").samples);
   for (const std::size_t start : {20'000U, 40'000U, 60'000U}) {
-    used.recognise(longer, Effort::quick, isDropped);
+    used.recognise(longer, isDropped);
     const auto moment = std::span(speech).subspan(start, 1500);
-    EXPECT_EQ(used.recognise(moment, Effort::quick, isDropped).text,
-              fresh.recognise(moment, Effort::quick, isDropped).text);
+    EXPECT_EQ(used.recognise(moment, isDropped).text,
+              fresh.recognise(moment, isDropped).text);
   }
 }
 
