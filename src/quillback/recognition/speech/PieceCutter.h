@@ -33,7 +33,7 @@ class PieceCutter {
     std::size_t frames = 0;  ///< from the end of the piece before
     bool hasSpeech = false;
     std::size_t voicedFrames = 0;  ///< that are probably speech
-    std::size_t split = 0;         ///< a frame within the longest pause between words; 0: there is none
+    std::size_t split = 0;  ///< a frame within the longest pause between words; 0: there is none
   };
 
   /// Takes the next frame. Returns the piece that ends within the frames taken, if one does; the rest

@@ -63,8 +63,8 @@ bool isInParentheses(std::string_view text) {
          (text.starts_with("\uFF08") && text.ends_with("\uFF09"));
 }
 
-/// Whether the model has probably left out a sentence, as Whisper does at a change of voice. People say 3 to
-/// 6 tokens a second.
+/// Whether the model has probably left out a sentence, as Whisper may do at a change of voice. People say 3
+/// to 6 tokens a second.
 bool saysTooLittle(const Heard& heard, const PieceCutter::Piece& piece) {
   constexpr double kTokensPerSecond = 2.2;
   constexpr std::size_t kLongEnough = speechFrames(6);

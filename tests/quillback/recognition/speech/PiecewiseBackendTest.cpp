@@ -31,8 +31,7 @@ struct FakeModelAdapter final : SpeechModel {
   explicit FakeModelAdapter(FakeModel& fake) : fake_(fake) {}
   LoadReport load() override { return fake_.report; }
   void begin() override {}
-  Heard recognise(std::span<const float> samples,
-                  const std::atomic<bool>& /*isDropped*/) override {
+  Heard recognise(std::span<const float> samples, const std::atomic<bool>& /*isDropped*/) override {
     fake_.pieces.emplace_back(samples.begin(), samples.end());
     return fake_.answer();
   }
@@ -136,7 +135,9 @@ TEST_F(PiecewiseBackendTest, UtterancesDoNotAffectEachOther) {
 }
 
 TEST_F(PiecewiseBackendTest, APieceWithTooFewWordsIsRecognisedAgainInTwoParts) {
-  model.answer = [this] { return Heard{.text = " word", .tokens = model.pieces.size() == 1 ? 9U : 12U}; };
+  model.answer = [this] {
+    return Heard{.text = " word", .tokens = model.pieces.size() == 1 ? 9U : 12U};
+  };
   speak(5, kLoud);
   speak(0.3, 0);
   speak(5, kLoud);
@@ -152,7 +153,8 @@ TEST_F(PiecewiseBackendTest, TheWholeCountsWhereItsPartsSayNoMore) {
   speak(0.3, 0);
   speak(5, kLoud);
   model.answer = [this] {
-    return Heard{.text = model.pieces.size() == 1 ? " whole" : " part", .tokens = model.pieces.size() == 1 ? 9U : 2U};
+    return Heard{.text = model.pieces.size() == 1 ? " whole" : " part",
+                 .tokens = model.pieces.size() == 1 ? 9U : 2U};
   };
   EXPECT_EQ(backend.finish().text, "whole");
 }

@@ -131,8 +131,7 @@ TEST_F(RealSpeech, AMomentOfSpeechIsHeardAsIfNothingWasBefore) {
   for (const std::size_t start : {20'000U, 40'000U, 60'000U}) {
     used.recognise(longer, isDropped);
     const auto moment = std::span(speech).subspan(start, 1500);
-    EXPECT_EQ(used.recognise(moment, isDropped).text,
-              fresh.recognise(moment, isDropped).text);
+    EXPECT_EQ(used.recognise(moment, isDropped).text, fresh.recognise(moment, isDropped).text);
   }
 }
 
