@@ -69,8 +69,8 @@ bool saysTooLittle(const Heard& heard, const PieceCutter::Piece& piece) {
   constexpr double kTokensPerSecond = 2.2;
   constexpr std::size_t kLongEnough = speechFrames(6);
   const double seconds = static_cast<double>(piece.voicedFrames * kFrame) / kSampleRateHz;
-  return piece.split > 0 && piece.voicedFrames >= kLongEnough && !heard.hasFailed && !heard.wasCut &&
-         static_cast<double>(heard.tokens) < kTokensPerSecond * seconds;
+  return piece.split > 0 && piece.voicedFrames >= kLongEnough && !heard.hasFailed &&
+         !heard.wasCut && static_cast<double>(heard.tokens) < kTokensPerSecond * seconds;
 }
 
 float peakOf(std::span<const float> samples) {
