@@ -13,7 +13,8 @@
 #include <string>
 #include <vector>
 
-#include "support/WritingSettings.h"
+#include "common/settings/ConfigManager.h"
+#include "support/ScratchFolder.h"
 
 namespace {
 
@@ -32,6 +33,84 @@ namespace voxtrel {
 namespace {
 
 namespace fs = std::filesystem;
+
+constexpr const char* kConfig = ".config/quillback/config.toml";
+constexpr const char* kTemporary = ".config/quillback/config.toml.tmp";
+constexpr const char* kOld = "[model]\nlanguage = \"de\"\n# mine\n";
+constexpr const char* kFresh =
+    "\n[model]\ntranslate = true\nlanguage = \"fr\"\nwhisper_model = \"large-v3\"\n\n[audio]\n"
+    "hotkey = 'f6'\nhotkey_code = 97";
+const ModelSettings kFrench{"fr", true, "f6", "large-v3"};
+
+/// Gives the test the rights of a plain user, even if root runs it.
+class PlainUser {
+ public:
+  explicit PlainUser(const fs::path& home) {
+    if (::geteuid() != 0) return;
+    const auto give = [](const fs::path& path) { return ::lchown(path.c_str(), kNobody, kNobody); };
+    EXPECT_EQ(give(home), 0);
+    for (const auto& item : fs::recursive_directory_iterator(home)) EXPECT_EQ(give(item.path()), 0);
+    isChanged_ = ::seteuid(kNobody) == 0;
+    EXPECT_TRUE(isChanged_);
+  }
+  PlainUser(const PlainUser&) = delete;
+  PlainUser& operator=(const PlainUser&) = delete;
+  ~PlainUser() {
+    if (!isChanged_) return;
+    EXPECT_EQ(::seteuid(0), 0);
+  }
+
+ private:
+  static constexpr unsigned kNobody = 65534;
+  bool isChanged_ = false;
+};
+
+/// Limits the size of files to `bytes`, which has the effect of a full disk.
+class FileSizeLimit {
+ public:
+  explicit FileSizeLimit(rlim_t bytes) : oldHandler_(std::signal(SIGXFSZ, SIG_IGN)) {
+    ::getrlimit(RLIMIT_FSIZE, &old_);
+    const rlimit limit{bytes, old_.rlim_max};
+    EXPECT_EQ(::setrlimit(RLIMIT_FSIZE, &limit), 0);
+  }
+  FileSizeLimit(const FileSizeLimit&) = delete;
+  FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+  ~FileSizeLimit() {
+    ::setrlimit(RLIMIT_FSIZE, &old_);
+    std::signal(SIGXFSZ, oldHandler_);
+  }
+
+ private:
+  rlimit old_{};
+  void (*oldHandler_)(int);
+};
+
+struct WritingSettings : ::testing::Test {
+  ~WritingSettings() override {
+    std::error_code ignored;
+    fs::permissions(at(kConfig).parent_path(), fs::perms::owner_all, ignored);
+  }
+
+  fs::path at(const char* path) const { return home.path() / path; }
+  bool isThere(const char* path) const { return fs::exists(fs::symlink_status(at(path))); }
+  std::string contentOf(const char* path) const {
+    std::ifstream file(at(path), std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+  }
+  unsigned modeOf(const char* path) const {
+    return static_cast<unsigned>(fs::status(at(path)).permissions());
+  }
+  void write() const { config.writeSettings(kFrench); }
+  void expectFresh() const {
+    ASSERT_TRUE(fs::is_regular_file(fs::symlink_status(at(kConfig))));
+    EXPECT_EQ(contentOf(kConfig), kFresh);
+    EXPECT_FALSE(isThere(kTemporary));
+    EXPECT_EQ(config.readSettings(), kFrench);
+  }
+
+  ScratchFolder home{};
+  ConfigManager config{home.path().string()};
+};
 
 TEST_F(WritingSettings, MakesTheFoldersAndTheFile) {
   write();
@@ -208,6 +287,87 @@ TEST_F(WritingSettings, LeavesNothingHalfWrittenInALargeFileEither) {
   }
   EXPECT_FALSE(isThere(kConfig));
   EXPECT_FALSE(isThere(kTemporary));
+}
+
+// Each step runs whatever the one before it did, so anything in that place is moved.
+TEST_F(WritingSettings, MovesWhateverStandsInTheTemporaryFilesPlace) {
+  home.write(kConfig, kOld);
+  home.write(".config/quillback/config.toml.tmp/file", "x");
+  write();
+  EXPECT_FALSE(isThere(kTemporary));
+  EXPECT_EQ(contentOf(".config/quillback/config.toml/file"), "x");
+  EXPECT_EQ(config.readSettings(), ModelSettings());
+  write();
+  expectFresh();
+}
+
+TEST_F(WritingSettings, DoesNotWaitForAFifoInTheTemporaryFilesPlace) {
+  ASSERT_EQ(::mkfifo(home.prepare(kTemporary).c_str(), 0600), 0);
+  write();
+  EXPECT_EQ(config.readSettings(), ModelSettings());
+  write();
+  expectFresh();
+}
+
+TEST_F(WritingSettings, LeavesEverythingAsItIsInAFolderThatCannotBeWritten) {
+  home.write(kConfig, kOld);
+  const PlainUser user(home.path());
+  fs::permissions(at(kConfig).parent_path(), fs::perms::owner_read | fs::perms::owner_exec);
+  write();
+  EXPECT_EQ(contentOf(kConfig), kOld);
+  EXPECT_FALSE(isThere(kTemporary));
+}
+
+TEST_F(WritingSettings, OverwritesNoOldFileThatCannotBeRemoved) {
+  home.write(kConfig, kOld);
+  home.write(kTemporary, "");
+  const PlainUser user(home.path());
+  fs::permissions(at(kConfig).parent_path(), fs::perms::owner_read | fs::perms::owner_exec);
+  write();
+  EXPECT_EQ(contentOf(kConfig), kOld);
+  EXPECT_EQ(contentOf(kTemporary), "");
+}
+
+TEST_F(WritingSettings, RemovesALinkToNowhereInTheTemporaryFilesPlace) {
+  home.write(kConfig, kOld);
+  fs::create_symlink("gone/nowhere", at(kTemporary));
+  write();
+  EXPECT_FALSE(isThere(kTemporary));
+  EXPECT_EQ(config.readSettings(), kFrench);
+}
+
+TEST_F(WritingSettings, DoesNothingWhereAFileStandsInTheFoldersPlace) {
+  home.write(".config", "a file");
+  write();
+  EXPECT_EQ(contentOf(".config"), "a file");
+  const ConfigManager tooLong("/" + std::string(5000, 'x'));
+  tooLong.writeSettings(kFrench);
+  const ConfigManager impossible("/proc/self/nowhere");
+  impossible.writeSettings(kFrench);
+}
+
+TEST_F(WritingSettings, GivesTheFileTheUsualRights) {
+  const mode_t before = ::umask(022);
+  write();
+  ::umask(before);
+  EXPECT_EQ(fs::status(at(kConfig)).permissions(), fs::perms::owner_read | fs::perms::owner_write |
+                                                       fs::perms::group_read |
+                                                       fs::perms::others_read);
+}
+
+TEST_F(WritingSettings, NeverWritesThroughALinkInTheTemporaryFilesPlace) {
+  home.write("elsewhere.toml", "old");
+  fs::create_symlink(at("elsewhere.toml"), home.prepare(kTemporary));
+  write();
+  EXPECT_EQ(contentOf("elsewhere.toml"), "old");
+  expectFresh();
+}
+
+TEST_F(WritingSettings, NeitherWritesToNorRemovesADeviceBehindALinkInTheTemporaryFilesPlace) {
+  fs::create_symlink("/dev/full", home.prepare(kTemporary));
+  write();
+  EXPECT_TRUE(fs::exists("/dev/full"));
+  expectFresh();
 }
 
 }  // namespace
