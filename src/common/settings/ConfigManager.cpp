@@ -2,6 +2,7 @@
 
 #include <exception>
 #include <filesystem>
+#include <fstream>
 #include <utility>
 
 #include "common/settings/HotkeyTable.h"
@@ -18,6 +19,19 @@ std::string withoutTrailingSeparators(std::string path) {
   return path;
 }
 
+/// Writes into the file at `path`, following links. On failure it leaves no half-written file and does
+/// not touch what is not a regular file (a FIFO is not waited for).
+void writeFile(const std::string& path, std::string_view bytes) {
+  std::error_code error;
+  const fs::file_status status = fs::status(path, error);
+  if (fs::exists(status) && !fs::is_regular_file(status)) return;
+  std::ofstream file(path, std::ios::binary | std::ios::trunc);
+  if (!file) return;
+  file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+  file.close();
+  if (!file) fs::remove(path, error);
+}
+
 /// Renames unless something is at `to`: nothing is overwritten.
 void moveItem(const std::string& from, const std::string& to) {
   std::error_code error;
@@ -25,16 +39,15 @@ void moveItem(const std::string& from, const std::string& to) {
   fs::rename(from, to, error);
 }
 
-/// If the new text cannot be written, the old file is still removed, and the engine runs with its
-/// defaults. What stands in the draft's place and cannot be written to takes the file's place.
-void save(const std::string& path, const ModelSettings& settings) {
+/// Each step runs whether or not the one before it succeeded: if the new file cannot be written, the
+/// old one is still removed, and the engine runs with its defaults.
+void replaceFile(const std::string& path, const ModelSettings& settings) {
   std::error_code error;
   fs::create_directories(fs::path(path).parent_path(), error);
-  const std::string text = withSettings(readTextFile(path).value_or(""), settings);
-  if (fs::is_directory(fs::symlink_status(path, error))) fs::remove_all(path, error);
-  if (replaceTextFile(path, text)) return;
+  const std::string temporary = path + ".tmp";
+  writeFile(temporary, withSettings(readTextFile(path).value_or(""), settings));
   fs::remove_all(path, error);
-  moveItem(path + ".tmp", path);
+  moveItem(temporary, path);
 }
 
 }  // namespace
@@ -50,7 +63,7 @@ ModelSettings ConfigManager::readSettings() const {
 
 void ConfigManager::writeSettings(const ModelSettings& settings) const {
   try {
-    save(configPath_, settings);
+    replaceFile(configPath_, settings);
   } catch (const std::exception&) {  // out of memory; no failure is reported
     return;
   }

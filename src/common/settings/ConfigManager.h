@@ -21,9 +21,8 @@ class ConfigManager {
 
   ModelSettings readSettings() const;
 
-  /// Puts the settings into the file and keeps its other lines, its mode and owner; a link to a file
-  /// stays a link. Reports no failure: if the new text cannot be written, the old file or the link is
-  /// still removed.
+  /// Puts the settings into the file and keeps its other lines. Reports no failure: if the new text
+  /// cannot be written, the old file is still removed.
   void writeSettings(const ModelSettings& settings) const;
 
   /// The first model name in the file; readSettings() gives the last.

@@ -62,8 +62,16 @@ SetupResult writeChoice(const std::string& path, const std::string& name) {
   const auto changed = withEngineModel(text.value_or(""), name);
   if (!changed) return failure(changed.error());
 
-  const auto written = makeFolders(fs::path(path).parent_path()).and_then([&] {
-    return replaceTextFile(path, *changed);
+  // A link stays a link.
+  std::error_code error;
+  fs::path target = fs::canonical(path, error);
+  if (error) target = path;
+  const std::string folder = target.parent_path();
+  struct stat before {};
+  const bool isThere = ::stat(target.c_str(), &before) == 0;
+  const auto written = makeFolders(folder).and_then([&] {
+    return replaceFile(folder, target.filename(), *changed,
+                       isThere ? std::optional<mode_t>(before.st_mode) : std::nullopt);
   });
   return written ? SetupResult() : failure(written.error().message());
 }
