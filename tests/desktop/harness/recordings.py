@@ -52,9 +52,12 @@ def run_quillback(executable, home, *arguments, environment=None, limit_s=60):
                           timeout=limit_s)
 
 
-def is_available(programs):
-    """Whether there are weights and recordings, and an engine that can use them."""
-    if not os.path.isfile(WEIGHTS):
-        return False
+def has_whisper(programs):
+    """Whether this build can use weights."""
     models = run_quillback(os.path.join(programs, "quillback"), "/nonexistent", "models", "--json")
     return bool(json.loads(models.stdout)["whisper"])
+
+
+def is_available(programs):
+    """Whether there are weights and recordings, and an engine that can use them."""
+    return os.path.isfile(WEIGHTS) and has_whisper(programs)
