@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <optional>
 #include <system_error>
+#include <utility>
 
 #include "common/settings/ConfigManager.h"
 #include "quillback/model/Files.h"
@@ -25,8 +26,8 @@ fs::path adviceFolder(const std::string& home) {
 
 }  // namespace
 
-SlowModelAdvice::SlowModelAdvice(Loop& loop, Output& output, const std::string& home)
-    : loop_(loop), output_(output), home_(home), programs_(loop, output) {}
+SlowModelAdvice::SlowModelAdvice(Loop& loop, Output& output, std::string home)
+    : loop_(loop), output_(output), home_(std::move(home)), programs_(loop, output) {}
 
 void SlowModelAdvice::giveIfNeeded(const EngineSettings& settings) {
   if (!isWhisperBuiltIn() || settings.chosenModel() != kWindowModel) return;

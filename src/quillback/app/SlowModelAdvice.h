@@ -17,7 +17,7 @@ namespace voxtrel::quillback {
 /// Fails by: telling nothing.
 class SlowModelAdvice {
  public:
-  SlowModelAdvice(Loop& loop, Output& output, const std::string& home);
+  SlowModelAdvice(Loop& loop, Output& output, std::string home);
 
   /// Measures the machine if that is needed for these settings: about a tenth of a second on all
   /// processors, in another process, because the library may end it.
