@@ -8,70 +8,52 @@ import collections
 import os
 import subprocess
 import sys
-import unicodedata
+
+sys.path.insert(0, os.path.join(os.path.dirname(__file__), "..", "tests", "desktop"))
+
+# pylint: disable=wrong-import-position
+from harness.recordings import FOLDER, plain_words, recordings, word_errors
 
 LONG_SECONDS = 20
 
 
-def plain(text, language):
-    """The words of a text; for scripts without blanks its characters. Digits stay digits."""
-    kept = "".join(c if c.isalnum() or c == "'" or unicodedata.category(c)[0] == "M" else " "
-                   for c in unicodedata.normalize("NFC", text.lower()))
-    return list(kept.replace(" ", "")) if language in ("ja", "zh") else kept.split()
+INPUT = [f"{FOLDER}/ggml-base.bin", f"{FOLDER}/ggml-silero-v6.2.0.bin", f"{FOLDER}/speech/clips.tsv"]
 
 
-def errors(heard, spoken):
-    """How many words must be changed, added or left out."""
-    row = list(range(len(heard) + 1))
-    for i, right in enumerate(spoken, 1):
-        before, row[0] = row[0], i
-        for j, word in enumerate(heard, 1):
-            changed = before + (right != word)
-            before = row[j]
-            row[j] = min(row[j] + 1, row[j - 1] + 1, changed)
-    return row[-1]
-
-
-def run(program, data, *options):
-    """The program's lines as lists, and the most memory that it had, in MB."""
-    lines = subprocess.run(
-        [program, f"{data}/ggml-base.bin", f"{data}/ggml-silero-v6.2.0.bin", f"{data}/speech/clips.tsv",
-         *options], check=True, stdout=subprocess.PIPE, text=True).stdout.splitlines()
+def run(program, *options):
+    """The program's lines as lists."""
+    lines = subprocess.run([program, *INPUT, *options], check=True, stdout=subprocess.PIPE,
+                           text=True).stdout.splitlines()
     return [line.split("\t") for line in lines]
 
 
-def memory_of(program, data, way):
+def memory_of(program, way):
     """The most memory of a run of its own, in MB: a child's, so it starts as small as any."""
     code = ("import resource, subprocess, sys; subprocess.run(sys.argv[1:], check=True,"
             " stdout=subprocess.DEVNULL);"
             "print(resource.getrusage(resource.RUSAGE_CHILDREN).ru_maxrss // 1024)")
     return int(subprocess.run(
-        [sys.executable, "-c", code, program, f"{data}/ggml-base.bin",
-         f"{data}/ggml-silero-v6.2.0.bin", f"{data}/speech/clips.tsv", way],
-        check=True, stdout=subprocess.PIPE, text=True).stdout)
+        [sys.executable, "-c", code, program, *INPUT, way], check=True, stdout=subprocess.PIPE,
+        text=True).stdout)
 
 
 def main(programs):
-    data = os.environ.get("VOXTREL_WHISPER_DATA")
     program = f"{programs}/speech_models"
-    if not data or not os.path.exists(program):
+    if not FOLDER or not os.path.exists(program):
         print("speech models: not measured, VOXTREL_WHISPER_DATA names no folder")
         return
-    spoken = {}
-    with open(f"{data}/speech/clips.tsv", encoding="utf-8") as table:
-        for line in list(table)[1:]:
-            name, language, seconds, text = line.split("\t")[:4]
-            spoken[name] = language, float(seconds), plain(text, language)
+    spoken = {clip.name: clip for clip in recordings()}
     for title, options in (("language set", ()), ("language found", ("auto",))):
         times = collections.Counter()
         wrong, words = collections.Counter(), collections.Counter()
-        for way, name, _, _, _, seconds, _, _, heard in run(program, data, *options):
+        for way, name, _, _, _, seconds, _, _, heard in run(program, *options):
             if name == "load":
                 continue
-            language, length, right = spoken[name]
-            kind = "long" if length >= LONG_SECONDS else "short"
+            clip = spoken[name]
+            right = plain_words(clip.text, clip.language)
+            kind = "long" if clip.seconds >= LONG_SECONDS else "short"
             times[way, kind] += float(seconds)
-            wrong[way, kind] += errors(plain(heard, language), right)
+            wrong[way, kind] += word_errors(plain_words(heard, clip.language), right)
             words[way, kind] += len(right)
         for kind in ("short", "long"):
             ratio = times["ours", kind] / times["library", kind]
@@ -79,7 +61,7 @@ def main(programs):
             rates = [100 * wrong[way, kind] / words[way, kind] for way in ("ours", "library")]
             print(f"{kind} speech, {title}, words wrong, ours and library: "
                   f"{rates[0]:.1f} % {rates[1]:.1f} %")
-    ours, library = (memory_of(program, data, way) for way in ("ours", "library"))
+    ours, library = (memory_of(program, way) for way in ("ours", "library"))
     print(f"memory, ours / library: {ours / library:.2f} ({ours} MB, {library} MB)")
 
 

@@ -23,22 +23,9 @@ struct StatusBarFixture : ::testing::Test {
   StatusBarFixture() { controller = StatusBarController::create(ports()); }
 
   StatusBarPorts ports() {
-    return {.process = {.bundle = desktop.bundle,
-                        .backgroundQueue = desktop.time,
-                        .childProcesses = desktop.launcher,
-                        .clock = desktop.time,
-                        .log = desktop.log,
-                        .mainLoop = desktop.time,
-                        .notifications = desktop.notifications},
-            .application = desktop.application,
-            .config = ConfigManager(home.path().string()),
-            .formWindows = desktop.forms,
-            .loginItem = desktop.loginItem,
-            .overlay = overlay,
-            .sleepWatch = desktop.sleep,
-            .statusItem = desktop.item,
-            .updater = desktop.updater,
-            .userDefaults = desktop.defaults};
+    Desktop ofHome = desktop.ports;
+    ofHome.homeDirectory = home.path().string();
+    return StatusBarPorts::of(ofHome, overlay);
   }
 
   /// The engine prints `text`, and the next tick shows what came of it.

@@ -29,25 +29,6 @@ NotificationCategory crashCategory() {
                        .foreground = true}}};
 }
 
-StatusBarPorts statusBarPorts(const Desktop& desktop, RecordingIndicator& overlay) {
-  return {.process = {.bundle = desktop.bundle,
-                      .backgroundQueue = desktop.backgroundQueue,
-                      .childProcesses = desktop.childProcesses,
-                      .clock = desktop.clock,
-                      .log = desktop.log,
-                      .mainLoop = desktop.mainLoop,
-                      .notifications = desktop.notifications},
-          .application = desktop.application,
-          .config = ConfigManager(desktop.homeDirectory),
-          .formWindows = desktop.formWindows,
-          .loginItem = desktop.loginItem,
-          .overlay = overlay,
-          .sleepWatch = desktop.sleepWatch,
-          .statusItem = desktop.statusItem,
-          .updater = desktop.updater,
-          .userDefaults = desktop.userDefaults};
-}
-
 }  // namespace
 
 AppDelegate::AppDelegate(const Desktop& desktop, RecordingIndicator& overlay)
@@ -137,7 +118,7 @@ void AppDelegate::pollAccessibility() {
 }
 
 void AppDelegate::openGate() {
-  statusBar_ = StatusBarController::create(statusBarPorts(desktop_, overlay_));
+  statusBar_ = StatusBarController::create(StatusBarPorts::of(desktop_, overlay_));
   crashNotificationDelegate_->processManager = statusBar_->processManager();
 }
 

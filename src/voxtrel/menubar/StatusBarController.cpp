@@ -9,6 +9,7 @@
 #include "voxtrel/forms/SettingsView.h"
 #include "voxtrel/menubar/StatusContent.h"
 #include "voxtrel/platform/Application.h"
+#include "voxtrel/platform/Desktop.h"
 #include "voxtrel/platform/RecordingIndicator.h"
 #include "voxtrel/platform/SleepWatch.h"
 
@@ -34,6 +35,25 @@ StatusBarController::StatusBarController(const StatusBarPorts& ports)
     : ports_(ports),
       logger_(ports.process.log, "ui"),
       processManager_(std::make_shared<ProcessManager>(ports.process)) {}
+
+StatusBarPorts StatusBarPorts::of(const Desktop& desktop, RecordingIndicator& overlay) {
+  return {.process = {.bundle = desktop.bundle,
+                      .backgroundQueue = desktop.backgroundQueue,
+                      .childProcesses = desktop.childProcesses,
+                      .clock = desktop.clock,
+                      .log = desktop.log,
+                      .mainLoop = desktop.mainLoop,
+                      .notifications = desktop.notifications},
+          .application = desktop.application,
+          .config = ConfigManager(desktop.homeDirectory),
+          .formWindows = desktop.formWindows,
+          .loginItem = desktop.loginItem,
+          .overlay = overlay,
+          .sleepWatch = desktop.sleepWatch,
+          .statusItem = desktop.statusItem,
+          .updater = desktop.updater,
+          .userDefaults = desktop.userDefaults};
+}
 
 std::shared_ptr<StatusBarController> StatusBarController::create(const StatusBarPorts& ports) {
   std::shared_ptr<StatusBarController> controller(new StatusBarController(ports));

@@ -16,6 +16,7 @@
 namespace voxtrel {
 
 class Application;
+struct Desktop;
 class LoginItem;
 class RecordingIndicator;
 class SleepWatch;
@@ -24,6 +25,8 @@ class UserDefaults;
 
 /// What the controller needs from outside; must outlive the controller.
 struct StatusBarPorts {
+  static StatusBarPorts of(const Desktop& desktop, RecordingIndicator& overlay);
+
   ProcessManagerPorts process;
   Application& application;
   ConfigManager config;

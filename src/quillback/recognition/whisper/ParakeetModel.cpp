@@ -4,13 +4,11 @@
 
 #include <algorithm>
 #include <array>
-#include <exception>
 #include <string_view>
 #include <utility>
 #include <vector>
 
 #include "quillback/ports/Microphone.h"
-#include "quillback/recognition/whisper/WeightsFile.h"
 #include "quillback/recognition/whisper/WhisperLibrary.h"
 
 namespace voxtrel::quillback {
@@ -49,18 +47,12 @@ ParakeetModel::ParakeetModel(RecogniserOptions options) : options_(std::move(opt
 ParakeetModel::~ParakeetModel() = default;
 
 LoadReport ParakeetModel::load() {
-  prepareLibrary();
-  if (auto checked = checkWeights(options_.weightsFile, options_.family); !checked) {
-    return {false, {checked.error()}};
-  }
-  // The library throws on what the check did not find, for example too little memory.
-  try {
+  const auto loaded = loadChecked(options_, [this] {
     model_.reset(parakeet_init_from_file_with_params(options_.weightsFile.c_str(),
                                                      parakeet_context_default_params()));
-  } catch (const std::exception&) {
-    model_.reset();
-  }
-  if (!model_) return {false, {"it is damaged, or there is too little memory"}};
+    return model_ != nullptr;
+  });
+  if (!loaded) return {false, {loaded.error()}};
   LoadReport report{true, {"Using Parakeet."}};
   for (std::string& line : unknownSettings(options_)) report.lines.push_back(std::move(line));
   return report;

@@ -9,6 +9,7 @@
 #include <atomic>
 #include <cctype>
 #include <chrono>
+#include <exception>
 #include <filesystem>
 #include <fstream>
 #include <memory>
@@ -22,6 +23,7 @@
 #include "quillback/recognition/speech/PiecewiseBackend.h"
 #include "quillback/recognition/whisper/ParakeetModel.h"
 #include "quillback/recognition/whisper/SileroDetector.h"
+#include "quillback/recognition/whisper/WeightsFile.h"
 #include "quillback/recognition/whisper/WhisperModel.h"
 
 namespace voxtrel::quillback {
@@ -30,6 +32,15 @@ namespace {
 namespace fs = std::filesystem;
 
 void discardLog(ggml_log_level /*level*/, const char* /*text*/, void* /*data*/) {}
+
+/// Silences the library and loads its code for this processor, where that is kept in modules apart.
+void prepareLibrary() {
+  whisper_log_set(discardLog, nullptr);
+  parakeet_log_set(discardLog, nullptr);
+  const char* const modules = QUILLBACK_GGML_MODULES;
+  // The library's own search would look into the current folder, where anybody may put a module.
+  if (*modules != '\0' && ggml_backend_dev_count() == 0) ggml_backend_load_all_from_path(modules);
+}
 
 std::optional<int> readNumber(const fs::path& file) {
   std::ifstream input(file);
@@ -134,12 +145,22 @@ bool isFlagSet(void* flag) {
   return static_cast<const std::atomic<bool>*>(flag)->load();
 }
 
-void prepareLibrary() {
-  whisper_log_set(discardLog, nullptr);
-  parakeet_log_set(discardLog, nullptr);
-  const char* const modules = QUILLBACK_GGML_MODULES;
-  // The library's own search would look into the current folder, where anybody may put a module.
-  if (*modules != '\0' && ggml_backend_dev_count() == 0) ggml_backend_load_all_from_path(modules);
+tl::expected<void, std::string> loadChecked(const RecogniserOptions& options,
+                                            const std::function<bool()>& load) {
+  prepareLibrary();
+  // The library throws on what the check does not find, for example too little memory.
+  const auto isLoaded = [&load] {
+    try {
+      return load();
+    } catch (const std::exception&) {
+      return false;
+    }
+  };
+  return checkWeights(options.weightsFile, options.family).and_then([&] {
+    if (isLoaded()) return tl::expected<void, std::string>();
+    return tl::expected<void, std::string>(tl::unexpect,
+                                           "it is damaged, or there is too little memory");
+  });
 }
 
 bool isWhisperBuiltIn() {

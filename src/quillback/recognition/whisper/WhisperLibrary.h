@@ -1,5 +1,12 @@
 #pragma once
 
+#include <functional>
+#include <string>
+
+#include <tl/expected.hpp>
+
+#include "quillback/recognition/Whisper.h"
+
 namespace voxtrel::quillback {
 
 /// Where the kernel describes the processors.
@@ -9,10 +16,12 @@ inline constexpr const char* kCpuFolder = "/sys/devices/system/cpu";
 /// core count once. Without a description the system's count of processors; at least 1.
 int physicalCores(const char* cpuFolder);
 
-/// Silences the library and loads its code for this processor, where that is kept in modules apart. To be
-/// called before any weights are loaded.
+/// Prepares the library, walks through the weights and calls `load`, which says whether the library has them
+/// in memory.
 /// Thread: one.
-void prepareLibrary();
+/// Fails by: half a sentence that says why the weights cannot be used.
+tl::expected<void, std::string> loadChecked(const RecogniserOptions& options,
+                                            const std::function<bool()>& load);
 
 /// For the library's abort callbacks: whether `flag`, a `std::atomic<bool>`, is set.
 bool isFlagSet(void* flag);

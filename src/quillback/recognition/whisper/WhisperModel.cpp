@@ -3,11 +3,9 @@
 #include <whisper.h>
 
 #include <algorithm>
-#include <exception>
 #include <utility>
 
 #include "quillback/ports/Microphone.h"
-#include "quillback/recognition/whisper/WeightsFile.h"
 #include "quillback/recognition/whisper/WhisperLibrary.h"
 
 namespace voxtrel::quillback {
@@ -40,19 +38,13 @@ WhisperModel::WhisperModel(RecogniserOptions options) : options_(std::move(optio
 WhisperModel::~WhisperModel() = default;
 
 LoadReport WhisperModel::load() {
-  prepareLibrary();
-  if (auto checked = checkWeights(options_.weightsFile, options_.family); !checked) {
-    return {false, {checked.error()}};
-  }
-  // The library throws on what the check did not find, for example too little memory.
-  try {
+  const auto loaded = loadChecked(options_, [this] {
     whisper_context_params parameters = whisper_context_default_params();
     parameters.flash_attn = true;
     model_.reset(whisper_init_from_file_with_params(options_.weightsFile.c_str(), parameters));
-  } catch (const std::exception&) {
-    model_.reset();
-  }
-  if (!model_) return {false, {"it is damaged, or there is too little memory"}};
+    return model_ != nullptr;
+  });
+  if (!loaded) return {false, {loaded.error()}};
   LoadReport report{true, {"Using Whisper."}};
   if (options_.language != "auto" && !knows(options_.language)) {
     options_.language = "auto";

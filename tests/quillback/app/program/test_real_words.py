@@ -2,158 +2,24 @@
 VOXTREL_WHISPER_DATA names; without it nothing is tried, which the exit status says."""
 
 import array
-import csv
-import hashlib
 import itertools
 import json
 import os
-import pathlib
-import re
-import resource
 import shutil
 import signal
 import stat
 import subprocess
-import tempfile
 import threading
 import unittest
-import wave
 
-from engine_program import EXECUTABLE, EngineProgram, bare_environment, die_with_parent
+from engine_program import EXECUTABLE, EngineProgram, die_with_parent
 from harness.polling import eventually, stays
-
-DATA = pathlib.Path(os.environ.get("VOXTREL_WHISPER_DATA") or "/nonexistent")
-WEIGHTS = DATA / "ggml-base.bin"
-RATE_HZ = 16000
-STORE = ".local/share/quillback/weights/whisper-base"
-FALLBACK = "From now on the embedded English recogniser is used."
+from harness.recordings import (RATE_HZ, plain_words, recordings, word_error_rate, word_errors,
+                                write_wav)
+from real_model import RealModelCase, children_of, peak_kilobytes
 
 
-def recordings(language=None):
-    """Name, seconds and text of each recording, the shortest first."""
-    with open(DATA / "speech/clips.tsv", encoding="utf-8") as file:
-        rows = [(row[0], float(row[2]), row[3]) for row in csv.reader(file, delimiter="\t",
-                                                                      quoting=csv.QUOTE_NONE)
-                if (DATA / f"speech/{row[0]}.wav").is_file() and language in (None, row[1])]
-    return sorted(rows, key=lambda row: row[1])
-
-
-def samples_of(name):
-    """Of 16 bits, at RATE_HZ."""
-    with wave.open(str(DATA / f"speech/{name}.wav")) as file:
-        assert (file.getframerate(), file.getnchannels(), file.getsampwidth()) == (RATE_HZ, 1, 2)
-        return array.array("h", file.readframes(file.getnframes()))
-
-
-def write_wav(path, samples):
-    """The counterpart."""
-    with wave.open(str(path), "wb") as file:
-        file.setnchannels(1)
-        file.setsampwidth(2)
-        file.setframerate(RATE_HZ)
-        file.writeframes(samples.tobytes())
-
-
-def plain_words(text):
-    """In lower case, without punctuation."""
-    return re.sub(r"[^\w']+", " ", text.lower()).split()
-
-
-def word_errors(heard, truth):
-    """How many words must be changed, added or left out."""
-    row = list(range(len(heard) + 1))
-    for i, right in enumerate(truth, 1):
-        before, row[0] = row[0], i
-        for j, word in enumerate(heard, 1):
-            before, row[j] = row[j], min(row[j] + 1, row[j - 1] + 1, before + (right != word))
-    return row[-1]
-
-
-def children_of(pid):
-    """The ids of the process's children, which any of its threads may have started."""
-    found = []
-    for path in pathlib.Path(f"/proc/{pid}/task").glob("*/children"):
-        try:
-            found += [int(word) for word in path.read_text().split()]
-        except OSError:
-            pass  # the thread has ended
-    return found
-
-
-def peak_kilobytes(pid):
-    """The most memory that the process has used; 0 if it has ended."""
-    try:
-        status = pathlib.Path(f"/proc/{pid}/status").read_text()
-    except OSError:
-        return 0
-    found = re.search(r"VmHWM:\s*(\d+) kB", status)
-    return int(found.group(1)) if found else 0
-
-
-@unittest.skipUnless(WEIGHTS.is_file(), "VOXTREL_WHISPER_DATA names no folder with ggml-base.bin")
-class Case(unittest.TestCase):
-    """A home with the model, made by setup once for all tests."""
-
-    @classmethod
-    def setUpClass(cls):
-        folder = tempfile.TemporaryDirectory(prefix="quillback-model-")
-        cls.addClassCleanup(folder.cleanup)
-        cls.model_home = pathlib.Path(folder.name)
-        for words in (["setup", "--model", "base", "--file", str(WEIGHTS)], ["use", "base"]):
-            done = subprocess.run([EXECUTABLE, *words], env=bare_environment(folder.name), text=True,
-                                  capture_output=True, check=False, timeout=60)
-            assert done.returncode == 0, done
-
-    def setUp(self):
-        folder = tempfile.TemporaryDirectory(prefix="quillback-test-")
-        self.addCleanup(folder.cleanup)
-        self.home = pathlib.Path(folder.name)
-        # The weights are shared until a test damages them.
-        shutil.copytree(self.model_home, self.home, copy_function=os.link, dirs_exist_ok=True)
-        self.store = self.home / STORE
-        self.weights = self.store / "ggml-base.bin"
-        self.environment = {**bare_environment(str(self.home)),
-                            "XDG_RUNTIME_DIR": str(self.home / "run")}
-
-    def settings(self, text):
-        """The settings' text, after the choice of the model."""
-        path = self.home / ".config/quillback/config.toml"
-        path.unlink()
-        path.write_text('[engine]\nmodel = "base"\n' + text, encoding="utf-8")
-
-    def run_program(self, *words, **options):
-        """Runs a command until it ends."""
-        return subprocess.run([EXECUTABLE, *words], env=self.environment, text=True,
-                              capture_output=True, check=False, timeout=300, **options)
-
-    def transcribe(self, name, **options):
-        """The run that prints the words of a recording."""
-        return self.run_program("transcribe", str(DATA / f"speech/{name}.wav"), **options)
-
-    def own_weights(self):
-        """A copy of the weights, for a test that damages them."""
-        self.weights.unlink()
-        shutil.copyfile(WEIGHTS, self.weights)
-        self.weights.chmod(0o644)
-
-    def keep(self, names):
-        """Recordings as an engine that crashed leaves them."""
-        folder = self.home / "run/quillback"
-        folder.mkdir(parents=True)
-        for number, name in enumerate(names, 1):
-            shutil.copyfile(DATA / f"speech/{name}.wav", folder / f"take-{number}.wav")
-        return folder
-
-    def note_size(self):
-        """Lets the manifest agree with the file's size, so that only its content is wrong."""
-        path = self.store / "manifest.json"
-        manifest = json.loads(path.read_text())
-        manifest["files"][0]["size"] = self.weights.stat().st_size
-        path.unlink()
-        path.write_text(json.dumps(manifest))
-
-
-class Words(Case):
+class Words(RealModelCase):
     """What is printed."""
 
     def test_transcribe_prints_the_words_and_only_them(self):
@@ -185,81 +51,18 @@ class Words(Case):
         self.assertTrue(shown["runs_on"].startswith("whisper.cpp "))
 
 
-class Damage(Case):
-    """Weights that are not as they were: one line, and the embedded recogniser works meanwhile."""
-
-    def falls_back(self, line, **options):
-        """Checks the words of the embedded recogniser and the one line about the model."""
-        done = self.transcribe("en_goforward", **options)
-        self.assertEqual(done.returncode, 0, done)
-        self.assertIn("forward", done.stdout.lower())
-        errors = [text for text in done.stderr.splitlines() if "ERROR" in text]
-        self.assertEqual(len(errors), 1, done.stderr)
-        self.assertRegex(errors[0], line)
-        self.assertIn('"quillback setup --model base"', done.stderr)
-
-    def test_cut(self):
-        self.own_weights()
-        os.truncate(self.weights, 100_000_000)
-        self.falls_back("The weights of base are damaged")
-        self.note_size()
-        self.falls_back(f"within its weights.*{FALLBACK}")
-
-    def test_flipped_bits_in_the_header(self):
-        for place in (4, 12, 40):
-            self.own_weights()
-            with open(self.weights, "r+b") as file:
-                file.seek(place)
-                byte = file.read(1)[0]
-                file.seek(place)
-                file.write(bytes([byte ^ 0x40]))
-            self.falls_back(FALLBACK)
-
-    def test_the_voice_detection_in_the_models_place(self):
-        self.weights.unlink()
-        shutil.copyfile(self.store / "ggml-silero-v6.2.0.bin", self.weights)
-        self.falls_back("The weights of base are damaged")
-        self.note_size()
-        self.falls_back("no model of Whisper")
-
-    def test_gone(self):
-        self.weights.unlink()
-        self.falls_back("The weights of base are damaged")
-
-    def test_too_little_memory(self):
-        enough_for_the_embedded_one = 300 << 20
-        self.falls_back(FALLBACK, preexec_fn=lambda: resource.setrlimit(
-            resource.RLIMIT_AS, (enough_for_the_embedded_one,) * 2))
-
-    def test_a_missing_voice_detection_is_named_and_words_are_heard(self):
-        (self.store / "ggml-silero-v6.2.0.bin").unlink()
-        done = self.transcribe("en_goforward")
-        self.assertEqual(done.returncode, 0)
-        self.assertIn("voice detection is missing", done.stderr)
-        self.assertIn("forward", done.stdout.lower())
-
-    def test_setup_mends_it(self):
-        self.own_weights()
-        os.truncate(self.weights, 1000)
-        done = self.run_program("setup", "--model", "base", "--file", str(WEIGHTS))
-        self.assertEqual(done.returncode, 0, done.stdout)
-        self.assertEqual(hashlib.sha256(self.weights.read_bytes()).digest(),
-                         hashlib.sha256(WEIGHTS.read_bytes()).digest())
-
-
-class Kept(Case):
+class Kept(RealModelCase):
     """`retry` with the recordings that an engine has left."""
 
     def test_eight_takes_give_their_words_in_order(self):
-        clips = [clip for clip in recordings("en") if clip[1] >= 1.5][:8]
-        folder = self.keep([name for name, _, _ in reversed(clips)])
+        clips = [clip for clip in recordings("en") if clip.seconds >= 1.5][7::-1]
+        folder = self.keep([clip.name for clip in clips])
         done = self.run_program("retry")
         self.assertEqual(done.returncode, 0, done)
         lines = done.stdout.splitlines()
         self.assertEqual(len(lines), 8, lines)
-        for line, (name, _, text) in zip(lines, reversed(clips)):
-            truth = plain_words(text)
-            self.assertLessEqual(word_errors(plain_words(line), truth), len(truth) / 3, (name, line))
+        for line, clip in zip(lines, clips):
+            self.assertLessEqual(word_error_rate(line, clip.text), 1 / 3, (clip.name, line))
         self.assertEqual(list(folder.iterdir()), [])
 
     def test_a_killed_recogniser_costs_no_word(self):
@@ -278,7 +81,7 @@ class Kept(Case):
         self.assertEqual(list(folder.iterdir()), [])
 
 
-class FiveMinutes(Case):
+class FiveMinutes(RealModelCase):
     """Speech for as long as a take may be."""
 
     # Measured: 350 MB. The model's own figure is 390 MB.
@@ -309,16 +112,16 @@ class FiveMinutes(Case):
 
     def test_no_word_is_lost_or_doubled_and_the_memory_is_bounded(self):
         self.settings('[model]\nlanguage = "en"\n')
-        clips = [clip for clip in recordings("en") if clip[1] >= 2.5]
-        self.keep([name for name, _, _ in clips])
+        clips = [clip for clip in recordings("en") if clip.seconds >= 2.5]
+        self.keep([clip.name for clip in clips])
         single = self.run_program("retry").stdout.splitlines()
         self.assertEqual(len(single), len(clips))
-        truths = [plain_words(text) for _, _, text in clips]
+        truths = [plain_words(clip.text) for clip in clips]
         alone = [word_errors(plain_words(line), words) for line, words in zip(single, truths)]
         pause = array.array("h", bytes(RATE_HZ))  # half a second
         speech, truth, errors = array.array("h"), [], 0
-        for (name, _, _), words, wrong in itertools.cycle(zip(clips, truths, alone)):
-            speech += samples_of(name) + pause
+        for clip, words, wrong in itertools.cycle(zip(clips, truths, alone)):
+            speech += clip.samples() + pause
             truth += words
             errors += wrong
             if len(speech) >= 300 * RATE_HZ:
@@ -335,7 +138,7 @@ class FiveMinutes(Case):
         self.assertLess(peak, self.MOST_KILOBYTES)
 
 
-class Advice(Case):
+class Advice(RealModelCase):
     """The model of the application's window, where it is too slow for this machine."""
 
     def setUp(self):

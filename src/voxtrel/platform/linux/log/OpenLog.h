@@ -12,36 +12,35 @@ namespace voxtrel {
 /// The log of this run: the journal if standard error goes there, else standard error.
 std::unique_ptr<Log> openLog();
 
-/// Writes to the system's journal.
-/// Thread: any.  Fails by: losing the message.
-class JournalLog final : public Log {
+/// A log that keeps what it was asked to keep.
+/// Thread: any.
+class ChosenLog : public Log {
  public:
-  explicit JournalLog(LogLevel lowest, bool keepsWords = false)
+  explicit ChosenLog(LogLevel lowest, bool keepsWords = false)
       : lowest_(lowest), keepsWords_(keepsWords) {}
 
   bool isEnabled(LogLevel level) const override { return level >= lowest_; }
   bool keepsWords() const override { return keepsWords_; }
-  void write(LogLevel level, std::string_view category, std::string_view message) override;
 
  private:
   const LogLevel lowest_;
   const bool keepsWords_;
 };
 
+/// Writes to the system's journal.
+/// Thread: any.  Fails by: losing the message.
+class JournalLog final : public ChosenLog {
+ public:
+  using ChosenLog::ChosenLog;
+  void write(LogLevel level, std::string_view category, std::string_view message) override;
+};
+
 /// Writes lines to standard error, each in one call so that those of several threads do not mix.
 /// Thread: any.  Fails by: losing the message.
-class StandardErrorLog final : public Log {
+class StandardErrorLog final : public ChosenLog {
  public:
-  explicit StandardErrorLog(LogLevel lowest, bool keepsWords = false)
-      : lowest_(lowest), keepsWords_(keepsWords) {}
-
-  bool isEnabled(LogLevel level) const override { return level >= lowest_; }
-  bool keepsWords() const override { return keepsWords_; }
+  using ChosenLog::ChosenLog;
   void write(LogLevel level, std::string_view category, std::string_view message) override;
-
- private:
-  const LogLevel lowest_;
-  const bool keepsWords_;
 };
 
 /// What the environment variable VOXTREL_LOG asks for.
