@@ -6,7 +6,7 @@
 
 namespace voxtrel::quillback {
 
-std::optional<PieceCutter::Piece> PieceCutter::add(float probability) {
+std::optional<std::vector<float>> PieceCutter::add(float probability) {
   probabilities_.push_back(probability);
   silentFrames_ = probability < VoiceDetector::kSpeech ? silentFrames_ + 1 : 0;
   const std::size_t count = probabilities_.size();
@@ -22,35 +22,40 @@ void PieceCutter::reset() {
   silentFrames_ = 0;
 }
 
-bool PieceCutter::hasSpeech(std::span<const float> probabilities) {
+bool PieceCutter::hasSpeech(Frames frames) {
   std::size_t run = 0;
-  for (const float probability : probabilities) {
+  for (const float probability : frames) {
     run = probability < VoiceDetector::kSpeech ? 0 : run + 1;
     if (run >= kMinSpeechFrames) return true;
   }
   return false;
 }
 
-PieceCutter::Piece PieceCutter::judge(std::span<const float> probabilities) {
-  Piece piece{probabilities.size(), hasSpeech(probabilities)};
-  std::size_t lastVoiced = 0;
-  std::size_t longest = 0;
-  for (std::size_t at = 0; at < probabilities.size(); ++at) {
-    if (probabilities[at] < VoiceDetector::kSpeech) continue;
-    if (piece.voicedFrames > 0 && at - lastVoiced - 1 > longest) {
-      longest = at - lastVoiced - 1;
-      piece.split = lastVoiced + 1 + longest / 2;
-    }
-    lastVoiced = at;
-    ++piece.voicedFrames;
-  }
-  return piece;
+std::size_t PieceCutter::voicedFrames(Frames frames) {
+  return static_cast<std::size_t>(std::ranges::count_if(
+      frames, [](float probability) { return probability >= VoiceDetector::kSpeech; }));
 }
 
-PieceCutter::Piece PieceCutter::cutAfter(std::size_t count) {
-  const Piece piece = judge(std::span<const float>(probabilities_).first(count));
-  probabilities_.erase(probabilities_.begin(),
-                       std::next(probabilities_.begin(), static_cast<std::ptrdiff_t>(count)));
+std::size_t PieceCutter::longestPause(Frames frames) {
+  std::optional<std::size_t> lastVoiced;
+  std::size_t longest = 0;
+  std::size_t middle = 0;
+  for (std::size_t at = 0; at < frames.size(); ++at) {
+    if (frames[at] < VoiceDetector::kSpeech) continue;
+    const std::size_t pause = lastVoiced ? at - *lastVoiced - 1 : 0;
+    if (pause > longest) {
+      longest = pause;
+      middle = at - (pause + 1) / 2;
+    }
+    lastVoiced = at;
+  }
+  return middle;
+}
+
+std::vector<float> PieceCutter::cutAfter(std::size_t count) {
+  const auto end = std::next(probabilities_.begin(), static_cast<std::ptrdiff_t>(count));
+  std::vector<float> piece(probabilities_.begin(), end);
+  probabilities_.erase(probabilities_.begin(), end);
   silentFrames_ = std::min(silentFrames_, probabilities_.size());
   return piece;
 }

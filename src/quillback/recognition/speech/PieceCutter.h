@@ -29,26 +29,25 @@ class PieceCutter {
   /// No piece is longer than `maxFrames`; without a pause it is cut where speech is least probable.
   explicit PieceCutter(std::size_t maxFrames) : maxFrames_(maxFrames) {}
 
-  struct Piece {
-    std::size_t frames = 0;  ///< from the end of the piece before
-    bool hasSpeech = false;
-    std::size_t voicedFrames = 0;  ///< that are probably speech
-    std::size_t split = 0;  ///< a frame within the longest pause between words; 0: there is none
-  };
+  /// Each frame's probability of speech.
+  using Frames = std::span<const float>;
 
-  /// Takes the next frame. Returns the piece that ends within the frames taken, if one does; the rest
-  /// begins the next piece.
-  std::optional<Piece> add(float probability);
+  /// Takes the next frame. Returns the frames of the piece that ends within those taken, if one does; the
+  /// rest begins the next piece.
+  std::optional<std::vector<float>> add(float probability);
   /// Starts with no frames.
   void reset();
   /// All frames of the piece that has not ended.
-  [[nodiscard]] Piece rest() const { return judge(probabilities_); }
-  /// Whether frames with these probabilities hold speech.
-  static bool hasSpeech(std::span<const float> probabilities);
+  [[nodiscard]] Frames rest() const { return probabilities_; }
+  /// Whether there is more than a click.
+  static bool hasSpeech(Frames frames);
+  /// How many frames are probably speech.
+  static std::size_t voicedFrames(Frames frames);
+  /// A frame in the middle of the longest pause between speech; 0: there is none.
+  static std::size_t longestPause(Frames frames);
 
  private:
-  static Piece judge(std::span<const float> probabilities);
-  Piece cutAfter(std::size_t count);
+  std::vector<float> cutAfter(std::size_t count);
   [[nodiscard]] std::size_t leastProbable() const;
 
   const std::size_t maxFrames_;

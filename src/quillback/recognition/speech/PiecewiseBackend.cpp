@@ -63,14 +63,24 @@ bool isInParentheses(std::string_view text) {
          (text.starts_with("\uFF08") && text.ends_with("\uFF09"));
 }
 
-/// Whether the model has probably left out a sentence, as Whisper may do at a change of voice. People say 3
-/// to 6 tokens a second.
-bool saysTooLittle(const Heard& heard, const PieceCutter::Piece& piece) {
-  constexpr double kTokensPerSecond = 2.2;
-  constexpr std::size_t kLongEnough = speechFrames(6);
-  const double seconds = static_cast<double>(piece.voicedFrames * kFrame) / kSampleRateHz;
-  return piece.split > 0 && piece.voicedFrames >= kLongEnough && !heard.hasFailed &&
-         !heard.wasCut && static_cast<double>(heard.tokens) < kTokensPerSecond * seconds;
+/// Whether the model has probably left out a sentence. People say 3 to 6 tokens a second.
+bool saysTooLittle(const Heard& heard, PieceCutter::Frames frames) {
+  constexpr double kTokensPerSecond = 2.5;
+  constexpr std::size_t kLongEnough = speechFrames(5);
+  const std::size_t voiced = PieceCutter::voicedFrames(frames);
+  const double seconds = static_cast<double>(voiced * kFrame) / kSampleRateHz;
+  return voiced >= kLongEnough && !heard.hasFailed && !heard.wasCut &&
+         static_cast<double>(heard.tokens) < kTokensPerSecond * seconds;
+}
+
+Heard joined(Heard first, const Heard& second) {
+  first.text += second.text;
+  first.tokens += second.tokens;
+  first.encode += second.encode;
+  first.decode += second.decode;
+  first.wasCut = first.wasCut || second.wasCut;
+  first.hasFailed = first.hasFailed || second.hasFailed;
+  return first;
 }
 
 float peakOf(std::span<const float> samples) {
@@ -118,7 +128,8 @@ void PiecewiseBackend::feed(std::span<const std::int16_t> samples) {
 }
 
 Transcription PiecewiseBackend::finish() {
-  if (!samples_.empty()) endPiece(cutter_.rest(), samples_.size());
+  const PieceCutter::Frames rest = cutter_.rest();
+  if (!samples_.empty()) endPiece({rest.begin(), rest.end()}, samples_.size());
   // A model that hears nothing may say the same in every piece.
   CutText kept = cutRepetition(trimmedOneLine(result_.text));
   if (kept.wasCut) report(kRepetitionLine);
@@ -136,16 +147,16 @@ void PiecewiseBackend::addFrame() {
   judgedSamples_ += kFrame;
   peak_ = std::max(peak_, peakOf(frame));
   const auto piece = cutter_.add(detector_->probability(amplified(frame, gainFor(peak_))));
-  if (piece) endPiece(*piece, piece->frames * kFrame);
+  if (piece) endPiece(*piece, piece->size() * kFrame);
 }
 
 /// Recognises the first samples, which are a piece, and forgets them.
-void PiecewiseBackend::endPiece(const PieceCutter::Piece& piece, std::size_t count) {
+void PiecewiseBackend::endPiece(const std::vector<float>& frames, std::size_t count) {
   const auto end = std::next(samples_.begin(), static_cast<std::ptrdiff_t>(count));
   const std::vector<float> samples(samples_.begin(), end);
   samples_.erase(samples_.begin(), end);
   judgedSamples_ -= std::min(judgedSamples_, count);
-  if (piece.hasSpeech || hasQuietSpeech(samples)) recognise(samples, piece);
+  if (PieceCutter::hasSpeech(frames) || hasQuietSpeech(samples)) recognise(samples, frames);
 }
 
 /// Judges the piece again, at the level that only its whole tells.
@@ -161,12 +172,8 @@ bool PiecewiseBackend::hasQuietSpeech(std::span<const float> samples) {
   return PieceCutter::hasSpeech(probabilities);
 }
 
-void PiecewiseBackend::recognise(std::span<const float> samples, const PieceCutter::Piece& piece) {
-  Heard heard = model_->recognise(samples, *isDropped_);
-  if (saysTooLittle(heard, piece) && !*isDropped_) {
-    Heard parts = recogniseParts(samples, piece.split * kFrame);
-    if (parts.tokens > heard.tokens) heard = std::move(parts);
-  }
+void PiecewiseBackend::recognise(std::span<const float> samples, PieceCutter::Frames frames) {
+  const Heard heard = recogniseAll(samples, frames);
   if (*isDropped_) return;
   const CutText kept = cutRepetition(withoutRemarks(heard.text));
   result_.text += kept.text;
@@ -176,16 +183,17 @@ void PiecewiseBackend::recognise(std::span<const float> samples, const PieceCutt
   if (heard.hasFailed) report(kFailureLine);
 }
 
-Heard PiecewiseBackend::recogniseParts(std::span<const float> samples, std::size_t split) {
-  Heard heard = model_->recognise(samples.first(split), *isDropped_);
-  const Heard second = model_->recognise(samples.subspan(split), *isDropped_);
-  heard.text += second.text;
-  heard.tokens += second.tokens;
-  heard.encode += second.encode;
-  heard.decode += second.decode;
-  heard.wasCut = heard.wasCut || second.wasCut;
-  heard.hasFailed = heard.hasFailed || second.hasFailed;
-  return heard;
+/// Where a voice changes, Whisper may end too early and leave out all that follows or all before. Then the
+/// parts before and behind the longest pause are recognised, and so on.
+Heard PiecewiseBackend::recogniseAll(std::span<const float> samples, PieceCutter::Frames frames) {
+  Heard whole = model_->recognise(samples, *isDropped_);
+  const std::size_t split = PieceCutter::longestPause(frames);
+  if (*isDropped_ || split == 0 || !saysTooLittle(whole, frames)) return whole;
+  const Heard first = recogniseAll(samples.first(split * kFrame), frames.first(split));
+  const Heard second = recogniseAll(samples.subspan(split * kFrame), frames.subspan(split));
+  // A model that says the same of both does not hear either.
+  const bool saysMore = first.tokens + second.tokens > whole.tokens && first.text != second.text;
+  return saysMore ? joined(first, second) : whole;
 }
 
 float LoudnessDetector::probability(std::span<const float> frame) {

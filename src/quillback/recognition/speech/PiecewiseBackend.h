@@ -31,10 +31,10 @@ class PiecewiseBackend final : public RecogniserBackend {
 
  private:
   void addFrame();
-  void endPiece(const PieceCutter::Piece& piece, std::size_t count);
+  void endPiece(const std::vector<float>& frames, std::size_t count);
   [[nodiscard]] bool hasQuietSpeech(std::span<const float> samples);
-  void recognise(std::span<const float> samples, const PieceCutter::Piece& piece);
-  [[nodiscard]] Heard recogniseParts(std::span<const float> samples, std::size_t split);
+  void recognise(std::span<const float> samples, PieceCutter::Frames frames);
+  Heard recogniseAll(std::span<const float> samples, PieceCutter::Frames frames);
   void report(std::string_view line);
 
   const std::unique_ptr<SpeechModel> model_;

@@ -132,9 +132,7 @@ class FiveMinutes(RealModelCase):
         rate, alone_rate = word_errors(heard, truth) / len(truth), errors / len(truth)
         print(f"{len(speech) / RATE_HZ:.0f} s: {rate:.3f} of the words are wrong, {alone_rate:.3f} one "
               f"by one; {peak} kB at most")
-        # At a change of voice within a piece Whisper may leave out a sentence, and a second look at the
-        # piece's parts finds not all of them. One voice, as in a dictation, is nearer to the clips.
-        self.assertLessEqual(rate, alone_rate + 0.15, words)
+        self.assertLessEqual(rate, alone_rate + 0.05, words)
         self.assertLess(peak, self.MOST_KILOBYTES)
 
 

@@ -134,29 +134,52 @@ TEST_F(PiecewiseBackendTest, UtterancesDoNotAffectEachOther) {
   EXPECT_EQ(model.pieces[0].size(), 16'000U);
 }
 
-TEST_F(PiecewiseBackendTest, APieceWithTooFewWordsIsRecognisedAgainInTwoParts) {
-  model.answer = [this] {
-    return Heard{.text = " word", .tokens = model.pieces.size() == 1 ? 9U : 12U};
-  };
-  speak(5, kLoud);
-  speak(0.3, 0);
-  speak(5, kLoud);
-  EXPECT_EQ(backend.finish().text, "word word");
+struct TooFewWordsTest : PiecewiseBackendTest {
+  /// Speech of 10 s with a pause in its middle; the model says these, one after the other.
+  std::string heardOf(std::vector<Heard> answers) {
+    model.answer = [this, answers = std::move(answers)] {
+      return answers.at(model.pieces.size() - 1);
+    };
+    speak(5, kLoud);
+    speak(0.3, 0);
+    speak(5, kLoud);
+    return backend.finish().text;
+  }
+};
+
+TEST_F(TooFewWordsTest, ThePartsBeforeAndBehindTheLongestPauseAreRecognised) {
+  EXPECT_EQ(heardOf({{.text = " few", .tokens = 9},
+                     {.text = " one part", .tokens = 20},
+                     {.text = " and another", .tokens = 20}}),
+            "one part and another");
   ASSERT_THAT(model.pieces, SizeIs(3));
   EXPECT_EQ(model.pieces[1].size() + model.pieces[2].size(), model.pieces[0].size());
   EXPECT_NEAR(static_cast<double>(model.pieces[1].size()), 5.15 * kSampleRateHz, 1000);
 }
 
-TEST_F(PiecewiseBackendTest, TheWholeCountsWhereItsPartsSayNoMore) {
-  model.answer = [] { return Heard{.text = " word", .tokens = 2}; };
-  speak(5, kLoud);
-  speak(0.3, 0);
-  speak(5, kLoud);
-  model.answer = [this] {
-    return Heard{.text = model.pieces.size() == 1 ? " whole" : " part",
-                 .tokens = model.pieces.size() == 1 ? 9U : 2U};
-  };
-  EXPECT_EQ(backend.finish().text, "whole");
+TEST_F(TooFewWordsTest, TheWholeCountsWhereItsPartsSayNoMore) {
+  EXPECT_EQ(heardOf({{.text = " whole", .tokens = 9},
+                     {.text = " one part", .tokens = 4},
+                     {.text = " and another", .tokens = 5}}),
+            "whole");
+}
+
+TEST_F(TooFewWordsTest, TheWholeCountsWhereTheModelSaysTheSameOfBothParts) {
+  EXPECT_EQ(heardOf({{.text = " Thank you.", .tokens = 9},
+                     {.text = " Thank you.", .tokens = 9},
+                     {.text = " Thank you.", .tokens = 9}}),
+            "Thank you.");
+}
+
+TEST_F(TooFewWordsTest, EnoughWordsAreRecognisedOnce) {
+  EXPECT_EQ(heardOf({{.text = " enough", .tokens = 30}}), "enough");
+}
+
+TEST_F(TooFewWordsTest, SpeechWithoutAPauseIsRecognisedOnce) {
+  model.answer = [] { return Heard{.text = " few", .tokens = 9}; };
+  speak(10, kLoud);
+  EXPECT_EQ(backend.finish().text, "few");
+  EXPECT_THAT(model.pieces, SizeIs(1));
 }
 
 TEST_F(PiecewiseBackendTest, ARepetitionIsReportedAndRemarksAreLeftOut) {
