@@ -97,16 +97,23 @@ struct FakeRecogniser final : Recogniser {
 /// Keeps the texts, and the lines that were printed before each.
 struct FakeTextSink final : TextSink {
   explicit FakeTextSink(const FakeOutput& printed) : output(printed) {}
-  void insert(const std::string& text) override {
+  void insert(const std::string& text, OnInserted onInserted) override {
     if (onInsert) onInsert();
     texts.push_back(text);
     linesBefore.push_back(output.lines);
+    if (isSlow) {
+      waiting.push_back(std::move(onInserted));
+    } else {
+      onInserted();
+    }
   }
 
   const FakeOutput& output;
   std::vector<std::string> texts;
   std::vector<std::vector<std::string>> linesBefore;
   std::function<void()> onInsert;
+  bool isSlow = false;  ///< the insertions end by `waiting`
+  std::vector<OnInserted> waiting;
 };
 
 /// Keeps the recordings, and what became of each.

@@ -187,8 +187,14 @@ void Dictation::recognised(const Handle& take, const Transcription& result) {
     if (takes_.empty()) output_.print(timingLine(result.encode, result.decode));
   }
   showState();
-  if (!text.empty()) sink_.insert(text);
-  if (take->kept) text.empty() ? take->kept->gaveNoWords() : take->kept->delivered();
+  const std::shared_ptr kept = std::move(take->kept);
+  if (!text.empty()) {
+    sink_.insert(text, [kept] {
+      if (kept) kept->delivered();
+    });
+  } else if (kept) {
+    kept->gaveNoWords();
+  }
   advanceFirstTake();
 }
 

@@ -12,7 +12,7 @@ namespace {
 /// Thread: the loop's.
 class NoInsertion final : public TextSink {
  public:
-  void insert(const std::string& /*text*/) override {}
+  void insert(const std::string& /*text*/, OnInserted onInserted) override { onInserted(); }
 };
 
 /// Copies each dictation and shows a notification that says so.
@@ -22,9 +22,10 @@ class CopiedText final : public TextSink {
   CopiedText(TextSinks::Copy copy, DesktopPrograms& programs)
       : copy_(std::move(copy)), programs_(programs) {}
 
-  void insert(const std::string& text) override {
+  void insert(const std::string& text, OnInserted onInserted) override {
     copy_(text);
     programs_.notify("Copied: paste it where you want it", text);
+    onInserted();
   }
 
  private:
@@ -38,7 +39,9 @@ class TypedText final : public TextSink {
  public:
   explicit TypedText(std::unique_ptr<XTestTyper> typer) : typer_(std::move(typer)) {}
 
-  void insert(const std::string& text) override { typer_->type(text); }
+  void insert(const std::string& text, OnInserted onInserted) override {
+    typer_->type(text, std::move(onInserted));
+  }
 
  private:
   std::unique_ptr<XTestTyper> typer_;

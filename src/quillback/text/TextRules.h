@@ -41,9 +41,10 @@ class ReplacingSink final : public TextSink {
   ReplacingSink(std::unique_ptr<TextSink> sink, std::vector<TextRule> rules)
       : sink_(std::move(sink)), rules_(std::move(rules)) {}
 
-  void insert(const std::string& text) override {
+  void insert(const std::string& text, OnInserted onInserted) override {
     const std::string result = replaced(text, rules_);
-    if (!result.empty()) sink_->insert(result);
+    if (result.empty()) return onInserted();
+    sink_->insert(result, std::move(onInserted));
   }
 
  private:

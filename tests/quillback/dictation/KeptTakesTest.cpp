@@ -30,6 +30,22 @@ TEST_F(KeptTakesTest, ARecordingIsKeptBeforeItIsRecognisedAndUntilItsWordsAreIns
   EXPECT_EQ(store_.takes[0].state, State::delivered);
 }
 
+TEST_F(KeptTakesTest, ARecordingStaysUntilAllOfItsTextIsInserted) {
+  sink_.isSlow = true;
+  load();
+  hold(seconds(1));
+  release();
+  understand("yes");
+  EXPECT_THAT(sink_.texts, ElementsAre("yes"));
+  EXPECT_EQ(store_.takes[0].state, State::kept);
+  hold(seconds(1));
+  release();
+  understand("no");
+  sink_.waiting.at(0)();
+  EXPECT_EQ(store_.takes[0].state, State::delivered);
+  EXPECT_EQ(store_.takes[1].state, State::kept);
+}
+
 TEST_F(KeptTakesTest, QueuedRecordingsAreKeptOneByOne) {
   load();
   for (const int length : {1, 2, 3}) {

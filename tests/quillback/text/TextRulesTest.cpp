@@ -108,14 +108,19 @@ TEST(TextRules, InvisibleCharactersAreDropped) {
 TEST(ReplacingSink, InsertsTheReplacedTextUnlessNothingIsLeft) {
   struct Kept final : TextSink {
     explicit Kept(std::vector<std::string>& inserted) : texts(inserted) {}
-    void insert(const std::string& text) override { texts.push_back(text); }
+    void insert(const std::string& text, OnInserted onInserted) override {
+      texts.push_back(text);
+      onInserted();
+    }
     std::vector<std::string>& texts;
   };
   std::vector<std::string> texts;
   ReplacingSink sink(std::make_unique<Kept>(texts), kRules);
-  sink.insert("one new line two");
-  sink.insert("um");
+  int inserted = 0;
+  sink.insert("one new line two", [&] { ++inserted; });
+  sink.insert("um", [&] { ++inserted; });
   EXPECT_THAT(texts, ElementsAre("one\ntwo"));
+  EXPECT_EQ(inserted, 2);
 }
 
 }  // namespace

@@ -87,9 +87,9 @@ void XTestTyper::drainEvents() {
   if (server_->isBroken()) watch_.reset();
 }
 
-void XTestTyper::type(const std::string& text) {
+void XTestTyper::type(const std::string& text, OnEnd onEnd) {
   const bool wasIdle = isIdle();
-  texts_.push_back({text, focusedWindow(*server_, activeWindowAtom_)});
+  texts_.push_back({text, focusedWindow(*server_, activeWindowAtom_), std::move(onEnd)});
   if (wasIdle) typeNextText();
 }
 
@@ -99,9 +99,13 @@ void XTestTyper::typeNextText() {
     const Text next = std::exchange(texts_.front(), {});
     texts_.pop_front();
     const auto prepared = prepare(next);
-    if (prepared) return beginBatch();
+    if (prepared) {
+      onEnd_ = next.onEnd;
+      return beginBatch();
+    }
     lastWindow_ = {};
     onRefused_(next.text, prepared.error());
+    next.onEnd();
   }
 }
 
@@ -157,6 +161,7 @@ void XTestTyper::refuseRest(const std::string& why) {
   endText(kStrokeTime * static_cast<int>(typedStrokes_));
   lastWindow_ = {};
   onRefused_(rest, why);
+  std::exchange(onEnd_, nullptr)();
 }
 
 void XTestTyper::beginBatch() {
@@ -187,7 +192,10 @@ void XTestTyper::typePiece() {
 void XTestTyper::endBatch() {
   const milliseconds readTime = kStrokeTime * static_cast<int>(batches_.front().strokes.size());
   batches_.pop_front();
-  if (batches_.empty()) return endText(readTime);
+  if (batches_.empty()) {
+    endText(readTime);
+    return std::exchange(onEnd_, nullptr)();
+  }
   if (keyboard_.hasAssignedSpares()) ping_.send(lastWindow_.focus);
   afterPing(&XTestTyper::beginBatch, kRemapDelay + readTime);
 }

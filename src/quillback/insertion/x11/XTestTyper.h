@@ -22,6 +22,7 @@ namespace voxtrel::quillback {
 class XTestTyper {
  public:
   using OnRefused = std::function<void(const std::string& text, const std::string& why)>;
+  using OnEnd = std::function<void()>;
 
   /// Characters that are sent after one look at the focus: at most so many go to another window that
   /// gets it meanwhile.
@@ -31,8 +32,9 @@ class XTestTyper {
   [[nodiscard]] static tl::expected<std::unique_ptr<XTestTyper>, std::string> open(
       Loop& loop, OwnKeys& ownKeys, OnRefused onRefused);
 
-  /// Returns at once; the text is typed in steps on the loop.
-  void type(const std::string& text);
+  /// Types the text in steps on the loop. `onEnd` is called when all of it was sent or refused.
+  void type(
+      const std::string& text, OnEnd onEnd = [] {});
   bool isIdle() const { return !timer_ && texts_.empty(); }
 
  private:
@@ -40,6 +42,7 @@ class XTestTyper {
   struct Text {
     std::string text;
     std::optional<FocusedWindow> window;  ///< that had the focus when it came
+    OnEnd onEnd;
   };
 
   XTestTyper(std::unique_ptr<XConnection> server, Loop& loop, OwnKeys& ownKeys,
@@ -74,6 +77,7 @@ class XTestTyper {
   TypingKeyboard keyboard_;
   std::deque<Text> texts_;
   std::string text_;                 // being typed
+  OnEnd onEnd_;                      // of it
   std::size_t typedCharacters_ = 0;  // of it
   int missingReplies_ = 0;           // in a row
   KeyTable table_;

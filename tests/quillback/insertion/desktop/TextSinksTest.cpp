@@ -19,9 +19,9 @@ TEST_F(TextSinksTest, ClipboardCopiesAndPrintsOnceThatNotificationsFail) {
   test::FakeOutput output;
   TextSinks sinks(loop_, ownKeys_, output);
   const auto sink = sinks.make(EngineSettings::Insert::clipboard, SessionKind::x11);
-  sink->insert("one");
+  sink->insert("one", [] {});
   EXPECT_TRUE(runUntil([&] { return !output.lines.empty(); }));
-  sink->insert("two");
+  sink->insert("two", [] {});
   runFor(std::chrono::milliseconds(500));
   EXPECT_THAT(output.lines, ElementsAre(HasSubstr("notify-send")));
   EXPECT_EQ(pasted(), "two");
@@ -36,7 +36,7 @@ TEST_F(TextSinksTest, WhatCannotBeTypedIsCopied) {
   xcb_set_input_focus(server->get(), XCB_INPUT_FOCUS_NONE, XCB_NONE, XCB_CURRENT_TIME);
   server->flush();
   runFor(kSettle);
-  sink->insert("no window listens");
+  sink->insert("no window listens", [] {});
   runFor(kSettle);
   EXPECT_EQ(pasted(), "no window listens");
   EXPECT_THAT(output.lines, ::testing::Contains("[quillback] What was not typed is copied: no "
@@ -57,7 +57,7 @@ TEST_F(TextSinksTest, AfterAFocusChangeTheRestIsCopiedAndTheNotificationSaysWhyW
   const auto sink = sinks.make(EngineSettings::Insert::type, SessionKind::x11);
   std::string text;
   for (int i = 0; text.size() < 500; ++i) text += std::to_string(i);
-  sink->insert(text);
+  sink->insert(text, [] {});
   ASSERT_TRUE(runUntil([&] { return windows.keys(0) > 0; }));
   windows.focus(1);
   EXPECT_TRUE(runUntil([&] { return fs::exists(notified) && !output.lines.empty(); }));
@@ -79,7 +79,7 @@ TEST_F(TextSinksTest, UnderWaylandAFailedCopyIsAnErrorLine) {
   setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent", 1);
   test::FakeOutput output;
   TextSinks sinks(loop_, ownKeys_, output);
-  sinks.make(EngineSettings::Insert::type, SessionKind::wayland)->insert("words");
+  sinks.make(EngineSettings::Insert::type, SessionKind::wayland)->insert("words", [] {});
   EXPECT_TRUE(runUntil([&] { return output.lines.size() == 2; }));
   EXPECT_THAT(output.lines, ::testing::Contains(::testing::StartsWith("[quillback] ERROR")));
 }
@@ -87,7 +87,7 @@ TEST_F(TextSinksTest, UnderWaylandAFailedCopyIsAnErrorLine) {
 TEST_F(TextSinksTest, NoneInsertsNothing) {
   test::FakeOutput output;
   TextSinks sinks(loop_, ownKeys_, output);
-  sinks.make(EngineSettings::Insert::none, SessionKind::x11)->insert("words");
+  sinks.make(EngineSettings::Insert::none, SessionKind::x11)->insert("words", [] {});
   runFor(kSettle);
   EXPECT_THAT(output.lines, IsEmpty());
 }

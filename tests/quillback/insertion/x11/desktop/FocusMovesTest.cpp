@@ -73,13 +73,15 @@ TEST_F(FocusMovesTest, ABatchForSpareKeysIsNotTypedIntoTheOtherWindow) {
 }
 
 TEST_F(FocusMovesTest, ATextThatWaitedForAnotherStaysOutOfTheWindowThatGotTheFocusMeanwhile) {
-  typer().type("Ж");
-  typer().type("second");
+  std::vector<std::string> ended;
+  typer().type("Ж", [&] { ended.emplace_back("first"); });
+  typer().type("second", [&] { ended.emplace_back("second"); });
   ASSERT_TRUE(runUntil([&] { return windows_.keys(0) == 1; }));
   windows_.focus(1);
   ASSERT_TRUE(runUntil([&] { return typer().isIdle(); }));
   EXPECT_EQ(windows_.keys(1), 0u);
   EXPECT_THAT(refused_, ::testing::ElementsAre("second: the focus moved to another window"));
+  EXPECT_THAT(ended, ::testing::ElementsAre("first", "second"));
   type("third");
   EXPECT_EQ(windows_.keys(1), 5u);
 }

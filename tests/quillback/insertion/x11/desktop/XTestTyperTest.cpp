@@ -98,6 +98,18 @@ TEST_F(XTestTyperTest, ALongTextArrivesWhole) {
   EXPECT_EQ(typed(text), text);
 }
 
+TEST_F(XTestTyperTest, TheEndIsReportedWhenAllWasSent) {
+  openField("field");
+  const std::string text(10 * XTestTyper::kStrokesPerPiece, 'x');
+  bool hasEnded = false;
+  typer().type(text, [&] { hasEnded = true; });
+  EXPECT_FALSE(hasEnded);
+  EXPECT_TRUE(runUntil([&] { return !content().empty(); }));
+  EXPECT_FALSE(hasEnded);
+  EXPECT_TRUE(runUntil([&] { return hasEnded; }));
+  EXPECT_TRUE(runUntil([&] { return content() == text; }));
+}
+
 TEST_F(XTestTyperTest, ASpaceGoesBetweenTextsInTheSameWindowOnly) {
   openField("first");
   EXPECT_EQ(typed("one"), "one");
