@@ -75,6 +75,7 @@ std::string helpText() {
          "       quillback use NAME | remove NAME\n"
          "       quillback transcribe FILE.wav\n"
          "       quillback retry\n"
+         "       quillback check\n"
          "       quillback --help | --version\n"
          "Turns speech into text: hold a key, speak, and the words are typed.\n"
          "\n"
@@ -85,6 +86,7 @@ std::string helpText() {
          "  remove      remove a model's files\n"
          "  transcribe  print the words in a WAV file\n"
          "  retry       print the words of recordings whose words got lost\n"
+         "  check       say whether the key can be seen here, and how words are inserted\n"
          "\n"
          "The settings are in ~/.config/quillback/config.toml:\n"
          "  [model]   whisper_model = \"large-v3\", language = \"auto\", translate = false\n"
@@ -107,6 +109,7 @@ tl::expected<CommandLine, std::string> parseCommandLine(std::span<const char* co
   if (words[0] == "remove") return withModel(Command::remove, words[0], rest);
   if (words[0] == "transcribe") return transcribe(rest);
   if (words[0] == "retry") return withoutArguments(Command::retry, words[0], rest);
+  if (words[0] == "check") return withoutArguments(Command::check, words[0], rest);
   if (words[0] == "recognise") return recognise(rest);
   if (words[0] == "advise") return withoutArguments(Command::advise, words[0], rest);
   if (words[0] == "--help" || words[0] == "-h")

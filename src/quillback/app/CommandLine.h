@@ -19,6 +19,7 @@ struct CommandLine {
     remove,
     transcribe,
     retry,
+    check,
     recognise,
     advise,
     help,

@@ -10,6 +10,7 @@
 #include "common/base/HomeDirectory.h"
 #include "common/posix/StopSignals.h"
 #include "common/settings/ConfigManager.h"
+#include "quillback/app/Check.h"
 #include "quillback/app/ChosenBackend.h"
 #include "quillback/app/CommandLine.h"
 #include "quillback/app/Engine.h"
@@ -141,6 +142,15 @@ int retryKeptTakes() {
   return static_cast<int>(exit == TranscribeExit::unwritten ? unwritten(notes) : exit);
 }
 
+/// Says whether the key can be seen, and what else would be used.
+int checkDesktop() {
+  // A sound server or an X server that goes away must not kill the check.
+  const StopSignals signals(StopSignals::InheritedIgnores::keep, {SIGPIPE});
+  LineOutput output(STDOUT_FILENO);
+  const auto settings = readEngineSettings(ConfigManager(homeDirectory()).configPath()).settings;
+  return printCheck(settings, output);
+}
+
 /// The recogniser's process: its end of a socket pair is standard input.
 int serveRecogniserCommand(const std::vector<std::string>& arguments) {
   const EngineSettings settings =
@@ -181,6 +191,8 @@ int runCommand(const CommandLine& line) {
       return printTranscript(line.argument);
     case retry:
       return retryKeptTakes();
+    case check:
+      return checkDesktop();
     case recognise:
       return serveRecogniserCommand(line.rest);
     case advise:

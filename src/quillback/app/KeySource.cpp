@@ -4,6 +4,7 @@
 
 #include "quillback/keys/evdev/EvdevKeyWatch.h"
 #include "quillback/keys/x11/XInput2KeyWatch.h"
+#include "quillback/loop/EpollLoop.h"
 
 namespace voxtrel::quillback {
 
@@ -20,6 +21,22 @@ tl::expected<std::unique_ptr<KeyWatch>, std::string> openKeySource(
   auto fromKernel = EvdevKeyWatch::open(hotkey, listener, loop, openEvdevKeyboard);
   if (fromKernel) return fromKernel;
   return tl::unexpected(why + fromKernel.error());
+}
+
+tl::expected<std::string, std::string> findKeySource(SessionKind session, const Hotkey& hotkey) {
+  EpollLoop loop;
+  OwnKeys ownKeys(loop);
+  const KeyWatch::Listener listener{[] {}, [] {}, [] {}};
+  std::string why;
+  if (session != SessionKind::wayland) {
+    const auto fromX11 = XInput2KeyWatch::open(hotkey, listener, ownKeys, loop, [] {});
+    if (fromX11) return "the X server's raw events";
+    why = fromX11.error() + "; ";
+  }
+  const auto fromKernel = EvdevKeyWatch::open(hotkey, listener, loop, openEvdevKeyboard);
+  if (!fromKernel) return tl::unexpected(why + fromKernel.error());
+  if ((*fromKernel)->keyboardCount() > 0) return "the keyboards in /dev/input";
+  return tl::unexpected(why + "there is no keyboard in /dev/input");
 }
 
 std::string noKeySourceLine(const Hotkey& hotkey, const std::string& why) {

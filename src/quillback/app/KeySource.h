@@ -20,6 +20,11 @@ namespace voxtrel::quillback {
     SessionKind session, const Hotkey& hotkey, const KeyWatch::Listener& listener, OwnKeys& ownKeys,
     Loop& loop, const std::function<void()>& onLost);
 
+/// How `openKeySource` would see the key here, for people; the error says what is missing. Opens nothing
+/// that stays open and asks the user nothing.
+[[nodiscard]] tl::expected<std::string, std::string> findKeySource(SessionKind session,
+                                                                   const Hotkey& hotkey);
+
 /// The error line for a key that cannot be watched: says why and what to do.
 std::string noKeySourceLine(const Hotkey& hotkey, const std::string& why);
 

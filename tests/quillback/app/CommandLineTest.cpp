@@ -16,6 +16,8 @@ tl::expected<CommandLine, std::string> parse(std::vector<const char*> arguments)
 TEST(CommandLineTest, KnowsItsCommands) {
   EXPECT_EQ(parse({"run"})->command, Command::run);
   EXPECT_EQ(parse({"retry"})->command, Command::retry);
+  EXPECT_EQ(parse({"check"})->command, Command::check);
+  EXPECT_FALSE(parse({"check", "x"}));
   EXPECT_EQ(parse({"--help"})->command, Command::help);
   EXPECT_EQ(parse({"--version"})->command, Command::version);
   const CommandLine setup = parse({"setup", "--model", "large-v3"}).value();

@@ -74,6 +74,59 @@ class CommandLine(Case):
             self.assertRegex(done.stderr, r"\Aquillback: .+\nTry \"quillback --help\"\.\n\Z")
 
 
+class Check(unittest.TestCase):
+    """`quillback check`: whether the key can be seen."""
+
+    def check(self, **variables):
+        """Runs the command with these variables."""
+        with tempfile.TemporaryDirectory() as home:
+            return subprocess.run([EXECUTABLE, "check"], env={**bare_environment(home), **variables},
+                                  text=True, capture_output=True, check=False, timeout=20)
+
+    def test_without_a_desktop_the_key_is_not_seen_and_it_says_why(self):
+        done = self.check(DISPLAY=":97531")
+        if os.path.isdir("/dev/input"):
+            self.skipTest("this machine has keyboards")
+        self.assertEqual((done.returncode, done.stderr), (1, ""))
+        lines = done.stdout.splitlines()
+        self.assertRegex(lines[0], "^key: no, the right Super key .*no X server.*/dev/input")
+        self.assertIn("session: X11", lines)
+
+    def test_an_x_server_shows_the_key(self):
+        theirs, ours = os.pipe()
+        with subprocess.Popen(["Xvfb", "-displayfd", str(ours), "-screen", "0", "64x48x24"],
+                              pass_fds=[ours], preexec_fn=die_with_parent, stderr=subprocess.DEVNULL,
+                              stdout=subprocess.DEVNULL) as server:
+            self.addCleanup(os.close, theirs)
+            os.close(ours)
+            try:
+                display = ":" + os.read(theirs, 16).decode().strip()
+                done = self.check(DISPLAY=display)
+            finally:
+                server.terminate()
+        self.assertEqual(done.returncode, 0)
+        self.assertRegex(done.stdout.splitlines()[0], "^key: yes, the right Super key by ")
+
+    def test_a_wayland_session_does_not_ask_the_x_server(self):
+        done = self.check(DISPLAY=":97531", WAYLAND_DISPLAY="wayland-97531")
+        self.assertNotIn("X server", done.stdout)
+        self.assertIn("session: Wayland", done.stdout.splitlines())
+
+    def test_each_line_names_its_thing(self):
+        for line in self.check().stdout.splitlines():
+            self.assertRegex(line, "^(key|session|words): ")
+
+    def test_what_the_settings_say_about_words_counts(self):
+        with tempfile.TemporaryDirectory() as home:
+            folder = os.path.join(home, ".config", "quillback")
+            os.makedirs(folder)
+            with open(os.path.join(folder, "config.toml"), "w", encoding="utf-8") as file:
+                file.write('[output]\ninsert = "none"\n')
+            done = subprocess.run([EXECUTABLE, "check"], env=bare_environment(home), text=True,
+                                  capture_output=True, check=False, timeout=20)
+            self.assertIn("words: only printed, as the settings say", done.stdout.splitlines())
+
+
 class Retry(Case):
     """`quillback retry` with a run-time folder that an engine may have left."""
 
