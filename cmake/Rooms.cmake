@@ -11,8 +11,7 @@ function(add_room folder)
   set(root "${CMAKE_BINARY_DIR}/rooms/${target}")
 
   file(GLOB headers CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/src/${folder}/*.h")
-  file(GLOB sources CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/src/${folder}/*.cpp"
-       "${PROJECT_SOURCE_DIR}/src/${folder}/*.mm")
+  file(GLOB sources CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/src/${folder}/*.cpp")
   list(FILTER sources EXCLUDE REGEX "/main\\.cpp$")
   file(REMOVE_RECURSE "${root}")
   file(MAKE_DIRECTORY "${root}/${folder}")

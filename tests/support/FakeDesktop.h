@@ -73,7 +73,7 @@ struct FakeDesktop {
                 .statusItem = item,
                 .updater = updater,
                 .userDefaults = defaults,
-                .vectorMath = overlayPorts.vectorMath,
+                .makeRealFft = {},
                 .homeDirectory = "/nonexistent"};
 };
 

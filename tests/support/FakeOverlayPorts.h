@@ -9,7 +9,6 @@
 #include <vector>
 
 #include "support/FakePorts.h"
-#include "support/FakeVectorMath.h"
 #include "support/ManualTime.h"
 #include "support/RecordingCanvas.h"
 #include "voxtrel/overlay/RecordingOverlay.h"
@@ -131,7 +130,7 @@ struct FakeOverlayPorts {
   FakeOverlayStage stage{diary};
   FakeMicrophone microphone{diary};
   FakeFrameTimer frameTimer{diary};
-  FakeVectorMath vectorMath;
+  std::function<std::unique_ptr<RealFft>()> makeFft = [] { return nullptr; };
 
   OverlayPorts ports() {
     return {.stage = stage,
@@ -139,7 +138,7 @@ struct FakeOverlayPorts {
             .frameTimer = frameTimer,
             .mainLoop = time,
             .log = log,
-            .vectorMath = vectorMath};
+            .makeFft = [this] { return makeFft(); }};
   }
 };
 

@@ -4,15 +4,10 @@
 
 #include "common/base/SessionKind.h"
 #include "quillback/app/KeySource.h"
+#include "quillback/keys/command/KeyCommands.h"
 
 namespace voxtrel::quillback {
 namespace {
-
-std::string keyLine(const Hotkey& hotkey, const tl::expected<std::string, std::string>& source) {
-  const std::string label(hotkey.label);
-  if (source) return "key: yes, " + label + " by " + *source;
-  return "key: no, " + label + " cannot be seen: " + source.error();
-}
 
 std::string wordsLine(EngineSettings::Insert insert, SessionKind session) {
   using enum EngineSettings::Insert;
@@ -26,11 +21,14 @@ std::string wordsLine(EngineSettings::Insert insert, SessionKind session) {
 
 int printCheck(const EngineSettings& settings, Output& output) {
   const SessionKind session = currentSessionKind(SessionKind::x11);
-  const auto source = findKeySource(session, settings.hotkey);
-  output.print(keyLine(settings.hotkey, source));
+  // A running engine knows more, such as the key that the desktop has chosen.
+  const auto told = sendKeyCommand(keyCommandPath(), kKeyStatus);
+  const std::string line =
+      told ? *told : keyLine(settings.hotkey, findKeySource(session, settings.hotkey));
+  output.print(line);
   output.print(session == SessionKind::x11 ? "session: X11" : "session: Wayland");
   output.print(wordsLine(settings.insert, session));
-  return source ? 0 : 1;
+  return line.starts_with(kKeyIsSeen) ? 0 : 1;
 }
 
 }  // namespace voxtrel::quillback

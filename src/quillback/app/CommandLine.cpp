@@ -56,6 +56,13 @@ Parsed transcribe(Words rest) {
   return tl::make_unexpected("\"transcribe\" takes one file");
 }
 
+Parsed key(Words rest) {
+  const bool isKnown =
+      rest.size() == 1 && (rest[0] == "press" || rest[0] == "release" || rest[0] == "toggle");
+  if (isKnown) return CommandLine{Command::key, std::string(rest[0])};
+  return tl::make_unexpected(R"("key" takes "press", "release" or "toggle")");
+}
+
 CommandLine recognise(Words rest) {
   CommandLine line{Command::recognise, ""};
   line.rest.assign(rest.begin(), rest.end());
@@ -76,6 +83,7 @@ std::string helpText() {
          "       quillback transcribe FILE.wav\n"
          "       quillback retry\n"
          "       quillback check\n"
+         "       quillback key press | release | toggle\n"
          "       quillback --help | --version\n"
          "Turns speech into text: hold a key, speak, and the words are typed.\n"
          "\n"
@@ -87,6 +95,7 @@ std::string helpText() {
          "  transcribe  print the words in a WAV file\n"
          "  retry       print the words of recordings whose words got lost\n"
          "  check       say whether the key can be seen here, and how words are inserted\n"
+         "  key         be the key, for desktops whose settings run a program at a key\n"
          "\n"
          "The settings are in ~/.config/quillback/config.toml:\n"
          "  [model]   whisper_model = \"large-v3\", language = \"auto\", translate = false\n"
@@ -110,6 +119,7 @@ tl::expected<CommandLine, std::string> parseCommandLine(std::span<const char* co
   if (words[0] == "transcribe") return transcribe(rest);
   if (words[0] == "retry") return withoutArguments(Command::retry, words[0], rest);
   if (words[0] == "check") return withoutArguments(Command::check, words[0], rest);
+  if (words[0] == "key") return key(rest);
   if (words[0] == "recognise") return recognise(rest);
   if (words[0] == "advise") return withoutArguments(Command::advise, words[0], rest);
   if (words[0] == "--help" || words[0] == "-h")

@@ -20,6 +20,7 @@ struct CommandLine {
     transcribe,
     retry,
     check,
+    key,
     recognise,
     advise,
     help,
@@ -27,9 +28,10 @@ struct CommandLine {
   };
 
   Command command = Command::help;
-  std::string argument;   ///< setup, use, remove: the model's name; transcribe: the file
-  std::string file = {};  ///< setup: the user's own weights; may be empty
-  bool isJson = false;    ///< models
+  std::string
+      argument;  ///< setup, use, remove: the model's name; transcribe: the file; key: the word
+  std::string file = {};               ///< setup: the user's own weights; may be empty
+  bool isJson = false;                 ///< models
   std::vector<std::string> rest = {};  ///< recognise: which recogniser
 };
 

@@ -14,9 +14,11 @@
 #include "quillback/app/ChosenBackend.h"
 #include "quillback/app/CommandLine.h"
 #include "quillback/app/Engine.h"
+#include "quillback/app/KeySource.h"
 #include "quillback/app/SlowModelAdvice.h"
 #include "quillback/app/Transcribe.h"
 #include "quillback/audio/TakeFolder.h"
+#include "quillback/keys/command/KeyCommands.h"
 #include "quillback/loop/EndWatch.h"
 #include "quillback/loop/LineOutput.h"
 #include "quillback/model/Setup.h"
@@ -151,6 +153,15 @@ int checkDesktop() {
   return printCheck(settings, output);
 }
 
+/// Tells the running engine that the key is pressed or released.
+int sendKey(const std::string& word) {
+  noteKeyCommand();
+  const auto reply = sendKeyCommand(keyCommandPath(), word);
+  if (reply == "ok") return 0;
+  std::fprintf(stderr, "quillback: %s\n", reply ? reply->c_str() : reply.error().c_str());
+  return 1;
+}
+
 /// The recogniser's process: its end of a socket pair is standard input.
 int serveRecogniserCommand(const std::vector<std::string>& arguments) {
   const EngineSettings settings =
@@ -193,6 +204,8 @@ int runCommand(const CommandLine& line) {
       return retryKeptTakes();
     case check:
       return checkDesktop();
+    case key:
+      return sendKey(line.argument);
     case recognise:
       return serveRecogniserCommand(line.rest);
     case advise:

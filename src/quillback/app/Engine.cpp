@@ -3,7 +3,9 @@
 #include <utility>
 
 #include "common/base/HomeDirectory.h"
+#include "common/posix/OwnFolder.h"
 #include "quillback/app/ChosenBackend.h"
+#include "quillback/keys/command/KeyCommands.h"
 #include "quillback/recognition/ThreadedRecogniser.h"
 #include "quillback/text/TextRules.h"
 
@@ -17,20 +19,30 @@ Engine::Engine(EpollLoop& loop, Output& output, const EngineSettings& settings)
       advice_(loop, output, homeDirectory()),
       sink_(std::make_unique<ReplacingSink>(sinks_.make(settings.insert, session_),
                                             settings.replace)),
-      dictation_(loop, microphone_, *sink_, takes_, output) {
+      dictation_(loop, microphone_, *sink_, takes_, output),
+      key_({[this] { dictation_.keyPressed(); }, [this] { dictation_.keyReleased(); },
+            [this] { dictation_.keyCancelled(); }}) {
   watchKey(settings.hotkey);
+  takeCommands();
   loadModel(settings);
 }
 
 void Engine::watchKey(const Hotkey& hotkey) {
-  const KeyWatch::Listener listener{[this] { dictation_.keyPressed(); },
-                                    [this] { dictation_.keyReleased(); },
-                                    [this] { dictation_.keyCancelled(); }};
-  auto source = openKeySource(session_, hotkey, listener, ownKeys_, loop_, [this, hotkey] {
-    output_.print(noKeySourceLine(hotkey, "the X server is gone"));
+  keyLine_ = keyLine(hotkey, findKeySource(session_, hotkey));
+  auto source = openKeySource(session_, hotkey, key_.addSource(), ownKeys_, loop_, [this, hotkey] {
+    const std::string why = "the X server is gone";
+    keyLine_ = keyLine(hotkey, tl::unexpected(why));
+    output_.print(noKeySourceLine(hotkey, why));
   });
   if (!source) return output_.print(noKeySourceLine(hotkey, source.error()));
   keyWatch_ = std::move(*source);
+}
+
+void Engine::takeCommands() {
+  const std::string path = keyCommandPath();
+  if (path.empty() || !makeOwnFolder(takeFolderPath())) return;
+  KeyCommands::Callbacks callbacks{[] {}, [this] { return keyLine_; }};
+  keyCommands_ = KeyCommands::open(path, key_.addSource(), std::move(callbacks), loop_);
 }
 
 void Engine::loadModel(const EngineSettings& settings) {

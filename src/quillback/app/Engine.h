@@ -8,6 +8,7 @@
 #include "quillback/audio/TakeFolder.h"
 #include "quillback/dictation/Dictation.h"
 #include "quillback/insertion/TextSinks.h"
+#include "quillback/keys/SharedKey.h"
 #include "quillback/loop/EpollLoop.h"
 #include "quillback/settings/EngineSettings.h"
 
@@ -27,6 +28,7 @@ class Engine {
 
  private:
   void watchKey(const Hotkey& hotkey);
+  void takeCommands();
   void loadModel(const EngineSettings& settings);
 
   EpollLoop& loop_;
@@ -42,7 +44,10 @@ class Engine {
   std::unique_ptr<TextSink> sink_;
   std::unique_ptr<Recogniser> recogniser_;
   Dictation dictation_;
+  std::string keyLine_;  // as `quillback check` prints it
+  SharedKey key_;
   std::unique_ptr<KeyWatch> keyWatch_;
+  std::unique_ptr<KeyWatch> keyCommands_;
 };
 
 }  // namespace voxtrel::quillback

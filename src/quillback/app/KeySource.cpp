@@ -2,11 +2,19 @@
 
 #include <utility>
 
+#include "quillback/audio/TakeFolder.h"
 #include "quillback/keys/evdev/EvdevKeyWatch.h"
 #include "quillback/keys/x11/XInput2KeyWatch.h"
 #include "quillback/loop/EpollLoop.h"
+#include "quillback/settings/StateFile.h"
 
 namespace voxtrel::quillback {
+namespace {
+
+/// Exists once `quillback key` was called.
+constexpr std::string_view kCommandNote = "key-by-command";
+
+}  // namespace
 
 tl::expected<std::unique_ptr<KeyWatch>, std::string> openKeySource(
     SessionKind session, const Hotkey& hotkey, const KeyWatch::Listener& listener, OwnKeys& ownKeys,
@@ -34,9 +42,27 @@ tl::expected<std::string, std::string> findKeySource(SessionKind session, const 
     why = fromX11.error() + "; ";
   }
   const auto fromKernel = EvdevKeyWatch::open(hotkey, listener, loop, openEvdevKeyboard);
-  if (!fromKernel) return tl::unexpected(why + fromKernel.error());
-  if ((*fromKernel)->keyboardCount() > 0) return "the keyboards in /dev/input";
-  return tl::unexpected(why + "there is no keyboard in /dev/input");
+  if (fromKernel && (*fromKernel)->keyboardCount() > 0) return "the keyboards in /dev/input";
+  if (StateFile(kCommandNote).exists()) return "the command \"quillback key\"";
+  return tl::unexpected(why +
+                        (fromKernel ? "there is no keyboard in /dev/input" : fromKernel.error()));
+}
+
+std::string keyLine(const Hotkey& hotkey, const tl::expected<std::string, std::string>& source) {
+  const std::string label(hotkey.label);
+  if (source) return std::string(kKeyIsSeen) + label + " by " + *source;
+  return "key: no, " + label + " cannot be seen: " + source.error();
+}
+
+std::string keyCommandPath() {
+  const std::string folder = takeFolderPath();
+  return folder.empty() ? "" : folder + "/key";
+}
+
+void noteKeyCommand() {
+  const StateFile note(kCommandNote);
+  // Without the note the next start may say that the key cannot be seen.
+  if (!note.exists()) static_cast<void>(note.write(""));
 }
 
 std::string noKeySourceLine(const Hotkey& hotkey, const std::string& why) {

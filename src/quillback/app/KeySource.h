@@ -3,6 +3,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include <tl/expected.hpp>
 
@@ -24,6 +25,16 @@ namespace voxtrel::quillback {
 /// that stays open and asks the user nothing.
 [[nodiscard]] tl::expected<std::string, std::string> findKeySource(SessionKind session,
                                                                    const Hotkey& hotkey);
+
+/// What `quillback check` prints about the key: begins with kKeyIsSeen or "key: no, ".
+std::string keyLine(const Hotkey& hotkey, const tl::expected<std::string, std::string>& source);
+inline constexpr std::string_view kKeyIsSeen = "key: yes, ";
+
+/// Where the running engine takes the commands of `quillback key`; empty without a run-time folder.
+std::string keyCommandPath();
+
+/// Notes that the desktop calls `quillback key`, which makes it a way to see the key from then on.
+void noteKeyCommand();
 
 /// The error line for a key that cannot be watched: says why and what to do.
 std::string noKeySourceLine(const Hotkey& hotkey, const std::string& why);

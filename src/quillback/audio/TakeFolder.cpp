@@ -1,7 +1,6 @@
 #include "quillback/audio/TakeFolder.h"
 
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -15,6 +14,7 @@
 #include <utility>
 
 #include "common/posix/FileDescriptor.h"
+#include "common/posix/OwnFolder.h"
 #include "quillback/audio/WavFile.h"
 
 namespace voxtrel::quillback {
@@ -28,19 +28,6 @@ constexpr std::string_view kPrefix = "take-";
 constexpr std::string_view kSuffix = ".wav";
 constexpr std::string_view kNoWordsSuffix = "-no-words.wav";
 constexpr int kMaxNumber = 999'999'999;
-
-/// Whether `path` is a folder that belongs to this user only. Makes it if it is missing.
-bool isOwnFolder(const std::string& path) {
-  constexpr mode_t kOwnerOnly = 0700;
-  constexpr mode_t kOthers = 0077;
-  if (::mkdir(path.c_str(), kOwnerOnly) != 0 && errno != EEXIST) return false;
-  const FileDescriptor folder(
-      ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-  struct stat facts {};
-  if (!folder.isOpen() || ::fstat(folder.get(), &facts) != 0) return false;
-  if (facts.st_uid != ::geteuid()) return false;
-  return (facts.st_mode & kOthers) == 0 || ::fchmod(folder.get(), kOwnerOnly) == 0;
-}
 
 bool writeAll(int file, std::span<const std::byte> bytes) {
   while (!bytes.empty()) {
@@ -130,7 +117,7 @@ void TakeFolder::makeRoom() const {
 
 std::unique_ptr<KeptTake> TakeFolder::keep(std::span<const std::int16_t> samples) {
   constexpr mode_t kOwnerOnly = 0600;
-  if (path_.empty() || !isOwnFolder(path_)) return nullptr;
+  if (path_.empty() || !makeOwnFolder(path_)) return nullptr;
   makeRoom();
   const std::vector<TakeFile> kept = listTakes(path_);
   int number = std::max(lastNumber_, kept.empty() ? 0 : kept.back().number) + 1;

@@ -15,7 +15,7 @@ OverlayPorts overlayPorts(const Desktop& desktop) {
           .frameTimer = desktop.frameTimer,
           .mainLoop = desktop.mainLoop,
           .log = desktop.log,
-          .vectorMath = desktop.vectorMath};
+          .makeFft = desktop.makeRealFft};
 }
 
 }  // namespace

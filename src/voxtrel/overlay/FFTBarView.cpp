@@ -1,6 +1,7 @@
 #include "voxtrel/overlay/FFTBarView.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace voxtrel {
 namespace {
@@ -34,8 +35,8 @@ Rect barRect(const Rect& bounds, int i, float level) {
 
 }  // namespace
 
-FFTBarView::FFTBarView(const Rect& frame, const VectorMath& math)
-    : bounds_{0, 0, frame.width, frame.height}, analysis_(math) {}
+FFTBarView::FFTBarView(const Rect& frame, std::unique_ptr<RealFft> fftSetup)
+    : bounds_{0, 0, frame.width, frame.height}, analysis_(std::move(fftSetup)) {}
 
 void FFTBarView::processAudio(const AudioBuffer& buffer) {
   if (buffer.floatChannels.empty()) return;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -7,10 +8,10 @@
 #include "voxtrel/platform/Log.h"
 #include "voxtrel/platform/Microphone.h"
 #include "voxtrel/platform/OverlayStage.h"
+#include "voxtrel/platform/RealFft.h"
 #include "voxtrel/platform/RecordingIndicator.h"
 #include "voxtrel/platform/Scheduling.h"
 #include "voxtrel/platform/Subscription.h"
-#include "voxtrel/platform/VectorMath.h"
 
 namespace voxtrel {
 
@@ -21,7 +22,7 @@ struct OverlayPorts {
   FrameTimer& frameTimer;
   MainLoop& mainLoop;
   Log& log;
-  const VectorMath& vectorMath;
+  std::function<std::unique_ptr<RealFft>()> makeFft;  ///< may return null
 };
 
 /// The small pill that floats above all windows while the engine records; its bars follow the voice.
@@ -31,7 +32,7 @@ struct OverlayPorts {
 /// Fails by: bars at rest and one line in the log; a fatal error if there is no screen.
 class RecordingOverlay final : public RecordingIndicator {
  public:
-  explicit RecordingOverlay(const OverlayPorts& ports);
+  explicit RecordingOverlay(OverlayPorts ports);
   RecordingOverlay(const RecordingOverlay&) = delete;
   RecordingOverlay& operator=(const RecordingOverlay&) = delete;
   ~RecordingOverlay() override;
@@ -49,7 +50,7 @@ class RecordingOverlay final : public RecordingIndicator {
   void startRefreshTimer();
   void stopAudio();
 
-  const OverlayPorts ports_;
+  OverlayPorts ports_;
   Logger logger_;
   std::unique_ptr<OverlayWindow> window_;
   std::shared_ptr<FFTBarView> barView_;  // callbacks hold it weakly

@@ -18,6 +18,14 @@ TEST(CommandLineTest, KnowsItsCommands) {
   EXPECT_EQ(parse({"retry"})->command, Command::retry);
   EXPECT_EQ(parse({"check"})->command, Command::check);
   EXPECT_FALSE(parse({"check", "x"}));
+  for (const char* word : {"press", "release", "toggle"}) {
+    const auto key = parse({"key", word});
+    ASSERT_TRUE(key);
+    EXPECT_EQ(key->command, Command::key);
+    EXPECT_EQ(key->argument, word);
+  }
+  EXPECT_FALSE(parse({"key"}));
+  EXPECT_FALSE(parse({"key", "status"}));
   EXPECT_EQ(parse({"--help"})->command, Command::help);
   EXPECT_EQ(parse({"--version"})->command, Command::version);
   const CommandLine setup = parse({"setup", "--model", "large-v3"}).value();

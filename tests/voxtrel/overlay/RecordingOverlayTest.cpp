@@ -7,6 +7,7 @@
 #include "support/FakeOverlayPorts.h"
 #include "support/Samples.h"
 #include "voxtrel/overlay/RecordingOverlay.h"
+#include "voxtrel/platform/kissfft/KissRealFft.h"
 
 namespace voxtrel {
 namespace {
@@ -20,6 +21,8 @@ using ::testing::IsEmpty;
 using testing::sineAtBin;
 
 struct RecordingOverlayTest : ::testing::Test, FakeOverlayPorts {
+  RecordingOverlayTest() { makeFft = KissRealFft::make; }
+
   // What is on the screen after one tick of the timer.
   testing::RecordingCanvas nextFrame() const {
     frameTimer.task();
@@ -196,7 +199,7 @@ TEST_F(RecordingOverlayTest, CallbacksDoNothingAfterTheOverlayIsGone) {
 }
 
 TEST_F(RecordingOverlayTest, WorksWithoutATransform) {
-  vectorMath.hasTransform = false;
+  makeFft = [] { return nullptr; };
   overlay->show();
   feed(sineAtBin(30));
   EXPECT_GE(heightOfBarEight(), 1.5);

@@ -112,6 +112,15 @@ class Check(unittest.TestCase):
         self.assertNotIn("X server", done.stdout)
         self.assertIn("session: Wayland", done.stdout.splitlines())
 
+    def test_a_desktop_that_has_called_the_command_shows_the_key(self):
+        with tempfile.TemporaryDirectory() as home:
+            environment = {**bare_environment(home), "WAYLAND_DISPLAY": "wayland-97531"}
+            for command, status in (("check", 1), ("key press", 1), ("check", 0)):
+                done = subprocess.run([EXECUTABLE, *command.split()], env=environment, text=True,
+                                      capture_output=True, check=False, timeout=20)
+                self.assertEqual(done.returncode, status, done)
+            self.assertRegex(done.stdout, '^key: yes, .* by the command "quillback key"')
+
     def test_each_line_names_its_thing(self):
         for line in self.check().stdout.splitlines():
             self.assertRegex(line, "^(key|session|words): ")
@@ -170,6 +179,45 @@ class Retry(Case):
         with open("/dev/full", "wb") as full:
             self.assertEqual(self.retry(stdout=full).returncode, 6)
         self.assertEqual(os.listdir(self.folder), ["take-1.wav"])
+
+
+class Key(Case):
+    """`quillback key`: the push-to-talk key by command."""
+
+    def setUp(self):
+        home = tempfile.TemporaryDirectory()
+        self.addCleanup(home.cleanup)
+        self.environment = bare_environment(home.name)
+        self.environment["XDG_RUNTIME_DIR"] = os.path.join(home.name, "run")
+        self.socket = os.path.join(home.name, "run", "quillback", "key")
+        os.makedirs(self.environment["XDG_RUNTIME_DIR"])
+
+    def command(self, *words):
+        """Runs a command beside the engine."""
+        return subprocess.run([EXECUTABLE, *words], env=self.environment, text=True,
+                              capture_output=True, check=False, timeout=20)
+
+    def test_a_press_reaches_the_running_engine(self):
+        self.assertEqual(self.command("key", "press").returncode, 1)
+        program = self.start(environment=self.environment)
+        program.wait_for_line("Ready.")
+        done = self.command("key", "press")
+        self.assertEqual((done.returncode, done.stdout, done.stderr), (0, "", ""))
+        # There is no sound server here, so the recording fails at once.
+        program.wait_for_line("Audio capture failed")
+        self.assertEqual(self.command("key", "release").returncode, 0)
+        self.ends_well(program)
+        self.assertFalse(os.path.exists(self.socket))
+
+    def test_the_newest_engine_gets_the_commands_and_keeps_them(self):
+        old = self.start(environment=self.environment)
+        old.wait_for_line("Ready.")
+        new = self.start(environment=self.environment)
+        new.wait_for_line("Ready.")
+        self.ends_well(old)
+        self.assertEqual(self.command("key", "toggle").returncode, 0)
+        new.wait_for_line("Audio capture failed")
+        self.ends_well(new)
 
 
 class BeginningAndEnd(Case):

@@ -7,7 +7,7 @@
 
 #include "support/Samples.h"
 #include "voxtrel/overlay/FFTBarView.h"
-#include "voxtrel/platform/kissfft/PlainVectorMath.h"
+#include "voxtrel/platform/kissfft/KissRealFft.h"
 
 namespace {
 
@@ -45,8 +45,7 @@ namespace voxtrel {
 namespace {
 
 TEST(Analysis, AllocatesNothingForABlock) {
-  const PlainVectorMath math;
-  FFTBarView view({0, 0, 90, 21}, math);
+  FFTBarView view({0, 0, 90, 21}, KissRealFft::make());
   const std::vector<float> samples = testing::noise(1);
   const testing::BufferOver block(samples);
 

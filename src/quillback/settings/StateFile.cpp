@@ -1,0 +1,62 @@
+#include "quillback/settings/StateFile.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+
+#include "common/base/HomeDirectory.h"
+#include "common/posix/FileDescriptor.h"
+#include "common/posix/OwnFolder.h"
+
+namespace voxtrel::quillback {
+namespace {
+
+constexpr mode_t kOwnerReadsAndWrites = 0600;
+constexpr std::size_t kMaxStateBytes = 4096;
+
+std::string stateHome() {
+  const char* folder = std::getenv("XDG_STATE_HOME");
+  if (folder != nullptr && folder[0] == '/') return folder;
+  return homeDirectory() + "/.local/state";
+}
+
+}  // namespace
+
+StateFile::StateFile(std::string_view name) : folder_(stateHome() + "/quillback") {
+  path_ = folder_ + '/' + std::string(name);
+}
+
+std::optional<std::string> StateFile::read() const {
+  const FileDescriptor file(::open(path_.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW));
+  if (!file.isOpen()) return std::nullopt;
+  std::array<char, kMaxStateBytes> text{};
+  const ssize_t size = ::read(file.get(), text.data(), text.size());
+  if (size < 0) return std::nullopt;
+  return std::string(text.data(), static_cast<std::size_t>(size));
+}
+
+bool StateFile::write(std::string_view text) const {
+  std::error_code error;
+  std::filesystem::create_directories(std::filesystem::path(folder_).parent_path(), error);
+  if (text.size() > kMaxStateBytes || !makeOwnFolder(folder_)) return false;
+  const std::string draft = path_ + '.' + std::to_string(::getpid());
+  ::unlink(draft.c_str());
+  const FileDescriptor file(
+      ::open(draft.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kOwnerReadsAndWrites));
+  const bool isWritten =
+      file.isOpen() &&
+      ::write(file.get(), text.data(), text.size()) == static_cast<ssize_t>(text.size()) &&
+      std::rename(draft.c_str(), path_.c_str()) == 0;
+  if (!isWritten) ::unlink(draft.c_str());
+  return isWritten;
+}
+
+void StateFile::remove() const {
+  ::unlink(path_.c_str());
+}
+
+}  // namespace voxtrel::quillback
