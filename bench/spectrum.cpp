@@ -12,7 +12,7 @@
 
 #include "support/Samples.h"
 #include "voxtrel/overlay/FFTBarView.h"
-#include "voxtrel/platform/kissfft/KissRealFft.h"
+#include "voxtrel/platform/kissfft/PlainVectorMath.h"
 
 namespace {
 
@@ -44,8 +44,8 @@ struct Contender {
 int main() {
   const std::vector<float> samples = testing::noise(1);
   const testing::BufferOver block(samples);
-  FFTBarView view({0, 0, 90, 21}, KissRealFft::make());
-  SpectrumAnalysis analysis(KissRealFft::make());
+  const PlainVectorMath math;
+  FFTBarView view({0, 0, 90, 21}, math);
 
   kiss_fftr_state* kissPlan = kiss_fftr_alloc(512, 0, nullptr, nullptr);
   std::array<kiss_fft_cpx, 257> kissBins{};

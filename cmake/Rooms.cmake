@@ -11,7 +11,8 @@ function(add_room folder)
   set(root "${CMAKE_BINARY_DIR}/rooms/${target}")
 
   file(GLOB headers CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/src/${folder}/*.h")
-  file(GLOB sources CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/src/${folder}/*.cpp")
+  file(GLOB sources CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/src/${folder}/*.cpp"
+       "${PROJECT_SOURCE_DIR}/src/${folder}/*.mm")
   list(FILTER sources EXCLUDE REGEX "/main\\.cpp$")
   file(REMOVE_RECURSE "${root}")
   file(MAKE_DIRECTORY "${root}/${folder}")

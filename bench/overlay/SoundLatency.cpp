@@ -7,7 +7,7 @@
 #include "Latency.h"
 #include "TonePlayer.h"
 #include "voxtrel/overlay/FFTBarView.h"
-#include "voxtrel/platform/kissfft/KissRealFft.h"
+#include "voxtrel/platform/kissfft/PlainVectorMath.h"
 #include "voxtrel/platform/linux/sound/PulseMicrophone.h"
 
 namespace bench {
@@ -33,7 +33,8 @@ double millisecondsBetween(Clock::rep start, Clock::rep end) {
 
 void benchSoundToEnergy(const char* sink) {
   FirstTime written, byUs, byBare;
-  FFTBarView view({0, 0, 90, 21}, KissRealFft::make());
+  const PlainVectorMath math;
+  FFTBarView view({0, 0, 90, 21}, math);
   PulseMicrophone microphone;
   MicrophoneTapOptions options;
   options.onBuffer = [&](const AudioBuffer& buffer) {

@@ -65,6 +65,7 @@ class RealDictation(Demonstration):
         self._settle(READY)
         heard = self._heard(seconds)
         self._app.item.wait_for_last_text(f"Last: {heard}")
+        self._app.wait_until_inserted()
         self._editor.wait_for_text(heard)
         self._save("editor", self._desk.screenshot())
         self._menu("menu-last")

@@ -1,6 +1,5 @@
 """People's speech, through the virtual microphone and Whisper with published weights, into an editor."""
 
-import glob
 import os
 import shutil
 import signal
@@ -49,7 +48,6 @@ class RealSpeech(DesktopCase):
         self.sound = SoundServer(self.desk).start()
         self.addCleanup(self.sound.stop)
         subprocess.run(["setxkbmap", "us"], env=self.desk.environment, check=True)
-        shutil.rmtree(self.desk.path("run/quillback"), ignore_errors=True)
         type(self).installations += 1
         self.app = Dictating(self.desk, PROGRAMS, f"speaking{self.installations}", with_model=False)
         self.addCleanup(self._check_reports, self.app)
@@ -80,16 +78,10 @@ class RealSpeech(DesktopCase):
         # Until the last of it has passed the server.
         stays(self.app.engine_pids, "an engine", 0.3)
 
-    @property
-    def takes(self):
-        """The recordings that are kept."""
-        return glob.glob(self.desk.path("run/quillback/take-*.wav"))
-
     def wait_for_texts(self, count, limit_s=ANSWER_LIMIT_S):
         """Waits until so many texts were printed and inserted; returns them."""
         self.app.wait_for_count("[gpu-decode]", count, limit_s)
-        # The key that saves the editor's file must not come between those that are typed.
-        eventually(lambda: not self.takes, "the insertion", limit_s)
+        self.app.wait_until_inserted(limit_s)
         return self.app.texts()
 
     def assert_written(self, *names):
@@ -125,7 +117,7 @@ class RealSpeech(DesktopCase):
         print(f"ended after {time.monotonic() - started:.2f} s")
         self.assertEqual(self.app.process.exit_status(), 0)
         self.assertEqual(self.app.texts(), [], "the recognition was over before")
-        self.assertEqual(len(self.takes), 1)
+        self.assertEqual(len(self.app.kept_recordings()), 1)
 
     def test_the_words_come_although_the_recogniser_is_killed(self):
         self.say("en_jfk")
@@ -144,10 +136,10 @@ class RealSpeech(DesktopCase):
         eventually(lambda: self.app.engine_pids() not in ([], [first]), "another engine", 20)
         self.app.wait_for_count("Ready.", 2)
         self.assertEqual(self.app.texts(), [], "the recognition was over before")
-        self.assertEqual(len(self.takes), 1)
+        self.assertEqual(len(self.app.kept_recordings()), 1)
         words = self.quillback(self.app.engine.executable, self.app.home, "retry")
         self.assertEqual(plain_words(words), plain_words(recording("en_jfk").text))
-        self.assertEqual(self.takes, [])
+        self.assertEqual(self.app.kept_recordings(), [])
         self.assertEqual(self.editor.text(), "")
 
     def test_seventy_seconds_of_speech_arrive_whole(self):

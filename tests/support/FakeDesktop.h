@@ -73,7 +73,7 @@ struct FakeDesktop {
                 .statusItem = item,
                 .updater = updater,
                 .userDefaults = defaults,
-                .makeRealFft = {},
+                .vectorMath = overlayPorts.vectorMath,
                 .homeDirectory = "/nonexistent"};
 };
 

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "support/FakePorts.h"
+#include "support/FakeVectorMath.h"
 #include "support/ManualTime.h"
 #include "support/RecordingCanvas.h"
 #include "voxtrel/overlay/RecordingOverlay.h"
@@ -130,7 +131,7 @@ struct FakeOverlayPorts {
   FakeOverlayStage stage{diary};
   FakeMicrophone microphone{diary};
   FakeFrameTimer frameTimer{diary};
-  std::function<std::unique_ptr<RealFft>()> makeFft = [] { return nullptr; };
+  FakeVectorMath vectorMath;
 
   OverlayPorts ports() {
     return {.stage = stage,
@@ -138,7 +139,7 @@ struct FakeOverlayPorts {
             .frameTimer = frameTimer,
             .mainLoop = time,
             .log = log,
-            .makeFft = [this] { return makeFft(); }};
+            .vectorMath = vectorMath};
   }
 };
 

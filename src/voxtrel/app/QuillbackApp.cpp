@@ -15,7 +15,7 @@ OverlayPorts overlayPorts(const Desktop& desktop) {
           .frameTimer = desktop.frameTimer,
           .mainLoop = desktop.mainLoop,
           .log = desktop.log,
-          .makeFft = desktop.makeRealFft};
+          .vectorMath = desktop.vectorMath};
 }
 
 }  // namespace

@@ -1,7 +1,6 @@
 #include "voxtrel/overlay/FFTBarView.h"
 
 #include <algorithm>
-#include <utility>
 
 namespace voxtrel {
 namespace {
@@ -35,8 +34,8 @@ Rect barRect(const Rect& bounds, int i, float level) {
 
 }  // namespace
 
-FFTBarView::FFTBarView(const Rect& frame, std::unique_ptr<RealFft> fftSetup)
-    : bounds_{0, 0, frame.width, frame.height}, analysis_(std::move(fftSetup)) {}
+FFTBarView::FFTBarView(const Rect& frame, const VectorMath& math)
+    : bounds_{0, 0, frame.width, frame.height}, analysis_(math) {}
 
 void FFTBarView::processAudio(const AudioBuffer& buffer) {
   if (buffer.floatChannels.empty()) return;

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <memory>
 #include <mutex>
 
 #include "voxtrel/overlay/SpectrumAnalysis.h"
@@ -11,15 +10,15 @@ namespace voxtrel {
 
 /// Fourteen spectrum bars and a red dot in a dark pill.
 /// Thread: `processAudio` on the capture's thread, everything else on the main thread.
-/// Owns: the analysis.
+/// Owns: the analysis.  Borrows: VectorMath (must outlive this).
 class FFTBarView {
  public:
   static constexpr int kBarCount = kBandCount;
   static constexpr double kBarWidth = 2.0;  // points
   static constexpr std::size_t kFftSize = RealFft::kSize;
 
-  /// If `fftSetup` is null, the bars show the samples themselves.
-  FFTBarView(const Rect& frame, std::unique_ptr<RealFft> fftSetup);
+  /// If `math` cannot make a transform, the bars show the samples themselves.
+  FFTBarView(const Rect& frame, const VectorMath& math);
 
   /// Sets the levels from the buffer's first channel. Ignores a buffer without float samples.
   void processAudio(const AudioBuffer& buffer);

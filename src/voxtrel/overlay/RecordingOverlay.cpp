@@ -17,8 +17,8 @@ constexpr std::chrono::duration<double> kRefreshInterval(1.0 / 60.0);
 
 }  // namespace
 
-RecordingOverlay::RecordingOverlay(OverlayPorts ports)
-    : ports_(std::move(ports)), logger_(ports_.log, "audio") {}
+RecordingOverlay::RecordingOverlay(const OverlayPorts& ports)
+    : ports_(ports), logger_(ports_.log, "audio") {}
 
 RecordingOverlay::~RecordingOverlay() {
   RecordingOverlay::hide();
@@ -53,7 +53,7 @@ Rect RecordingOverlay::contentRect() {
 
 void RecordingOverlay::makeWindow() {
   window_ = ports_.stage.makeWindow(contentRect());
-  barView_ = std::make_shared<FFTBarView>(Rect{0, 0, kWidth, kHeight}, ports_.makeFft());
+  barView_ = std::make_shared<FFTBarView>(Rect{0, 0, kWidth, kHeight}, ports_.vectorMath);
   window_->setContent(barView_->cornerRadius(),
                       [weakView = std::weak_ptr(barView_)](Canvas& canvas) {
                         if (const auto view = weakView.lock()) view->draw(canvas);

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <functional>
 #include <memory>
 #include <string>
 
@@ -8,10 +7,10 @@
 #include "voxtrel/platform/Log.h"
 #include "voxtrel/platform/Microphone.h"
 #include "voxtrel/platform/OverlayStage.h"
-#include "voxtrel/platform/RealFft.h"
 #include "voxtrel/platform/RecordingIndicator.h"
 #include "voxtrel/platform/Scheduling.h"
 #include "voxtrel/platform/Subscription.h"
+#include "voxtrel/platform/VectorMath.h"
 
 namespace voxtrel {
 
@@ -22,7 +21,7 @@ struct OverlayPorts {
   FrameTimer& frameTimer;
   MainLoop& mainLoop;
   Log& log;
-  std::function<std::unique_ptr<RealFft>()> makeFft;  ///< may return null
+  const VectorMath& vectorMath;
 };
 
 /// The small pill that floats above all windows while the engine records; its bars follow the voice.
@@ -32,7 +31,7 @@ struct OverlayPorts {
 /// Fails by: bars at rest and one line in the log; a fatal error if there is no screen.
 class RecordingOverlay final : public RecordingIndicator {
  public:
-  explicit RecordingOverlay(OverlayPorts ports);
+  explicit RecordingOverlay(const OverlayPorts& ports);
   RecordingOverlay(const RecordingOverlay&) = delete;
   RecordingOverlay& operator=(const RecordingOverlay&) = delete;
   ~RecordingOverlay() override;
@@ -50,7 +49,7 @@ class RecordingOverlay final : public RecordingIndicator {
   void startRefreshTimer();
   void stopAudio();
 
-  OverlayPorts ports_;
+  const OverlayPorts ports_;
   Logger logger_;
   std::unique_ptr<OverlayWindow> window_;
   std::shared_ptr<FFTBarView> barView_;  // callbacks hold it weakly

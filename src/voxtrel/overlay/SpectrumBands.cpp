@@ -36,18 +36,6 @@ BinRange clampedRange(float lowerEdge, float upperEdge) {
   return {static_cast<int>(first), static_cast<int>(end)};
 }
 
-// Four partial sums: the compiler may not reorder a float sum, but it can vectorise these.
-float sum(std::span<const float> values) {
-  std::array<float, 4> lanes{};
-  std::size_t i = 0;
-  for (; i + lanes.size() <= values.size(); i += lanes.size()) {
-    for (std::size_t lane = 0; lane < lanes.size(); ++lane) lanes[lane] += values[i + lane];
-  }
-  float total = (lanes[0] + lanes[1]) + (lanes[2] + lanes[3]);
-  for (; i < values.size(); ++i) total += values[i];
-  return total;
-}
-
 }  // namespace
 
 BandEdges bandEdges(double sampleRateHz) {
@@ -67,15 +55,14 @@ BandEdges bandEdges(double sampleRateHz) {
   return edges;
 }
 
-BandLevels bandMeans(std::span<const float, RealFft::kBinCount> magnitudes,
+BandLevels bandMeans(const VectorMath& math, std::span<const float, RealFft::kBinCount> magnitudes,
                      const BandEdges& edges) {
   BandLevels levels{};
   for (std::size_t i = 0; i < levels.size(); ++i) {
     const auto [first, end] = edges[i];
     if (end <= first) continue;
     const auto count = static_cast<std::size_t>(end - first);
-    const auto bins = magnitudes.subspan(static_cast<std::size_t>(first), count);
-    levels[i] = sum(bins) / static_cast<float>(count);
+    levels[i] = math.mean(magnitudes.subspan(static_cast<std::size_t>(first), count));
   }
   return levels;
 }

@@ -3,7 +3,7 @@
 #include <array>
 #include <span>
 
-#include "voxtrel/platform/RealFft.h"
+#include "voxtrel/platform/VectorMath.h"
 
 namespace voxtrel {
 
@@ -28,7 +28,8 @@ using BandEdges = std::array<BinRange, kBandCount>;
 BandEdges bandEdges(double sampleRateHz);
 
 /// The mean magnitude in each band; an empty band is 0.
-BandLevels bandMeans(std::span<const float, RealFft::kBinCount> magnitudes, const BandEdges& edges);
+BandLevels bandMeans(const VectorMath& math, std::span<const float, RealFft::kBinCount> magnitudes,
+                     const BandEdges& edges);
 
 /// The levels scaled so that the loudest is 1; unchanged if that is silence (1e-6 or less).
 BandLevels normalized(BandLevels levels);

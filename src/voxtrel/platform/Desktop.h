@@ -1,6 +1,5 @@
 #pragma once
 
-#include <functional>
 #include <memory>
 #include <string>
 
@@ -25,11 +24,11 @@ class MicrophoneAccess;
 class Notifications;
 class OverlayStage;
 class PrivacySettings;
-class RealFft;
 class SleepWatch;
 class StatusItem;
 class Updater;
 class UserDefaults;
+class VectorMath;
 
 /// Every port, filled with one desktop's adapters.
 /// Thread: each port says its own.  Borrows: the adapters.
@@ -55,8 +54,8 @@ struct Desktop {
   StatusItem& statusItem;
   Updater& updater;
   UserDefaults& userDefaults;
-  std::function<std::unique_ptr<RealFft>()> makeRealFft;  ///< null if out of memory
-  std::string homeDirectory;                              ///< without trailing separator
+  const VectorMath& vectorMath;
+  std::string homeDirectory;  ///< without trailing separator
 };
 
 /// The identifier under which the desktop knows the application.

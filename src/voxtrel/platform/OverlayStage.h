@@ -46,14 +46,14 @@ class OverlayStage {
   virtual std::unique_ptr<OverlayWindow> makeWindow(const Rect& contentRect) = 0;
 };
 
-/// A repeating timer for animation. Ticks keep to a timeline, so their mean rate is exact.
+/// A repeating timer for animation.
 /// Thread: the main thread.
 class FrameTimer {
  public:
   virtual ~FrameTimer() = default;
 
-  /// Runs `task` every `interval` until the handle is gone. Late ticks are made up for at once; after
-  /// a long stall the oldest are dropped.
+  /// Runs `task` every `interval` until the handle is gone. Whether late ticks are made up for is the
+  /// adapter's choice.
   [[nodiscard]] virtual Subscription everyFrame(std::chrono::duration<double> interval,
                                                 std::function<void()> task) = 0;
 };

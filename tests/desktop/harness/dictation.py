@@ -1,5 +1,6 @@
 """A person who dictates: holds the key, speaks into the virtual microphone, reads the editor."""
 
+import glob
 import os
 import shutil
 
@@ -24,6 +25,7 @@ class Dictating(Application):
         super().__init__(desk, programs, name, with_engine=False, with_model=with_model)
         shutil.copy2(os.path.join(programs, "quillback"), self.engine.executable)
         self._desk = desk
+        shutil.rmtree(desk.path("run/quillback"), ignore_errors=True)
 
     def start_dictating(self):
         """Starts the program and waits until its engine is ready; every line of it is logged,
@@ -65,6 +67,15 @@ class Dictating(Application):
         """The texts that the engine has printed."""
         return [line.split('text: "', 1)[1].removesuffix('"') for line in self.lines()
                 if "[gpu-decode]" in line]
+
+    def kept_recordings(self):
+        """The recordings of which not all words were inserted."""
+        return glob.glob(self._desk.path("run/quillback/take-*.wav"))
+
+    def wait_until_inserted(self, limit_s=20.0):
+        """Waits until all words are inserted. A key pressed while they are typed would mix with them:
+        Ctrl, of the keys that save the editor's file, makes a shortcut of the next letter."""
+        eventually(lambda: not self.kept_recordings(), "the insertion", limit_s)
 
     def lines(self):
         """What the engine has printed, as the program has logged it."""
@@ -126,6 +137,7 @@ class Speaker:
         self.release()
         self._app.item.wait_for_last_text("Last: " + text, 20.0)
         self._app.wait_until_ready()
+        self._app.wait_until_inserted()
 
 
 class Editor:

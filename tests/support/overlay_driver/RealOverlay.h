@@ -2,7 +2,7 @@
 
 #include "support/overlay_driver/ObservedPorts.h"
 #include "voxtrel/overlay/RecordingOverlay.h"
-#include "voxtrel/platform/kissfft/KissRealFft.h"
+#include "voxtrel/platform/kissfft/PlainVectorMath.h"
 #include "voxtrel/platform/linux/application/QtMainLoop.h"
 #include "voxtrel/platform/linux/log/OpenLog.h"
 #include "voxtrel/platform/linux/overlay/QtOverlayStage.h"
@@ -19,6 +19,7 @@ struct RealOverlay {
   QtOverlayStage realStage;
   PulseMicrophone realMicrophone;
   TimerFdFrameTimer frameTimer;
+  PlainVectorMath vectorMath;
   ObservedStage stage{realStage};
   ObservedMicrophone microphone{realMicrophone};
   RecordingOverlay overlay{{.stage = stage,
@@ -26,7 +27,7 @@ struct RealOverlay {
                             .frameTimer = frameTimer,
                             .mainLoop = mainLoop,
                             .log = log,
-                            .makeFft = KissRealFft::make}};
+                            .vectorMath = vectorMath}};
 };
 
 }  // namespace voxtrel::testing

@@ -7,7 +7,7 @@
 #include "support/RecordingCanvas.h"
 #include "support/Samples.h"
 #include "voxtrel/overlay/FFTBarView.h"
-#include "voxtrel/platform/kissfft/KissRealFft.h"
+#include "voxtrel/platform/kissfft/PlainVectorMath.h"
 
 namespace voxtrel {
 namespace {
@@ -22,7 +22,8 @@ constexpr Rect kFrame{0, 0, 90, 21};
 constexpr double kSpacing = 46.0 / 15.0;
 
 struct FFTBarViewTest : ::testing::Test {
-  FFTBarView view{kFrame, KissRealFft::make()};
+  const PlainVectorMath math;
+  FFTBarView view{kFrame, math};
 
   RecordingCanvas draw() {
     RecordingCanvas canvas;
@@ -87,7 +88,7 @@ TEST_F(FFTBarViewTest, PutsTheDotEightPointsFromTheRightEdge) {
 }
 
 TEST_F(FFTBarViewTest, DependsOnItsSizeAndNotOnItsPosition) {
-  FFTBarView larger(Rect{50, 60, 180, 40}, nullptr);
+  FFTBarView larger(Rect{50, 60, 180, 40}, math);
   RecordingCanvas canvas;
   larger.draw(canvas);
   EXPECT_EQ(canvas.filled[0].rect, (Rect{0, 0, 180, 40}));
@@ -204,7 +205,8 @@ TEST_F(FFTBarViewTest, DrawsOnOneThreadWhileAnotherAnalyses) {
 }
 
 TEST(FFTBarViewDeathTest, EndsTheProcessAtASampleRateOfZero) {
-  FFTBarView view(kFrame, KissRealFft::make());
+  const PlainVectorMath math;
+  FFTBarView view(kFrame, math);
   const std::vector<float> samples = noise(1);
   EXPECT_DEATH(view.processAudio(BufferOver(samples, 0.0)), "no frequency bins");
 }

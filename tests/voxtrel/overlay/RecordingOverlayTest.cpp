@@ -7,7 +7,6 @@
 #include "support/FakeOverlayPorts.h"
 #include "support/Samples.h"
 #include "voxtrel/overlay/RecordingOverlay.h"
-#include "voxtrel/platform/kissfft/KissRealFft.h"
 
 namespace voxtrel {
 namespace {
@@ -21,8 +20,6 @@ using ::testing::IsEmpty;
 using testing::sineAtBin;
 
 struct RecordingOverlayTest : ::testing::Test, FakeOverlayPorts {
-  RecordingOverlayTest() { makeFft = KissRealFft::make; }
-
   // What is on the screen after one tick of the timer.
   testing::RecordingCanvas nextFrame() const {
     frameTimer.task();
@@ -199,7 +196,7 @@ TEST_F(RecordingOverlayTest, CallbacksDoNothingAfterTheOverlayIsGone) {
 }
 
 TEST_F(RecordingOverlayTest, WorksWithoutATransform) {
-  makeFft = [] { return nullptr; };
+  vectorMath.hasTransform = false;
   overlay->show();
   feed(sineAtBin(30));
   EXPECT_GE(heightOfBarEight(), 1.5);

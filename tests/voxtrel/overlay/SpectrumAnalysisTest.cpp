@@ -2,14 +2,16 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <complex>
 #include <numbers>
 #include <string>
 #include <vector>
 
+#include "support/FakeVectorMath.h"
 #include "support/Samples.h"
+#include "support/SpectrumOracle.h"
 #include "voxtrel/overlay/SpectrumAnalysis.h"
 #include "voxtrel/platform/kissfft/KissRealFft.h"
+#include "voxtrel/platform/kissfft/PlainVectorMath.h"
 
 namespace voxtrel {
 namespace {
@@ -19,64 +21,14 @@ using testing::impulse;
 using testing::noise;
 using testing::sineAtBin;
 
-struct ExactLevels {
-  std::array<double, kBandCount> bands{};
-  double loudestBin = 0;  // inside a band or outside
-};
+const PlainVectorMath kMath;
 
-const std::vector<double> kRatesHz = {8000,  11025, 12000, 16000, 20480, 22050,  24000,
-                                      32000, 44100, 48000, 88200, 96000, 176400, 192000};
-
-// Twice the Fourier sum, straight from its definition.
-double exactMagnitude(const std::vector<double>& windowed, std::size_t bin) {
-  static const std::vector<std::complex<double>> kRoots = [] {
-    std::vector<std::complex<double>> roots(512);
-    for (std::size_t n = 0; n < 512; ++n) {
-      roots[n] = std::polar(1.0, -2.0 * std::numbers::pi * static_cast<double>(n) / 512.0);
-    }
-    return roots;
-  }();
-  std::complex<double> sum = 0;
-  for (std::size_t n = 0; n < windowed.size(); ++n) sum += windowed[n] * kRoots[(bin * n) % 512];
-  return 2.0 * std::abs(sum);
-}
-
-ExactLevels exactLevels(const std::vector<float>& samples, double sampleRateHz) {
-  std::vector<double> windowed(512, 0.0);
-  for (std::size_t n = 0; n < std::min<std::size_t>(samples.size(), 512); ++n) {
-    const double turn = 2.0 * std::numbers::pi * static_cast<double>(n) / 512.0;
-    windowed[n] = static_cast<double>(samples[n]) * 0.8165 * (1.0 - std::cos(turn));
-  }
-  std::vector<double> magnitudes(256);
-  for (std::size_t k = 0; k < 256; ++k) magnitudes[k] = exactMagnitude(windowed, k);
-  ExactLevels levels;
-  levels.loudestBin = *std::max_element(magnitudes.begin(), magnitudes.end());
-  const BandEdges edges = bandEdges(sampleRateHz);
-  for (std::size_t i = 0; i < levels.bands.size(); ++i) {
-    for (int k = edges[i].first; k < edges[i].end; ++k) {
-      levels.bands[i] += magnitudes[static_cast<std::size_t>(k)] / (edges[i].end - edges[i].first);
-    }
-  }
-  return levels;
-}
-
-// Each band to 1e-5 of itself. Single-precision rounding of a loud bin reaches every band, so a nearly
-// empty band only to that rounding.
 void expectExact(const std::vector<float>& samples, const std::string& what) {
-  SpectrumAnalysis analysis(KissRealFft::make());
-  for (const double rate : kRatesHz) {
-    const BandLevels levels = analysis.analyse(samples, rate);
-    const ExactLevels exact = exactLevels(samples, rate);
-    for (std::size_t i = 0; i < levels.size(); ++i) {
-      const double tolerance = std::max(1e-5 * exact.bands[i], 3e-7 * exact.loudestBin);
-      EXPECT_NEAR(static_cast<double>(levels[i]), exact.bands[i], tolerance)
-          << what << ", band " << i << " at " << rate << " Hz";
-    }
-  }
+  testing::expectExactLevels(kMath, samples, what);
 }
 
 std::vector<float> measured(const std::vector<float>& samples, double sampleRateHz = 48000) {
-  const BandLevels levels = SpectrumAnalysis(KissRealFft::make()).analyse(samples, sampleRateHz);
+  const BandLevels levels = SpectrumAnalysis(kMath).analyse(samples, sampleRateHz);
   return {levels.begin(), levels.end()};
 }
 
@@ -123,7 +75,7 @@ TEST(SpectrumAnalysis, PadsAShortBlockWithZerosWithoutRescalingTheWindow) {
 }
 
 TEST(SpectrumAnalysis, KeepsNothingOfTheBlockBefore) {
-  SpectrumAnalysis analysis(KissRealFft::make());
+  SpectrumAnalysis analysis(kMath);
   const std::vector<float> quiet(3, 0.5F);
   const BandLevels fresh = analysis.analyse(quiet, 48000);
   (void)analysis.analyse(noise(1), 16000);
@@ -142,7 +94,9 @@ TEST(SpectrumAnalysis, MeasuresThePackedSamplesWithoutATransform) {
   std::vector<float> samples(512, 0.0F);
   samples[256] = 3.0F;  // the window's middle, 1.633: pair 128, in band 12
   samples[257] = 4.0F;
-  const BandLevels levels = SpectrumAnalysis(nullptr).analyse(samples, 48000);
+  testing::FakeVectorMath math;
+  math.hasTransform = false;
+  const BandLevels levels = SpectrumAnalysis(math).analyse(samples, 48000);
   for (std::size_t i = 0; i < levels.size(); ++i) {
     const float expected = i == 12 ? 1.633F * 5.0F / 56.0F : 0.0F;
     EXPECT_NEAR(levels[i], expected, 1e-4F) << i;

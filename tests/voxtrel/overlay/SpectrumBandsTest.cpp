@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "voxtrel/overlay/SpectrumBands.h"
+#include "voxtrel/platform/kissfft/PlainVectorMath.h"
 
 namespace voxtrel {
 namespace {
@@ -93,7 +94,7 @@ TEST(SpectrumBands, HoldTheMeanOfTheirBins) {
   std::array<float, 256> magnitudes{};
   for (std::size_t k = 0; k < magnitudes.size(); ++k) magnitudes.at(k) = static_cast<float>(k);
   const BandEdges edges = bandEdges(48000);
-  const BandLevels levels = bandMeans(magnitudes, edges);
+  const BandLevels levels = bandMeans(PlainVectorMath(), magnitudes, edges);
   for (std::size_t i = 0; i < levels.size(); ++i) {
     const auto [first, end] = edges.at(i);
     EXPECT_FLOAT_EQ(levels.at(i), static_cast<float>(first + end - 1) / 2.0F) << i;
@@ -103,13 +104,13 @@ TEST(SpectrumBands, HoldTheMeanOfTheirBins) {
 TEST(SpectrumBands, IgnoreBinsOutsideThem) {
   std::array<float, 256> magnitudes{};
   magnitudes[0] = magnitudes[254] = magnitudes[255] = 1e9F;
-  EXPECT_THAT(bandMeans(magnitudes, bandEdges(48000)), Each(0.0F));
+  EXPECT_THAT(bandMeans(PlainVectorMath(), magnitudes, bandEdges(48000)), Each(0.0F));
 }
 
 TEST(SpectrumBands, AreZeroWhereEmpty) {
   std::array<float, 256> magnitudes{};
   magnitudes.fill(1.0F);
-  EXPECT_THAT(bandMeans(magnitudes, BandEdges{}), Each(0.0F));
+  EXPECT_THAT(bandMeans(PlainVectorMath(), magnitudes, BandEdges{}), Each(0.0F));
 }
 
 TEST(NormalizedLevels, HaveAPeakOfExactlyOne) {

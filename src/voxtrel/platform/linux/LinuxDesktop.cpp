@@ -7,7 +7,7 @@
 #include <memory>
 
 #include "common/base/HomeDirectory.h"
-#include "voxtrel/platform/kissfft/KissRealFft.h"
+#include "voxtrel/platform/kissfft/PlainVectorMath.h"
 #include "voxtrel/platform/linux/application/DisplayConnection.h"
 #include "voxtrel/platform/linux/application/QtApplication.h"
 #include "voxtrel/platform/linux/application/QtMainLoop.h"
@@ -69,6 +69,7 @@ class LinuxDesktop {
   HelpPages privacySettings_;
   QSettingsUserDefaults userDefaults_;
   UpdateNotice updater_;
+  PlainVectorMath vectorMath_;
   // After the others, because their threads may call into everything above until they have ended.
   PosixChildProcessLauncher childProcesses_;
   ThreadedBackgroundQueue backgroundQueue_;
@@ -117,7 +118,7 @@ LinuxDesktop::LinuxDesktop(Parts parts, const std::string& version, const LinuxP
              .statusItem = statusItem_,
              .updater = updater_,
              .userDefaults = userDefaults_,
-             .makeRealFft = KissRealFft::make,
+             .vectorMath = vectorMath_,
              .homeDirectory = homeDirectory()} {}
 
 }  // namespace

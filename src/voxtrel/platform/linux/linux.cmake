@@ -1,5 +1,6 @@
 # The Linux adapters, one room per outside service, and the desktop that puts them together.
 add_room(voxtrel/platform/kissfft KNOWS voxtrel/platform LINKS PkgConfig::KISSFFT)
+target_compile_options(voxtrel_platform_kissfft PRIVATE ${voxtrel_float_options})
 add_room(voxtrel/platform/posix KNOWS voxtrel/platform common/base common/posix LINKS Threads::Threads)
 # What posix/ leaves to each system; the two need each other's code, not each other's headers.
 add_room(voxtrel/platform/linux/process KNOWS voxtrel/platform/posix)

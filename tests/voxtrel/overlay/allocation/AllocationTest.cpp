@@ -7,7 +7,7 @@
 
 #include "support/Samples.h"
 #include "voxtrel/overlay/FFTBarView.h"
-#include "voxtrel/platform/kissfft/KissRealFft.h"
+#include "voxtrel/platform/kissfft/PlainVectorMath.h"
 
 namespace {
 
@@ -45,7 +45,8 @@ namespace voxtrel {
 namespace {
 
 TEST(Analysis, AllocatesNothingForABlock) {
-  FFTBarView view({0, 0, 90, 21}, KissRealFft::make());
+  const PlainVectorMath math;
+  FFTBarView view({0, 0, 90, 21}, math);
   const std::vector<float> samples = testing::noise(1);
   const testing::BufferOver block(samples);
 

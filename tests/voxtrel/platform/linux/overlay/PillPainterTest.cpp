@@ -9,7 +9,7 @@
 
 #include "support/Samples.h"
 #include "voxtrel/overlay/FFTBarView.h"
-#include "voxtrel/platform/kissfft/KissRealFft.h"
+#include "voxtrel/platform/kissfft/PlainVectorMath.h"
 #include "voxtrel/platform/linux/overlay/PillPainter.h"
 
 namespace voxtrel {
@@ -46,7 +46,8 @@ std::vector<float> chord() {
 }
 
 QImage picture(double scale) {
-  FFTBarView view(kFrame, KissRealFft::make());
+  const PlainVectorMath math;
+  FFTBarView view(kFrame, math);
   const std::vector<float> samples = chord();
   view.processAudio(testing::BufferOver(samples));
   const QSize size(static_cast<int>(std::lround(kFrame.width * scale)),

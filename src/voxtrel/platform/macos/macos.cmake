@@ -1,0 +1,22 @@
+# The macOS adapters, one room per outside service.
+
+# add_macos_room(<folder> [KNOWS <folder>...]): a room of Objective-C++ under voxtrel/platform/macos. The
+# tests link every one.
+function(add_macos_room folder)
+  add_room(voxtrel/platform/macos/${folder} ${ARGN} PUBLIC_LINKS voxtrel_macos_sdk)
+  string(REPLACE "/" "_" target "voxtrel_platform_macos_${folder}")
+  set_property(GLOBAL APPEND PROPERTY VOXTREL_MACOS_ROOMS ${target})
+endfunction()
+
+add_macos_room(foundation)
+add_macos_room(application KNOWS voxtrel/platform voxtrel/platform/macos/foundation common/posix)
+add_macos_room(log KNOWS voxtrel/platform)
+add_macos_room(notifications KNOWS voxtrel/platform voxtrel/platform/macos/foundation)
+add_macos_room(overlay KNOWS voxtrel/platform voxtrel/platform/macos/foundation)
+add_macos_room(permissions KNOWS voxtrel/platform voxtrel/platform/macos/foundation)
+add_macos_room(session KNOWS voxtrel/platform voxtrel/platform/macos/foundation)
+add_macos_room(sound KNOWS voxtrel/platform voxtrel/platform/macos/foundation)
+add_macos_room(statusitem KNOWS voxtrel/platform voxtrel/platform/macos/foundation)
+add_macos_room(vdsp KNOWS voxtrel/platform)
+add_macos_room(windows KNOWS voxtrel/platform voxtrel/download voxtrel/forms
+                             voxtrel/platform/macos/foundation)

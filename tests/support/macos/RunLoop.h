@@ -1,0 +1,38 @@
+#pragma once
+
+#import <AppKit/AppKit.h>
+
+#include <chrono>
+#include <functional>
+
+namespace voxtrel {
+
+/// Runs the main run loop, events included, until `condition` holds; false after `limit`.
+inline bool runUntil(const std::function<bool()>& condition,
+                     std::chrono::milliseconds limit = std::chrono::seconds(10)) {
+  const auto deadline = std::chrono::steady_clock::now() + limit;
+  while (!condition()) {
+    if (std::chrono::steady_clock::now() > deadline) return false;
+    @autoreleasepool {
+      NSDate* soon = [NSDate dateWithTimeIntervalSinceNow:0.01];
+      NSEvent* event = [NSApp nextEventMatchingMask:NSEventMaskAny
+                                          untilDate:soon
+                                             inMode:NSDefaultRunLoopMode
+                                            dequeue:YES];
+      if (event != nil) [NSApp sendEvent:event];
+    }
+  }
+  return true;
+}
+
+/// Runs the main run loop for `duration`, to see that something does not happen.
+inline void runFor(std::chrono::milliseconds duration) {
+  runUntil([] { return false; }, duration);
+}
+
+/// Runs what waits in the main run loop.
+inline void runOnce() {
+  runFor(std::chrono::milliseconds(20));
+}
+
+}  // namespace voxtrel
