@@ -102,6 +102,19 @@ class TheMenu(DesktopCase):
         self.assertLess(answered_s, 0.5)
         self.assertGreater(time.monotonic() - started, 2.5)
 
+    def test_100_clicks_on_restart_at_once_leave_the_menu_alive(self):
+        app = self.install().start_ready()
+        click = app.item.clicker("Restart")
+        started = time.monotonic()
+        for _ in range(100):
+            click()
+        app.item.rows()
+        answered_s = time.monotonic() - started
+        app.engine.wait_for_starts(2)
+        stays(lambda: len(app.engine.starts()) <= 4, "few restarts", for_s=1.0)
+        app.engine.wait_for_one_running()
+        self.assertLess(answered_s, 1.0)
+
     def opened_menu(self, closed):
         """(place, picture) of what has appeared below the panel, once it is of a menu's size."""
         screen = self.desk.screenshot()

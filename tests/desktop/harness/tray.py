@@ -70,6 +70,13 @@ class TrayItem:
         self._menu().Event(row.identifier, "clicked", dbus.String("", variant_level=1),
                            dbus.UInt32(0))
 
+    def clicker(self, text):
+        """A function that clicks at the row with this text and does not wait for the reply."""
+        menu = self._menu()
+        identifier = next(row for row in self.rows() if row.text == text).identifier
+        return lambda: menu.Event(identifier, "clicked", dbus.String("", variant_level=1),
+                                  dbus.UInt32(0), ignore_reply=True)
+
     def status(self):
         """The text of the status row."""
         return self.rows()[0].text

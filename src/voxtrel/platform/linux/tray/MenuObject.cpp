@@ -79,13 +79,14 @@ QList<int> MenuObject::AboutToShowGroup(const QList<int>& ids, QList<int>& idErr
 bool MenuObject::handleEvent(int id, const QString& type) {
   if (!layout_.has(id)) return false;
   const MenuItem* const row = layout_.find(id);
-  if (type == "clicked" && row != nullptr && row->enabled) {
-    emit chosen(id);
-  }
+  // A flood of clicks must not keep the menu busy with one action after the other.
+  const bool isChosen = type == "clicked" && row != nullptr && row->enabled;
+  if (isChosen && waiting_.insert(id).second) emit chosen(id);
   return true;
 }
 
 void MenuObject::runAction(int id) {
+  waiting_.erase(id);
   const MenuItem* const row = layout_.find(id);
   if (row == nullptr || !row->action) return;
   const auto action = row->action;  // it may replace the rows

@@ -3,13 +3,14 @@
 #include <QDBusContext>
 #include <QDBusVariant>
 #include <QObject>
+#include <set>
 
 #include "voxtrel/platform/linux/tray/MenuLayout.h"
 
 namespace voxtrel {
 
 /// The menu on the session bus: com.canonical.dbusmenu, from which a tray host draws it. Actions run
-/// after the host got its reply.
+/// after the host got its reply; a row that is clicked again before its action begins runs it once.
 /// Thread: the main thread.  Owns: the rows.  Fails by: an error reply to a host's wrong call.
 class MenuObject final : public QObject, protected QDBusContext {
   Q_OBJECT
@@ -62,6 +63,7 @@ class MenuObject final : public QObject, protected QDBusContext {
   void refuse(const QString& reason);
 
   MenuLayout layout_;
+  std::set<int> waiting_;  ///< chosen rows whose action has not begun
   uint revision_ = 1;
 };
 

@@ -76,6 +76,25 @@ TEST_F(MenuObjectFixture, runsAnActionOnlyAfterTheHostGotItsReply) {
   EXPECT_EQ(chosen_, 1);
 }
 
+TEST_F(MenuObjectFixture, runsAnActionOnceForAllClicksThatWaitForIt) {
+  for (int click = 0; click < 100; ++click) menu_.Event(second_, "clicked", {}, 0);
+  QCoreApplication::sendPostedEvents();
+  EXPECT_EQ(chosen_, 1);
+}
+
+TEST_F(MenuObjectFixture, runsAnActionOnceMoreForClicksWhileItRuns) {
+  const auto clickTwice = [this] {
+    if (++chosen_ > 1) return;
+    for (int click = 0; click < 2; ++click) menu_.Event(second_, "clicked", {}, 0);
+  };
+  menu_.setRows({{.title = "Restart", .action = clickTwice}});
+  second_ = layout().children.at(0).value<MenuNode>().id;
+  menu_.Event(second_, "clicked", {}, 0);
+  QCoreApplication::sendPostedEvents();
+  QCoreApplication::sendPostedEvents();
+  EXPECT_EQ(chosen_, 2);
+}
+
 TEST_F(MenuObjectFixture, runsNoActionOfADisabledRow) {
   menu_.Event(first_, "clicked", {}, 0);
   QCoreApplication::sendPostedEvents();
