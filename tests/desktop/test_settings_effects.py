@@ -111,6 +111,38 @@ class LaunchAtLogin(SettingsCase):
         form = self.open()
         self.wait_for_login(form, False)
 
+    def write_entry(self, *lines):
+        """An autostart entry of the user's own; returns its lines."""
+        folder = os.path.join(self.app.home, ".config/autostart")
+        os.makedirs(folder, exist_ok=True)
+        written = ["[Desktop Entry]", "Type=Application", "Name=Mine", "Exec=env A=b /bin/sh", *lines]
+        with open(os.path.join(folder, "org.voxtrel.Voxtrel.desktop"), "w", encoding="ascii") as file:
+            file.write("\n".join(written) + "\n")
+        return written
+
+    def remember_launch_at_login(self):
+        """What a checked box leaves for the next start."""
+        folder = os.path.join(self.app.home, ".config/voxtrel")
+        os.makedirs(folder)
+        with open(os.path.join(folder, "voxtrel.conf"), "w", encoding="ascii") as file:
+            file.write("[General]\nlaunchAtLogin=true\n")
+
+    def test_the_users_own_entry_is_shown_and_not_rewritten(self):
+        self.app = self.install()
+        own = self.write_entry()
+        self.app.start_ready()
+        self.wait_for_login(self.open(), True)
+        self.assertEqual(self.entry(), own)
+
+    def test_an_entry_that_the_desktop_turned_off_stays_off(self):
+        self.app = self.install()
+        off = self.write_entry("Hidden=true")
+        self.remember_launch_at_login()
+        self.app.start_ready()
+        self.assertEqual(self.entry(), off)
+        self.wait_for_login(self.open(), False)
+        self.assertEqual(self.entry(), off)
+
     def test_an_entry_that_was_lost_comes_back_with_the_next_start(self):
         form = self.begin()
         form.click(form.login())

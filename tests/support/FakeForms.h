@@ -80,8 +80,10 @@ struct FakeLoginItem : LoginItem {
   bool isEnabled() const override { return enabled; }
   bool enable() override { return set(true); }
   bool disable() override { return set(false); }
+  bool restore() override { return isDecided ? enabled : set(true); }
 
   bool enabled = false;
+  bool isDecided = false;  // by the user or the desktop
   bool canEnable = true, canDisable = true;
   std::vector<bool> asked;  // true for enable, false for disable; oldest first
 

@@ -40,7 +40,7 @@ AppDelegate::AppDelegate(const Desktop& desktop, RecordingIndicator& overlay)
 void AppDelegate::applicationDidFinishLaunching() {
   logger_.info("Voxtrel launching");
   if (desktop_.userDefaults.boolForKey(SettingsView::kLaunchAtLoginKey)) {
-    static_cast<void>(desktop_.loginItem.enable());  // a failure must not prevent the start
+    static_cast<void>(desktop_.loginItem.restore());  // a failure must not prevent the start
   }
   Notifications& notifications = desktop_.notifications;
   notifications.setCategories({crashCategory()});

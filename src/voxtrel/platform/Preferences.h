@@ -12,9 +12,11 @@ class LoginItem {
 
   /// Checked on every call.
   virtual bool isEnabled() const = 0;
-  /// Both return whether it now is as asked, also when it already was.
+  /// These two return whether it now is as asked, also when it already was.
   [[nodiscard]] virtual bool enable() = 0;
   [[nodiscard]] virtual bool disable() = 0;
+  /// Enables it unless the user or the desktop has decided about it; returns whether it is enabled.
+  [[nodiscard]] virtual bool restore() = 0;
 };
 
 /// Small values that the application keeps for its user between runs.

@@ -125,6 +125,14 @@ TEST_F(StartUp, RegistersTheLoginItemThatTheUserDefaultsAskFor) {
   EXPECT_EQ(desktop.loginItem.asked, std::vector<bool>{true});
 }
 
+TEST_F(StartUp, LeavesALoginItemAloneThatWasTurnedOff) {
+  desktop.loginItem.isDecided = true;
+  desktop.defaults.values["launchAtLogin"] = true;
+  finishLaunching();
+  EXPECT_TRUE(desktop.loginItem.asked.empty());
+  EXPECT_FALSE(desktop.loginItem.enabled);
+}
+
 TEST_F(StartUp, LeavesTheLoginItemAloneUnlessTheUserDefaultsAskForIt) {
   desktop.loginItem.enabled = true;
   desktop.defaults.values["launchAtLogin"] = false;

@@ -94,14 +94,18 @@ bool AutostartEntry::isEnabled() const {
 }
 
 bool AutostartEntry::enable() {
-  const Entry entry = read();
-  const auto exec = entry.find("Exec");
-  if (exec != entry.end() && exec->second == program_.exec && wouldStart(entry)) return true;
+  if (isEnabled()) return true;
   const QByteArray text = textFor(program_);
   const QString folder = QFile::decodeName(folder_.c_str());
   if (folder.isEmpty() || !isValidUtf8(text.toStdString()) || !QDir().mkpath(folder)) return false;
   QSaveFile file(QFile::decodeName(file_.c_str()));
   return file.open(QIODevice::WriteOnly) && file.write(text) == text.size() && file.commit();
+}
+
+bool AutostartEntry::restore() {
+  const QFileInfo file(QFile::decodeName(file_.c_str()));
+  const bool isThere = file.exists() || file.isSymLink();  // a link to nothing is the user's, too
+  return isThere ? isEnabled() : enable();
 }
 
 bool AutostartEntry::disable() {

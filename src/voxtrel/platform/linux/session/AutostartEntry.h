@@ -24,8 +24,8 @@ AutostartProgram autostartProgram(const std::string& executable, bool sandboxed)
 
 /// An entry in the desktop's autostart folder. It is enabled if the desktop would start it: the file
 /// exists, describes an application, is neither hidden nor switched off, and its program is
-/// installed. `enable` replaces the file and `disable` removes it, with the user's changes.
-/// `disable` leaves an entry alone that is already off: it may be there to override the system's.
+/// installed. `enable` replaces an entry that is off, `disable` removes one that is on. An entry that
+/// is already as wanted is left alone: it may be the user's own, or override the system's.
 /// Thread: the main thread.  Fails by: false if the file cannot be written or removed, or if the
 /// program's path is not UTF-8, which these files require.
 class AutostartEntry final : public LoginItem {
@@ -35,6 +35,7 @@ class AutostartEntry final : public LoginItem {
 
   bool isEnabled() const override;
   [[nodiscard]] bool enable() override;
+  [[nodiscard]] bool restore() override;
   [[nodiscard]] bool disable() override;
 
  private:

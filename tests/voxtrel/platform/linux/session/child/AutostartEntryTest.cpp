@@ -85,11 +85,35 @@ TEST_F(AnAutostartEntry, thatAlreadyStartsThisProgramIsNotRewritten) {
   EXPECT_EQ(text(), own);
 }
 
-TEST_F(AnAutostartEntry, ofAnotherCopyIsOnAndIsRewrittenWhenEnabled) {
-  ASSERT_TRUE(entryOf("/bin/cat").enable());
+TEST_F(AnAutostartEntry, ofTheUsersOwnIsOnAndIsNotRewritten) {
+  const std::string own = "[Desktop Entry]\nType=Application\nName=Mine\nExec=env A=b /bin/cat\n";
+  folder.write(kFile, own);
   EXPECT_TRUE(entry.isEnabled());
   EXPECT_TRUE(entry.enable());
-  EXPECT_NE(text().find("Exec=/bin/sh\n"), std::string::npos);
+  EXPECT_TRUE(entry.restore());
+  EXPECT_EQ(text(), own);
+}
+
+TEST_F(AnAutostartEntry, isRestoredOnlyIfThereIsNone) {
+  EXPECT_TRUE(entry.restore());
+  EXPECT_TRUE(entry.isEnabled());
+}
+
+TEST_F(AnAutostartEntry, thatTheDesktopTurnedOffIsNotRestored) {
+  const std::string good = "[Desktop Entry]\nType=Application\nExec=/bin/sh\n";
+  for (const std::string& off : {good + "Hidden=true\n", good + "X-GNOME-Autostart-enabled=false\n",
+                                 good + "TryExec=/missing/program\n", std::string()}) {
+    folder.write(kFile, off);
+    EXPECT_FALSE(entry.restore()) << off;
+    EXPECT_EQ(text(), off);
+  }
+}
+
+TEST_F(AnAutostartEntry, thatIsALinkToNothingIsNotRestored) {
+  fs::create_directories(folder.path() / "autostart");
+  fs::create_symlink("/missing/entry", folder.path() / kFile);
+  EXPECT_FALSE(entry.restore());
+  EXPECT_TRUE(fs::is_symlink(folder.path() / kFile));
 }
 
 TEST_F(AnAutostartEntry, isOffForEveryReasonForWhichTheDesktopWouldNotStartIt) {
@@ -137,8 +161,10 @@ TEST_F(AnAutostartEntry, inAReadOnlyFolderCanBeNeitherWrittenNorRemoved) {
   ::chmod((folder.path() / "autostart").c_str(), 0555);
   EXPECT_FALSE(entry.disable());
   EXPECT_TRUE(entry.isEnabled());
-  EXPECT_FALSE(entryOf("/bin/cat").enable());
-  EXPECT_NE(text().find("Exec=/bin/sh\n"), std::string::npos) << "the old one stays whole";
+  const std::string off = "[Desktop Entry]\nHidden=true\n";
+  folder.write(kFile, off);
+  EXPECT_FALSE(entry.enable());
+  EXPECT_EQ(text(), off) << "the old one stays whole";
   ::chmod((folder.path() / "autostart").c_str(), 0755);
 }
 
