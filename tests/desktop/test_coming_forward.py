@@ -1,5 +1,7 @@
 """What brings the program's open window in front of the one that the user works in."""
 
+import subprocess
+
 from harness.case import DesktopCase
 from harness.polling import eventually
 
@@ -47,3 +49,12 @@ class ComingForward(DesktopCase):
         second.start()
         self.assertEqual(second.process.exit_status(), 0)
         self.wait_until_in_front()
+
+    def test_the_window_manager_gets_the_token_of_a_second_start(self):
+        second = self.install()
+        second.start(XDG_ACTIVATION_TOKEN="quill-7_TIME0")
+        self.assertEqual(second.process.exit_status(), 0)
+        self.wait_until_in_front()
+        answer = subprocess.run(["xprop", "-id", self.ours, "_NET_STARTUP_ID"], check=True, timeout=20,
+                                env=self.desk.environment, capture_output=True, text=True)
+        self.assertIn('"quill-7_TIME0"', answer.stdout)

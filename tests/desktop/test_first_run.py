@@ -284,6 +284,22 @@ class Closing(FirstRun):
         self.setup_run.exit(0)
         self.assert_one_start()
 
+    def test_a_second_start_shows_the_window_again(self):
+        form = self.begin("progress 812 3094")
+        form.wait_for_fraction(0.262)
+        form.keys("Escape")
+        form.wait_until_closed()
+        second = self.install(with_model=False)
+        second.start()
+        self.assertEqual(second.process.exit_status(), 0)
+        form = DownloadForm(self.desk, self.app)
+        form.wait_until_active()
+        form.wait_for_fraction(0.262)
+        self.assertEqual(len(self.setup_run.starts()), 1)
+        self.setup_run.exit(0)
+        form.wait_until_closed()
+        self.assert_one_start()
+
     def test_by_escape_is_the_same(self):
         form = self.begin()
         self.setup_run.wait_for_starts(1)

@@ -158,6 +158,11 @@ void AppDelegate::quitRequested() {
   }
 }
 
+/// After its set-up window was closed, the application has neither a window nor an icon.
+void AppDelegate::reopenRequested() {
+  if (downloadWindow_ && !downloadWindow_->isVisible()) downloadWindow_->makeKeyAndOrderFront();
+}
+
 void AppDelegate::applicationWillTerminate() {
   logger_.info("Voxtrel terminating");
   accessibilityTimer_.reset();

@@ -30,6 +30,7 @@ class AppDelegate : public ApplicationDelegate, public std::enable_shared_from_t
   void applicationDidFinishLaunching() override;
   void applicationWillTerminate() override;
   void quitRequested() override;
+  void reopenRequested() override;
 
  private:
   bool checkWeightsExist() const;

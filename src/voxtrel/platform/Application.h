@@ -17,6 +17,8 @@ class ApplicationDelegate {
   virtual void applicationWillTerminate() = 0;
   /// The system asks the application to quit (a signal, the end of the session).
   virtual void quitRequested() = 0;
+  /// The user has started the application again. Its open windows come forward by themselves.
+  virtual void reopenRequested() = 0;
 };
 
 /// The running application.

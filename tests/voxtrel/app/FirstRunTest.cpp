@@ -78,6 +78,26 @@ TEST_F(FirstRun, StaysParkedWhenTheWindowIsClosed) {
   EXPECT_EQ(desktop.application.terminations, 0);
 }
 
+TEST_F(FirstRun, AnotherStartShowsTheClosedWindowAgainWithTheSetupThatRuns) {
+  desktop.forms.closeLast();
+  delegate->reopenRequested();
+  EXPECT_TRUE(window().visible);
+  EXPECT_EQ(desktop.forms.windows.size(), 1U);
+  EXPECT_EQ(starts(), 1U);
+  endSetup(1);
+  download().skip();
+  EXPECT_TRUE(microphoneWasAsked());
+}
+
+TEST_F(FirstRun, AnotherStartShowsNoSetupWindowOnceTheSetupIsOver) {
+  endSetup(0);
+  desktop.time.advance(1s);
+  const std::size_t windows = desktop.forms.windows.size();
+  delegate->reopenRequested();
+  EXPECT_EQ(desktop.forms.windows.size(), windows);
+  EXPECT_FALSE(window().visible);
+}
+
 TEST_F(FirstRun, ContinuesWhenTheSetupBehindAClosedWindowSucceeds) {
   desktop.forms.closeLast();
   endSetup(0);

@@ -119,7 +119,9 @@ LinuxDesktop::LinuxDesktop(Parts parts, const std::string& version, const LinuxP
              .updater = updater_,
              .userDefaults = userDefaults_,
              .vectorMath = vectorMath_,
-             .homeDirectory = homeDirectory()} {}
+             .homeDirectory = homeDirectory()} {
+  parts_.instance->setOnReopen([this] { application_.reopen(); });
+}
 
 }  // namespace
 

@@ -10,7 +10,8 @@ set(CMAKE_AUTOMOC ON)
 add_room(voxtrel/platform/linux/log KNOWS voxtrel/platform LINKS PkgConfig::SYSTEMD)
 add_room(voxtrel/platform/linux/dbus LINKS PkgConfig::SYSTEMD PUBLIC_LINKS Qt6::DBus)
 add_room(voxtrel/platform/linux/x11 KNOWS common/x11 LINKS PkgConfig::XCB_WINDOWS Qt6::Gui)
-add_room(voxtrel/platform/linux/application KNOWS voxtrel/platform common/posix
+add_room(voxtrel/platform/linux/application
+         KNOWS voxtrel/platform common/posix voxtrel/platform/linux/x11
          PUBLIC_LINKS Qt6::Gui LINKS Qt6::Widgets)
 add_room(voxtrel/platform/linux/tray
          KNOWS voxtrel/platform voxtrel/platform/linux/dbus voxtrel/platform/linux/x11

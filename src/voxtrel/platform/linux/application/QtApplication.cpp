@@ -4,6 +4,8 @@
 #include <QSocketNotifier>
 #include <QWidget>
 
+#include "voxtrel/platform/linux/x11/XServer.h"
+
 namespace voxtrel {
 
 int QtApplication::run(ApplicationDelegate& delegate) {
@@ -15,9 +17,15 @@ int QtApplication::run(ApplicationDelegate& delegate) {
   // Inside the loop, because `terminate` has no effect before it runs.
   QMetaObject::invokeMethod(
       &signalArrived, [&] { delegate.applicationDidFinishLaunching(); }, Qt::QueuedConnection);
+  delegate_ = &delegate;
   const int status = QApplication::exec();
+  delegate_ = nullptr;
   delegate.applicationWillTerminate();
   return status;
+}
+
+void QtApplication::reopen() {
+  if (delegate_ != nullptr) delegate_->reopenRequested();
 }
 
 void QtApplication::terminate() {
@@ -30,18 +38,16 @@ QIcon applicationIcon() {
 }
 
 void bringForward(const QString& activationToken) {
-  // Qt reads the token from here when it activates a window.
-  constexpr const char* kTokenVariable = "XDG_ACTIVATION_TOKEN";
-  if (!activationToken.isEmpty()) qputenv(kTokenVariable, activationToken.toUtf8());
   for (QWidget* const window : QApplication::topLevelWidgets()) {
     if (!window->isVisible() || window->windowType() == Qt::Popup ||
         window->testAttribute(Qt::WA_ShowWithoutActivating)) {
       continue;
     }
+    if (!activationToken.isEmpty())
+      setStartupId(static_cast<xcb_window_t>(window->winId()), activationToken.toUtf8());
     window->raise();
     window->activateWindow();
   }
-  qunsetenv(kTokenVariable);
 }
 
 }  // namespace voxtrel

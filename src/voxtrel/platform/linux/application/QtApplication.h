@@ -14,8 +14,11 @@ class QtApplication final : public Application {
  public:
   int run(ApplicationDelegate& delegate) override;
   void terminate() override;
+  /// The application was started again.
+  void reopen();
 
  private:
+  ApplicationDelegate* delegate_ = nullptr;  ///< while it runs
   StopSignals signals_{StopSignals::InheritedIgnores::replace};
 };
 
@@ -23,7 +26,8 @@ class QtApplication final : public Application {
 QIcon applicationIcon();
 
 /// Raises the application's visible windows and gives them the focus, as far as the desktop allows.
-/// `activationToken`: the desktop's permission to take the focus, or empty.
+/// `activationToken`: the desktop's permission to take the focus, or empty. It is passed on as X11's
+/// start-up id, not in the environment, which other threads read.
 /// Thread: the main thread.
 void bringForward(const QString& activationToken);
 

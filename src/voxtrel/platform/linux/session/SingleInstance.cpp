@@ -53,6 +53,7 @@ void SingleInstance::activateOther() {
 }
 
 void SingleInstance::Activate(const QVariantMap& platform_data) {
+  if (onReopen_) onReopen_();
   bringForward(platform_data.value("activation-token").toString());
 }
 

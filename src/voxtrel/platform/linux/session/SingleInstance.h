@@ -3,14 +3,16 @@
 #include <QDBusPendingCall>
 #include <QObject>
 #include <QVariantMap>
+#include <functional>
 #include <optional>
+#include <utility>
 
 #include "voxtrel/platform/Log.h"
 
 namespace voxtrel {
 
 /// Owns the application's name on the session bus, which only one process of a session can have, and
-/// answers org.freedesktop.Application under it. There, every call only brings the windows forward.
+/// answers org.freedesktop.Application under it. There, every call brings the windows forward.
 /// Thread: the main thread.  Borrows: Log.
 /// Fails by: one line in the log if there is no session bus; every process then counts as the first.
 class SingleInstance final : public QObject {
@@ -24,6 +26,8 @@ class SingleInstance final : public QObject {
   /// False if another process already has the name; that one was asked to come forward. Blocks for
   /// the reply, two seconds at most.
   bool isFirst();
+  /// Called at each of those calls, before the windows come forward.
+  void setOnReopen(std::function<void()> onReopen) { onReopen_ = std::move(onReopen); }
 
   // NOLINTBEGIN(readability-identifier-naming): named by the interface.
   Q_SCRIPTABLE void Activate(const QVariantMap& platform_data);
@@ -36,6 +40,7 @@ class SingleInstance final : public QObject {
   static void activateOther();
 
   Logger log_;
+  std::function<void()> onReopen_;
   std::optional<QDBusPendingCall> nameRequest_;
 };
 

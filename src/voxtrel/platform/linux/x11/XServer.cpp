@@ -21,6 +21,15 @@ std::unique_ptr<XConnection> qtXConnection() {
   return XConnection::borrow(x11->connection());
 }
 
+void setStartupId(xcb_window_t window, const QByteArray& startupId) {
+  constexpr std::uint8_t kBitsOfAByte = 8;
+  const auto server = qtXConnection();
+  if (!server) return;
+  xcb_change_property(server->get(), XCB_PROP_MODE_REPLACE, window, server->atom("_NET_STARTUP_ID"),
+                      server->atom("UTF8_STRING"), kBitsOfAByte,
+                      static_cast<std::uint32_t>(startupId.size()), startupId.constData());
+}
+
 bool offersXInput2(const char* display) {
   constexpr std::uint16_t kMajorVersion = 2;
   const auto server = XConnection::open(display);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QRect>
 #include <memory>
 #include <optional>
@@ -12,6 +13,11 @@ namespace voxtrel {
 /// Qt's connection to the X server, borrowed; null if the application is not connected to one.
 /// Thread: the main thread.
 std::unique_ptr<XConnection> qtXConnection();
+
+/// Tells the window manager that `window` comes forward for the start with this id. Does nothing without
+/// an X server.
+/// Thread: the main thread.
+void setStartupId(xcb_window_t window, const QByteArray& startupId);
 
 /// Whether the X server has XInput 2, whose raw events show a key whatever window has the focus. Asked
 /// over a separate connection, because Qt has already agreed on a version on its own.
