@@ -44,7 +44,7 @@ struct Contender {
 int main() {
   const std::vector<float> samples = testing::noise(1);
   const testing::BufferOver block(samples);
-  const PlainVectorMath math;
+  const PlainVectorMath math{};
   FFTBarView view({0, 0, 90, 21}, math);
 
   kiss_fftr_state* kissPlan = kiss_fftr_alloc(512, 0, nullptr, nullptr);

@@ -33,7 +33,7 @@ double millisecondsBetween(Clock::rep start, Clock::rep end) {
 
 void benchSoundToEnergy(const char* sink) {
   FirstTime written, byUs, byBare;
-  const PlainVectorMath math;
+  const PlainVectorMath math{};
   FFTBarView view({0, 0, 90, 21}, math);
   PulseMicrophone microphone;
   MicrophoneTapOptions options;

@@ -22,7 +22,7 @@ constexpr Rect kFrame{0, 0, 90, 21};
 constexpr double kSpacing = 46.0 / 15.0;
 
 struct FFTBarViewTest : ::testing::Test {
-  const PlainVectorMath math;
+  const PlainVectorMath math{};
   FFTBarView view{kFrame, math};
 
   RecordingCanvas draw() {
@@ -205,7 +205,7 @@ TEST_F(FFTBarViewTest, DrawsOnOneThreadWhileAnotherAnalyses) {
 }
 
 TEST(FFTBarViewDeathTest, EndsTheProcessAtASampleRateOfZero) {
-  const PlainVectorMath math;
+  const PlainVectorMath math{};
   FFTBarView view(kFrame, math);
   const std::vector<float> samples = noise(1);
   EXPECT_DEATH(view.processAudio(BufferOver(samples, 0.0)), "no frequency bins");

@@ -45,7 +45,7 @@ namespace voxtrel {
 namespace {
 
 TEST(Analysis, AllocatesNothingForABlock) {
-  const PlainVectorMath math;
+  const PlainVectorMath math{};
   FFTBarView view({0, 0, 90, 21}, math);
   const std::vector<float> samples = testing::noise(1);
   const testing::BufferOver block(samples);

@@ -46,7 +46,7 @@ std::vector<float> chord() {
 }
 
 QImage picture(double scale) {
-  const PlainVectorMath math;
+  const PlainVectorMath math{};
   FFTBarView view(kFrame, math);
   const std::vector<float> samples = chord();
   view.processAudio(testing::BufferOver(samples));
