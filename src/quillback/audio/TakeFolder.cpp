@@ -1,6 +1,7 @@
 #include "quillback/audio/TakeFolder.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -74,21 +75,30 @@ std::vector<TakeFile> listTakes(const std::string& folder) {
   return found;
 }
 
-/// One of the files.
-/// Thread: one.  Borrows: nothing.
+/// One of the files, locked until this is destroyed.
+/// Thread: one.
 class FileOfTake final : public KeptTake {
  public:
-  FileOfTake(const std::string& folder, int number, std::string path)
-      : path_(std::move(path)),
+  FileOfTake(FileDescriptor lock, const std::string& folder, int number, std::string path)
+      : lock_(std::move(lock)),
+        path_(std::move(path)),
         pathWithoutWords_(folder + '/' + takeName(number, kNoWordsSuffix)) {}
 
   void delivered() override { ::unlink(path_.c_str()); }
   void gaveNoWords() override { ::rename(path_.c_str(), pathWithoutWords_.c_str()); }
 
  private:
+  const FileDescriptor lock_;
   const std::string path_;
   const std::string pathWithoutWords_;
 };
+
+/// Locks the file; not open if another process has it.
+FileDescriptor lockTake(const std::string& path) {
+  FileDescriptor file(::open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
+  const bool isLocked = file.isOpen() && ::flock(file.get(), LOCK_EX | LOCK_NB) == 0;
+  return isLocked ? std::move(file) : FileDescriptor();
+}
 
 }  // namespace
 
@@ -101,7 +111,9 @@ std::string takeFolderPath() {
 std::vector<StoredTake> TakeFolder::takes() const {
   std::vector<StoredTake> stored;
   for (const auto& [number, path] : listTakes(path_)) {
-    stored.push_back({path, std::make_unique<FileOfTake>(path_, number, path)});
+    FileDescriptor lock = lockTake(path);
+    if (!lock.isOpen()) continue;
+    stored.push_back({path, std::make_unique<FileOfTake>(std::move(lock), path_, number, path)});
   }
   return stored;
 }
@@ -115,30 +127,39 @@ void TakeFolder::makeRoom() const {
   for (std::size_t i = 0; i + kMaxFiles <= kept.size(); ++i) ::unlink(kept[i].path.c_str());
 }
 
+/// Written under another name, so that a take is whole and locked when it can be seen.
 std::unique_ptr<KeptTake> TakeFolder::keep(std::span<const std::int16_t> samples) {
   constexpr mode_t kOwnerOnly = 0600;
   if (path_.empty() || !makeOwnFolder(path_)) return nullptr;
   makeRoom();
+  const std::string draft = path_ + "/draft-" + std::to_string(::getpid());
+  FileDescriptor file(
+      ::open(draft.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, kOwnerOnly));
+  if (!file.isOpen()) return nullptr;
+  ::flock(file.get(), LOCK_EX);
+  const auto header = wavHeader(samples.size());
+  const bool isWritten = writeAll(file.get(), std::as_bytes(std::span(header))) &&
+                         writeAll(file.get(), std::as_bytes(samples));
+  const int number = isWritten ? nameDraft(draft) : 0;
+  ::unlink(draft.c_str());
+  if (number == 0) return nullptr;
+  return std::make_unique<FileOfTake>(std::move(file), path_, number,
+                                      path_ + '/' + takeName(number, kSuffix));
+}
+
+/// The draft's number as a take; 0 if it cannot become one.
+int TakeFolder::nameDraft(const std::string& draft) {
   const std::vector<TakeFile> kept = listTakes(path_);
   int number = std::max(lastNumber_, kept.empty() ? 0 : kept.back().number) + 1;
-  const auto path = [&] { return path_ + '/' + takeName(number, kSuffix); };
-  const auto create = [&] {
-    return ::open(path().c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kOwnerOnly);
+  const auto link = [&] {
+    return ::link(draft.c_str(), (path_ + '/' + takeName(number, kSuffix)).c_str()) == 0;
   };
-  FileDescriptor file(create());
   // Another engine may have taken the number just now.
-  while (!file.isOpen() && errno == EEXIST && ++number < kMaxNumber)
-    file = FileDescriptor(create());
-  if (!file.isOpen()) return nullptr;
-  lastNumber_ = number;
-  const auto header = wavHeader(samples.size());
-  auto take = std::make_unique<FileOfTake>(path_, number, path());
-  if (writeAll(file.get(), std::as_bytes(std::span(header))) &&
-      writeAll(file.get(), std::as_bytes(samples))) {
-    return take;
+  while (!link()) {
+    if (errno != EEXIST || ++number >= kMaxNumber) return 0;
   }
-  take->delivered();
-  return nullptr;
+  lastNumber_ = number;
+  return number;
 }
 
 }  // namespace voxtrel::quillback

@@ -24,7 +24,8 @@ struct StoredTake {
 
 /// Keeps recordings as WAV files in a folder that only this user may read: take-1.wav and so on; one
 /// without words becomes take-1-no-words.wav. At most kMaxFiles, the newest. The folder is in memory,
-/// so a file is written at once: five minutes are 10 MB, which take some milliseconds.
+/// so a file is written at once: five minutes are 10 MB, which take some milliseconds. A file is locked
+/// while a process recognises it.
 /// Thread: one.  Owns: nothing; the files stay.
 /// Fails by: null from `keep`.
 class TakeFolder final : public TakeStore {
@@ -36,11 +37,12 @@ class TakeFolder final : public TakeStore {
 
   [[nodiscard]] std::unique_ptr<KeptTake> keep(std::span<const std::int16_t> samples) override;
 
-  /// The kept recordings, the oldest first.
+  /// The kept recordings, the oldest first, without those that another process is recognising.
   std::vector<StoredTake> takes() const;
 
  private:
   void makeRoom() const;
+  int nameDraft(const std::string& draft);
 
   std::string path_;
   int lastNumber_ = 0;  // not given again: handles go by names

@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 
@@ -20,6 +21,16 @@ using testing::IsEmpty;
 const std::vector<std::int16_t> kSound = {0, 1, -1, 32767, -32768, 300};
 
 struct TakeFolderTest : testing::Test {
+  /// Of all files in the folder.
+  std::vector<std::string> files() const {
+    std::vector<std::string> found;
+    for (const auto& entry : fs::directory_iterator(folder)) {
+      found.push_back(entry.path().filename().string());
+    }
+    std::ranges::sort(found);
+    return found;
+  }
+  /// Of the recordings that are there to be recognised.
   std::vector<std::string> names() const {
     std::vector<std::string> found;
     for (const StoredTake& take : store.takes()) {
@@ -39,8 +50,7 @@ struct TakeFolderTest : testing::Test {
 };
 
 TEST_F(TakeFolderTest, ARecordingIsAWavFileThatOnlyItsUserMayRead) {
-  const auto kept = store.keep(kSound);
-  ASSERT_TRUE(kept);
+  ASSERT_TRUE(store.keep(kSound));
   ASSERT_THAT(names(), ElementsAre("take-1.wav"));
   EXPECT_EQ(modeOf(folder), 0700U);
   EXPECT_EQ(modeOf(folder / "take-1.wav"), 0600U);
@@ -53,30 +63,41 @@ TEST_F(TakeFolderTest, ARecordingIsAWavFileThatOnlyItsUserMayRead) {
 TEST_F(TakeFolderTest, ItStaysUntilItsWordsWereDelivered) {
   auto first = store.keep(kSound);
   auto second = store.keep(kSound);
-  EXPECT_THAT(names(), ElementsAre("take-1.wav", "take-2.wav"));
+  EXPECT_THAT(files(), ElementsAre("take-1.wav", "take-2.wav"));
   second.reset();
-  EXPECT_THAT(names(), ElementsAre("take-1.wav", "take-2.wav"));
+  EXPECT_THAT(files(), ElementsAre("take-1.wav", "take-2.wav"));
   first->delivered();
-  EXPECT_THAT(names(), ElementsAre("take-2.wav"));
+  EXPECT_THAT(files(), ElementsAre("take-2.wav"));
   first->delivered();
   first->gaveNoWords();
-  EXPECT_THAT(names(), ElementsAre("take-2.wav"));
+  EXPECT_THAT(files(), ElementsAre("take-2.wav"));
+}
+
+TEST_F(TakeFolderTest, OneThatIsBeingRecognisedIsNotThereForOthers) {
+  auto first = store.keep(kSound);
+  const auto second = store.keep(kSound);
+  EXPECT_THAT(names(), IsEmpty());
+  first.reset();
+  EXPECT_THAT(names(), ElementsAre("take-1.wav"));
+  const auto retried = store.takes();
+  EXPECT_THAT(names(), IsEmpty());
 }
 
 TEST_F(TakeFolderTest, OneWithoutWordsStaysUntilTheNextIsKept) {
-  const auto first = store.keep(kSound);
+  auto first = store.keep(kSound);
   const auto second = store.keep(kSound);
   first->gaveNoWords();
-  EXPECT_THAT(names(), ElementsAre("take-1-no-words.wav", "take-2.wav"));
+  EXPECT_THAT(files(), ElementsAre("take-1-no-words.wav", "take-2.wav"));
+  first.reset();
   store.takes()[0].kept->gaveNoWords();
-  EXPECT_THAT(names(), ElementsAre("take-1-no-words.wav", "take-2.wav"));
+  EXPECT_THAT(files(), ElementsAre("take-1-no-words.wav", "take-2.wav"));
   const auto third = store.keep(kSound);
-  EXPECT_THAT(names(), ElementsAre("take-2.wav", "take-3.wav"));
+  EXPECT_THAT(files(), ElementsAre("take-2.wav", "take-3.wav"));
 }
 
 TEST_F(TakeFolderTest, AnOldHandleNeverRemovesALaterRecording) {
   const auto first = store.keep(kSound);
-  store.takes()[0].kept->delivered();
+  first->delivered();
   ASSERT_TRUE(store.keep(kSound));
   first->delivered();
   EXPECT_THAT(names(), ElementsAre("take-2.wav"));
@@ -99,8 +120,9 @@ TEST_F(TakeFolderTest, OnlyTheNewestAreKept) {
 }
 
 TEST_F(TakeFolderTest, OtherFilesAreLeftAlone) {
-  for (const char* name : {"take-.wav", "take-0.wav", "take-1.wav.part", "take-x.wav", "notes.txt",
-                           "take--1.wav", "take-99999999999.wav", "take-999999999.wav"}) {
+  for (const char* name :
+       {"take-.wav", "take-0.wav", "take-1.wav.part", "draft-1", "take-x.wav", "notes.txt",
+        "take--1.wav", "take-99999999999.wav", "take-999999999.wav"}) {
     scratch.write(std::string("quillback/") + name, "x");
   }
   EXPECT_THAT(names(), IsEmpty());
