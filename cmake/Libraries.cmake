@@ -12,6 +12,8 @@ pkg_check_modules(KISSFFT REQUIRED IMPORTED_TARGET kissfft-float)
 # Both: the sound servers of Linux desktops, PipeWire included; the X server.
 pkg_check_modules(PULSE REQUIRED IMPORTED_TARGET libpulse)
 pkg_check_modules(XCB REQUIRED IMPORTED_TARGET xcb)
+# Both: what a Wayland compositor offers beyond windows.
+include(cmake/Wayland.cmake)
 
 # The engine's settings: typed keys of their own language, with the line of every mistake.
 find_package(tomlplusplus REQUIRED)

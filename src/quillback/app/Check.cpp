@@ -4,20 +4,11 @@
 
 #include "common/base/SessionKind.h"
 #include "quillback/app/KeySource.h"
+#include "quillback/insertion/TextSinks.h"
 #include "quillback/keys/command/KeyCommands.h"
+#include "quillback/loop/EpollLoop.h"
 
 namespace voxtrel::quillback {
-namespace {
-
-std::string wordsLine(EngineSettings::Insert insert, SessionKind session) {
-  using enum EngineSettings::Insert;
-  if (insert == none) return "words: only printed, as the settings say";
-  if (insert == clipboard) return "words: copied, as the settings say";
-  return session == SessionKind::x11 ? "words: typed into the focused window"
-                                     : "words: copied with wl-copy";
-}
-
-}  // namespace
 
 int printCheck(const EngineSettings& settings, Output& output) {
   const SessionKind session = currentSessionKind(SessionKind::x11);
@@ -27,7 +18,8 @@ int printCheck(const EngineSettings& settings, Output& output) {
       told ? *told : keyLine(settings.hotkey, findKeySource(session, settings.hotkey));
   output.print(line);
   output.print(session == SessionKind::x11 ? "session: X11" : "session: Wayland");
-  output.print(wordsLine(settings.insert, session));
+  EpollLoop loop;
+  output.print("words: " + describeInsertion(settings.insert, session, loop));
   return line.starts_with(kKeyIsSeen) ? 0 : 1;
 }
 

@@ -47,18 +47,48 @@ class TypedText final : public TextSink {
   std::unique_ptr<XTestTyper> typer_;
 };
 
+/// Types each dictation into the Wayland window with the focus, as long as the compositor lets it;
+/// otherwise leaves it to the other sink.
+/// Thread: the loop's.  Owns: the other sink.  Borrows: WaylandInsertion (must outlive this).
+class TypedUnderWayland final : public TextSink {
+ public:
+  TypedUnderWayland(WaylandInsertion& wayland, std::unique_ptr<TextSink> otherwise)
+      : wayland_(wayland), otherwise_(std::move(otherwise)) {}
+
+  void insert(const std::string& text, OnInserted onInserted) override {
+    if (!wayland_.canType()) return otherwise_->insert(text, std::move(onInserted));
+    wayland_.type(text, std::move(onInserted));
+  }
+
+ private:
+  WaylandInsertion& wayland_;
+  std::unique_ptr<TextSink> otherwise_;
+};
+
 }  // namespace
+
+TextSinks::TextSinks(Loop& loop, OwnKeys& ownKeys, Output& output)
+    : loop_(loop),
+      ownKeys_(ownKeys),
+      output_(output),
+      programs_(loop, output),
+      wayland_(loop, [this](const std::string& text, const std::string& why) {
+        clipboardOf(SessionKind::wayland)(text);
+        reportCopiedRest(why);
+      }) {}
 
 std::unique_ptr<TextSink> TextSinks::make(EngineSettings::Insert insert, SessionKind session) {
   if (insert == EngineSettings::Insert::none) return std::make_unique<NoInsertion>();
-  const bool canType = session == SessionKind::x11;
   const auto copy = clipboardOf(session);
   if (!copy) {
     output_.print("[quillback] Words are only printed: there is no desktop to copy them to");
     return std::make_unique<NoInsertion>();
   }
   auto copying = std::make_unique<CopiedText>(copy, programs_);
-  if (insert == EngineSettings::Insert::clipboard || !canType) return copying;
+  if (insert == EngineSettings::Insert::clipboard) return copying;
+  if (session == SessionKind::wayland) {
+    return std::make_unique<TypedUnderWayland>(wayland_, std::move(copying));
+  }
   auto typer = XTestTyper::open(loop_, ownKeys_,
                                 [this, copy](const std::string& text, const std::string& why) {
                                   copy(text);
@@ -71,11 +101,26 @@ std::unique_ptr<TextSink> TextSinks::make(EngineSettings::Insert insert, Session
 
 TextSinks::Copy TextSinks::clipboardOf(SessionKind session) {
   if (session == SessionKind::wayland) {
-    return [this](const std::string& text) { programs_.copy(text); };
+    return [this](const std::string& text) {
+      if (!wayland_.copy(text)) programs_.copy(text);
+    };
   }
   const std::shared_ptr clipboard = X11Clipboard::open(loop_);
   if (!clipboard) return nullptr;
   return [clipboard](const std::string& text) { clipboard->put(text); };
+}
+
+std::string describeInsertion(EngineSettings::Insert insert, SessionKind session, Loop& loop) {
+  using enum EngineSettings::Insert;
+  if (insert == none) return "only printed, as the settings say";
+  std::string copied = "copied";
+  if (session == SessionKind::wayland) {
+    WaylandInsertion wayland(loop, [](const std::string&, const std::string&) {});
+    if (insert == type && wayland.canType()) return "typed on a virtual keyboard";
+    copied += wayland.canCopy() ? " by the engine itself" : " with wl-copy";
+  }
+  if (insert == clipboard) return copied + ", as the settings say";
+  return session == SessionKind::x11 ? "typed into the focused window" : copied;
 }
 
 void TextSinks::reportCopiedRest(const std::string& why) {

@@ -4,14 +4,15 @@
 
 #include "common/base/SessionKind.h"
 #include "quillback/insertion/clipboard/DesktopPrograms.h"
+#include "quillback/insertion/wayland/WaylandInsertion.h"
 #include "quillback/keys/OwnKeys.h"
 #include "quillback/ports/TextSink.h"
 #include "quillback/settings/EngineSettings.h"
 
 namespace voxtrel::quillback {
 
-/// Makes the sink that the settings ask for and the desktop allows. Under Wayland words are copied,
-/// because only X11 windows can be typed into. What cannot be typed is copied; a line and a notification say
+/// Makes the sink that the settings ask for and the desktop allows. Under Wayland words are
+/// typed where the compositor has virtual keyboards, else copied. What cannot be typed is copied; a line and a notification say
 /// why, without the words.
 /// Thread: the loop's.  Owns: the running desktop programs.  Borrows: Loop, OwnKeys, Output (must
 /// outlive this). The sinks borrow this.
@@ -21,8 +22,7 @@ class TextSinks {
   /// Puts a text on the clipboard.
   using Copy = std::function<void(const std::string& text)>;
 
-  TextSinks(Loop& loop, OwnKeys& ownKeys, Output& output)
-      : loop_(loop), ownKeys_(ownKeys), output_(output), programs_(loop, output) {}
+  TextSinks(Loop& loop, OwnKeys& ownKeys, Output& output);
 
   [[nodiscard]] std::unique_ptr<TextSink> make(EngineSettings::Insert insert, SessionKind session);
 
@@ -35,6 +35,10 @@ class TextSinks {
   OwnKeys& ownKeys_;
   Output& output_;
   DesktopPrograms programs_;
+  WaylandInsertion wayland_;
 };
+
+/// What `make` would use, for people.
+std::string describeInsertion(EngineSettings::Insert insert, SessionKind session, Loop& loop);
 
 }  // namespace voxtrel::quillback

@@ -6,13 +6,11 @@
 #include <vector>
 
 #include "common/x11/XConnection.h"
+#include "quillback/text/Typeable.h"
 
 struct xkb_keymap;
 
 namespace voxtrel::quillback {
-
-/// The character of the Return key.
-inline constexpr char32_t kReturn = U'\r';
 
 /// A key to press, with the modifiers held meanwhile.
 struct KeyStroke {
