@@ -57,11 +57,9 @@ class AlertCase(DesktopCase):
         return portal
 
     def refuse_keyboard(self, **changes):
-        """Starts the program in a session where it sees no keyboard; returns the devices' folder."""
-        folder = os.path.join(self.app.home, "input")
-        os.makedirs(folder)
-        self.begin(GUARDED_INPUT_FOLDER=folder, XDG_SESSION_TYPE="wayland", **changes)
-        return folder
+        """Starts the program in a session where the engine cannot see the key."""
+        self.app.hide_key()
+        self.begin(XDG_SESSION_TYPE="wayland", **changes)
 
     def alert(self, texts, limit_s=15.0):
         """The alert, which must be complete."""
@@ -203,28 +201,47 @@ class Keyboard(AlertCase):
         window.click(self.button(window, "Quit"))
         self.assert_ended()
 
-    def test_a_keyboard_that_becomes_readable_opens_the_gate(self):
-        folder = self.refuse_keyboard()
-        self.notifications(1)
-        stays(lambda: not self.app.engine.starts(), "the closed gate", for_s=1.5)
-        with open(os.path.join(folder, "event0"), "w", encoding="ascii"):
-            pass
-        self.assert_one_start()
+    def test_the_notification_says_why_and_what_helps_on_this_desktop(self):
+        for desktop, word in (("GNOME", "quillback key toggle"), ("KDE", "xdg-desktop-portal-kde"),
+                              ("sway", "quillback key press")):
+            before = len(self.bodies())
+            self.refuse_keyboard(XDG_CURRENT_DESKTOP=desktop)
+            self.notifications(before + 1)
+            body = self.bodies()[-1]
+            self.assertIn("Right Cmd cannot be seen: a double forbids it. ", body)
+            self.assertIn(word, body)
+            self.assertNotIn("Privacy", body)
+            self.app.process.send(signal.SIGTERM)
+            self.assert_ended()
 
-    def test_a_portal_that_offers_shortcuts_meanwhile_opens_the_gate(self):
+    def test_an_engine_that_sees_the_key_meanwhile_opens_the_gate(self):
         self.refuse_keyboard()
         self.notifications(1)
         stays(lambda: not self.app.engine.starts(), "the closed gate", for_s=1.5)
-        portal = Portal(self.desk, "--shortcuts")
-        self.addCleanup(portal.stop)
+        self.app.show_key()
         self.assert_one_start()
 
-    def test_a_portal_that_offers_shortcuts_from_the_start_opens_it_without_a_word(self):
-        portal = Portal(self.desk, "--shortcuts")
-        self.addCleanup(portal.stop)
-        self.refuse_keyboard()
+    def test_an_engine_that_sees_the_key_from_the_start_opens_it_at_once_without_a_word(self):
+        self.app.show_key()
+        started = time.monotonic()
+        self.begin(XDG_SESSION_TYPE="wayland")
+        self.app.engine.wait_for_starts(1)
+        self.assertEqual(len(self.app.check.starts()), 1)
+        print(f"{(time.monotonic() - started) * 1000:.0f} ms ... ", end="")
         self.assert_one_start()
         self.assertEqual(self.bodies(), [])
+
+    def test_an_engine_that_does_not_know_the_question_counts_as_seeing_it(self):
+        self.begin(XDG_SESSION_TYPE="wayland")
+        self.assert_one_start()
+        self.assertEqual(self.bodies(), [])
+
+    def test_an_engine_that_does_not_end_at_the_question_counts_too_and_is_ended(self):
+        self.app.check.at_start("ignore-term", "wait")
+        self.begin(XDG_SESSION_TYPE="wayland")
+        self.app.engine.wait_for_starts(1)
+        self.assert_one_start()
+        self.assertEqual(self.app.check.running(), [])
 
     def test_a_request_to_end_while_it_waits_is_obeyed(self):
         self.refuse_keyboard()

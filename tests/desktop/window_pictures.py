@@ -97,7 +97,8 @@ class Photographer:
         """Its alert comes after half a minute of waiting for the user."""
         with_portal = self._portal()
         app = self._install(program="guarded-voxtrel")
-        app.start(GUARDED_INPUT_FOLDER=app.home, XDG_SESSION_TYPE="wayland", QT_QPA_PLATFORM="xcb")
+        app.hide_key()
+        app.start(XDG_SESSION_TYPE="wayland", QT_QPA_PLATFORM="xcb")
         self._desk.accessibility.wait_for_window(app.process.pid, "Voxtrel", 60)
         self._both_styles("alert-accessibility", self._alert(app), with_portal)
 

@@ -1,13 +1,20 @@
 #include "common/base/SessionKind.h"
 
+#include <algorithm>
 #include <cstdlib>
-#include <string_view>
 
 namespace voxtrel {
 namespace {
 
 std::string_view orEmpty(const char* value) {
   return value == nullptr ? std::string_view() : std::string_view(value);
+}
+
+bool isSameName(std::string_view name, std::string_view upperCase) {
+  const auto toUpper = [](char letter) {
+    return letter >= 'a' && letter <= 'z' ? static_cast<char>(letter - 'a' + 'A') : letter;
+  };
+  return std::ranges::equal(name, upperCase, {}, toUpper);
 }
 
 }  // namespace
@@ -24,6 +31,17 @@ SessionKind currentSessionKind(SessionKind withoutDisplay) {
                       .waylandDisplay = std::getenv("WAYLAND_DISPLAY"),
                       .sessionType = std::getenv("XDG_SESSION_TYPE")},
                      withoutDisplay);
+}
+
+DesktopFamily desktopFamily(std::string_view desktops) {
+  while (!desktops.empty()) {
+    const std::size_t length = std::min(desktops.find(':'), desktops.size());
+    const std::string_view name = desktops.substr(0, length);
+    if (isSameName(name, "GNOME")) return DesktopFamily::gnome;
+    if (isSameName(name, "KDE")) return DesktopFamily::kde;
+    desktops.remove_prefix(std::min(length + 1, desktops.size()));
+  }
+  return DesktopFamily::other;
 }
 
 }  // namespace voxtrel

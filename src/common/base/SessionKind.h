@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string_view>
+
 namespace voxtrel {
 
 /// What draws the user's desktop, and therefore how much of the keyboard a program may see.
@@ -20,5 +22,11 @@ SessionKind sessionKind(const SessionVariables& variables, SessionKind withoutDi
 /// The kind of the session this process runs in.
 /// Thread: any, as long as none changes the environment.
 SessionKind currentSessionKind(SessionKind withoutDisplay);
+
+/// The desktops for which we know where things are.
+enum class DesktopFamily { gnome, kde, other };
+
+/// `desktops`: separated by colons, as in XDG_CURRENT_DESKTOP; the first known one counts.
+DesktopFamily desktopFamily(std::string_view desktops);
 
 }  // namespace voxtrel

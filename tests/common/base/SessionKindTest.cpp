@@ -35,5 +35,15 @@ TEST(SessionKind, IsTheCallersChoiceOnlyWhereNoDisplayIsNamed) {
   EXPECT_EQ(sessionKind({nullptr, nullptr, "wayland"}, kChoice), SessionKind::wayland);
 }
 
+TEST(DesktopFamilyTest, theFirstKnownNameOfTheListCountsInAnyCase) {
+  EXPECT_EQ(desktopFamily("GNOME"), DesktopFamily::gnome);
+  EXPECT_EQ(desktopFamily("ubuntu:gnome"), DesktopFamily::gnome);
+  EXPECT_EQ(desktopFamily("KDE"), DesktopFamily::kde);
+  EXPECT_EQ(desktopFamily("KDE:GNOME"), DesktopFamily::kde);
+  for (const char* other : {"", ":", "sway", "GNOME-Flashback", "KD", "XFCE:", "gnom"}) {
+    EXPECT_EQ(desktopFamily(other), DesktopFamily::other) << other;
+  }
+}
+
 }  // namespace
 }  // namespace voxtrel

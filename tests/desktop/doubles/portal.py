@@ -1,6 +1,6 @@
 """A desktop portal: offers what its arguments say, and prints its requests.
 
-portal.py [--dark] [--shortcuts] [--microphone RESPONSE] [--silent]
+portal.py [--dark] [--microphone RESPONSE] [--silent]
 """
 
 import argparse
@@ -13,7 +13,6 @@ from gi.repository import GLib
 NAME = "org.freedesktop.portal.Desktop"
 PATH = "/org/freedesktop/portal/desktop"
 SETTINGS = "org.freedesktop.portal.Settings"
-SHORTCUTS = "org.freedesktop.portal.GlobalShortcuts"
 DEVICE = "org.freedesktop.portal.Device"
 REQUEST = "org.freedesktop.portal.Request"
 CONTROL = "org.voxtrel.Test.Portal"
@@ -49,7 +48,7 @@ class Portal(dbus.service.Object):
 
     def _offered(self, interface):
         """The properties of an interface, where it is there."""
-        versions = {SETTINGS: 2, DEVICE: 1, SHORTCUTS: 1 if self._options.shortcuts else None}
+        versions = {SETTINGS: 2, DEVICE: 1}
         if versions.get(interface) is None:
             raise dbus.DBusException("no such interface",
                                      name="org.freedesktop.DBus.Error.UnknownInterface")
@@ -119,7 +118,6 @@ def main():
     """Serves until it is ended."""
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("--dark", action="store_true")
-    parser.add_argument("--shortcuts", action="store_true")
     parser.add_argument("--microphone", type=int, default=0, metavar="RESPONSE")
     parser.add_argument("--silent", action="store_true", help="the user never answers")
     options = parser.parse_args()

@@ -33,6 +33,7 @@ class Application:
         shutil.copy2(os.path.join(programs, program), self.executable)
         self.engine = Engine(os.path.join(self._folder, "quillback"))
         self.setup = Engine(self.engine.executable, ".setup")
+        self.check = Engine(self.engine.executable, ".check")
         if with_engine:
             shutil.copy2(os.path.join(programs, "scripted-engine"), self.engine.executable)
 
@@ -56,6 +57,14 @@ class Application:
         os.makedirs(os.path.dirname(self.configuration), exist_ok=True)
         with open(self.configuration, "wb") as file:
             file.write(text if isinstance(text, bytes) else text.encode())
+
+    def show_key(self):
+        """From now on the engine says that it can see the push-to-talk key."""
+        self.check.at_start("print key: yes, Right Cmd by a double", "exit 0")
+
+    def hide_key(self):
+        """From now on the engine says that it cannot see it."""
+        self.check.at_start("print key: no, Right Cmd cannot be seen: a double forbids it", "exit 1")
 
     # Running -------------------------------------------------------------------------------------
 
@@ -99,6 +108,7 @@ class Application:
             self.process.stop()
         self.engine.stop_leftovers()
         self.setup.stop_leftovers()
+        self.check.stop_leftovers()
 
     # Watching ------------------------------------------------------------------------------------
 

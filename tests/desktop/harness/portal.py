@@ -1,4 +1,4 @@
-"""A double of the desktop portal; the test sets style, shortcuts and devices."""
+"""A double of the desktop portal; the test sets style and devices."""
 
 import os
 import sys

@@ -1,12 +1,10 @@
-// The whole application on the real desktop. The environment chooses two places, so that a test can
-// refuse and grant what the desktop would:
+// The whole application on the real desktop. The environment chooses a place, so that a test can refuse
+// and grant what the desktop would:
 //
 //   GUARDED_SANDBOX_MARKER  a file; if it exists, the application is in a sandbox and asks the
 //                           portal on the session bus for the microphone
-//   GUARDED_INPUT_FOLDER    a folder; every file event* in it that can be opened is a keyboard.
-//                           Only a Wayland session looks there: set XDG_SESSION_TYPE=wayland
 //
-// Without a variable, that place is the product's. Arguments are not read.
+// Without the variable, that place is the product's. Arguments are not read.
 
 #include <cstdlib>
 #include <string>
@@ -18,11 +16,6 @@
 int main(int argc, char** argv) {
   voxtrel::LinuxPlaces places;
   if (const char* marker = std::getenv("GUARDED_SANDBOX_MARKER")) places.sandboxMarker = marker;
-  if (const char* folder = std::getenv("GUARDED_INPUT_FOLDER")) {
-    places.canReadKeyboard = [folder = std::string(folder)] {
-      return voxtrel::canReadKeyboard(folder, [](int) { return true; });
-    };
-  }
   const auto desktop = voxtrel::connectToLinux(argc, argv, voxtrel::applicationVersion(), places);
   if (!desktop) return desktop.error();
   return voxtrel::QuillbackApp(**desktop).run();

@@ -5,11 +5,12 @@ namespace scripted {
 inline constexpr const char* kHelp = R"(Usage:
   scripted-engine run [--COMMAND [ARGUMENT]]...
   scripted-engine setup --model large-v3 [--COMMAND [ARGUMENT]]...
+  scripted-engine check
   scripted-engine tell ENGINE COMMAND [ARGUMENT]
 An engine that does what a test tells it to. It does its commands in order and then waits.
 
 Where the commands come from (ENGINE is the path that it was started by, PREFIX is ENGINE for run
-and ENGINE.setup for setup):
+and ENGINE.setup or ENGINE.check for the others; without ENGINE.check.script, check is unknown):
   the command line   then no file is looked at
   PREFIX.script      else: one command a line, "#" starts a comment. Without that file, run does
                      nothing and setup plays a download that succeeds

@@ -26,11 +26,11 @@ constexpr const char* kSetupScript =
 
 /// The files that steer this engine begin with this; a link is not followed, so that each name of
 /// the program can have its own files.
-std::string filePrefix(const char* ownName, bool isSetup) {
+std::string filePrefix(const char* ownName, const std::string& mode) {
   const bool isPath = std::strchr(ownName, '/') != nullptr;
   const std::filesystem::path path =
       isPath ? std::filesystem::absolute(ownName) : std::filesystem::read_symlink("/proc/self/exe");
-  return path.string() + (isSetup ? ".setup" : "");
+  return path.string() + (mode == "run" ? "" : "." + mode);
 }
 
 std::optional<std::string> readFile(const std::string& path) {
@@ -57,10 +57,11 @@ std::string answer(Engine& engine, const std::string& line) {
   }
 }
 
-[[noreturn]] void play(const Inheritance& inheritance, std::size_t ownWords, bool isSetup) {
+[[noreturn]] void play(const Inheritance& inheritance, std::size_t ownWords) {
   const auto& words = inheritance.arguments;
+  const bool isSetup = words[1] == "setup";
   const std::vector<std::string> options(words.begin() + static_cast<long>(ownWords), words.end());
-  const std::string prefix = filePrefix(words[0].c_str(), isSetup);
+  const std::string prefix = filePrefix(words[0].c_str(), words[1]);
   const EngineLog log(prefix + ".log");
   log.note("start");
   Engine engine(inheritance, log);
@@ -85,9 +86,12 @@ int tell(const std::vector<std::string>& words) {
 int run(const Inheritance& inheritance) {
   const auto& words = inheritance.arguments;
   const std::string mode = words.size() > 1 ? words[1] : "";
-  if (mode == "run") play(inheritance, 2, false);
+  if (mode == "run") play(inheritance, 2);
+  // Without a script of its own, an engine does not know this question.
+  const bool isAsked = mode == "check" && words.size() == 2;
+  if (isAsked && readFile(filePrefix(words[0].c_str(), mode) + ".script")) play(inheritance, 2);
   const bool hasModel = words.size() >= 4 && words[2] == "--model" && words[3] == "large-v3";
-  if (mode == "setup" && hasModel) play(inheritance, 4, true);
+  if (mode == "setup" && hasModel) play(inheritance, 4);
   if (mode == "tell" && words.size() > 3) return tell(words);
   std::fputs(kHelp, mode == "--help" ? stdout : stderr);
   return mode == "--help" ? 0 : 2;

@@ -16,9 +16,13 @@ constexpr const char* kOpener = "xdg-open";
 
 /// How the names of pages for this desktop end; empty for a desktop without pages.
 std::string desktopSuffix(const std::string& desktops) {
-  for (const QString& name : QString::fromStdString(desktops).split(':')) {
-    if (name.compare("GNOME", Qt::CaseInsensitive) == 0) return "-gnome";
-    if (name.compare("KDE", Qt::CaseInsensitive) == 0) return "-kde";
+  switch (desktopFamily(desktops)) {
+    case DesktopFamily::gnome:
+      return "-gnome";
+    case DesktopFamily::kde:
+      return "-kde";
+    case DesktopFamily::other:
+      break;
   }
   return {};
 }

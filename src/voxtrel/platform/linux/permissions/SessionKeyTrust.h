@@ -1,81 +1,51 @@
 #pragma once
 
-#include <QDBusConnection>
-#include <QObject>
 #include <functional>
-#include <utility>
+#include <string>
 
 #include "common/base/SessionKind.h"
 #include "voxtrel/platform/Notifications.h"
 #include "voxtrel/platform/Permissions.h"
+#include "voxtrel/platform/linux/permissions/EngineCheck.h"
 
 namespace voxtrel {
 
-/// What decides whether the push-to-talk key can be seen.
-struct SessionFacts {
-  SessionKind session = SessionKind::x11;
-  bool hasXInput2 = false;
-  bool canReadKeyboard = false;
-  bool offersShortcuts = false;  ///< by the desktop's portal
-};
-
-/// Under X11, XInput 2 shows every program the keys. Wayland hides them: there, the user must be
-/// allowed to read a keyboard device, or the portal must offer shortcuts.
-bool isKeyVisible(const SessionFacts& facts);
-
-/// The notification that says how to make the key visible.
-UserNotification keyHiddenNotification(SessionKind session);
-
-/// Asks the desktop's portal whether it offers global shortcuts.
-/// Thread: the main thread; never blocks.  Owns: its calls, which end with it.
-/// Fails by: "no", also after five seconds without a reply.
-class ShortcutsPortal {
- public:
-  explicit ShortcutsPortal(QDBusConnection bus) : bus_(std::move(bus)) {}
-
-  /// `onReply` is called once, never before this returns.
-  void ask(std::function<void(bool isOffered)> onReply);
-
- private:
-  QDBusConnection bus_;
-  QObject calls_;  ///< their owner
-};
-
-/// Trusted if this login session lets programs see the push-to-talk key. Until the portal first
-/// replies, it counts as offering nothing.
+/// Trusted if the push-to-talk key can be seen. Under X11 every program sees the keys if the server
+/// has XInput 2. Wayland hides them; what the engine can do about that, it knows best.
 /// Thread: the main thread.  Borrows: Notifications.
-/// Fails by: no trust. A prompt is one notification per process, posted once "no" is certain.
+/// Fails by: no trust until the engine's first reply. A prompt is one notification per process, posted
+/// once "no" is certain.
 class SessionKeyTrust final : public AccessibilityTrust {
  public:
-  /// Where the facts come from.
+  /// Where the answers come from.
   struct Sources {
     SessionKind session = SessionKind::x11;
+    std::string desktops;  ///< separated by colons, as in XDG_CURRENT_DESKTOP
     std::function<bool()> offersXInput2;
-    std::function<bool()> canReadKeyboard;
-    /// Replies once, later, unless this is gone by then.
-    std::function<void(std::function<void(bool isOffered)> onReply)> askPortal;
+    /// Replies once, at once or later, unless this is gone by then.
+    std::function<void(std::function<void(const KeyAnswer&)> onReply)> askEngine;
   };
 
   SessionKeyTrust(Sources sources, Notifications& notifications);
 
   bool isTrusted(bool prompt) override;
 
-  /// The real session, X server, devices and portal.
-  static Sources sourcesOfThisSession();
+  /// The real session and X server, and the engine at `engine`.
+  static Sources sourcesOfThisSession(std::function<std::string()> engine);
 
  private:
   enum class Prompt { none, due, posted };
 
-  bool askX() const;
-  bool askDevicesAndPortal();
-  void onPortalReply(bool isOffered);
-  void postDuePrompt();
+  bool askX();
+  bool askEngine();
+  void onEngineReply(const KeyAnswer& answer);
+  void settlePrompt(const KeyAnswer& answer);
 
   Notifications& notifications_;
-  bool isPortalAsked_ = false;  ///< and has not replied yet
-  bool portalOffers_ = false;   ///< its newest reply
+  bool isEngineAsked_ = false;  ///< and has not replied yet
+  bool isSeen_ = false;         ///< its newest reply
   Prompt prompt_ = Prompt::none;
-  Sources sources_;  ///< last, so that calls without a reply end first
+  Sources sources_;  ///< last, so that questions without a reply end first
 };
 
 }  // namespace voxtrel

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "support/FakePorts.h"
+#include "voxtrel/platform/linux/permissions/KeyHidden.h"
 #include "voxtrel/platform/linux/permissions/SessionKeyTrust.h"
 
 namespace voxtrel {
@@ -9,41 +10,35 @@ namespace {
 
 using testing::FakeNotifications;
 using ::testing::HasSubstr;
+using ::testing::Not;
+using ::testing::StartsWith;
 
-TEST(SessionFactsTest,
-     theKeyIsVisibleThroughXInputUnderX11AndThroughAKeyboardOrThePortalUnderWayland) {
-  for (int bits = 0; bits < 8; ++bits) {
-    const bool xInput = (bits & 1) != 0;
-    const bool keyboard = (bits & 2) != 0;
-    const bool portal = (bits & 4) != 0;
-    EXPECT_EQ(isKeyVisible({SessionKind::x11, xInput, keyboard, portal}), xInput) << bits;
-    EXPECT_EQ(isKeyVisible({SessionKind::wayland, xInput, keyboard, portal}), keyboard || portal)
-        << bits;
-  }
-}
+const KeyAnswer kSeen{.isSeen = true, .reason = {}};
+const KeyAnswer kNotSeen{.isSeen = false, .reason = "Right Cmd cannot be seen: no keyboard"};
 
 /// A session whose facts the test decides.
 struct SessionFixture : ::testing::Test {
   explicit SessionFixture(SessionKind kind)
       : trust({.session = kind,
+               .desktops = "sway",
                .offersXInput2 =
                    [this] {
                      ++xCalls;
                      return xInput;
                    },
-               .canReadKeyboard = [this] { return keyboard; },
-               .askPortal =
+               .askEngine =
                    [this](auto onReply) {
-                     ++portalCalls;
-                     portalReplies = std::move(onReply);
+                     ++engineCalls;
+                     if (atOnce) return onReply(*atOnce);
+                     engineReplies = std::move(onReply);
                    }},
               notifications) {}
 
   bool xInput = false;
-  bool keyboard = false;
   int xCalls = 0;
-  int portalCalls = 0;
-  std::function<void(bool)> portalReplies;
+  int engineCalls = 0;
+  std::optional<KeyAnswer> atOnce;
+  std::function<void(const KeyAnswer&)> engineReplies;
   FakeNotifications notifications;
   SessionKeyTrust trust;
 };
@@ -56,12 +51,12 @@ struct WaylandSessionFixture : SessionFixture {
   WaylandSessionFixture() : SessionFixture(SessionKind::wayland) {}
 };
 
-TEST_F(X11SessionFixture, theServerIsAskedEveryTimeAndThePortalNever) {
+TEST_F(X11SessionFixture, theServerIsAskedEveryTimeAndTheEngineNever) {
   EXPECT_FALSE(trust.isTrusted(false));
   xInput = true;
   EXPECT_TRUE(trust.isTrusted(false));
   EXPECT_EQ(xCalls, 2);
-  EXPECT_EQ(portalCalls, 0);
+  EXPECT_EQ(engineCalls, 0);
 }
 
 TEST_F(X11SessionFixture, promptsImmediatelyOnceAndOnlyOnRequest) {
@@ -81,71 +76,90 @@ TEST_F(X11SessionFixture, doesNotPromptWhenTrusted) {
   EXPECT_TRUE(notifications.posted.empty());
 }
 
-TEST_F(WaylandSessionFixture, aReadableKeyboardNeedsNoPortal) {
-  keyboard = true;
+TEST_F(WaylandSessionFixture, aReplyAtOnceIsTheAnswer) {
+  atOnce = kSeen;
   EXPECT_TRUE(trust.isTrusted(true));
-  EXPECT_EQ(portalCalls, 0);
   EXPECT_TRUE(notifications.posted.empty());
+  atOnce = kNotSeen;
+  EXPECT_FALSE(trust.isTrusted(false));
 }
 
-TEST_F(WaylandSessionFixture, noticesWhenAKeyboardBecomesReadableOrUnreadable) {
+TEST_F(WaylandSessionFixture, usesTheEnginesNewestReplyAndAsksAgain) {
   EXPECT_FALSE(trust.isTrusted(false));
-  keyboard = true;
+  engineReplies(kSeen);
   EXPECT_TRUE(trust.isTrusted(false));
-  keyboard = false;
+  EXPECT_EQ(engineCalls, 2);
+  engineReplies(kNotSeen);
   EXPECT_FALSE(trust.isTrusted(false));
+  EXPECT_EQ(xCalls, 0);
 }
 
-TEST_F(WaylandSessionFixture, usesThePortalsNewestReplyAndAsksAgain) {
-  EXPECT_FALSE(trust.isTrusted(false));
-  portalReplies(true);
-  EXPECT_TRUE(trust.isTrusted(false));
-  EXPECT_EQ(portalCalls, 2);
-  portalReplies(false);
-  EXPECT_FALSE(trust.isTrusted(false));
-}
-
-TEST_F(WaylandSessionFixture, doesNotAskThePortalAgainBeforeItsReply) {
+TEST_F(WaylandSessionFixture, doesNotAskTheEngineAgainBeforeItsReply) {
   for (int tick = 0; tick < 5; ++tick) trust.isTrusted(false);
-  EXPECT_EQ(portalCalls, 1);
+  EXPECT_EQ(engineCalls, 1);
 }
 
-TEST_F(WaylandSessionFixture, promptsOnlyAfterThePortalSaysNo) {
+TEST_F(WaylandSessionFixture, promptsOnceAndOnlyAfterTheEngineSaysNo) {
   trust.isTrusted(true);
   EXPECT_TRUE(notifications.posted.empty());
-  portalReplies(false);
+  engineReplies(kNotSeen);
   ASSERT_EQ(notifications.posted.size(), 1U);
-  trust.isTrusted(false);
-  portalReplies(false);
+  trust.isTrusted(true);
+  engineReplies(kNotSeen);
   EXPECT_EQ(notifications.posted.size(), 1U);
 }
 
-TEST_F(WaylandSessionFixture, doesNotPromptIfThePortalOffersShortcuts) {
+TEST_F(WaylandSessionFixture, doesNotPromptIfTheEngineSeesTheKey) {
   trust.isTrusted(true);
-  portalReplies(true);
+  engineReplies(kSeen);
   trust.isTrusted(false);
-  portalReplies(false);
+  engineReplies(kNotSeen);
   EXPECT_TRUE(notifications.posted.empty());
 }
 
-TEST_F(WaylandSessionFixture, doesNotPromptIfTrustedBeforeThePortalReplies) {
+TEST_F(WaylandSessionFixture, theNotificationSaysWhyAndHasNoButton) {
   trust.isTrusted(true);
-  keyboard = true;
-  trust.isTrusted(false);
-  portalReplies(false);
-  EXPECT_TRUE(notifications.posted.empty());
-}
-
-TEST_F(WaylandSessionFixture, theNotificationNamesTheGroupAndX11AndHasNoButton) {
-  trust.isTrusted(true);
-  portalReplies(false);
+  engineReplies(kNotSeen);
   ASSERT_EQ(notifications.posted.size(), 1U);
   const UserNotification& posted = notifications.posted[0];
   EXPECT_EQ(posted.title, "Voxtrel cannot see the push-to-talk key");
-  EXPECT_THAT(posted.body, HasSubstr("usermod -aG input"));
-  EXPECT_THAT(posted.body, HasSubstr("X11"));
+  EXPECT_THAT(posted.body, StartsWith("Right Cmd cannot be seen: no keyboard. "));
+  EXPECT_THAT(posted.body, HasSubstr("quillback key press"));
   EXPECT_EQ(posted.categoryIdentifier, "");
   EXPECT_NE(posted.identifier, "");
+}
+
+TEST(KeyHiddenTest, everyWaylandDesktopIsToldOfTheGroupAndX11AndOfAWayOfItsOwn) {
+  const struct {
+    const char* desktops;
+    const char* ownWay;
+  } rows[] = {{"ubuntu:GNOME", "\"quillback key toggle\" a shortcut"},
+              {"KDE", "Install xdg-desktop-portal-kde"},
+              {"sway", "\"quillback key press\" and \"quillback key release\""},
+              {"", "\"quillback key press\" and \"quillback key release\""}};
+  for (const auto& row : rows) {
+    const std::string body =
+        keyHiddenNotification(SessionKind::wayland, desktopFamily(row.desktops), "").body;
+    EXPECT_THAT(body, HasSubstr(row.ownWay));
+    EXPECT_THAT(body, HasSubstr("usermod -aG input"));
+    EXPECT_THAT(body, HasSubstr("X11"));
+    EXPECT_THAT(body, Not(HasSubstr("Privacy")));
+  }
+}
+
+TEST(EngineCheckTest, onlyStatusOneMeansThatTheKeyCannotBeSeen) {
+  constexpr bool kExited = true;
+  EXPECT_TRUE(keyAnswer(kExited, 0, "key: yes, Right Cmd by the keyboards\n").isSeen);
+  EXPECT_FALSE(keyAnswer(kExited, 1, "").isSeen);
+  EXPECT_TRUE(keyAnswer(kExited, 2, "").isSeen) << "an engine that does not know the question";
+  EXPECT_TRUE(keyAnswer(kExited, 127, "").isSeen);
+  EXPECT_TRUE(keyAnswer(!kExited, 1, "").isSeen) << "a signal";
+}
+
+TEST(EngineCheckTest, theReasonStandsBehindNoOnTheFirstLine) {
+  EXPECT_EQ(keyAnswer(true, 1, "key: no, it is hidden\nsession: Wayland\n").reason, "it is hidden");
+  EXPECT_EQ(keyAnswer(true, 1, "key: no, it is hidden").reason, "it is hidden");
+  EXPECT_EQ(keyAnswer(true, 1, "words: copied\nkey: no, it is hidden\n").reason, "");
 }
 
 }  // namespace

@@ -14,7 +14,6 @@
 #include "support/ScratchFolder.h"
 #include "voxtrel/platform/linux/application/QtMainLoop.h"
 #include "voxtrel/platform/linux/permissions/SandboxMicrophoneAccess.h"
-#include "voxtrel/platform/linux/permissions/SessionKeyTrust.h"
 
 namespace voxtrel {
 namespace {
@@ -32,7 +31,6 @@ struct PortalFixture : ::testing::Test {
   PortalFixture() : portal(std::make_unique<PortalDouble>(bus.connect(kPortal))) {}
   ~PortalFixture() override {
     access.reset();
-    shortcuts.reset();
     portal.reset();
     QDBusConnection::disconnectFromBus(kClient);
     QDBusConnection::disconnectFromBus(kPortal);
@@ -81,7 +79,6 @@ struct PortalFixture : ::testing::Test {
   ScratchFolder folder;
   QtMainLoop mainLoop;
   FakeLog log;
-  std::optional<ShortcutsPortal> shortcuts{client};
   std::optional<SandboxMicrophoneAccess> access{std::in_place, mainLoop, log, client,
                                                 folder.write("marker", "").string()};
   int replies = 0;
@@ -218,60 +215,6 @@ TEST_F(MicrophonePortalFixture, aResponseAfterTheEndOfTheRequesterIsIgnored) {
   portal->respond(*call, handleFor(*call), kGranted);
   settle();
   EXPECT_EQ(replies, 0);
-}
-
-struct ShortcutsPortalFixture : PortalFixture {
-  std::optional<bool> offer() {
-    std::optional<bool> offered;
-    shortcuts->ask([&](bool isOffered) { offered = isOffered; });
-    EXPECT_FALSE(offered) << "replied before the call returned";
-    becomes([&] { return offered.has_value(); });
-    return offered;
-  }
-  void answerWith(const QVariant& version) {
-    portal->onCall = [this, version](const QDBusMessage& call) {
-      EXPECT_EQ(call.member(), "Get");
-      EXPECT_EQ(call.arguments(),
-                (QVariantList{"org.freedesktop.portal.GlobalShortcuts", "version"}));
-      portal->reply(call, QVariant::fromValue(QDBusVariant(version)));
-    };
-  }
-};
-
-TEST_F(ShortcutsPortalFixture, aVersionMeansShortcuts) {
-  answerWith(1U);
-  EXPECT_EQ(offer(), true);
-}
-
-TEST_F(ShortcutsPortalFixture, noVersionMeansNoShortcuts) {
-  answerWith(0U);
-  EXPECT_EQ(offer(), false);
-  answerWith("one");
-  EXPECT_EQ(offer(), false);
-  portal->onCall = [this](const QDBusMessage& call) { portal->reply(call, 1U); };
-  EXPECT_EQ(offer(), false) << "not the type of a property";
-  portal->onCall = [this](const QDBusMessage& call) {
-    portal->refuse(call, "org.freedesktop.DBus.Error.UnknownInterface");
-  };
-  EXPECT_EQ(offer(), false);
-}
-
-TEST_F(ShortcutsPortalFixture, aMissingPortalMeansNoShortcuts) {
-  portal.reset();
-  EXPECT_EQ(offer(), false);
-}
-
-TEST_F(ShortcutsPortalFixture, noBusMeansNoShortcuts) {
-  shortcuts.emplace(QDBusConnection("no such connection"));
-  EXPECT_EQ(offer(), false);
-}
-
-TEST_F(ShortcutsPortalFixture, noReplyForFiveSecondsMeansNoShortcuts) {
-  QElapsedTimer timer;
-  timer.start();
-  EXPECT_EQ(offer(), false);
-  EXPECT_GE(timer.elapsed(), 4500);
-  EXPECT_EQ(portal->calls, 1);
 }
 
 }  // namespace

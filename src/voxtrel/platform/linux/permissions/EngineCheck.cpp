@@ -1,0 +1,66 @@
+#include "voxtrel/platform/linux/permissions/EngineCheck.h"
+
+#include <sys/prctl.h>
+
+#include <QFile>
+#include <csignal>
+#include <utility>
+
+namespace voxtrel {
+namespace {
+
+constexpr std::chrono::milliseconds kFirstWait{500};
+constexpr std::chrono::seconds kLimit{3};
+constexpr int kNotSeen = 1;
+
+/// The text behind "key: no, " on the first line.
+std::string reasonIn(std::string_view output) {
+  constexpr std::string_view kNo = "key: no, ";
+  const std::string_view line = output.substr(0, output.find('\n'));
+  return line.starts_with(kNo) ? std::string(line.substr(kNo.size())) : std::string();
+}
+
+}  // namespace
+
+KeyAnswer keyAnswer(bool hasExited, int status, std::string_view output) {
+  if (!hasExited || status != kNotSeen) return {};
+  return {.isSeen = false, .reason = reasonIn(output)};
+}
+
+EngineCheck::EngineCheck(std::function<std::string()> engine) : engine_(std::move(engine)) {
+  process_.setStandardInputFile(QProcess::nullDevice());
+  process_.setStandardErrorFile(QProcess::nullDevice());
+  process_.setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGKILL); });
+  QObject::connect(&process_, &QProcess::finished, &limit_,
+                   [this](int status, QProcess::ExitStatus how) {
+                     const QByteArray output = process_.readAllStandardOutput();
+                     reply(keyAnswer(how == QProcess::NormalExit, status, output.toStdString()));
+                   });
+  QObject::connect(&process_, &QProcess::errorOccurred, &limit_, [this](auto error) {
+    if (error == QProcess::FailedToStart) reply({});
+  });
+  limit_.setSingleShot(true);
+  QObject::connect(&limit_, &QTimer::timeout, &process_, [this] { process_.kill(); });
+}
+
+EngineCheck::~EngineCheck() {
+  onReply_ = nullptr;
+  if (process_.state() == QProcess::NotRunning) return;
+  process_.kill();
+  process_.waitForFinished();
+}
+
+void EngineCheck::ask(std::function<void(const KeyAnswer&)> onReply) {
+  onReply_ = std::move(onReply);
+  process_.start(QFile::decodeName(engine_().c_str()), {"check"});
+  const bool waits = std::exchange(isFirst_, false) && onReply_;
+  if (waits) process_.waitForFinished(static_cast<int>(kFirstWait.count()));
+  if (process_.state() != QProcess::NotRunning) limit_.start(kLimit);
+}
+
+void EngineCheck::reply(const KeyAnswer& answer) {
+  limit_.stop();
+  if (const auto onReply = std::exchange(onReply_, nullptr)) onReply(answer);
+}
+
+}  // namespace voxtrel

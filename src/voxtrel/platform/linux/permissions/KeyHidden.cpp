@@ -1,0 +1,41 @@
+#include "voxtrel/platform/linux/permissions/KeyHidden.h"
+
+namespace voxtrel {
+namespace {
+
+constexpr const char* kNoXInput =
+    "This X server has no XInput 2, which tells programs of keys. Log in to a session on a "
+    "current X.Org server, then start Voxtrel there.";
+constexpr const char* kGroup =
+    "run \"sudo usermod -aG input $USER\" in a terminal and log in again.";
+
+/// What else than the group of the keyboards helps on this desktop.
+std::string betterWay(DesktopFamily desktop) {
+  switch (desktop) {
+    case DesktopFamily::gnome:
+      return "GNOME hides the keyboard from programs. In Settings > Keyboard, give the command "
+             "\"quillback key toggle\" a shortcut and press it once, log in to \"GNOME on Xorg\" "
+             "(X11), or ";
+    case DesktopFamily::kde:
+      return "Plasma hides the keyboard from programs. Install xdg-desktop-portal-kde and log in "
+             "again, log in to \"Plasma (X11)\", or ";
+    case DesktopFamily::other:
+      break;
+  }
+  return "Wayland hides the keyboard from programs. Have a key run \"quillback key press\" and "
+         "\"quillback key release\" by your compositor's settings and press it once, log in to an "
+         "X11 session, or ";
+}
+
+}  // namespace
+
+UserNotification keyHiddenNotification(SessionKind session, DesktopFamily desktop,
+                                       const std::string& reason) {
+  const std::string why = reason.empty() ? "" : reason + ". ";
+  return {.identifier = "org.voxtrel.Voxtrel.keyHidden",
+          .title = "Voxtrel cannot see the push-to-talk key",
+          .body = session == SessionKind::x11 ? kNoXInput : why + betterWay(desktop) + kGroup,
+          .categoryIdentifier = {}};
+}
+
+}  // namespace voxtrel
