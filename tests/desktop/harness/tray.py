@@ -77,6 +77,19 @@ class TrayItem:
         return lambda: menu.Event(identifier, "clicked", dbus.String("", variant_level=1),
                                   dbus.UInt32(0), ignore_reply=True)
 
+    def call(self, method, x, y):
+        """Passes a click on to the item; returns the name of the error, or None."""
+        item = self._bus.interface(self.service, self._path, ITEM)
+        try:
+            getattr(item, method)(dbus.Int32(x), dbus.Int32(y))
+        except dbus.DBusException as error:
+            return error.get_dbus_name()
+        return None
+
+    def announce_menu(self):
+        """Tells the item that the host is about to show its menu."""
+        self._menu().AboutToShow(dbus.Int32(0))
+
     def status(self):
         """The text of the status row."""
         return self.rows()[0].text

@@ -11,9 +11,9 @@
 #include "voxtrel/platform/linux/application/DisplayConnection.h"
 #include "voxtrel/platform/linux/application/QtApplication.h"
 #include "voxtrel/platform/linux/application/QtMainLoop.h"
+#include "voxtrel/platform/linux/layershell/SessionOverlayStage.h"
 #include "voxtrel/platform/linux/log/OpenLog.h"
 #include "voxtrel/platform/linux/notifications/FreedesktopNotifications.h"
-#include "voxtrel/platform/linux/overlay/QtOverlayStage.h"
 #include "voxtrel/platform/linux/overlay/TimerFdFrameTimer.h"
 #include "voxtrel/platform/linux/permissions/HelpPages.h"
 #include "voxtrel/platform/linux/permissions/SandboxMicrophoneAccess.h"
@@ -30,6 +30,7 @@
 #include "voxtrel/platform/posix/ExecutableFolder.h"
 #include "voxtrel/platform/posix/PosixChildProcessLauncher.h"
 #include "voxtrel/platform/posix/PosixScheduling.h"
+#include "voxtrel/supervisor/EngineLocation.h"
 
 namespace voxtrel {
 namespace {
@@ -55,7 +56,7 @@ class LinuxDesktop {
   SteadyClock clock_;
   ExecutableFolder bundle_;
   PulseMicrophone microphone_;
-  QtOverlayStage overlayStage_;
+  SessionOverlayStage overlayStage_;
   TimerFdFrameTimer frameTimer_;
   SandboxMicrophoneAccess microphoneAccess_;
   FreedesktopNotifications notifications_;
@@ -76,19 +77,17 @@ class LinuxDesktop {
   const Desktop ports_;
 };
 
-SessionKeyTrust::Sources keySources(const LinuxPlaces& places) {
-  auto sources = SessionKeyTrust::sourcesOfThisSession();
-  sources.canReadKeyboard = places.canReadKeyboard;
-  return sources;
-}
-
 LinuxDesktop::LinuxDesktop(Parts parts, const std::string& version, const LinuxPlaces& places)
     : parts_(std::move(parts)),
       bundle_(executablePath()),
+      overlayStage_(*parts_.log),
       microphoneAccess_(mainLoop_, *parts_.log, QDBusConnection::sessionBus(),
                         places.sandboxMarker),
-      accessibilityTrust_(keySources(places), notifications_),
+      accessibilityTrust_(
+          SessionKeyTrust::sourcesOfThisSession([this] { return binaryPath(bundle_); }),
+          notifications_),
       sleepWatch_(*parts_.log),
+      statusItem_(notifications_),
       alerts_(colors_),
       formWindows_(colors_),
       loginItem_(desktopConfigFolder(homeDirectory(), isSandboxed()),

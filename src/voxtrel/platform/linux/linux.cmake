@@ -14,7 +14,7 @@ add_room(voxtrel/platform/linux/application
          KNOWS voxtrel/platform common/posix voxtrel/platform/linux/x11
          PUBLIC_LINKS Qt6::Gui LINKS Qt6::Widgets)
 add_room(voxtrel/platform/linux/tray
-         KNOWS voxtrel/platform voxtrel/platform/linux/dbus voxtrel/platform/linux/x11
+         KNOWS voxtrel/platform common/base voxtrel/platform/linux/dbus voxtrel/platform/linux/x11
          LINKS Qt6::Widgets Qt6::DBus Qt6::Svg)
 add_room(voxtrel/platform/linux/windows
          KNOWS voxtrel/platform voxtrel/download voxtrel/forms voxtrel/platform/linux/application
@@ -27,18 +27,25 @@ add_room(voxtrel/platform/linux/sound KNOWS voxtrel/platform common/pulse)
 add_room(voxtrel/platform/linux/overlay
          KNOWS voxtrel/platform common/posix voxtrel/platform/linux/x11
          LINKS Qt6::Gui)
+# The first is in no package of Debian 12.
+add_wayland_protocols(voxtrel_layer_shell_protocols
+                      platform/linux/layershell/wlr-layer-shell-v1.xml
+                      "${WAYLAND_PROTOCOLS}/stable/viewporter/viewporter.xml"
+                      "${WAYLAND_PROTOCOLS}/staging/fractional-scale/fractional-scale-v1.xml")
+add_room(voxtrel/platform/linux/layershell
+         KNOWS voxtrel/platform common/posix common/wayland voxtrel/platform/linux/overlay
+         LINKS Qt6::Gui voxtrel_layer_shell_protocols)
 add_room(voxtrel/platform/linux/permissions
-         KNOWS voxtrel/platform common/base common/posix voxtrel/platform/linux/dbus
-               voxtrel/platform/linux/x11
+         KNOWS voxtrel/platform common/base voxtrel/platform/linux/dbus voxtrel/platform/linux/x11
          LINKS Qt6::DBus)
 add_room(voxtrel/platform/linux/session
          KNOWS voxtrel/platform common/base common/posix voxtrel/platform/linux/application
                voxtrel/platform/linux/dbus
          LINKS Qt6::DBus)
 add_room(voxtrel/platform/linux
-         KNOWS voxtrel/platform common/base voxtrel/platform/posix voxtrel/platform/kissfft
-               voxtrel/platform/linux/application voxtrel/platform/linux/log
-               voxtrel/platform/linux/notifications voxtrel/platform/linux/overlay
+         KNOWS voxtrel/platform voxtrel/supervisor common/base voxtrel/platform/posix voxtrel/platform/kissfft
+               voxtrel/platform/linux/application voxtrel/platform/linux/layershell
+               voxtrel/platform/linux/log voxtrel/platform/linux/notifications voxtrel/platform/linux/overlay
                voxtrel/platform/linux/permissions voxtrel/platform/linux/session
                voxtrel/platform/linux/sound voxtrel/platform/linux/tray
                voxtrel/platform/linux/windows

@@ -65,19 +65,21 @@ QList<int> MenuObject::EventGroup(const QList<MenuEvent>& events) {
 }
 
 bool MenuObject::AboutToShow(int id) {
-  known(id);
+  if (known(id)) noteShown(id);
   return false;  // hosts are always up to date
 }
 
 QList<int> MenuObject::AboutToShowGroup(const QList<int>& ids, QList<int>& idErrors) {
   for (const int id : ids) {
     if (!layout_.has(id)) idErrors.append(id);
+    noteShown(id);
   }
   return {};
 }
 
 bool MenuObject::handleEvent(int id, const QString& type) {
   if (!layout_.has(id)) return false;
+  if (type == "opened") noteShown(id);
   const MenuItem* const row = layout_.find(id);
   // A flood of clicks must not keep the menu busy with one action after the other.
   const bool isChosen = type == "clicked" && row != nullptr && row->enabled;
@@ -91,6 +93,10 @@ void MenuObject::runAction(int id) {
   if (row == nullptr || !row->action) return;
   const auto action = row->action;  // it may replace the rows
   action();
+}
+
+void MenuObject::noteShown(int id) {
+  if (id == MenuLayout::kRootId && onShown_) onShown_();
 }
 
 bool MenuObject::known(int id) {

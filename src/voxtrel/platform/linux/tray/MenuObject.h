@@ -3,7 +3,9 @@
 #include <QDBusContext>
 #include <QDBusVariant>
 #include <QObject>
+#include <functional>
 #include <set>
+#include <utility>
 
 #include "voxtrel/platform/linux/tray/MenuLayout.h"
 
@@ -25,6 +27,8 @@ class MenuObject final : public QObject, protected QDBusContext {
 
   MenuObject();
 
+  /// Called when a host is about to show the menu, or has done so.
+  void setOnShown(std::function<void()> onShown) { onShown_ = std::move(onShown); }
   /// Makes it reachable for hosts.
   void publish();
   void setRows(std::vector<MenuItem> rows);
@@ -59,9 +63,11 @@ class MenuObject final : public QObject, protected QDBusContext {
   Q_SIGNAL void chosen(int id);
   void runAction(int id);
   bool handleEvent(int id, const QString& type);
+  void noteShown(int id);
   bool known(int id);
   void refuse(const QString& reason);
 
+  std::function<void()> onShown_;
   MenuLayout layout_;
   std::set<int> waiting_;  ///< chosen rows whose action has not begun
   uint revision_ = 1;

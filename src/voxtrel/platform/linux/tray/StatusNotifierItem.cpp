@@ -7,8 +7,15 @@
 #include <QDBusPendingCall>
 #include <QPixmap>
 #include <QtEndian>
+#include <chrono>
+#include <utility>
 
 namespace voxtrel {
+namespace {
+
+constexpr std::chrono::milliseconds kQuietAfterIcon{300};
+
+}  // namespace
 
 NotifierPixmap notifierPixmap(const QImage& image) {
   const QImage source = image.convertToFormat(QImage::Format_ARGB32);
@@ -22,7 +29,13 @@ NotifierPixmap notifierPixmap(const QImage& image) {
   return pixmap;
 }
 
-StatusNotifierItem::StatusNotifierItem(const QString& menuPath) : menu_(menuPath) {
+StatusNotifierItem::StatusNotifierItem(const QString& menuPath, Clicks clicks)
+    : menu_(menuPath), clicks_(std::move(clicks)) {
+  quiet_.setSingleShot(true);
+  quiet_.setInterval(kQuietAfterIcon);
+  connect(&quiet_, &QTimer::timeout, this, [this] {
+    if (std::exchange(isAnnouncedAgain_, false)) emit NewIcon();
+  });
   qDBusRegisterMetaType<NotifierPixmap>();
   qDBusRegisterMetaType<NotifierPixmaps>();
   qDBusRegisterMetaType<NotifierToolTip>();
@@ -46,6 +59,13 @@ void StatusNotifierItem::setIcon(const QIcon& icon) {
   icon_ = icon;
   pixmaps_.clear();
   emit NewIcon();
+  isAnnouncedAgain_ = quiet_.isActive() || isAnnouncedAgain_;
+  quiet_.start();
+}
+
+void StatusNotifierItem::Activate(int x, int y) {
+  if (calledFromDBus()) sendErrorReply(QDBusError::UnknownMethod, "the icon opens its menu");
+  clicks_.activated({x, y});
 }
 
 const NotifierPixmaps& StatusNotifierItem::iconPixmap() {

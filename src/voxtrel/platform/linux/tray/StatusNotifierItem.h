@@ -1,13 +1,18 @@
 #pragma once
 
 #include <QByteArray>
+#include <QDBusContext>
 #include <QDBusObjectPath>
 #include <QIcon>
 #include <QImage>
 #include <QList>
 #include <QObject>
+#include <QPoint>
 #include <QString>
+#include <QTimer>
+#include <functional>
 #include <tuple>
+#include <utility>
 
 #include "voxtrel/platform/linux/dbus/DBusStructure.h"
 
@@ -41,7 +46,7 @@ NotifierPixmap notifierPixmap(const QImage& image);
 /// The tray item on the session bus: org.kde.StatusNotifierItem, an icon that opens a menu. The other
 /// methods of the interface do nothing.
 /// Thread: the main thread.  Fails by: not appearing, where there is no session bus.
-class StatusNotifierItem final : public QObject {
+class StatusNotifierItem final : public QObject, protected QDBusContext {
   Q_OBJECT
   Q_CLASSINFO("D-Bus Interface", "org.kde.StatusNotifierItem")
   Q_PROPERTY(QString Category READ category)
@@ -62,13 +67,23 @@ class StatusNotifierItem final : public QObject {
   Q_PROPERTY(QDBusObjectPath Menu READ menu)
 
  public:
+  /// What a host asks for. `place`: where its icon is, if it says so.
+  struct Clicks {
+    /// The host has no use of its own for a click. It is told that there is no such action: some hosts
+    /// then open the menu.
+    std::function<void(QPoint place)> activated;
+    std::function<void(QPoint place)> menuWanted;  ///< ours, because the host draws none
+  };
+
   /// `menuPath`: object path of the menu on the same connection.
-  explicit StatusNotifierItem(const QString& menuPath);
+  StatusNotifierItem(const QString& menuPath, Clicks clicks);
 
   /// Makes it reachable for hosts under `busName`.
   void publish();
   /// The conventional form of name; not all hosts accept a connection's unique name.
   static QString busName();
+  /// Hosts that read two icons at once may keep the older. So after icons that follow each other
+  /// quickly, the last one is announced again.
   void setIcon(const QIcon& icon);
 
   static QString category() { return "ApplicationStatus"; }
@@ -85,9 +100,9 @@ class StatusNotifierItem final : public QObject {
   QDBusObjectPath menu() const { return menu_; }
 
   // NOLINTBEGIN(readability-identifier-naming): named by the interface.
-  Q_SCRIPTABLE void Activate(int, int) {}
+  Q_SCRIPTABLE void Activate(int x, int y);
   Q_SCRIPTABLE void SecondaryActivate(int, int) {}
-  Q_SCRIPTABLE void ContextMenu(int, int) {}
+  Q_SCRIPTABLE void ContextMenu(int x, int y) { clicks_.menuWanted({x, y}); }
   Q_SCRIPTABLE void Scroll(int, const QString&) {}
 
   Q_SIGNAL Q_SCRIPTABLE void NewTitle();
@@ -100,6 +115,9 @@ class StatusNotifierItem final : public QObject {
 
  private:
   const QDBusObjectPath menu_;
+  const Clicks clicks_;
+  QTimer quiet_;  ///< runs for a moment after each icon
+  bool isAnnouncedAgain_ = false;
   QIcon icon_;
   NotifierPixmaps pixmaps_;  ///< empty until requested
 };

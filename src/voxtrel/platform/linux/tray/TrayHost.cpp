@@ -15,6 +15,7 @@ namespace {
 
 constexpr const char* kWatcherService = "org.kde.StatusNotifierWatcher";
 constexpr std::chrono::seconds kXEmbedDelay{3};
+constexpr std::chrono::seconds kNoneDelay{7};  ///< after that one
 constexpr std::chrono::seconds kRegisterTimeout{25};
 
 int screenNumber() {
@@ -71,6 +72,9 @@ TrayHost::TrayHost(std::function<void(Kind)> onFound) : onFound_(std::move(onFou
   xEmbedDelay_.setSingleShot(true);
   xEmbedDelay_.setInterval(kXEmbedDelay);
   QObject::connect(&xEmbedDelay_, &QTimer::timeout, &context_, [this] { tryXEmbed(); });
+  noneDelay_.setSingleShot(true);
+  noneDelay_.setInterval(kNoneDelay);
+  QObject::connect(&noneDelay_, &QTimer::timeout, &context_, [this] { onFound_(Kind::none); });
   QObject::connect(&watcher_, &QDBusServiceWatcher::serviceOwnerChanged, &context_,
                    [this](const QString&, const QString&, const QString& newOwner) {
                      if (newOwner.isEmpty()) {
@@ -110,6 +114,7 @@ void TrayHost::registerItem() {
 
 void TrayHost::registered() {
   xEmbedDelay_.stop();
+  noneDelay_.stop();
   xManagers_.reset();
   onFound_(Kind::statusNotifier);
 }
@@ -122,8 +127,10 @@ void TrayHost::waitForXEmbed() {
 void TrayHost::tryXEmbed() {
   if (hasXEmbedTray()) {
     xManagers_.reset();
+    noneDelay_.stop();
     return onFound_(Kind::xEmbed);
   }
+  if (!noneDelay_.isActive()) noneDelay_.start();
   if (xManagers_) return;
   // A panel that is starting may take the older role first and the newer one a moment later.
   xManagers_ = std::make_unique<XManagerWatch>([this] { xEmbedDelay_.start(); });

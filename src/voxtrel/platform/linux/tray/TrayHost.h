@@ -15,6 +15,7 @@ class TrayHost {
   enum class Kind {
     statusNotifier,  ///< StatusNotifierItem over D-Bus
     xEmbed,          ///< the older X11 tray, used after three seconds without the other
+    none,            ///< neither for ten seconds; a tray may still appear
   };
 
   /// `onFound` is called again when the kind or the host changes, and never before `announce`
@@ -40,6 +41,7 @@ class TrayHost {
   QObject context_;  ///< owner of calls and connections
   QDBusServiceWatcher watcher_;
   QTimer xEmbedDelay_;
+  QTimer noneDelay_;
   std::unique_ptr<XManagerWatch> xManagers_;  ///< null until the delay is over
 };
 

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "voxtrel/platform/linux/tray/XEmbedItem.h"
+#include "voxtrel/platform/linux/tray/RowMenu.h"
 
 namespace voxtrel {
 namespace {
