@@ -29,7 +29,8 @@ class CommandLine(DesktopCase):
     def test_help(self):
         answer = self.ask("--help")
         self.assertEqual((answer.returncode, answer.stderr), (0, ""))
-        for word in ("Usage:", "--help", "--version", "VOXTREL_LOG"):
+        for word in ("Usage:", "--settings", "--restart", "--quit", "--help", "--version",
+                     "VOXTREL_LOG"):
             self.assertIn(word, answer.stdout)
 
     def test_an_unknown_argument_is_named_on_standard_error_with_status_2(self):
@@ -57,6 +58,61 @@ class CommandLine(DesktopCase):
         first = next(app for app in apps if app.process.running())
         first.engine.wait_for_starts(1)
         self.assertEqual(sum(len(app.engine.starts()) for app in apps), 1)
+
+
+class Requests(DesktopCase):
+    """What a start passes on to the program that runs."""
+
+    def request(self, *arguments, **changes):
+        """Starts the program a second time, with options; returns its exit status and its output."""
+        second = self.install()
+        second.start(*arguments, **changes)
+        return second.process.exit_status(), second.output()
+
+    def has_settings(self):
+        """Whether the settings window is on the screen."""
+        return bool(self.desk.xdotool_or_nothing("search", "--onlyvisible", "--name",
+                                                 "^Voxtrel Settings$"))
+
+    def test_settings_opens_the_window_of_the_program_that_runs(self):
+        app = self.install().start_ready()
+        self.assertEqual(self.request("--settings"), (0, ""))
+        eventually(self.has_settings, "the settings")
+        self.assertEqual(len(app.engine.starts()), 1)
+
+    def test_settings_starts_the_program_if_none_runs(self):
+        app = self.install()
+        app.start("--settings")
+        app.wait_until_in_tray()
+        eventually(self.has_settings, "the settings")
+
+    def test_restart_restarts_the_engine(self):
+        app = self.install().start_ready()
+        self.assertEqual(self.request("--restart"), (0, ""))
+        app.engine.wait_for_starts(2)
+
+    def test_quit_returns_when_the_program_has_gone_so_that_it_can_be_started_again(self):
+        app = self.install().start_ready()
+        app.engine.ignore_sigterm()  # the end takes its two seconds
+        self.assertEqual(self.request("--quit"), (0, ""))
+        self.assertEqual(app.process.exit_status(0.5), 0)
+        self.assertEqual(app.engine.running(), [])
+        self.install().start_ready()
+
+    def test_restart_and_quit_need_no_display(self):
+        app = self.install().start_ready()
+        self.assertEqual(self.request("--restart", DISPLAY=None), (0, ""))
+        app.engine.wait_for_starts(2)
+        self.assertEqual(self.request("--quit", DISPLAY=None), (0, ""))
+        self.assertEqual(app.process.exit_status(), 0)
+
+    def test_restart_and_quit_say_so_with_status_1_if_none_runs(self):
+        for argument in ("--restart", "--quit"):
+            status, output = self.request(argument)
+            self.assertEqual((status, output), (1, "voxtrel: it is not running in this session\n"))
+            status, output = self.request(
+                argument, DBUS_SESSION_BUS_ADDRESS="unix:path=/nonexistent/session-bus")
+            self.assertEqual((status, output), (1, "voxtrel: it is not running in this session\n"))
 
 
 class Logging(DesktopCase):

@@ -1,6 +1,7 @@
 #include "voxtrel/app/AppDelegate.h"
 
 #include <chrono>
+#include <utility>
 
 #include "common/settings/ConfigManager.h"
 #include "voxtrel/download/ModelDownloadView.h"
@@ -120,6 +121,7 @@ void AppDelegate::pollAccessibility() {
 void AppDelegate::openGate() {
   statusBar_ = StatusBarController::create(StatusBarPorts::of(desktop_, overlay_));
   crashNotificationDelegate_->processManager = statusBar_->processManager();
+  if (std::exchange(wantsSettings_, false)) statusBar_->openSettings();
 }
 
 void AppDelegate::showMicDeniedAlert() {
@@ -161,6 +163,16 @@ void AppDelegate::quitRequested() {
 /// After its set-up window was closed, the application has neither a window nor an icon.
 void AppDelegate::reopenRequested() {
   if (downloadWindow_ && !downloadWindow_->isVisible()) downloadWindow_->makeKeyAndOrderFront();
+}
+
+void AppDelegate::settingsRequested() {
+  if (statusBar_) return statusBar_->openSettings();
+  wantsSettings_ = true;
+  reopenRequested();
+}
+
+void AppDelegate::restartRequested() {
+  if (statusBar_) statusBar_->restart();
 }
 
 void AppDelegate::applicationWillTerminate() {

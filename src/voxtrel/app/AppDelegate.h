@@ -31,6 +31,8 @@ class AppDelegate : public ApplicationDelegate, public std::enable_shared_from_t
   void applicationWillTerminate() override;
   void quitRequested() override;
   void reopenRequested() override;
+  void settingsRequested() override;
+  void restartRequested() override;
 
  private:
   bool checkWeightsExist() const;
@@ -50,6 +52,7 @@ class AppDelegate : public ApplicationDelegate, public std::enable_shared_from_t
   const Logger logger_;
   std::shared_ptr<StatusBarController> statusBar_;
   std::unique_ptr<FormWindow> downloadWindow_;
+  bool wantsSettings_ = false;  ///< once the gate is open
   Subscription accessibilityTimer_;
   CheckedCounter accessibilityPollCount_;
   const std::shared_ptr<CrashNotificationDelegate> crashNotificationDelegate_;

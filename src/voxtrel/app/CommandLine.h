@@ -3,12 +3,15 @@
 #include <span>
 #include <string>
 
+#include "voxtrel/platform/Application.h"
+
 namespace voxtrel {
 
 /// What the command line asks for.
 struct CommandLine {
   enum class Request { run, printAndExit, usageError };
   Request request = Request::run;
+  StartRequest start = StartRequest::open;  ///< of `run`
   std::string text;  ///< to print: a usage error on standard error, else on standard output
 };
 

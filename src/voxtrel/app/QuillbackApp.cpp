@@ -27,7 +27,8 @@ QuillbackApp::QuillbackApp(const Desktop& desktop)
 
 QuillbackApp::~QuillbackApp() = default;
 
-int QuillbackApp::run() {
+int QuillbackApp::run(StartRequest request) {
+  if (request == StartRequest::settings) appDelegate_->settingsRequested();
   return desktop_.application.run(*appDelegate_);
 }
 

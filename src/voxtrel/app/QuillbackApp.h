@@ -2,6 +2,8 @@
 
 #include <memory>
 
+#include "voxtrel/platform/Application.h"
+
 namespace voxtrel {
 
 class AppDelegate;
@@ -16,7 +18,7 @@ class QuillbackApp {
   ~QuillbackApp();
 
   /// Runs until the application is told to quit; returns the process's exit status.
-  int run();
+  int run(StartRequest request);
 
  private:
   const Desktop& desktop_;

@@ -29,7 +29,8 @@ int main(int argc, char** argv) {
       break;
   }
 
-  const auto desktop = voxtrel::connectToDesktop(argc, argv, voxtrel::applicationVersion());
+  const auto desktop =
+      voxtrel::connectToDesktop(argc, argv, voxtrel::applicationVersion(), commandLine.start);
   if (!desktop) return desktop.error();
-  return voxtrel::QuillbackApp(**desktop).run();
+  return voxtrel::QuillbackApp(**desktop).run(commandLine.start);
 }

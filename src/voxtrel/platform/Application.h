@@ -6,6 +6,9 @@
 
 namespace voxtrel {
 
+/// What the user wants by starting the application, also while it runs.
+enum class StartRequest { open, settings, restart, quit };
+
 /// Receives the events of the application's life cycle.
 /// Thread: the main thread.
 class ApplicationDelegate {
@@ -19,6 +22,10 @@ class ApplicationDelegate {
   virtual void quitRequested() = 0;
   /// The user has started the application again. Its open windows come forward by themselves.
   virtual void reopenRequested() = 0;
+  /// The user wants the settings, now or as soon as there are any.
+  virtual void settingsRequested() = 0;
+  /// The user wants the engine restarted.
+  virtual void restartRequested() = 0;
 };
 
 /// The running application.

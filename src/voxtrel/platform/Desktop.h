@@ -5,12 +5,12 @@
 
 #include <tl/expected.hpp>
 
+#include "voxtrel/platform/Application.h"
+
 namespace voxtrel {
 
 class AccessibilityTrust;
 class Alerts;
-class Application;
-class ApplicationBundle;
 class BackgroundQueue;
 class ChildProcessLauncher;
 class Clock;
@@ -26,7 +26,6 @@ class OverlayStage;
 class PrivacySettings;
 class SleepWatch;
 class StatusItem;
-class Updater;
 class UserDefaults;
 class VectorMath;
 
@@ -66,8 +65,10 @@ using DesktopConnection = tl::expected<std::shared_ptr<const Desktop>, int>;
 
 /// Connects to the desktop of the calling user, whose thread becomes the main thread. Each desktop's
 /// folder defines its own. `argc` and `argv` must outlive the result.
-/// Fails by: status 1, after a message on standard error; status 0 if the application already runs:
-/// that one then comes to the front.
-DesktopConnection connectToDesktop(int& argc, char** argv, const std::string& version);
+/// `request` is passed on to the application if it already runs.
+/// Fails by: status 1, after a message on standard error, also if there is nothing to restart or quit;
+/// status 0 if the application that runs has taken over.
+DesktopConnection connectToDesktop(int& argc, char** argv, const std::string& version,
+                                   StartRequest request);
 
 }  // namespace voxtrel

@@ -16,7 +16,9 @@
 int main(int argc, char** argv) {
   voxtrel::LinuxPlaces places;
   if (const char* marker = std::getenv("GUARDED_SANDBOX_MARKER")) places.sandboxMarker = marker;
-  const auto desktop = voxtrel::connectToLinux(argc, argv, voxtrel::applicationVersion(), places);
+  constexpr auto kOpen = voxtrel::StartRequest::open;
+  const auto desktop =
+      voxtrel::connectToLinux(argc, argv, voxtrel::applicationVersion(), kOpen, places);
   if (!desktop) return desktop.error();
-  return voxtrel::QuillbackApp(**desktop).run();
+  return voxtrel::QuillbackApp(**desktop).run(kOpen);
 }

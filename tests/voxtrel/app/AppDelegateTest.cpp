@@ -178,5 +178,25 @@ TEST_F(StartUp, TerminationStopsARunningEngine) {
   EXPECT_EQ(desktop.launcher.running(), 0U);
 }
 
+TEST_F(StartUp, OpensTheSettingsThatWereAskedForOnceTheGateIsOpen) {
+  finishLaunching();
+  delegate->settingsRequested();
+  EXPECT_TRUE(desktop.forms.windows.empty());
+  answerMicrophone(true);
+  ASSERT_EQ(desktop.forms.windows.size(), 1U);
+  EXPECT_EQ(desktop.forms.windows.front().options.title, "Voxtrel Settings");
+  delegate->settingsRequested();
+  EXPECT_EQ(desktop.forms.windows.size(), 1U) << "the open window comes forward";
+}
+
+TEST_F(StartUp, RestartsTheEngineWhenAskedOnceItRuns) {
+  finishLaunching();
+  delegate->restartRequested();
+  EXPECT_EQ(starts(), 0U);
+  answerMicrophone(true);
+  delegate->restartRequested();
+  EXPECT_EQ(starts(), 2U);
+}
+
 }  // namespace
 }  // namespace voxtrel

@@ -24,6 +24,19 @@ TEST(CommandLine, PrintsTheVersionAndTheHelp) {
   EXPECT_NE(parse({"--help"}).text.find("--version"), std::string::npos);
 }
 
+TEST(CommandLine, TakesARequestForTheProgramThatRuns) {
+  EXPECT_EQ(parse({}).start, StartRequest::open);
+  const std::pair<const char*, StartRequest> rows[] = {{"--settings", StartRequest::settings},
+                                                       {"--restart", StartRequest::restart},
+                                                       {"--quit", StartRequest::quit}};
+  for (const auto& [argument, expected] : rows) {
+    EXPECT_EQ(parse({argument}).request, Request::run);
+    EXPECT_EQ(parse({argument}).start, expected);
+    EXPECT_NE(parse({"--help"}).text.find(argument), std::string::npos);
+    EXPECT_EQ(parse({argument, "--verbose"}).request, Request::usageError);
+  }
+}
+
 TEST(CommandLine, RefusesWhatItDoesNotKnowAndNamesIt) {
   for (const char* argument : {"--verbose", "-h", "run", ""}) {
     const CommandLine commandLine = parse({argument});

@@ -21,6 +21,7 @@
 #include "voxtrel/platform/linux/session/AutostartEntry.h"
 #include "voxtrel/platform/linux/session/LogindSleepWatch.h"
 #include "voxtrel/platform/linux/session/QSettingsUserDefaults.h"
+#include "voxtrel/platform/linux/session/RunningInstance.h"
 #include "voxtrel/platform/linux/session/SingleInstance.h"
 #include "voxtrel/platform/linux/sound/PulseMicrophone.h"
 #include "voxtrel/platform/linux/tray/TrayStatusItem.h"
@@ -119,15 +120,18 @@ LinuxDesktop::LinuxDesktop(Parts parts, const std::string& version, const LinuxP
              .userDefaults = userDefaults_,
              .vectorMath = vectorMath_,
              .homeDirectory = homeDirectory()} {
-  parts_.instance->setOnReopen([this] { application_.reopen(); });
+  parts_.instance->setOnRequest([this](StartRequest request) { application_.take(request); });
 }
 
 }  // namespace
 
 DesktopConnection connectToLinux(int& argc, char** argv, const std::string& version,
-                                 const LinuxPlaces& places) {
+                                 StartRequest request, const LinuxPlaces& places) {
   // The reader of our standard error may go away; that is no reason to end.
   std::signal(SIGPIPE, SIG_IGN);
+  if (request == StartRequest::restart || request == StartRequest::quit) {
+    return tl::unexpected(passOnAndReport(request, argc, argv));
+  }
   LinuxDesktop::Parts parts;
   parts.log = openLog();
   parts.qtApplication = connectToDisplay(argc, argv, version);
@@ -135,12 +139,13 @@ DesktopConnection connectToLinux(int& argc, char** argv, const std::string& vers
   parts.instance = std::make_unique<SingleInstance>(*parts.log);
   SingleInstance& instance = *parts.instance;
   const auto desktop = std::make_shared<LinuxDesktop>(std::move(parts), version, places);
-  if (!instance.isFirst()) return tl::unexpected(EXIT_SUCCESS);
+  if (!instance.isFirst(request)) return tl::unexpected(EXIT_SUCCESS);
   return std::shared_ptr<const Desktop>(desktop, &desktop->ports());
 }
 
-DesktopConnection connectToDesktop(int& argc, char** argv, const std::string& version) {
-  return connectToLinux(argc, argv, version, {});
+DesktopConnection connectToDesktop(int& argc, char** argv, const std::string& version,
+                                   StartRequest request) {
+  return connectToLinux(argc, argv, version, request, {});
 }
 
 }  // namespace voxtrel

@@ -14,6 +14,6 @@ struct LinuxPlaces {
 
 /// connectToDesktop with this place.
 DesktopConnection connectToLinux(int& argc, char** argv, const std::string& version,
-                                 const LinuxPlaces& places);
+                                 StartRequest request, const LinuxPlaces& places);
 
 }  // namespace voxtrel

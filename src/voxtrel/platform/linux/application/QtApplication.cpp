@@ -24,8 +24,18 @@ int QtApplication::run(ApplicationDelegate& delegate) {
   return status;
 }
 
-void QtApplication::reopen() {
-  if (delegate_ != nullptr) delegate_->reopenRequested();
+void QtApplication::take(StartRequest request) {
+  if (delegate_ == nullptr) return;
+  switch (request) {
+    case StartRequest::open:
+      return delegate_->reopenRequested();
+    case StartRequest::settings:
+      return delegate_->settingsRequested();
+    case StartRequest::restart:
+      return delegate_->restartRequested();
+    case StartRequest::quit:
+      return delegate_->quitRequested();
+  }
 }
 
 void QtApplication::terminate() {

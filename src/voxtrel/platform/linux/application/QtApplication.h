@@ -14,8 +14,8 @@ class QtApplication final : public Application {
  public:
   int run(ApplicationDelegate& delegate) override;
   void terminate() override;
-  /// The application was started again.
-  void reopen();
+  /// The application was started again, with this request.
+  void take(StartRequest request);
 
  private:
   ApplicationDelegate* delegate_ = nullptr;  ///< while it runs
