@@ -63,6 +63,10 @@ class Compositor {
   /// Of all outputs; 1 without any.
   int greatestScale() const;
   void flush() const { connection_->flush(); }
+  /// Handles the events that have arrived. While frames do this, the main loop need not wake up for each
+  /// event, of which there is one a frame.
+  void readEvents();
+  void wakeForEvents(bool wakes) { readable_.setEnabled(wakes && !isBroken()); }
 
  private:
   struct Output {
@@ -72,7 +76,6 @@ class Compositor {
 
   explicit Compositor(std::unique_ptr<WaylandConnection> connection);
   void listen();
-  void readEvents();
   void onGlobal(std::uint32_t name, const char* interface, std::uint32_t version);
   void onGlobalRemoved(std::uint32_t name) { outputs_.erase(name); }
   static void listenTo(Output& output);

@@ -33,6 +33,7 @@ LayerWindow::~LayerWindow() {
   surface_.reset();
   pictures_.reset();
   compositor_->flush();
+  compositor_->wakeForEvents(true);
 }
 
 void LayerWindow::setContent(double cornerRadius, Draw draw) {
@@ -101,6 +102,7 @@ void LayerWindow::followScale() {
 void LayerWindow::onConfigure(std::uint32_t serial) {
   zwlr_layer_surface_v1_ack_configure(layerSurface_.get(), serial);
   isConfigured_ = true;
+  compositor_->wakeForEvents(false);
   shown_ = QImage();  // a configured surface waits for a picture
   paint();
 }
@@ -116,6 +118,7 @@ void LayerWindow::onScale(double scale) {
 }
 
 void LayerWindow::setNeedsDisplay() {
+  compositor_->readEvents();
   paint();
 }
 
