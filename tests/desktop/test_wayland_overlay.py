@@ -6,15 +6,17 @@ from harness.case import DesktopCase
 from harness.pill import BARS, Pill
 from harness.polling import eventually, stays
 from harness.screen import Rect
-from harness.sway import SwayDesk
+from harness.sway import LayerlessDesk, SwayDesk
 
 
 class WaylandCase(DesktopCase):
     """One compositor a class."""
 
+    desk_kind = SwayDesk
+
     @classmethod
     def setUpClass(cls):
-        cls.desk = SwayDesk(**cls.desk_parts)
+        cls.desk = cls.desk_kind(**cls.desk_parts)
         cls.enterClassContext(cls.desk)
 
     def start_ready(self, **changes):
@@ -162,3 +164,19 @@ class WithoutAnXServer(WaylandCase):
         app, before = self.start_recording(pill)
         self.assertEqual(self.desk.screenshot().difference_box(before), pill.place)
         self.assertFalse(re.search("No overlay", app.output()), app.output())
+
+
+class WithoutLayersAndWithoutAnXServer(WaylandCase):
+    """The overlay needs one of them."""
+
+    desk_kind = LayerlessDesk
+
+    def test_nothing_is_shown_and_the_log_says_so_once(self):
+        app = self.start_ready()
+        for _recording in range(3):
+            app.engine.say("Recording...")
+            app.engine.say("Ready.")
+        app.wait_for_output("No overlay")
+        app.process.send(15)
+        self.assertEqual(app.process.exit_status(), 0)
+        self.assertEqual(app.output().count("No overlay"), 1, app.output())

@@ -5,11 +5,11 @@ import os
 import subprocess
 
 from .desk import Desk
-from .notifications import NotificationWatch
 from .monitor import BusMonitor
+from .notifications import NotificationWatch
 from .polling import eventually
 from .screen import Picture
-from .tray import Tray
+from .tray import WATCHER, Tray
 
 CONFIGURATION = """xwayland {xwayland}
 output HEADLESS-1 resolution {width}x{height} position 0 0 scale {scale} bg #336699 solid_color
@@ -17,6 +17,15 @@ default_border none
 seat seat0 fallback true
 seat seat0 hide_cursor 1
 exec sh -c '{xhost} echo $WAYLAND_DISPLAY $DISPLAY > {folder}/ready.new && mv {folder}/ready.new {folder}/ready'
+"""
+SWAYBAR = """bar {
+  id bar-0
+  swaybar_command true
+  position top
+  tray_output *
+  height 30
+  icon_theme Adwaita
+}
 """
 WAYBAR = {"layer": "top", "position": "top", "height": 30, "modules-right": ["tray"],
           "tray": {"icon-size": 22, "spacing": 8}}
@@ -27,7 +36,8 @@ NOBODY = 65534
 class SwayDesk(Desk):
     """Message buses, sway on a headless output, and the services that a test asks for."""
 
-    def __init__(self, scale=1, xwayland=True, bar=False, **parts):
+    def __init__(self, scale=1, xwayland=True, bar=None, **parts):
+        """`bar`: "waybar", which draws menus, "swaybar", which leaves them to the item, or none."""
         super().__init__(panel=False, **parts)
         self._scale = scale
         self._xwayland = xwayland
@@ -46,8 +56,13 @@ class SwayDesk(Desk):
         self.tray = Tray(self.session_bus)
         if self._wants["notifications"]:
             self.start_notification_daemon()
+        if self._bar == "waybar":
+            self._start_waybar()
+        if self._bar == "swaybar":
+            # Not by the compositor, whose user may not use the message bus.
+            self.spawn("swaybar", "--bar_id", "bar-0", "--socket", self.environment["SWAYSOCK"])
         if self._bar:
-            self.start_bar()
+            eventually(lambda: self.session_bus.owner(WATCHER), "the bar's tray", 20)
 
     def _start_compositor(self):
         """The compositor refuses to run as root. Its folder is the only one that it may enter."""
@@ -60,6 +75,8 @@ class SwayDesk(Desk):
             file.write(CONFIGURATION.format(
                 xwayland="enable" if self._xwayland else "disable", width=self.width,
                 height=self.height, scale=self._scale, folder=folder, xhost=xhost))
+            if self._bar == "swaybar":
+                file.write(SWAYBAR)
         os.chmod(self.folder, 0o711)
         wrapper = []
         if os.geteuid() == 0:
@@ -80,17 +97,14 @@ class SwayDesk(Desk):
         if self._xwayland:
             self.environment["DISPLAY"] = names[1]
 
-    def start_bar(self):
-        """Starts a bar with a tray."""
+    def _start_waybar(self):
         folder = self.path("config/waybar")
         os.makedirs(folder, exist_ok=True)
         with open(os.path.join(folder, "config"), "w", encoding="utf-8") as file:
             json.dump(WAYBAR, file)
         with open(os.path.join(folder, "style.css"), "w", encoding="utf-8") as file:
             file.write(WAYBAR_STYLE)
-        bar = self.spawn("waybar")
-        eventually(lambda: self.session_bus.owner("org.kde.StatusNotifierWatcher"), "the bar's tray", 20)
-        return bar
+        self.spawn("waybar")
 
     # What the user sees and does -----------------------------------------------------------------
 
@@ -104,11 +118,11 @@ class SwayDesk(Desk):
 
     def screenshot(self, output="HEADLESS-1"):
         """What an output shows."""
-        data = subprocess.run(["grim", "-t", "ppm", "-o", output, "-"], env=self.environment,
-                              check=True, capture_output=True, timeout=20).stdout
-        kind, size, deepest, rgb = data.split(b"\n", 3)
-        if (kind, deepest) != (b"P6", b"255"):
-            raise AssertionError("not a picture with 8 bits a colour")
+        grim = subprocess.run(["grim", "-t", "ppm", "-o", output, "-"], env=self.environment,
+                              check=False, capture_output=True, timeout=20)
+        if grim.returncode or not grim.stdout.startswith(b"P6\n"):
+            raise AssertionError(f"no picture of {output}: {grim.stderr}")
+        _kind, size, _deepest, rgb = grim.stdout.split(b"\n", 3)
         width, height = map(int, size.split())
         return Picture(width, height, rgb)
 
@@ -148,3 +162,23 @@ class SwayDesk(Desk):
 
     def park_pointer(self):
         """The compositor hides it."""
+
+
+class LayerlessDesk(SwayDesk):
+    """A compositor that has neither layers nor an X server."""
+
+    def __init__(self, **parts):
+        super().__init__(xwayland=False, notifications=False, **parts)
+
+    def _start_compositor(self):
+        folder = self.path("wayland")
+        os.makedirs(folder, mode=0o700)
+        self.spawn("weston", "--backend=headless-backend.so", "--no-config", "--socket=wayland-1",
+                   environment=dict(self.environment, XDG_RUNTIME_DIR=folder))
+        display = os.path.join(folder, "wayland-1")
+        eventually(lambda: os.path.exists(display), "the compositor", 20)
+        self.environment.update(WAYLAND_DISPLAY=display, XDG_SESSION_TYPE="wayland")
+
+    def screenshot(self, output=""):
+        """Nothing can be seen of this desktop."""
+        raise AssertionError("there is no picture of this desktop")

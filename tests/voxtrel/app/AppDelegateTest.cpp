@@ -184,7 +184,7 @@ TEST_F(StartUp, OpensTheSettingsThatWereAskedForOnceTheGateIsOpen) {
   EXPECT_TRUE(desktop.forms.windows.empty());
   answerMicrophone(true);
   ASSERT_EQ(desktop.forms.windows.size(), 1U);
-  EXPECT_EQ(desktop.forms.windows.front().options.title, "Voxtrel Settings");
+  EXPECT_EQ(desktop.forms.last().options.title, "Voxtrel Settings");
   delegate->settingsRequested();
   EXPECT_EQ(desktop.forms.windows.size(), 1U) << "the open window comes forward";
 }

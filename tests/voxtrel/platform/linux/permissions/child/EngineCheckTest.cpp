@@ -36,7 +36,7 @@ struct EngineCheckFixture : ::testing::Test {
   char name[5] = "test";
   char* argv[2] = {name, nullptr};
   QCoreApplication application{argc, argv};
-  testing::ScratchFolder folder;
+  ScratchFolder folder;
   std::optional<KeyAnswer> answer;
   EngineCheck check{[this] { return (folder.path() / "quillback").string(); }};
 };
