@@ -3,9 +3,7 @@
 #include <utility>
 
 #include "common/base/HomeDirectory.h"
-#include "common/posix/OwnFolder.h"
 #include "quillback/app/ChosenBackend.h"
-#include "quillback/keys/command/KeyCommands.h"
 #include "quillback/recognition/ThreadedRecogniser.h"
 #include "quillback/text/TextRules.h"
 
@@ -20,29 +18,14 @@ Engine::Engine(EpollLoop& loop, Output& output, const EngineSettings& settings)
       sink_(std::make_unique<ReplacingSink>(sinks_.make(settings.insert, session_),
                                             settings.replace)),
       dictation_(loop, microphone_, *sink_, takes_, output),
-      key_({[this] { dictation_.keyPressed(); }, [this] { dictation_.keyReleased(); },
-            [this] { dictation_.keyCancelled(); }}) {
-  watchKey(settings.hotkey);
-  takeCommands();
+      key_(loop, output, ownKeys_,
+           {[this] { dictation_.keyPressed(); }, [this] { dictation_.keyReleased(); },
+            [this] { dictation_.keyCancelled(); }},
+           [this](const std::string& title, const std::string& body) {
+             sinks_.notify(title, body);
+           }) {
+  key_.watch(session_, settings.hotkey);
   loadModel(settings);
-}
-
-void Engine::watchKey(const Hotkey& hotkey) {
-  keyLine_ = keyLine(hotkey, findKeySource(session_, hotkey));
-  auto source = openKeySource(session_, hotkey, key_.addSource(), ownKeys_, loop_, [this, hotkey] {
-    const std::string why = "the X server is gone";
-    keyLine_ = keyLine(hotkey, tl::unexpected(why));
-    output_.print(noKeySourceLine(hotkey, why));
-  });
-  if (!source) return output_.print(noKeySourceLine(hotkey, source.error()));
-  keyWatch_ = std::move(*source);
-}
-
-void Engine::takeCommands() {
-  const std::string path = keyCommandPath();
-  if (path.empty() || !makeOwnFolder(takeFolderPath())) return;
-  KeyCommands::Callbacks callbacks{[] {}, [this] { return keyLine_; }};
-  keyCommands_ = KeyCommands::open(path, key_.addSource(), std::move(callbacks), loop_);
 }
 
 void Engine::loadModel(const EngineSettings& settings) {

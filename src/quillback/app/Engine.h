@@ -2,13 +2,12 @@
 
 #include <memory>
 
-#include "quillback/app/KeySource.h"
+#include "quillback/app/EngineKey.h"
 #include "quillback/app/SlowModelAdvice.h"
 #include "quillback/audio/PulseMicrophone.h"
 #include "quillback/audio/TakeFolder.h"
 #include "quillback/dictation/Dictation.h"
 #include "quillback/insertion/TextSinks.h"
-#include "quillback/keys/SharedKey.h"
 #include "quillback/loop/EpollLoop.h"
 #include "quillback/settings/EngineSettings.h"
 
@@ -27,8 +26,6 @@ class Engine {
   int exitStatus() const { return exitStatus_; }
 
  private:
-  void watchKey(const Hotkey& hotkey);
-  void takeCommands();
   void loadModel(const EngineSettings& settings);
 
   EpollLoop& loop_;
@@ -44,10 +41,7 @@ class Engine {
   std::unique_ptr<TextSink> sink_;
   std::unique_ptr<Recogniser> recogniser_;
   Dictation dictation_;
-  std::string keyLine_;  // as `quillback check` prints it
-  SharedKey key_;
-  std::unique_ptr<KeyWatch> keyWatch_;
-  std::unique_ptr<KeyWatch> keyCommands_;
+  EngineKey key_;
 };
 
 }  // namespace voxtrel::quillback

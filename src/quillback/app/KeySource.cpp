@@ -1,9 +1,11 @@
 #include "quillback/app/KeySource.h"
 
+#include <chrono>
 #include <utility>
 
 #include "quillback/audio/TakeFolder.h"
 #include "quillback/keys/evdev/EvdevKeyWatch.h"
+#include "quillback/keys/portal/PortalKey.h"
 #include "quillback/keys/x11/XInput2KeyWatch.h"
 #include "quillback/loop/EpollLoop.h"
 #include "quillback/settings/StateFile.h"
@@ -13,44 +15,57 @@ namespace {
 
 /// Exists once `quillback key` was called.
 constexpr std::string_view kCommandNote = "key-by-command";
+constexpr const char* kByPortal = "the desktop's global shortcuts";
+constexpr const char* kNoKeyboard = "there is no keyboard in /dev/input";
+/// A portal that is started for the question may take this long.
+constexpr std::chrono::seconds kPortalTime{5};
+
+bool hasPortalShortcuts(EpollLoop& loop) {
+  bool hasThem = false;
+  const auto bus = PortalKey::askForShortcuts(loop, [&](bool has) {
+    hasThem = has;
+    loop.stop();
+  });
+  if (!bus) return false;
+  const auto limit = loop.after(kPortalTime, [&] { loop.stop(); });
+  loop.run();
+  return hasThem;
+}
 
 }  // namespace
 
-tl::expected<std::unique_ptr<KeyWatch>, std::string> openKeySource(
-    SessionKind session, const Hotkey& hotkey, const KeyWatch::Listener& listener, OwnKeys& ownKeys,
-    Loop& loop, const std::function<void()>& onLost) {
+tl::expected<OpenedKeySource, std::string> openKeySource(SessionKind session, const Hotkey& hotkey,
+                                                         const KeyWatch::Listener& listener,
+                                                         OwnKeys& ownKeys, Loop& loop,
+                                                         const std::function<void()>& onLost) {
   // A Wayland session's X server sees only the keys that go to X11 windows.
   std::string why;
   if (session != SessionKind::wayland) {
     auto fromX11 = XInput2KeyWatch::open(hotkey, listener, ownKeys, loop, onLost);
-    if (fromX11) return fromX11;
+    if (fromX11) return OpenedKeySource{std::move(*fromX11), "the X server's raw events"};
     why = fromX11.error() + "; ";
   }
   auto fromKernel = EvdevKeyWatch::open(hotkey, listener, loop, openEvdevKeyboard);
-  if (fromKernel) return fromKernel;
-  return tl::unexpected(why + fromKernel.error());
+  if (!fromKernel) return tl::unexpected(why + fromKernel.error());
+  const bool isThere = (*fromKernel)->keyboardCount() > 0;
+  return OpenedKeySource{std::move(*fromKernel),
+                         isThere ? "the keyboards in /dev/input" : std::string()};
 }
 
 tl::expected<std::string, std::string> findKeySource(SessionKind session, const Hotkey& hotkey) {
   EpollLoop loop;
+  if (session == SessionKind::wayland && hasPortalShortcuts(loop)) return kByPortal;
   OwnKeys ownKeys(loop);
-  const KeyWatch::Listener listener{[] {}, [] {}, [] {}};
-  std::string why;
-  if (session != SessionKind::wayland) {
-    const auto fromX11 = XInput2KeyWatch::open(hotkey, listener, ownKeys, loop, [] {});
-    if (fromX11) return "the X server's raw events";
-    why = fromX11.error() + "; ";
-  }
-  const auto fromKernel = EvdevKeyWatch::open(hotkey, listener, loop, openEvdevKeyboard);
-  if (fromKernel && (*fromKernel)->keyboardCount() > 0) return "the keyboards in /dev/input";
-  if (StateFile(kCommandNote).exists()) return "the command \"quillback key\"";
-  return tl::unexpected(why +
-                        (fromKernel ? "there is no keyboard in /dev/input" : fromKernel.error()));
+  const auto source = openKeySource(session, hotkey, {[] {}, [] {}, [] {}}, ownKeys, loop, [] {});
+  if (source && !source->name.empty()) return source->name;
+  if (isKeyByCommand()) return kByCommand;
+  return tl::unexpected(source ? kNoKeyboard : source.error());
 }
 
 std::string keyLine(const Hotkey& hotkey, const tl::expected<std::string, std::string>& source) {
   const std::string label(hotkey.label);
-  if (source) return std::string(kKeyIsSeen) + label + " by " + *source;
+  if (source && !source->empty()) return std::string(kKeyIsSeen) + label + " by " + *source;
+  if (source) return "key: no, " + std::string(kNoKeyboard);
   return "key: no, " + label + " cannot be seen: " + source.error();
 }
 
@@ -65,10 +80,23 @@ void noteKeyCommand() {
   if (!note.exists()) static_cast<void>(note.write(""));
 }
 
-std::string noKeySourceLine(const Hotkey& hotkey, const std::string& why) {
+bool isKeyByCommand() {
+  return StateFile(kCommandNote).exists();
+}
+
+std::string portalLine(const std::string& trigger) {
+  const std::string key = trigger.empty() ? "a key of the desktop's settings" : trigger;
+  return std::string(kKeyIsSeen) + key + " by " + kByPortal;
+}
+
+std::string noKeySourceLine(const Hotkey& hotkey, SessionKind session, const std::string& why) {
+  const std::string way = session == SessionKind::wayland
+                              ? "Let your desktop run \"quillback key press\" and \"quillback key "
+                                "release\" at a key"
+                              : "Run it in an X11 session";
   return "[quillback] Accessibility: " + std::string(hotkey.label) + " cannot be watched (" + why +
-         "). Run it in an X11 session, or let your user read the keyboards: sudo usermod -aG input "
-         "$USER, then log in again.";
+         "). " + way +
+         ", or let your user read the keyboards: sudo usermod -aG input $USER, then log in again.";
 }
 
 }  // namespace voxtrel::quillback

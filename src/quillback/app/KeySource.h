@@ -15,13 +15,19 @@
 
 namespace voxtrel::quillback {
 
-/// Opens the best source that works here: X11's events, or the kernel's if there is no X server or
-/// it does not report all keys. `onLost` is called when that ends later. The error is for people.
-[[nodiscard]] tl::expected<std::unique_ptr<KeyWatch>, std::string> openKeySource(
+/// A source of the key that does not ask the desktop.
+struct OpenedKeySource {
+  std::unique_ptr<KeyWatch> watch;
+  std::string name;  ///< for people
+};
+
+/// Opens the best one that works here: X11's events, or the kernel's if there is no X server or it does
+/// not report all keys. `onLost` is called when that ends later. The error is for people.
+[[nodiscard]] tl::expected<OpenedKeySource, std::string> openKeySource(
     SessionKind session, const Hotkey& hotkey, const KeyWatch::Listener& listener, OwnKeys& ownKeys,
     Loop& loop, const std::function<void()>& onLost);
 
-/// How `openKeySource` would see the key here, for people; the error says what is missing. Opens nothing
+/// How an engine would see the key here, for people; the error says what is missing. Opens nothing
 /// that stays open and asks the user nothing.
 [[nodiscard]] tl::expected<std::string, std::string> findKeySource(SessionKind session,
                                                                    const Hotkey& hotkey);
@@ -36,7 +42,14 @@ std::string keyCommandPath();
 /// Notes that the desktop calls `quillback key`, which makes it a way to see the key from then on.
 void noteKeyCommand();
 
+/// Whether it was called.
+bool isKeyByCommand();
+inline constexpr const char* kByCommand = "the command \"quillback key\"";
+
+/// keyLine for a shortcut of the desktop with this trigger, which may be empty.
+std::string portalLine(const std::string& trigger);
+
 /// The error line for a key that cannot be watched: says why and what to do.
-std::string noKeySourceLine(const Hotkey& hotkey, const std::string& why);
+std::string noKeySourceLine(const Hotkey& hotkey, SessionKind session, const std::string& why);
 
 }  // namespace voxtrel::quillback

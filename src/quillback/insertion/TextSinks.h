@@ -26,6 +26,9 @@ class TextSinks {
 
   [[nodiscard]] std::unique_ptr<TextSink> make(EngineSettings::Insert insert, SessionKind session);
 
+  /// Shows a notification about anything else, as this does about copies.
+  void notify(const std::string& title, const std::string& body) { programs_.notify(title, body); }
+
  private:
   /// Null without a desktop.
   Copy clipboardOf(SessionKind session);

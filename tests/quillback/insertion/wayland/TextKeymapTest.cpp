@@ -78,7 +78,7 @@ TEST(TextKeymapTest, AFullKeymapTakesNoMoreUntilItIsRestarted) {
     if (typed + count < text.size()) {
       EXPECT_EQ(keymap.add(std::u32string_view(text).substr(typed + count)), 0U);
     }
-    ASSERT_GT(count, 50U);
+    ASSERT_GT(count, 0U);
     keymaps += keymap.takeChange() ? 1 : 0;
     const Client client(keymap);
     for (std::size_t i = typed; i < typed + count; ++i) {

@@ -1,0 +1,177 @@
+"""A double of the portal's global shortcuts that behaves as one of the desktops does.
+
+Usage: shortcuts_portal.py KIND, with KIND plasma5 (shortcuts in CreateSession), plasma6, gnome48 (BindShortcuts
+answers 2 although it has bound, and wants the program to say who it is first), no-trigger (the first
+trigger is taken by another program), refusing, older (no shortcuts). Commands on standard input, one a line:
+press, release, close, trigger TEXT. It prints what it was asked for.
+"""
+
+import os
+import sys
+
+import dbus
+import dbus.lowlevel
+import dbus.mainloop.glib
+import dbus.service
+from gi.repository import GLib
+
+NAME = "org.freedesktop.portal.Desktop"
+PATH = "/org/freedesktop/portal/desktop"
+SHORTCUTS = "org.freedesktop.portal.GlobalShortcuts"
+KIND = sys.argv[1]
+
+
+def say(*words):
+    """One line for the test."""
+    print(*words, flush=True)
+
+
+class Session(dbus.service.Object):
+    """A session that its owner or the desktop closes."""
+
+    @dbus.service.method("org.freedesktop.portal.Session")
+    def Close(self):
+        """The owner is done."""
+        say("closed")
+        self.remove_from_connection()
+
+    @dbus.service.signal("org.freedesktop.portal.Session")
+    def Closed(self):
+        """The desktop ends it."""
+
+
+class Portal(dbus.service.Object):
+    """The desktop's side."""
+
+    def __init__(self, bus):
+        super().__init__(bus, PATH)
+        self._bus = bus
+        self._registered = set()
+        self._bound = None
+        self._given = None
+        self.session = None
+
+    def _request(self, sender, options, code, results):
+        """The answer comes later, by a signal for the caller alone."""
+        path = f"{PATH}/request/{sender[1:].replace('.', '_')}/{options['handle_token']}"
+
+        def respond():
+            message = dbus.lowlevel.SignalMessage(path, "org.freedesktop.portal.Request", "Response")
+            message.set_destination(sender)
+            message.append(code, results, signature="ua{sv}")
+            self._bus.send_message(message)
+        GLib.idle_add(respond)
+        return dbus.ObjectPath(path)
+
+    def _shortcuts(self):
+        if self._bound is None:
+            return dbus.Array([], signature="(sa{sv})")
+        return dbus.Array([(self._bound, dbus.Dictionary(
+            {"description": "Hold to dictate", "trigger_description": self._given},
+            signature="sv"))], signature="(sa{sv})")
+
+    def _bind(self, shortcuts):
+        self._bound = shortcuts[0][0]
+        wanted = str(shortcuts[0][1]["preferred_trigger"])
+        self._given = "" if KIND == "no-trigger" and wanted == "F8" else f"Press {wanted}"
+        say("bound", wanted)
+
+    @dbus.service.method("org.freedesktop.host.portal.Registry", "sa{sv}", "", sender_keyword="sender")
+    def Register(self, application, _options, sender=None):
+        """Newer portals want to know who calls."""
+        if KIND == "plasma5":
+            raise dbus.DBusException("not here", name="org.freedesktop.DBus.Error.UnknownMethod")
+        self._registered.add(sender)
+        say("registered", application)
+
+    @dbus.service.method("org.freedesktop.DBus.Properties", "ss", "v")
+    def Get(self, interface, name):
+        """Only the version is asked for."""
+        if KIND == "older" or (interface, name) != (SHORTCUTS, "version"):
+            raise dbus.DBusException("not here", name="org.freedesktop.DBus.Error.InvalidArgs")
+        return dbus.UInt32(1, variant_level=1)
+
+    @dbus.service.method(SHORTCUTS, "a{sv}", "o", sender_keyword="sender")
+    def CreateSession(self, options, sender=None):
+        """Plasma 5.27 binds here, and names the user's setting after the token."""
+        if KIND == "gnome48" and sender not in self._registered:
+            raise dbus.DBusException("no application id", name="org.freedesktop.portal.Error.NotAllowed")
+        token = options["session_handle_token"]
+        path = f"{PATH}/session/{sender[1:].replace('.', '_')}/{token}"
+        say("session", token)
+        self.session = Session(self._bus, path)
+        if KIND == "plasma5":
+            self._bind(options["shortcuts"])
+        return self._request(sender, options, dbus.UInt32(0), {"session_handle": path})
+
+    @dbus.service.method(SHORTCUTS, "oa(sa{sv})sa{sv}", "o", sender_keyword="sender")
+    def BindShortcuts(self, _session, shortcuts, _parent, options, sender=None):
+        """GNOME 48.0 binds and answers that it has not."""
+        if KIND == "refusing":
+            return self._request(sender, options, dbus.UInt32(1), {})
+        if KIND != "plasma5":
+            self._bind(shortcuts)
+        code = dbus.UInt32(2 if KIND == "gnome48" else 0)
+        return self._request(sender, options, code,
+                             {} if KIND == "gnome48" else {"shortcuts": self._shortcuts()})
+
+    @dbus.service.method(SHORTCUTS, "oa{sv}", "o", sender_keyword="sender")
+    def ListShortcuts(self, _session, options, sender=None):
+        """What is bound by now."""
+        return self._request(sender, options, dbus.UInt32(0), {"shortcuts": self._shortcuts()})
+
+    @dbus.service.signal(SHORTCUTS, "osta{sv}")
+    def Activated(self, session, shortcut, timestamp, options):
+        """The key is down."""
+
+    @dbus.service.signal(SHORTCUTS, "osta{sv}")
+    def Deactivated(self, session, shortcut, timestamp, options):
+        """The key is up."""
+
+    @dbus.service.signal(SHORTCUTS, "oa(sa{sv})")
+    def ShortcutsChanged(self, session, shortcuts):
+        """The user has chosen another trigger."""
+
+    def command(self, line):
+        """What the test wants to happen."""
+        word, _, rest = line.partition(" ")
+        path = self.session.__dbus_object_path__ if self.session else PATH
+        none = dbus.Dictionary({}, signature="sv")
+        if word == "press":
+            self.Activated(path, "push-to-talk", dbus.UInt64(1), none)
+        if word == "release":
+            self.Deactivated(path, "push-to-talk", dbus.UInt64(2), none)
+        if word == "stranger":
+            self.Activated(path, "another", dbus.UInt64(1), none)
+        if word == "close":
+            self.session.Closed()
+        if word == "trigger":
+            self._given = rest
+            self.ShortcutsChanged(path, self._shortcuts())
+
+
+def main():
+    """Until standard input ends."""
+    dbus.mainloop.glib.DBusGMainLoop(set_as_default=True)
+    bus = dbus.SessionBus()
+    portal = Portal(bus)
+    name = dbus.service.BusName(NAME, bus)
+    loop = GLib.MainLoop()
+
+    def read(stream, _condition):
+        # Not by lines: one that has come along with another would wait in Python's buffer.
+        data = os.read(stream.fileno(), 4096).decode()
+        if not data:
+            loop.quit()
+            return False
+        for line in data.splitlines():
+            portal.command(line)
+        return True
+    GLib.io_add_watch(sys.stdin, GLib.PRIORITY_DEFAULT, GLib.IO_IN | GLib.IO_HUP, read)
+    say("portal", name.get_name())
+    loop.run()
+
+
+if __name__ == "__main__":
+
+    main()
