@@ -19,11 +19,14 @@ endif()
 # Headers of the frameworks that GNUstep does not have, by the names that sources include.
 set(rig_headers "${CMAKE_BINARY_DIR}/macos-rig/headers")
 file(MAKE_DIRECTORY "${rig_headers}/os")
-foreach(framework UserNotifications ServiceManagement Accelerate AVFAudio AVFoundation ApplicationServices)
+foreach(framework UserNotifications ServiceManagement Accelerate AVFAudio AVFoundation)
   file(CREATE_LINK "${VOXTREL_MACOS_CHECK}/stub_sdk/Frameworks/${framework}.framework/Headers"
        "${rig_headers}/${framework}" SYMBOLIC)
 endforeach()
 file(CREATE_LINK "${VOXTREL_MACOS_CHECK}/stub_sdk/include/os/log.h" "${rig_headers}/os/log.h" SYMBOLIC)
+
+# What the adapters use and the rig lacks.
+set(rig_additions "${PROJECT_SOURCE_DIR}/tests/support/macos/rig")
 
 target_compile_options(
   voxtrel_macos_sdk
@@ -31,15 +34,16 @@ target_compile_options(
 -D_NATIVE_OBJC_EXCEPTIONS;-DGNUSTEP;-DGNUSTEP_BASE_LIBRARY=1;-DGNU_GUI_LIBRARY=1;-DGNUSTEP_RUNTIME=1;\
 -D_NONFRAGILE_ABI=1;-D_GNU_SOURCE;-fconstant-string-class=NSConstantString;\
 -Wno-deprecated-declarations;-Wno-deprecated-anon-enum-enum-conversion;\
--include;${VOXTREL_MACOS_RIG}/shim/rig.h>")
-target_include_directories(voxtrel_macos_sdk SYSTEM INTERFACE "${rig_headers}" "${rig_prefix}/include"
+-include;${rig_additions}/MoreAppKit.h>")
+target_include_directories(voxtrel_macos_sdk SYSTEM INTERFACE "${rig_additions}" "${rig_headers}"
+                                                              "${rig_prefix}/include"
                                                               "${VOXTREL_MACOS_RIG}/shim")
 target_link_libraries(voxtrel_macos_sdk INTERFACE "-L${rig_prefix}/lib" gnustep-gui gnustep-base objc
                                                   dispatch pthread m)
 target_link_options(voxtrel_macos_sdk INTERFACE -fuse-ld=lld "LINKER:-rpath,${rig_prefix}/lib")
 
 # The doubles; objects, because categories are in no symbol that a linker would look for.
-file(GLOB rig_shims CONFIGURE_DEPENDS "${VOXTREL_MACOS_RIG}/shim/*.mm")
+file(GLOB rig_shims CONFIGURE_DEPENDS "${VOXTREL_MACOS_RIG}/shim/*.mm" "${rig_additions}/*.mm")
 add_library(voxtrel_macos_shims OBJECT EXCLUDE_FROM_ALL ${rig_shims})
 set_target_properties(voxtrel_macos_shims PROPERTIES EXPORT_COMPILE_COMMANDS OFF)
 target_link_libraries(voxtrel_macos_shims PRIVATE voxtrel_macos_sdk)

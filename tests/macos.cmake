@@ -8,7 +8,7 @@ if(TARGET voxtrel_macos_sdk)
   add_executable(macos_tests ${macos_sources} ${macos_support})
   get_property(macos_rooms GLOBAL PROPERTY VOXTREL_MACOS_ROOMS)
   target_include_directories(macos_tests PRIVATE "${CMAKE_CURRENT_SOURCE_DIR}")
-  target_link_libraries(macos_tests PRIVATE ${macos_rooms} voxtrel_macos_sdk GTest::gtest GTest::gmock
+  target_link_libraries(macos_tests PRIVATE ${macos_rooms} voxtrel_overlay voxtrel_macos_sdk GTest::gtest GTest::gmock
                                             voxtrel_warnings)
   set_target_properties(macos_tests PROPERTIES LINKER_LANGUAGE OBJCXX)
   # The macros of the test framework, in Objective-C++.

@@ -1,0 +1,66 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <utility>
+
+#include "support/FormStates.h"
+#include "support/macos/Controls.h"
+#include "support/macos/RunLoop.h"
+#include "voxtrel/platform/macos/windows/AppKitFormWindows.h"
+
+namespace voxtrel::testing {
+
+/// The forms in AppKit's windows.
+class FormFixture : public ::testing::Test {
+ protected:
+  ~FormFixture() override {
+    @autoreleasepool {
+      window.reset();
+      runOnce();
+    }
+  }
+
+  static NSWindow* native() { return visibleWindow(@"VoxtrelFormWindow"); }
+  static NSView* content() { return native().contentView; }
+
+  void open(std::unique_ptr<FormWindow> newWindow) {
+    window = std::move(newWindow);
+    window->makeKeyAndOrderFront();
+    runOnce();
+  }
+  void openSettings() {
+    open(windows.makeWindow({"Voxtrel Settings", 420, 280}, forms.settings()));
+  }
+  void openDownload() {
+    open(windows.makeWindow({"Voxtrel Setup", 420, 340}, forms.download()));
+    forms.time.runPosted();
+  }
+
+  FormStates forms;
+  AppKitFormWindows windows;
+  std::unique_ptr<FormWindow> window;
+};
+
+/// Whether all `views` lie inside their window and no two overlap.
+inline ::testing::AssertionResult areApart(const std::vector<NSView*>& views) {
+  for (std::size_t one = 0; one < views.size(); ++one) {
+    const NSRect place = placeOf(views[one]);
+    const std::string name = NSStringFromRect(place).UTF8String;
+    NSView* const content = views[one].window.contentView;
+    if (!NSContainsRect(content.frame, place)) {
+      return ::testing::AssertionFailure() << name << " leaves the window";
+    }
+    for (std::size_t other = one + 1; other < views.size(); ++other) {
+      if (NSIntersectsRect(place, placeOf(views[other]))) {
+        return ::testing::AssertionFailure()
+               << name << " covers " << NSStringFromRect(placeOf(views[other])).UTF8String;
+      }
+    }
+  }
+  return ::testing::AssertionSuccess();
+}
+
+}  // namespace voxtrel::testing

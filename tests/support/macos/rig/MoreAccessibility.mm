@@ -1,0 +1,5 @@
+#include <ApplicationServices/ApplicationServices.h>
+
+extern "C" Boolean AXIsProcessTrusted() {
+  return AXIsProcessTrustedWithOptions(nullptr);
+}
