@@ -7,6 +7,7 @@
 #include <QWheelEvent>
 
 #include "common/settings/ConfigManager.h"
+#include "support/SavedSettings.h"
 #include "voxtrel/platform/linux/windows/FormFixture.h"
 
 namespace voxtrel::testing {
@@ -136,6 +137,21 @@ TEST_F(TheSettingsWindow, savesWhatIsChosen) {
   EXPECT_EQ(saved().hotkey, "f6");
   EXPECT_EQ(saved().language, "de");
   EXPECT_TRUE(saved().translate);
+}
+
+TEST_F(TheSettingsWindow, writesTheSameBytesOnEveryDesktop) {
+  for (const SavedChoice& choice : kSavedChoices) {
+    std::filesystem::remove(forms.home.path() / kSettingsPath);
+    if (!choice.before.empty()) forms.home.write(kSettingsPath, choice.before);
+    openSettings();
+    picker(0)->setCurrentIndex(static_cast<int>(choice.hotkey));
+    picker(1)->setCurrentIndex(static_cast<int>(choice.inputLanguage));
+    picker(2)->setCurrentIndex(static_cast<int>(choice.output));
+    saveButton()->click();
+    EXPECT_EQ(settingsFile(forms.home), choice.after);
+    window->close();
+    settle();
+  }
 }
 
 TEST_F(TheSettingsWindow, savesOnReturnWhateverHasTheFocus) {
