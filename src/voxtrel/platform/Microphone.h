@@ -37,8 +37,8 @@ class Microphone {
  public:
   virtual ~Microphone() = default;
 
-  /// Starts a capture at the device's own sample rate, without waiting for the sound system. The
-  /// capture stays with its device when the default changes.
+  /// Starts a capture at the device's own sample rate, and waits for the sound system only as long as
+  /// the platform makes it. The capture stays with its device when the default changes.
   /// Fails by: `onFailure`; may then return null.
   [[nodiscard]] virtual std::unique_ptr<MicrophoneTap> openTap(MicrophoneTapOptions options) = 0;
 };

@@ -4,7 +4,7 @@
 
 namespace voxtrel {
 
-/// The sound server's default source.
+/// The sound server's default source. Opening does not wait for the server.
 /// Thread: the main thread.
 class PulseMicrophone final : public Microphone {
  public:

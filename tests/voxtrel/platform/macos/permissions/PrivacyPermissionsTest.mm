@@ -1,0 +1,104 @@
+#import <AVFoundation/AVFoundation.h>
+#import <AppKit/AppKit.h>
+#include <gtest/gtest.h>
+#import <objc/runtime.h>
+
+#include <atomic>
+#include <memory>
+#include <string>
+#include <vector>
+
+#import "rig_audio.h"
+#import "rig_services.h"
+#include "support/macos/RunLoop.h"
+#include "voxtrel/platform/macos/permissions/PrivacyPermissions.h"
+
+namespace voxtrel::testing {
+namespace {
+
+class PrivacyPermissionsTest : public ::testing::Test {
+ protected:
+  ~PrivacyPermissionsTest() override {
+    [RigServices setAccessibilityTrusted:NO];
+    [RigAudio setPermission:YES];
+  }
+};
+
+TEST_F(PrivacyPermissionsTest, PromptsForAccessibilityOnlyWhenAskedTo) {
+  [RigServices setAccessibilityTrusted:NO];
+  const int before = [RigServices accessibilityPrompts];
+  ProcessTrust trust;
+  EXPECT_FALSE(trust.isTrusted(false));
+  EXPECT_EQ([RigServices accessibilityPrompts], before);
+  EXPECT_FALSE(trust.isTrusted(true));
+  EXPECT_EQ([RigServices accessibilityPrompts], before + 1);
+}
+
+TEST_F(PrivacyPermissionsTest, SeesTrustThatIsGrantedWhileItPolls) {
+  const int before = [RigServices accessibilityPrompts];
+  ProcessTrust trust;
+  EXPECT_FALSE(trust.isTrusted(false));
+  [RigServices setAccessibilityTrusted:YES];
+  EXPECT_TRUE(trust.isTrusted(false));
+  EXPECT_TRUE(trust.isTrusted(true));
+  EXPECT_EQ([RigServices accessibilityPrompts], before) << "nobody is asked for what is granted";
+}
+
+TEST_F(PrivacyPermissionsTest, GivesTheUsersAnswerAboutTheMicrophone) {
+  for (const bool granted : {true, false}) {
+    [RigAudio setPermission:granted];
+    std::atomic<int> answer = -1;
+    CaptureAccess().request([&](bool given) { answer = given ? 1 : 0; });
+    EXPECT_TRUE(runUntil([&] { return answer == (granted ? 1 : 0); })) << granted;
+  }
+}
+
+TEST_F(PrivacyPermissionsTest, KeepsNothingOfARequestInAThousandRounds) {
+  constexpr int kRounds = 1000;
+  const auto owner = std::make_shared<int>(0);
+  std::atomic<int> answers = 0;
+  CaptureAccess access;
+  for (int round = 0; round < kRounds; ++round) {
+    @autoreleasepool {
+      access.request([owner, &answers](bool) { ++answers; });
+    }
+  }
+  EXPECT_TRUE(runUntil([&] { return answers == kRounds && owner.use_count() == 1; }))
+      << owner.use_count();
+}
+
+/// Keeps the addresses that the workspace is asked to open, as long as it lives.
+/// Thread: the main thread.
+class OpenedAddresses {
+ public:
+  OpenedAddresses() : method_(class_getInstanceMethod(NSWorkspace.class, @selector(openURL:))) {
+    std::vector<std::string>* const opened = &opened_;
+    original_ = method_setImplementation(
+        method_, imp_implementationWithBlock(^BOOL(NSWorkspace*, NSURL* address) {
+          opened->emplace_back(address.absoluteString.UTF8String);
+          return NO;
+        }));
+  }
+  ~OpenedAddresses() { method_setImplementation(method_, original_); }
+  OpenedAddresses(const OpenedAddresses&) = delete;
+  OpenedAddresses& operator=(const OpenedAddresses&) = delete;
+
+  const std::vector<std::string>& get() const { return opened_; }
+
+ private:
+  std::vector<std::string> opened_;
+  Method method_;
+  IMP original_;
+};
+
+TEST_F(PrivacyPermissionsTest, OpensThePanesOfSystemSettingsAndBearsARefusal) {
+  const OpenedAddresses opened;
+  SettingsPanes panes;
+  panes.open(PrivacyPane::microphone);
+  panes.open(PrivacyPane::accessibility);
+  const std::string pane = "x-apple.systempreferences:com.apple.preference.security?Privacy_";
+  EXPECT_EQ(opened.get(), (std::vector<std::string>{pane + "Microphone", pane + "Accessibility"}));
+}
+
+}  // namespace
+}  // namespace voxtrel::testing
