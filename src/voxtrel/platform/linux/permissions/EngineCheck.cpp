@@ -10,14 +10,17 @@ namespace voxtrel {
 namespace {
 
 constexpr std::chrono::milliseconds kFirstWait{500};
-constexpr std::chrono::seconds kLimit{3};
+/// An engine that waits for the desktop's portal takes up to five seconds.
+constexpr std::chrono::seconds kLimit{6};
 constexpr int kNotSeen = 1;
 
-/// The text behind "key: no, " on the first line.
+/// The first line without "key: no, " and without its full stop.
 std::string reasonIn(std::string_view output) {
   constexpr std::string_view kNo = "key: no, ";
-  const std::string_view line = output.substr(0, output.find('\n'));
-  return line.starts_with(kNo) ? std::string(line.substr(kNo.size())) : std::string();
+  std::string_view line = output.substr(0, output.find('\n'));
+  if (line.starts_with(kNo)) line.remove_prefix(kNo.size());
+  if (line.ends_with('.')) line.remove_suffix(1);
+  return std::string(line);
 }
 
 }  // namespace

@@ -22,7 +22,7 @@ KeyAnswer keyAnswer(bool hasExited, int status, std::string_view output);
 /// Asks the engine `quillback check`, one question at a time.
 /// Thread: the main thread, which must run Qt's event loop.  Owns: the engine's process, which ends
 /// with this.
-/// Fails by: yes, also if the engine does not end within three seconds.
+/// Fails by: yes, also if the engine does not end within six seconds.
 class EngineCheck {
  public:
   /// `engine`: returns the path of its program.

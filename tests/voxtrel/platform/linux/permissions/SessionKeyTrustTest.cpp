@@ -156,10 +156,11 @@ TEST(EngineCheckTest, onlyStatusOneMeansThatTheKeyCannotBeSeen) {
   EXPECT_TRUE(keyAnswer(!kExited, 1, "").isSeen) << "a signal";
 }
 
-TEST(EngineCheckTest, theReasonStandsBehindNoOnTheFirstLine) {
+TEST(EngineCheckTest, theReasonIsTheFirstLineWithoutItsNameAndItsFullStop) {
   EXPECT_EQ(keyAnswer(true, 1, "key: no, it is hidden\nsession: Wayland\n").reason, "it is hidden");
   EXPECT_EQ(keyAnswer(true, 1, "key: no, it is hidden").reason, "it is hidden");
-  EXPECT_EQ(keyAnswer(true, 1, "words: copied\nkey: no, it is hidden\n").reason, "");
+  EXPECT_EQ(keyAnswer(true, 1, "There is no keyboard.\n").reason, "There is no keyboard");
+  EXPECT_EQ(keyAnswer(true, 1, "").reason, "");
 }
 
 }  // namespace
