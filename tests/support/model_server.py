@@ -183,6 +183,30 @@ def bytes_of(content, code=200, **fields):
     return reply
 
 
+def promised(content, count, **fields):
+    """The whole length of `content`, but only its first `count` bytes."""
+    return bytes_of(content[:count], Content_Length=len(content), **fields)
+
+
+def in_chunks(content, **fields):
+    """All of `content` in chunks, which name no length."""
+    def reply(handler, _model):
+        handler.protocol_version = "HTTP/1.1"
+        handler.head(200, Transfer_Encoding="chunked", **fields)
+        handler.wfile.write(b"%x\r\n%s\r\n0\r\n\r\n" % (len(content), content))
+    return reply
+
+
+def stalling_without_length(content):
+    """A reply of unknown length that sends `content` and then nothing more."""
+    def reply(handler, _model):
+        handler.head(200)
+        handler.wfile.write(content)
+        handler.wfile.flush()
+        handler.wait_for_leaving()
+    return reply
+
+
 def raw(data):
     """Bytes that are not HTTP."""
     return lambda handler, _model: handler.wfile.write(data)

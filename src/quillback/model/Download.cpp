@@ -1,51 +1,59 @@
 #include "quillback/model/Download.h"
 
+#include <algorithm>
+#include <utility>
+
 namespace voxtrel::quillback {
 
 namespace {
 
 /// If one try brings this much, earlier tries no longer count.
 constexpr std::uint64_t kMuchBytes = 16'000'000;
+constexpr int kRestOfFile = 206;
+constexpr int kMaxSearches = 3;
 
 constexpr const char* kTryLater = " Try again later, or get a newer quillback.";
-constexpr const char* kKept =
-    " Check the connection and run setup again; what has arrived is kept.";
 
 }  // namespace
 
 Download::Download(Options options)
     : options_(std::move(options)),
       host_(hostOf(options_.baseUrl)),
-      part_(options_.folder, options_.pin.name) {}
+      part_(options_.folder, options_.pin.name),
+      searchedFrom_(options_.pin.sizeBytes) {}
 
 SetupResult Download::run() {
-  return resumePart()
-      .and_then([this] { return checkSpace(); })
-      .and_then([this] { return fetch(); })
-      .and_then([this] { return finish(); });
+  return resumePart().and_then([this] { return checkSpace(); }).and_then([this] {
+    return fetchAndVerify();
+  });
 }
 
 SetupResult Download::check(FileResult result) const {
-  return result.map_error(
-      [this](std::error_code error) { return fileFailure(error, options_.folder); });
+  return result.map_error([this](std::error_code error) {
+    return fileFailure(error, options_.folder, keepsArrived());
+  });
 }
 
 SetupResult Download::resumePart() {
   if (auto opened = part_.open(); !opened) return check(opened);
   const std::string& sha256 = part_.record().sha256;
   const bool isOther = !sha256.empty() && sha256 != options_.pin.sha256;
-  if (part_.sizeBytes() == 0 || part_.sizeBytes() > options_.pin.sizeBytes || isOther) {
+  const std::uint64_t foundBytes = part_.heldBytes();
+  if (foundBytes == 0 || foundBytes > options_.pin.sizeBytes || isOther) {
     return check(part_.clear());
   }
-  if (!options_.isQuiet) {
-    options_.output.print("Checking the " + formatMegabytes(part_.sizeBytes()) +
-                          " that an earlier setup has downloaded.");
+  say("Checking the " + formatMegabytes(foundBytes) + " that an earlier setup has downloaded.");
+  if (auto verified = part_.verify(options_.stop); !verified) return check(verified);
+  isResumed_ = part_.heldBytes() > 0;
+  if (part_.heldBytes() < foundBytes) {
+    say(formatMegabytes(foundBytes - part_.heldBytes()) +
+        " of it cannot be relied on and will be downloaded again.");
   }
-  return check(part_.hashAll(options_.stop));
+  return {};
 }
 
 SetupResult Download::checkSpace() const {
-  const std::uint64_t neededBytes = options_.pin.sizeBytes - part_.sizeBytes();
+  const std::uint64_t neededBytes = options_.pin.sizeBytes - part_.heldBytes();
   const std::optional<std::uint64_t> freeBytes = freeSpace(options_.folder);
   if (!freeBytes || *freeBytes >= neededBytes) return {};
   return tl::unexpected(SetupFailure{
@@ -54,69 +62,116 @@ SetupResult Download::checkSpace() const {
                               options_.folder + ". Make room there and run setup again."});
 }
 
-SetupResult Download::fetch() {
-  if (!isWhole() && !options_.isQuiet) {
-    options_.output.print((part_.sizeBytes() > 0 ? "Downloading the rest of " : "Downloading ") +
-                          options_.pin.name + " from " + host_ + ".");
-  }
-  for (int tries = 0; !isWhole();) {
-    const std::uint64_t before = part_.sizeBytes();
-    const AttemptResult result = attempt();
-    if (result) continue;
-    // Everything has arrived and only the end of the connection failed: the hash decides.
-    if (result.error().isRetryable && isWhole()) break;
-    if (part_.sizeBytes() > before && part_.sizeBytes() - before >= kMuchBytes) tries = 0;
-    ++tries;
-    if (!result.error().isRetryable || tries >= options_.limits.maxTries) {
-      return tl::unexpected(result.error().failure);
-    }
-    if (auto paused = pauseBefore(tries); !paused) return paused;
-  }
-  showProgress();
-  return {};
-}
-
-SetupResult Download::pauseBefore(int retry) {
-  options_.output.print("The download was cut off after " + formatMegabytes(part_.sizeBytes()) +
-                        "; trying again (" + std::to_string(retry) + " of " +
-                        std::to_string(options_.limits.maxTries - 1) + ").");
-  if (options_.stop.waitFor(options_.limits.retryDelay * (1 << (retry - 1)))) {
-    return tl::unexpected(interruption());
-  }
-  return {};
-}
-
-SetupResult Download::finish() {
-  options_.onStep("downloaded");
-  if (part_.digest() != options_.pin.sha256) {
-    if (auto cleared = part_.clear(); !cleared) return check(cleared);
-    if (auto removed = removeFile(part_.path()); !removed) return check(removed);
-    return tl::unexpected(
-        SetupFailure{SetupExit::wrongFile, "Setup failed: what " + host_ +
-                                               " sent is not the expected " + options_.pin.name +
-                                               " (its SHA-256 is wrong), "
-                                               "so it was removed. Run setup again."});
+/// A resumed file that is not the expected one is searched for the place where it went wrong.
+SetupResult Download::fetchAndVerify() {
+  for (;;) {
+    if (auto fetched = fetch(); !fetched) return fetched;
+    options_.onStep("downloaded");
+    if (part_.digest() == options_.pin.sha256) break;
+    if (!isResumed_ || searchedFrom_ == 0 || ++searches_ > kMaxSearches) return removeWrongFile();
+    if (auto back = goBack(); !back) return back;
   }
   if (auto synced = part_.sync(); !synced) return check(synced);
   options_.onStep("verified");
   return {};
 }
 
+SetupResult Download::removeWrongFile() {
+  if (auto cleared = part_.clear(); !cleared) return check(cleared);
+  if (auto removed = removeFile(part_.path()); !removed) return check(removed);
+  return tl::unexpected(
+      SetupFailure{SetupExit::wrongFile, "Setup failed: what " + host_ +
+                                             " sent is not the expected " + options_.pin.name +
+                                             " (its SHA-256 is wrong), "
+                                             "so it was removed. Run setup again."});
+}
+
+/// Goes back to the first byte that may be wrong: of a block that has changed on the disk, else the first
+/// one that was not verified, else the very first. What follows is compared with what the server sends.
+SetupResult Download::goBack() {
+  options_.output.print(
+      "What has arrived is not the expected file; looking for its first wrong byte.");
+  throttle_ = ProgressThrottle();
+  if (auto verified = part_.verify(options_.stop); !verified) return check(verified);
+  if (!isWhole()) return {};
+  const std::uint64_t verifiedBytes = part_.verifiedBytes();
+  searchedFrom_ = verifiedBytes < searchedFrom_ ? verifiedBytes : 0;
+  isSearching_ = true;
+  return check(part_.rewind(searchedFrom_, options_.stop));
+}
+
+SetupResult Download::fetch() {
+  if (!isWhole()) {
+    say((part_.heldBytes() > 0 ? "Downloading the rest of " : "Downloading ") + options_.pin.name +
+        " from " + host_ + ".");
+  }
+  std::uint64_t bestBytes = reachedBytes();
+  for (int tries = 0; !isWhole();) {
+    const AttemptResult result = attempt();
+    if (result) continue;
+    // Everything has arrived and only the end of the connection failed: the hash decides.
+    if (result.error().isRetryable && isWhole()) break;
+    if (reachedBytes() >= bestBytes + kMuchBytes) tries = 0;
+    bestBytes = std::max(bestBytes, reachedBytes());
+    ++tries;
+    if (!result.error().isRetryable || tries >= options_.limits.maxTries) {
+      return tl::unexpected(result.error().failure);
+    }
+    if (auto paused = pauseBefore(tries, result.error().event); !paused) return paused;
+  }
+  isSearching_ = false;
+  showProgress();
+  return {};
+}
+
+SetupResult Download::pauseBefore(int retry, const std::string& event) {
+  options_.output.print(
+      (event.empty() ? "The download was cut off after " + formatMegabytes(part_.heldBytes())
+                     : event) +
+      "; trying again (" + std::to_string(retry) + " of " +
+      std::to_string(options_.limits.maxTries - 1) + ").");
+  if (options_.stop.waitFor(options_.limits.retryDelay * (1 << (retry - 1)))) {
+    return tl::unexpected(interruption(keepsArrived()));
+  }
+  return {};
+}
+
 Download::AttemptResult Download::attempt() {
   verdict_.reset();
+  hasBody_ = false;
+  if (!isSearching_) {
+    if (auto read = check(part_.catchUp(options_.stop)); !read) {
+      return tl::unexpected(AttemptFailure{read.error()});
+    }
+  }
   const HttpRequest request{options_.baseUrl + options_.pin.path, part_.sizeBytes(),
                             ifRangeOf(part_.record().etag, part_.record().lastModified),
                             options_.certificates, options_.userAgent};
   const HttpListener listener{[this](const HttpReply& reply) { return onReply(reply); },
                               [this](std::span<const char> bytes) { return onBody(bytes); }};
-  const auto result = transfer(request, options_.limits, options_.stop, listener);
-  if (!result) return resultOf(result.error());
+  const auto result = options_.send(request, options_.limits, options_.stop, listener);
+  // A body without a length that ends here is another file, or a connection was lost: nobody can tell.
+  if (result && hasBody_ && !hasLength_) isVouched_ = false;
+  const AttemptResult verdict = result ? resultOfEnd() : resultOf(result.error());
+  if (auto settled = check(settle()); !settled) {
+    return tl::unexpected(AttemptFailure{settled.error()});
+  }
+  return verdict;
+}
+
+/// Keeps what may be resumed: nothing of a reply that names neither length nor version.
+FileResult Download::settle() {
+  if (!hasBody_) return {};
+  return isVouched_ || isWhole() ? part_.sealBlock() : part_.cut(bodyBegin_);
+}
+
+Download::AttemptResult Download::resultOfEnd() const {
   if (isWhole()) return {};
-  // Without a length in the reply, a lost connection looks like the end of the file.
   return tl::unexpected(AttemptFailure{
       {SetupExit::network,
-       "Setup failed: " + host_ + " ended the connection before the file was whole." + kKept},
-      true});
+       "Setup failed: " + host_ + " ended the connection before the file was whole." + advice()},
+      true,
+      host_ + " ended the connection before the file was whole"});
 }
 
 Download::AttemptResult Download::resultOf(const HttpFailure& failure) const {
@@ -124,68 +179,94 @@ Download::AttemptResult Download::resultOf(const HttpFailure& failure) const {
     case HttpFailure::Kind::rejected:
       return tl::unexpected(verdict_.value_or(AttemptFailure()));
     case HttpFailure::Kind::interrupted:
-      return tl::unexpected(AttemptFailure{interruption(), false});
+      return tl::unexpected(AttemptFailure{interruption(keepsArrived())});
+    case HttpFailure::Kind::unreachable: {
+      const std::string what = " is no connection to " + host_ + " (" + failure.why + ")";
+      return tl::unexpected(
+          AttemptFailure{{SetupExit::network, "Setup failed: there" + what + "." + advice()},
+                         failure.isRetryable,
+                         "There" + what});
+    }
     case HttpFailure::Kind::network:
       return tl::unexpected(
           AttemptFailure{{SetupExit::network, "Setup failed: the download from " + host_ +
-                                                  " broke off (" + failure.why + ")." + kKept},
+                                                  " broke off (" + failure.why + ")." + advice()},
                          failure.isRetryable});
     case HttpFailure::Kind::refused:
       break;
   }
-  return tl::unexpected(AttemptFailure{
-      {SetupExit::http,
-       "Setup failed: " + host_ + " did not lead to the file (" + failure.why + ")." + kTryLater},
-      false});
+  return tl::unexpected(
+      AttemptFailure{{SetupExit::http, "Setup failed: " + host_ + " did not lead to the file (" +
+                                           failure.why + ")." + kTryLater}});
+}
+
+/// What the user can do about the connection.
+std::string Download::advice() const {
+  const bool hasSome = keepsArrived() && part_.heldBytes() > 0;
+  return std::string(" Check the connection and run setup again") +
+         (hasSome ? "; what has arrived is kept." : ".");
 }
 
 /// Records why the transfer ends. Returns false, for the listener to return.
-bool Download::reject(SetupFailure failure, bool isRetryable) {
-  verdict_ = AttemptFailure{std::move(failure), isRetryable};
+bool Download::reject(SetupFailure failure, bool isRetryable, std::string event) {
+  verdict_ = AttemptFailure{std::move(failure), isRetryable, std::move(event)};
   return false;
 }
 
 bool Download::accept(FileResult result) {
-  return result ? true : reject(fileFailure(result.error(), options_.folder));
+  return result ? true : reject(check(result).error());
 }
 
 bool Download::onReply(const HttpReply& reply) {
   const RangeRequest request{part_.sizeBytes(), options_.pin.sizeBytes, part_.record().etag};
   if (!prepareFor(judgeReply(request, reply), reply)) return false;
 
-  // Without the record the next setup would resume from whatever version the server has then.
-  const PartRecord record{options_.pin.sha256, reply.etag, reply.lastModified};
-  if (record == part_.record()) return true;
-  if (!accept(part_.writeRecord(record))) return false;
+  replyRecord_ = {options_.pin.sha256, reply.etag, reply.lastModified};
+  hasBody_ = true;
+  hasLength_ = reply.status == kRestOfFile || reply.contentLength == options_.pin.sizeBytes;
+  isVouched_ = hasLength_ || hasValidator(replyRecord_);
+  bodyBegin_ = part_.heldBytes();
+  isResumed_ = isResumed_ || bodyBegin_ > 0;
+  // What continues the part is of its version, even if the reply names none.
+  const bool isSilent =
+      bodyBegin_ > 0 && !hasValidator(replyRecord_) && part_.record().sha256 == options_.pin.sha256;
+  newRecord_ = isSilent ? part_.record() : replyRecord_;
+  return part_.isComparing() || noteRecord();
+}
+
+/// Without the record the next setup would resume from whatever version the server has then.
+bool Download::noteRecord() {
+  const auto record = std::exchange(newRecord_, std::nullopt);
+  if (!record || *record == part_.record()) return true;
+  if (!accept(part_.writeRecord(*record))) return false;
   options_.onStep("recorded");
   return true;
 }
 
 /// Prepares the part for the reply's body; false if the body is not wanted.
 bool Download::prepareFor(ReplyAction action, const HttpReply& reply) {
-  const std::string status = host_ + " answered with HTTP status " + std::to_string(reply.status);
+  const std::string answered = host_ + " answered with ";
+  const std::string status = answered + "HTTP status " + std::to_string(reply.status);
   switch (action) {
     case ReplyAction::append:
       return true;
     case ReplyAction::restart:
-      options_.output.print("The server sends the file from its beginning; starting anew.");
-      return accept(part_.clear());
+      return accept(part_.rewind(0, options_.stop));
     case ReplyAction::refetch:
-      options_.output.print("The server's answer does not fit what was asked; starting anew.");
-      if (!accept(part_.clear())) return false;
-      return reject({SetupExit::http,
-                     "Setup failed: " + host_ +
-                         " sends other parts of the file than it is asked for. Try again later."},
-                    true);
+      return refetch();
     case ReplyAction::retry:
       return reject({SetupExit::http, "Setup failed: " + status +
                                           ". Run setup again later; what has arrived is kept."},
-                    true);
+                    true, status);
     case ReplyAction::wrongFile:
       return reject({SetupExit::wrongFile,
                      "Setup failed: " + host_ + " offers " + options_.pin.name + " with " +
                          std::to_string(reply.contentLength.value_or(0)) + " bytes instead of " +
                          std::to_string(options_.pin.sizeBytes) + "." + kTryLater});
+    case ReplyAction::webPage:
+      return reject({SetupExit::http,
+                     "Setup failed: " + answered + "a web page instead of " + options_.pin.name +
+                         "; perhaps a proxy or the network's login page did." + advice()});
     case ReplyAction::refuse:
       break;
   }
@@ -193,22 +274,63 @@ bool Download::prepareFor(ReplyAction action, const HttpReply& reply) {
                  "Setup failed: " + status + " instead of " + options_.pin.name + "." + kTryLater});
 }
 
+bool Download::refetch() {
+  const std::string event = host_ + " sends other parts of the file than it is asked for";
+  options_.output.print("The server's answer does not fit what was asked; starting anew.");
+  if (!accept(part_.rewind(0, options_.stop))) return false;
+  isSearching_ = true;
+  return reject({SetupExit::http, "Setup failed: " + event + ". Try again later."}, true, event);
+}
+
 bool Download::onBody(std::span<const char> bytes) {
-  if (bytes.size() > options_.pin.sizeBytes - part_.sizeBytes()) {
-    if (!accept(part_.clear())) return false;
-    return reject({SetupExit::wrongFile,
-                   "Setup failed: " + host_ +
-                       " sends more than the expected file, so the download was removed." +
-                       kTryLater});
-  }
+  if (bytes.size() > options_.pin.sizeBytes - part_.sizeBytes()) return rejectExcess();
+  if (part_.isComparing() && !compare(bytes)) return false;
   if (!accept(part_.append(bytes))) return false;
+  if (!part_.isComparing() && !noteRecord()) return false;
+  if (isVouched_ && part_.unsealedBytes() >= PartFile::kBlockBytes && !accept(part_.sealBlock())) {
+    return false;
+  }
   showProgress();
   return true;
 }
 
+/// False if the bytes differ from those that are held and must not replace them.
+bool Download::compare(std::span<const char> bytes) {
+  const auto fits = part_.fits(bytes);
+  if (!fits) return accept(tl::unexpected(fits.error()));
+  if (*fits) return true;
+  if (hasLength_) {
+    newRecord_ = replyRecord_;
+    options_.output.print(isSearching_
+                              ? "The server's file differs from what has arrived after " +
+                                    formatMegabytes(part_.sizeBytes()) + "; the rest is replaced."
+                              : "The server sends the file from its beginning; starting anew.");
+    return true;
+  }
+  return reject(
+      {SetupExit::http,
+       "Setup failed: " + host_ + " sends something else than " + options_.pin.name +
+           ", of unknown length; what has arrived is kept. Run setup again later. If that "
+           "does not help, remove " +
+           part_.path() + "."});
+}
+
+bool Download::rejectExcess() {
+  hasBody_ = false;
+  if (!accept(part_.cut(bodyBegin_))) return false;
+  return reject({SetupExit::wrongFile, "Setup failed: " + host_ +
+                                           " sends more than the expected file, so " +
+                                           (bodyBegin_ > 0 ? "what it sent" : "the download") +
+                                           " was removed." + kTryLater});
+}
+
+void Download::say(const std::string& line) const {
+  if (!options_.isQuiet) options_.output.print(line);
+}
+
 void Download::showProgress() {
   if (options_.isQuiet || !throttle_.isDue(std::chrono::steady_clock::now(), isWhole())) return;
-  options_.output.print(formatProgress(part_.sizeBytes(), options_.pin.sizeBytes));
+  options_.output.print(formatProgress(reachedBytes(), options_.pin.sizeBytes));
   options_.onStep("progress");
 }
 

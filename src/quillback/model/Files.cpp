@@ -5,6 +5,7 @@
 #include <sys/statvfs.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <cstdlib>
@@ -24,16 +25,6 @@ void require(int success) {
   if (success == 1) return;
   std::fputs("SHA-256 is not available\n", stderr);
   std::abort();
-}
-
-FileResult writeAll(int descriptor, std::string_view text) {
-  while (!text.empty()) {
-    const ssize_t written = ::write(descriptor, text.data(), text.size());
-    if (written < 0 && errno == EINTR) continue;
-    if (written < 0) return systemFailure();
-    text.remove_prefix(static_cast<std::size_t>(written));
-  }
-  return {};
 }
 
 }  // namespace
@@ -103,10 +94,38 @@ FileResult hashFile(int descriptor, Sha256& hash, const StopSignals& stop) {
   }
 }
 
+FileResult readRange(int descriptor, std::uint64_t begin, std::uint64_t end,
+                     const StopSignals& stop,
+                     const std::function<void(std::span<const char>)>& take) {
+  std::vector<char> block(
+      static_cast<std::size_t>(std::min<std::uint64_t>(end - begin, kBlockBytes)));
+  while (begin < end) {
+    if (stop.isRequested()) return systemFailure(ECANCELED);
+    const auto wanted =
+        static_cast<std::size_t>(std::min<std::uint64_t>(end - begin, block.size()));
+    const ssize_t got = ::pread(descriptor, block.data(), wanted, static_cast<off_t>(begin));
+    if (got < 0 && errno == EINTR) continue;
+    if (got <= 0) return systemFailure(got < 0 ? errno : EIO);
+    take(std::span(block).first(static_cast<std::size_t>(got)));
+    begin += static_cast<std::uint64_t>(got);
+  }
+  return {};
+}
+
 std::optional<std::uint64_t> freeSpace(const std::string& folder) {
   struct statvfs system {};
   if (::statvfs(folder.c_str(), &system) != 0) return std::nullopt;
   return std::uint64_t{system.f_bavail} * system.f_frsize;
+}
+
+FileResult writeAll(int descriptor, std::string_view text) {
+  while (!text.empty()) {
+    const ssize_t written = ::write(descriptor, text.data(), text.size());
+    if (written < 0 && errno == EINTR) continue;
+    if (written < 0) return systemFailure();
+    text.remove_prefix(static_cast<std::size_t>(written));
+  }
+  return {};
 }
 
 FileResult makeFolders(const std::string& folder) {

@@ -5,6 +5,7 @@
 
 #include <cerrno>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <span>
@@ -56,9 +57,16 @@ std::optional<std::uint64_t> fileSize(const std::string& path);
 std::optional<std::string> readSmallFile(const std::string& path, std::size_t maxBytes);
 /// Adds all bytes of the open file `descriptor` to `hash`.
 [[nodiscard]] FileResult hashFile(int descriptor, Sha256& hash, const StopSignals& stop);
+/// Shows `take` the bytes of the file from `begin` to before `end`, in pieces.
+/// Fails by: EIO too, if the file ends before.
+[[nodiscard]] FileResult readRange(int descriptor, std::uint64_t begin, std::uint64_t end,
+                                   const StopSignals& stop,
+                                   const std::function<void(std::span<const char>)>& take);
 /// Bytes that this user can still write below `folder`; nothing if unknown.
 std::optional<std::uint64_t> freeSpace(const std::string& folder);
 
+/// Writes all of `text` where the open file stands.
+[[nodiscard]] FileResult writeAll(int descriptor, std::string_view text);
 /// Creates `folder` and its missing parents.
 [[nodiscard]] FileResult makeFolders(const std::string& folder);
 /// Flushes renames and removals in `folder` to the disk.

@@ -115,6 +115,9 @@ HttpReply Transfer::readReply() const {
   if (const auto time = header("Last-Modified"); time && isHeaderValue(*time)) {
     reply.lastModified = *time;
   }
+  if (const auto type = header("Content-Type"); type && isHeaderValue(*type)) {
+    reply.contentType = *type;
+  }
   return reply;
 }
 
@@ -141,6 +144,11 @@ Result Transfer::resultOf(CURLcode code) {
     case CURLE_URL_MALFORMAT:
     case CURLE_BAD_CONTENT_ENCODING:
       return failure(HttpFailure::Kind::refused, false, why);
+    case CURLE_COULDNT_RESOLVE_PROXY:
+    case CURLE_COULDNT_RESOLVE_HOST:
+    case CURLE_COULDNT_CONNECT:
+    case CURLE_OPERATION_TIMEDOUT:  // the only timeout that the library has is for connecting
+      return failure(HttpFailure::Kind::unreachable, true, why);
     case CURLE_PEER_FAILED_VERIFICATION:
     case CURLE_SSL_CACERT_BADFILE:
     case CURLE_OUT_OF_MEMORY:

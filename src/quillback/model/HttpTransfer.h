@@ -77,6 +77,7 @@ struct HttpFailure {
   enum class Kind {
     rejected,     ///< the listener returned false
     interrupted,  ///< a stop was requested
+    unreachable,  ///< no connection could be made
     network,      ///< the connection failed
     refused,      ///< the reply, or where it redirects to, is not acceptable
   };

@@ -4,7 +4,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <utility>
+#include <vector>
 
 #include <nlohmann/json.hpp>
 
@@ -45,8 +47,12 @@ std::string formatPartRecord(const PartRecord& record) {
   return json.dump(2, ' ', false, Json::error_handler_t::replace) + '\n';
 }
 
+bool hasValidator(const PartRecord& record) {
+  return !ifRangeOf(record.etag, record.lastModified).empty();
+}
+
 PartFile::PartFile(std::string folder, const std::string& fileName)
-    : folder_(std::move(folder)), name_(fileName + ".part") {}
+    : folder_(std::move(folder)), name_(fileName + ".part"), blocks_(path() + ".blocks") {}
 
 FileResult PartFile::open() {
   file_ = FileDescriptor(
@@ -54,30 +60,131 @@ FileResult PartFile::open() {
   struct stat found {};
   if (!file_.isOpen() || ::fstat(file_.get(), &found) != 0) return systemFailure();
   if (!S_ISREG(found.st_mode)) return systemFailure(EINVAL);
-  sizeBytes_ = static_cast<std::uint64_t>(found.st_size);
+  heldBytes_ = static_cast<std::uint64_t>(found.st_size);
   const auto text = readSmallFile(folder_ + "/" + recordName(), kMaxPartRecordBytes + 1);
   if (text) record_ = parsePartRecord(*text).value_or(PartRecord());
+  blocks_.read();
   return {};
 }
 
-FileResult PartFile::hashAll(const StopSignals& stop) {
-  hash_.reset();
-  return hashFile(file_.get(), hash_, stop);
+FileResult PartFile::verify(const StopSignals& stop) {
+  restart();
+  verifiedBytes_ = 0;
+  return verifyBlocks(stop)
+      .and_then([this] { return hasValidator(record_) ? FileResult() : cut(verifiedBytes_); })
+      .and_then([&] { return catchUp(stop); })
+      .map([this] { startBlock(); });
+}
+
+FileResult PartFile::verifyBlocks(const StopSignals& stop) {
+  for (const PartBlock& block : std::vector<PartBlock>(blocks_.blocks())) {
+    if (block.end > heldBytes_) return blocks_.cut(block.begin);
+    if (auto read = readUpTo(block.begin, stop); !read) return read;
+    startBlock();
+    if (auto read = readUpTo(block.end, stop); !read) return read;
+    if (block_.digest() != block.sha256) return cut(block.begin);
+    if (block.begin == verifiedBytes_) verifiedBytes_ = block.end;
+  }
+  return {};
+}
+
+FileResult PartFile::catchUp(const StopSignals& stop) {
+  if (!isComparing()) return {};
+  return readUpTo(heldBytes_, stop).map([this] { startBlock(); });
+}
+
+FileResult PartFile::rewind(std::uint64_t sizeBytes, const StopSignals& stop) {
+  if (sizeBytes_ > sizeBytes) restart();
+  return readUpTo(sizeBytes, stop).map([this] { startBlock(); });
+}
+
+FileResult PartFile::readUpTo(std::uint64_t sizeBytes, const StopSignals& stop) {
+  return readRange(file_.get(), sizeBytes_, sizeBytes, stop,
+                   [this](std::span<const char> bytes) { take(bytes); });
+}
+
+/// How many of the first bytes are the ones that are held.
+tl::expected<std::size_t, std::error_code> PartFile::sameBytes(std::span<const char> bytes) const {
+  const std::uint64_t heldBeyond = heldBytes_ - sizeBytes_;
+  std::vector<char> held(
+      static_cast<std::size_t>(std::min<std::uint64_t>(bytes.size(), heldBeyond)));
+  std::size_t got = 0;
+  while (got < held.size()) {
+    const ssize_t count = ::pread(file_.get(), held.data() + got, held.size() - got,
+                                  static_cast<off_t>(sizeBytes_ + got));
+    if (count < 0 && errno == EINTR) continue;
+    if (count <= 0) return systemFailure(count < 0 ? errno : EIO);
+    got += static_cast<std::size_t>(count);
+  }
+  const auto [mine, theirs] = std::ranges::mismatch(held, bytes);
+  return static_cast<std::size_t>(mine - held.begin());
+}
+
+tl::expected<bool, std::error_code> PartFile::fits(std::span<const char> bytes) const {
+  return sameBytes(bytes).map([&](std::size_t same) {
+    return same == std::min<std::uint64_t>(bytes.size(), heldBytes_ - sizeBytes_);
+  });
 }
 
 FileResult PartFile::append(std::span<const char> bytes) {
+  if (isComparing()) {
+    const auto same = sameBytes(bytes);
+    if (!same) return tl::unexpected(same.error());
+    take(bytes.first(*same));
+    bytes = bytes.subspan(*same);
+    if (bytes.empty() && isComparing()) return {};
+    if (auto replaced = endComparing(); !replaced) return replaced;
+  }
+  return write(bytes);
+}
+
+/// Drops what is held beyond the same bytes.
+FileResult PartFile::endComparing() {
+  if (!isComparing()) {
+    startBlock();
+    return {};
+  }
+  // The same bytes and the new ones are one block: they came together.
+  return cut(sizeBytes_).and_then([this] { return blocks_.cut(blockBegin_); });
+}
+
+FileResult PartFile::write(std::span<const char> bytes) {
   while (!bytes.empty()) {
     const ssize_t written =
         ::pwrite(file_.get(), bytes.data(), bytes.size(), static_cast<off_t>(sizeBytes_));
     if (written < 0 && errno == EINTR) continue;
     if (written < 0) return systemFailure();
     const auto count = static_cast<std::size_t>(written);
-    hash_.add(bytes.first(count));
-    sizeBytes_ += count;
+    take(bytes.first(count));
+    heldBytes_ = sizeBytes_;
     bytes = bytes.subspan(count);
   }
   writeBackEarly();
   return {};
+}
+
+void PartFile::take(std::span<const char> bytes) {
+  hash_.add(bytes);
+  block_.add(bytes);
+  sizeBytes_ += bytes.size();
+}
+
+FileResult PartFile::sealBlock() {
+  if (unsealedBytes() == 0) return {};
+  auto added = blocks_.add({blockBegin_, sizeBytes_, block_.digest()});
+  startBlock();
+  return added;
+}
+
+void PartFile::startBlock() {
+  block_.reset();
+  blockBegin_ = sizeBytes_;
+}
+
+void PartFile::restart() {
+  hash_.reset();
+  sizeBytes_ = 0;
+  startBlock();
 }
 
 FileResult PartFile::writeRecord(const PartRecord& record) {
@@ -86,13 +193,22 @@ FileResult PartFile::writeRecord(const PartRecord& record) {
   return written;
 }
 
+FileResult PartFile::cut(std::uint64_t sizeBytes) {
+  if (heldBytes_ <= sizeBytes) return {};
+  if (::ftruncate(file_.get(), static_cast<off_t>(sizeBytes)) != 0) return systemFailure();
+  heldBytes_ = sizeBytes;
+  writtenBackBytes_ = std::min(writtenBackBytes_, sizeBytes);
+  if (sizeBytes_ > sizeBytes) restart();
+  return blocks_.cut(sizeBytes);
+}
+
 FileResult PartFile::clear() {
   record_ = PartRecord();
   if (::ftruncate(file_.get(), 0) != 0) return systemFailure();
-  hash_.reset();
-  sizeBytes_ = 0;
+  heldBytes_ = 0;
   writtenBackBytes_ = 0;
-  return removeFile(folder_ + "/" + recordName());
+  restart();
+  return blocks_.cut(0).and_then([this] { return removeFile(folder_ + "/" + recordName()); });
 }
 
 FileResult PartFile::sync() {

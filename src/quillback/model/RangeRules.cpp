@@ -12,6 +12,7 @@ constexpr std::size_t kMaxHeaderValueBytes = 512;
 constexpr int kOk = 200;
 constexpr int kPartialContent = 206;
 constexpr int kRangeNotSatisfiable = 416;
+constexpr std::array<std::string_view, 2> kPageTypes = {"text/html", "application/xhtml+xml"};
 constexpr std::array<int, 7> kTemporaryErrors = {408, 425, 429, 500, 502, 503, 504};
 
 /// Removes a number and the character `after` it ('\0': the end) from the front of `text`.
@@ -45,6 +46,15 @@ bool isHeaderValue(std::string_view value) {
          std::ranges::all_of(value, [](char c) { return c >= ' ' && c < '\x7f'; });
 }
 
+bool isWebPage(std::string_view contentType) {
+  const std::string_view type = contentType.substr(0, contentType.find_first_of("; \t"));
+  return std::ranges::any_of(kPageTypes, [type](std::string_view page) {
+    return std::ranges::equal(page, type, [](char want, char c) {
+      return want == (c >= 'A' && c <= 'Z' ? static_cast<char>(c | 0x20) : c);
+    });
+  });
+}
+
 std::optional<ContentRange> parseContentRange(std::string_view text) {
   constexpr std::string_view kUnit = "bytes ";
   const bool isBytes = text.size() > kUnit.size() &&
@@ -62,6 +72,8 @@ std::optional<ContentRange> parseContentRange(std::string_view text) {
 }
 
 ReplyAction judgeReply(const RangeRequest& request, const HttpReply& reply) {
+  const bool isBody = reply.status == kOk || reply.status == kPartialContent;
+  if (isBody && isWebPage(reply.contentType)) return ReplyAction::webPage;
   if (reply.status == kOk) {
     if (reply.contentLength.value_or(request.totalBytes) != request.totalBytes) {
       return ReplyAction::wrongFile;

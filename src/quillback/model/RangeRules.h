@@ -12,8 +12,9 @@ struct HttpReply {
   int status = 0;
   std::optional<std::string> contentRange;
   std::optional<std::uint64_t> contentLength;
-  std::string etag;          ///< empty if missing or no header value
-  std::string lastModified;  ///< likewise
+  std::string etag;              ///< empty if missing or no header value
+  std::string lastModified;      ///< likewise
+  std::string contentType = {};  ///< likewise
 };
 
 /// Whether `value` may be sent as a header's value: short and printable.
@@ -21,6 +22,9 @@ bool isHeaderValue(std::string_view value);
 
 /// The value of If-Range for the version of a file; empty if neither can be used.
 std::string ifRangeOf(std::string_view etag, std::string_view lastModified);
+
+/// Whether a Content-Type names a page for people.
+bool isWebPage(std::string_view contentType);
 
 /// A Content-Range: bytes `first` to `last`, both included, of `totalBytes`.
 struct ContentRange {
@@ -43,10 +47,11 @@ struct RangeRequest {
 
 enum class ReplyAction {
   append,     ///< the body continues the part
-  restart,    ///< the body is the whole file: empty the part first
-  refetch,    ///< the reply cannot be trusted: empty the part and request the whole file
+  restart,    ///< the body is the whole file: compare the part with it
+  refetch,    ///< the reply cannot be trusted: request the whole file and compare the part with it
   retry,      ///< a temporary error
   wrongFile,  ///< the server has a file of another size
+  webPage,    ///< a page in place of the file, as a proxy or a login page sends
   refuse,     ///< a reply without the file
 };
 

@@ -29,10 +29,10 @@ struct SetupFailure {
 using SetupResult = tl::expected<void, SetupFailure>;
 
 /// The failure for a system error with a file in `folder`; `operation_canceled` gives
-/// `interruption`.
-SetupFailure fileFailure(std::error_code error, const std::string& folder);
+/// `interruption`. `isKept`: what has arrived stays there.
+SetupFailure fileFailure(std::error_code error, const std::string& folder, bool isKept = true);
 
 /// The failure for a requested stop.
-SetupFailure interruption();
+SetupFailure interruption(bool isKept = true);
 
 }  // namespace voxtrel::quillback

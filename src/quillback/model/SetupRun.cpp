@@ -124,16 +124,19 @@ SetupResult SetupRun::needVoiceDetection(bool isQuiet) {
   return fetch(pin, isQuiet, "voice ");
 }
 
-/// Whether the file is in the folder, with the expected content.
+/// Whether the file is in the folder, with the expected content. A link, a read-only file or one of another
+/// owner will do.
 tl::expected<bool, SetupFailure> SetupRun::isThere(const FilePin& pin) const {
   const std::string path = folder_.pathOf(pin.name);
   if (fileSize(path) != pin.sizeBytes) return false;
-  const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW));
+  const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
   Sha256 hash;
   const FileResult read =
       file.isOpen() ? hashFile(file.get(), hash, stop_) : FileResult(systemFailure());
-  if (!read) return tl::unexpected(folder_.check(read).error());
-  return hash.digest() == pin.sha256;
+  if (read) return hash.digest() == pin.sha256;
+  if (read.error().value() == ECANCELED) return tl::unexpected(interruption());
+  return setupFailure(SetupExit::unwritable, path + " cannot be read (" + read.error().message() +
+                                                 "). Check its permissions and run setup again.");
 }
 
 SetupResult SetupRun::fetch(const FilePin& pin, bool isQuiet, const std::string& stepPrefix) {
@@ -161,8 +164,9 @@ SetupResult SetupRun::finish(bool hasVoiceDetection) {
   if (hasVoiceDetection) files.push_back(entryOf(options_.voiceDetection));
   for (const Manifest::File& file : files) {
     const std::string part = folder_.pathOf(file.name + ".part");
-    const auto removed = removeFile(part).and_then([&part] { return removeFile(part + ".json"); });
-    if (!removed) return folder_.check(removed);
+    for (const char* const end : {"", ".json", ".blocks"}) {
+      if (auto removed = removeFile(part + end); !removed) return folder_.check(removed);
+    }
   }
   return folder_.check(syncFolder(folder_.path()))
       .and_then([&] { return writeManifest(recogniserOf(job_.pin.family), std::move(files)); })

@@ -76,6 +76,28 @@ TEST(RangeRulesTest, TheRestOfAnotherVersionIsNotAppended) {
   EXPECT_EQ(judgeReply(kRest, other), append);
 }
 
+TEST(RangeRulesTest, AWebPageIsNotTheFile) {
+  for (const char* type : {"text/html", "Text/HTML; charset=utf-8", "text/html;x", "text/html x",
+                           "application/xhtml+xml"}) {
+    HttpReply page = reply(200, {}, 1000);
+    page.contentType = type;
+    EXPECT_EQ(judgeReply(kWhole, page), webPage) << type;
+    EXPECT_EQ(judgeReply(kRest, page), webPage) << type;
+    page = reply(206, "bytes 400-999/1000");
+    page.contentType = type;
+    EXPECT_EQ(judgeReply(kRest, page), webPage) << type;
+    page = reply(503);
+    page.contentType = type;
+    EXPECT_EQ(judgeReply(kRest, page), retry) << type;
+  }
+  for (const char* type :
+       {"", "text/htm", "text/html5", "application/octet-stream", "text/plain"}) {
+    HttpReply file = reply(200, {}, 1000);
+    file.contentType = type;
+    EXPECT_EQ(judgeReply(kWhole, file), append) << type;
+  }
+}
+
 TEST(RangeRulesTest, AnUnsatisfiableRangeRestarts) {
   EXPECT_EQ(judgeReply(kRest, reply(416, "bytes */400")), refetch);
   EXPECT_EQ(judgeReply(kWhole, reply(416)), refuse);

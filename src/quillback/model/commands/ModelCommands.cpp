@@ -100,7 +100,8 @@ std::vector<std::string> filesOf(const ModelContext& context, const std::string&
   }
   std::vector<std::string> all{"manifest.json.tmp"};
   for (const std::string& file : files) {
-    for (const char* const end : {"", ".tmp", ".part", ".part.json", ".part.json.tmp"}) {
+    for (const char* const end :
+         {"", ".tmp", ".part", ".part.json", ".part.json.tmp", ".part.blocks"}) {
       all.push_back(file + end);
     }
   }

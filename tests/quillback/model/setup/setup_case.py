@@ -58,6 +58,7 @@ class SetupCase(unittest.TestCase):
         self.weights = self.folder / f"ggml-{model}.bin"
         self.part = self.folder / f"ggml-{model}.bin.part"
         self.record = self.folder / f"ggml-{model}.bin.part.json"
+        self.blocks = self.folder / f"ggml-{model}.bin.part.blocks"
         self.manifest = self.folder / "manifest.json"
         self.voice = self.folder / VOICE_NAME
 
@@ -150,10 +151,11 @@ class SetupCase(unittest.TestCase):
             content = (self.folder / entry["name"]).read_bytes()
             self.assertEqual(hashlib.sha256(content).hexdigest(), entry["sha256"])
 
-    def leave(self, content, record=True, sha256=SHA256, etag=model_server.ETAG):
+    def leave(self, content, record=True, sha256=SHA256, etag=model_server.ETAG,
+              last_modified=model_server.LAST_MODIFIED):
         """Creates what an earlier setup leaves: a part and its record."""
         self.folder.mkdir(parents=True, exist_ok=True)
         self.part.write_bytes(content)
         if record:
             self.record.write_text(json.dumps(
-                {"sha256": sha256, "etag": etag, "last_modified": model_server.LAST_MODIFIED}))
+                {"sha256": sha256, "etag": etag, "last_modified": last_modified}))

@@ -6,8 +6,8 @@ import time
 import unittest
 
 from model_server import (ETAG, LAST_MODIFIED, bytes_of, chunked, cut, ignoring_ranges, paced,
-                          redirect)
-from setup_case import (COMPLETE, CONTENT, DONE, EMBEDDED, SHA256, USAGE, VOICE, VOICE_NAME,
+                          promised, redirect)
+from setup_case import (COMPLETE, CONTENT, DONE, EMBEDDED, SHA256, UNWRITABLE, USAGE, VOICE, VOICE_NAME,
                         VOICE_SHA256, SetupCase)
 
 PATH = ("/ggerganov/whisper.cpp/resolve/5359861c739e955e79d9a303bcbc70fb988958b1/"
@@ -105,6 +105,47 @@ class CompleteModel(SetupCase):
                                      "The weights of large-v3 are complete."])
         self.assertEqual(len(self.server.requests), 1)
 
+    def test_without_its_manifest_may_be_a_link(self):
+        self.folder.mkdir(parents=True)
+        for link, content in ((self.weights, CONTENT), (self.voice, VOICE)):
+            target = self.home / ("elsewhere-" + link.name)
+            target.write_bytes(content)
+            target.chmod(0o444)
+            link.symlink_to(target)
+        self.assert_ready(self.setup())
+        self.assertTrue(self.weights.is_symlink() and self.voice.is_symlink())
+        self.assertEqual(self.server.requests, [])
+
+    def test_without_its_manifest_may_be_a_read_only_file_of_another_owner(self):
+        self.folder.mkdir(parents=True)
+        for path, content in ((self.weights, CONTENT), (self.voice, VOICE)):
+            path.write_bytes(content)
+            path.chmod(0o444)
+            if not os.geteuid():
+                os.chown(path, 65534, 65534)
+        # Permissions do not apply to root unless it gives up that capability.
+        prefix = ["setpriv", "--bounding-set", "-dac_override"] if not os.geteuid() else []
+        self.assert_ready(self.setup(prefix=prefix))
+        self.assertEqual(self.server.requests, [])
+
+    def test_as_a_link_to_wrong_bytes_is_replaced_and_its_target_stays(self):
+        self.folder.mkdir(parents=True)
+        target = self.home / "elsewhere"
+        target.write_bytes(bytes(len(CONTENT)))
+        self.weights.symlink_to(target)
+        self.assert_ready(self.setup())
+        self.assertFalse(self.weights.is_symlink())
+        self.assertEqual(target.read_bytes(), bytes(len(CONTENT)))
+
+    def test_that_cannot_be_read_is_named(self):
+        self.setup()
+        self.manifest.unlink()
+        self.weights.chmod(0)
+        prefix = ["setpriv", "--bounding-set", "-dac_override,-dac_read_search"]
+        run = self.setup(prefix=prefix if not os.geteuid() else [])
+        self.weights.chmod(0o644)
+        self.assert_ends(run, UNWRITABLE, f"{self.weights} cannot be read (Permission denied)")
+
     def test_without_its_manifest_does_not_need_the_part(self):
         self.leave(CONTENT[:1000])
         self.weights.write_bytes(CONTENT)
@@ -140,13 +181,14 @@ class EarlierPart(SetupCase):
         self.assertEqual(self.server.requests[0][1]["If-Range"], LAST_MODIFIED)
         self.assertEqual(self.server.ranges(), ["bytes=1000-"])
 
-    def test_without_a_record_is_resumed_and_verified(self):
+    def test_without_a_record_is_not_relied_on(self):
         self.leave(CONTENT[:1000], record=False)
-        self.assert_ready(self.setup())
-        self.assertEqual(self.server.ranges(), ["bytes=1000-"])
-        self.assertNotIn("If-Range", self.server.requests[0][1])
+        run = self.setup()
+        self.assert_ready(run)
+        self.assertEqual(self.server.ranges(), [None])
+        self.assertIn("1 MB of it cannot be relied on and will be downloaded again.", run.log)
 
-    def test_with_a_record_that_could_harm_the_request_is_resumed_without_it(self):
+    def test_with_a_record_that_could_harm_the_request_is_not_relied_on(self):
         self.leave(CONTENT[:1000], etag='"a"\r\nX-Evil: "1"')
         self.assert_ready(self.setup())
         self.assertNotIn("X-Evil", self.server.requests[0][1])
@@ -195,7 +237,7 @@ class EarlierPart(SetupCase):
         self.assertEqual(self.server.requests[-1][1]["If-Range"], ETAG)
 
     def test_of_a_file_without_a_tag_is_not_recorded_with_that_of_the_redirect(self):
-        self.server.script = [redirect("/x"), bytes_of(CONTENT[:1000])]
+        self.server.script = [redirect("/x"), promised(CONTENT, 1000)]
         self.assert_ready(self.setup())
         self.assertEqual(self.server.ranges(), [None, None, "bytes=1000-"])
         self.assertNotIn("If-Range", self.server.requests[-1][1])
