@@ -17,10 +17,10 @@
 #include <string>
 #include <vector>
 
-#include "quillback/audio/WavFile.h"
 #include "quillback/ports/Microphone.h"
 #include "quillback/recognition/Whisper.h"
 #include "quillback/recognition/whisper/WhisperLibrary.h"
+#include "support/WholeWav.h"
 
 using namespace voxtrel::quillback;
 
@@ -47,7 +47,7 @@ std::vector<Clip> readClips(const std::string& table) {
     Clip clip;
     std::getline(fields, clip.name, '\t');
     std::getline(fields, clip.language, '\t');
-    auto wav = readWav(folder + clip.name + ".wav");
+    auto wav = test::readWav(folder + clip.name + ".wav");
     if (!wav || wav->rateHz != kSampleRateHz) continue;
     clip.samples = std::move(wav->samples);
     clips.push_back(std::move(clip));

@@ -5,14 +5,14 @@
 #include <vector>
 
 #include "fuzz/FuzzEntry.h"
-#include "quillback/audio/WavFile.h"
+#include "support/WholeWav.h"
 
 using voxtrel::require;
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   // A copy of exactly this size, so that the sanitizer sees reads beyond the end.
   const std::vector<std::uint8_t> bytes(data, data + size);
-  const auto wav = voxtrel::quillback::parseWav(bytes);
+  const auto wav = voxtrel::quillback::test::parseWav(bytes);
   if (!wav) {
     require(!wav.error().empty(), "an error says why");
     require(wav.error().find('\n') == std::string::npos, "an error is one line");

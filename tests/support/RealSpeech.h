@@ -17,9 +17,9 @@
 #include <string>
 #include <vector>
 
-#include "quillback/audio/WavFile.h"
 #include "quillback/ports/Microphone.h"
 #include "quillback/recognition/Whisper.h"
+#include "support/WholeWav.h"
 
 namespace voxtrel::quillback {
 
@@ -36,7 +36,7 @@ struct Recording {
 /// The samples of a WAV file at kSampleRateHz, times `gain`.
 inline Samples samplesOf(const std::string& path, float gain = 1.0F) {
   Samples samples;
-  const auto wav = readWav(path);
+  const auto wav = test::readWav(path);
   if (!wav) return samples;
   for (const float sample : wav->samples) {
     samples.push_back(static_cast<std::int16_t>(std::lround(sample * gain * 32767.0F)));

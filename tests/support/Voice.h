@@ -9,8 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "quillback/audio/Resampler.h"
-#include "quillback/audio/WavFile.h"
+#include "support/WholeWav.h"
 
 namespace voxtrel::quillback::test {
 

@@ -2,8 +2,10 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <new>
 #include <span>
 #include <string>
+#include <string_view>
 
 #include "quillback/app/CommandLine.h"
 #include "quillback/app/Commands.h"
@@ -21,6 +23,13 @@ void openStandardDescriptors() {
   }
 }
 
+/// Ends the process with one line. Nothing may be allocated here.
+[[noreturn]] void endWithoutMemory() {
+  constexpr std::string_view kLine = "quillback: there is not enough memory.\n";
+  [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, kLine.data(), kLine.size());
+  ::_exit(kNoMemoryExit);
+}
+
 }  // namespace
 
 int main(int argumentCount, char** arguments) {
@@ -31,5 +40,7 @@ int main(int argumentCount, char** arguments) {
     std::fprintf(stderr, "quillback: %s\nTry \"quillback --help\".\n", line.error().c_str());
     return 2;
   }
+  // In the recogniser's process a library may help itself; if not, the engine starts another one.
+  if (line->command != CommandLine::Command::recognise) std::set_new_handler(endWithoutMemory);
   return runCommand(*line);
 }

@@ -16,7 +16,7 @@
 
 #include "common/posix/FileDescriptor.h"
 #include "common/posix/OwnFolder.h"
-#include "quillback/audio/WavFile.h"
+#include "quillback/audio/WavFormat.h"
 
 namespace voxtrel::quillback {
 namespace {

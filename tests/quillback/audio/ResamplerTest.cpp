@@ -6,10 +6,12 @@
 #include <numbers>
 #include <vector>
 
-#include "quillback/audio/Resampler.h"
+#include "support/WholeWav.h"
 
 namespace voxtrel::quillback {
 namespace {
+
+using test::resampled;
 
 std::vector<float> tone(double frequencyHz, int rateHz, double seconds = 0.5) {
   std::vector<float> samples(static_cast<std::size_t>(rateHz * seconds));

@@ -5,10 +5,9 @@
 #include <cstdlib>
 #include <filesystem>
 
-#include "quillback/audio/Resampler.h"
 #include "quillback/audio/TakeFolder.h"
-#include "quillback/audio/WavFile.h"
 #include "support/ScratchFolder.h"
+#include "support/WholeWav.h"
 
 namespace voxtrel::quillback {
 namespace {
@@ -54,10 +53,10 @@ TEST_F(TakeFolderTest, ARecordingIsAWavFileThatOnlyItsUserMayRead) {
   ASSERT_THAT(names(), ElementsAre("take-1.wav"));
   EXPECT_EQ(modeOf(folder), 0700U);
   EXPECT_EQ(modeOf(folder / "take-1.wav"), 0600U);
-  const WavSound wav = readWav(store.takes()[0].path).value();
+  const test::WavSound wav = test::readWav(store.takes()[0].path).value();
   EXPECT_EQ(wav.rateHz, 16000);
   EXPECT_EQ(wav.note, "");
-  EXPECT_THAT(resampled(wav.samples, wav.rateHz), ElementsAreArray(kSound));
+  EXPECT_THAT(test::resampled(wav.samples, wav.rateHz), ElementsAreArray(kSound));
 }
 
 TEST_F(TakeFolderTest, ItStaysUntilItsWordsWereDelivered) {

@@ -8,11 +8,15 @@
 
 #include "quillback/audio/WavFile.h"
 #include "support/WavBytes.h"
+#include "support/WholeWav.h"
 
 namespace voxtrel::quillback {
 namespace {
 
+using test::parseWav;
+using test::readWav;
 using test::WavBytes;
+using test::WavSound;
 using testing::ElementsAre;
 using testing::FloatEq;
 using testing::HasSubstr;
