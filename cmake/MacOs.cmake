@@ -6,7 +6,8 @@ foreach(folder VOXTREL_MACOS_RIG VOXTREL_MACOS_CHECK)
     set(${folder} "$ENV{${folder}}" CACHE PATH "Where the macOS adapters are tested without a Mac" FORCE)
   endif()
 endforeach()
-if(NOT APPLE AND NOT VOXTREL_MACOS_RIG)
+# Not where rooms are compiled as one source: the analysis and the sanitizers have flags that are not the rig's.
+if(NOT APPLE AND (NOT VOXTREL_MACOS_RIG OR NOT VOXTREL_TESTS OR CMAKE_UNITY_BUILD))
   return()
 endif()
 
