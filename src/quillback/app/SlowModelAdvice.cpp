@@ -27,7 +27,7 @@ fs::path adviceFolder(const std::string& home) {
 }  // namespace
 
 SlowModelAdvice::SlowModelAdvice(Loop& loop, Output& output, std::string home)
-    : loop_(loop), output_(output), home_(std::move(home)), programs_(loop, output) {}
+    : loop_(loop), output_(output), home_(std::move(home)), notifier_(loop, output) {}
 
 void SlowModelAdvice::giveIfNeeded(const EngineSettings& settings) {
   if (!isWhisperBuiltIn() || settings.chosenModel() != kWindowModel) return;
@@ -48,7 +48,7 @@ void SlowModelAdvice::tell(int exitStatus) {
   const bool isRemembered = replaceFile(folder, kShownName, advice) && removeFile(found);
   if (advice.empty() || !isRemembered) return;
   output_.print(advice);
-  programs_.notify("The speech model is slow on this machine", advice);
+  notifier_.notify("The speech model is slow on this machine", advice);
 }
 
 int writeSlowModelAdvice(const ModelContext& context) {

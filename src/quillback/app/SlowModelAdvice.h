@@ -4,8 +4,8 @@
 #include <string>
 
 #include "quillback/insertion/clipboard/ChildRun.h"
-#include "quillback/insertion/clipboard/DesktopPrograms.h"
 #include "quillback/model/commands/ModelCommands.h"
+#include "quillback/notifications/Notifier.h"
 #include "quillback/settings/EngineSettings.h"
 
 namespace voxtrel::quillback {
@@ -29,7 +29,7 @@ class SlowModelAdvice {
   Loop& loop_;
   Output& output_;
   const std::string home_;
-  DesktopPrograms programs_;
+  Notifier notifier_;
   std::unique_ptr<ChildRun> measuring_;
 };
 

@@ -16,21 +16,22 @@ class NoInsertion final : public TextSink {
 };
 
 /// Copies each dictation and shows a notification that says so.
-/// Thread: the loop's.  Borrows: DesktopPrograms (must outlive this).
+/// Thread: the loop's.  Borrows: Notifier (must outlive this).
 class CopiedText final : public TextSink {
  public:
-  CopiedText(TextSinks::Copy copy, DesktopPrograms& programs)
-      : copy_(std::move(copy)), programs_(programs) {}
+  CopiedText(TextSinks::Copy copy, Notifier& notifier, bool showsText)
+      : copy_(std::move(copy)), notifier_(notifier), showsText_(showsText) {}
 
   void insert(const std::string& text, OnInserted onInserted) override {
     copy_(text);
-    programs_.notify("Copied: paste it where you want it", text);
+    notifier_.notify("Copied: paste it where you want it", showsText_ ? text : std::string());
     onInserted();
   }
 
  private:
   TextSinks::Copy copy_;
-  DesktopPrograms& programs_;
+  Notifier& notifier_;
+  const bool showsText_;
 };
 
 /// Types each dictation into the window with the focus.
@@ -72,19 +73,21 @@ TextSinks::TextSinks(Loop& loop, OwnKeys& ownKeys, Output& output)
       ownKeys_(ownKeys),
       output_(output),
       programs_(loop, output),
+      notifier_(loop, output),
       wayland_(loop, [this](const std::string& text, const std::string& why) {
         clipboardOf(SessionKind::wayland)(text);
         reportCopiedRest(why);
       }) {}
 
-std::unique_ptr<TextSink> TextSinks::make(EngineSettings::Insert insert, SessionKind session) {
+std::unique_ptr<TextSink> TextSinks::make(const EngineSettings& settings, SessionKind session) {
+  const EngineSettings::Insert insert = settings.insert;
   if (insert == EngineSettings::Insert::none) return std::make_unique<NoInsertion>();
   const auto copy = clipboardOf(session);
   if (!copy) {
     output_.print("[quillback] Words are only printed: there is no desktop to copy them to");
     return std::make_unique<NoInsertion>();
   }
-  auto copying = std::make_unique<CopiedText>(copy, programs_);
+  auto copying = std::make_unique<CopiedText>(copy, notifier_, settings.notifyText);
   if (insert == EngineSettings::Insert::clipboard) return copying;
   if (session == SessionKind::wayland) {
     return std::make_unique<TypedUnderWayland>(wayland_, std::move(copying));
@@ -125,7 +128,7 @@ std::string describeInsertion(EngineSettings::Insert insert, SessionKind session
 
 void TextSinks::reportCopiedRest(const std::string& why) {
   output_.print("[quillback] What was not typed is copied: " + why);
-  programs_.notify("What was not typed is copied: paste it where you want it",
+  notifier_.notify("What was not typed is copied: paste it where you want it",
                    "It was not typed because " + why + ".");
 }
 

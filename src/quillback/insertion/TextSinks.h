@@ -6,15 +6,16 @@
 #include "quillback/insertion/clipboard/DesktopPrograms.h"
 #include "quillback/insertion/wayland/WaylandInsertion.h"
 #include "quillback/keys/OwnKeys.h"
+#include "quillback/notifications/Notifier.h"
 #include "quillback/ports/TextSink.h"
 #include "quillback/settings/EngineSettings.h"
 
 namespace voxtrel::quillback {
 
-/// Makes the sink that the settings ask for and the desktop allows. Under Wayland words are
-/// typed where the compositor has virtual keyboards, else copied. What cannot be typed is copied; a line and a notification say
-/// why, without the words.
-/// Thread: the loop's.  Owns: the running desktop programs.  Borrows: Loop, OwnKeys, Output (must
+/// Makes the sink that the settings ask for and the desktop allows. Under Wayland words are typed where the
+/// compositor has virtual keyboards, else copied. What cannot be typed is copied; a line and a notification
+/// say why. No notification has the words in it, unless the settings ask for that.
+/// Thread: the loop's.  Owns: the running desktop programs, the notifier.  Borrows: Loop, OwnKeys, Output (must
 /// outlive this). The sinks borrow this.
 /// Fails by: a line of output, and the next best sink.
 class TextSinks {
@@ -24,10 +25,10 @@ class TextSinks {
 
   TextSinks(Loop& loop, OwnKeys& ownKeys, Output& output);
 
-  [[nodiscard]] std::unique_ptr<TextSink> make(EngineSettings::Insert insert, SessionKind session);
+  [[nodiscard]] std::unique_ptr<TextSink> make(const EngineSettings& settings, SessionKind session);
 
   /// Shows a notification about anything else, as this does about copies.
-  void notify(const std::string& title, const std::string& body) { programs_.notify(title, body); }
+  void notify(const std::string& title, const std::string& body) { notifier_.notify(title, body); }
 
  private:
   /// Null without a desktop.
@@ -38,6 +39,7 @@ class TextSinks {
   OwnKeys& ownKeys_;
   Output& output_;
   DesktopPrograms programs_;
+  Notifier notifier_;
   WaylandInsertion wayland_;
 };
 

@@ -29,7 +29,8 @@ struct EngineSettings {
   std::vector<std::string> words;  ///< [model] words that may be said, such as names
   int threads = 0;                 ///< [model] threads, up to 256; 0: one per physical core
   Insert insert = Insert::type;    ///< [output] insert: "type", "clipboard" or "none"
-  std::vector<TextRule> replace;   ///< [output] replace
+  bool notifyText = false;  ///< [output] notify_text: notifications of copied words show the words
+  std::vector<TextRule> replace;  ///< [output] replace
 
   /// The model to recognise with: the engine's own key counts more than the window's.
   const std::string& chosenModel() const { return engineModel.empty() ? model : engineModel; }

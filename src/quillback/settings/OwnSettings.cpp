@@ -144,6 +144,12 @@ void readOutput(Section section, EngineSettings& settings) {
                  settings.insert = found->second;
                  return static_cast<const toml::node*>(nullptr);
                });
+  section.read("notify_text", "notify_text must be true or false", [&](const toml::node& node) {
+    const auto value = node.value_exact<bool>();
+    if (!value) return &node;
+    settings.notifyText = *value;
+    return static_cast<const toml::node*>(nullptr);
+  });
   section.read("replace", "replace must be a table of at most 200 phrases, each with its text",
                [&](const toml::node& node) { return readRules(node, settings.replace); });
 }

@@ -108,6 +108,13 @@ TEST(OwnSettings, ThreadsAreAtMost256AndZeroMeansAllCores) {
   }
 }
 
+TEST(OwnSettings, NotificationsShowTheWordsOnlyIfAskedTo) {
+  EXPECT_FALSE(settingsOf("[output]\n").notifyText);
+  EXPECT_FALSE(settingsOf("[output]\nnotify_text = false").notifyText);
+  EXPECT_TRUE(settingsOf("[output]\nnotify_text = true").notifyText);
+  expectMistake("[output]\nnotify_text = 'yes'", 2, "notify_text");
+}
+
 TEST(OwnSettings, ReplacementsAreATableOrASection) {
   const std::vector<TextRule> expected = {{"full stop", "."}, {"new line", "\n"}};
   EXPECT_EQ(

@@ -7,12 +7,13 @@ import json
 import os
 import shutil
 import signal
-import stat
 import subprocess
 import threading
 import unittest
 
 from engine_program import EXECUTABLE, EngineProgram, die_with_parent
+from harness.buses import Bus
+from harness.monitor import BusMonitor
 from harness.polling import eventually, stays
 from harness.recordings import (RATE_HZ, plain_words, recordings, word_error_rate, word_errors,
                                 write_wav)
@@ -152,12 +153,11 @@ class Advice(RealModelCase):
         (store / "manifest.json").unlink()
         (store / "manifest.json").write_text(json.dumps(manifest))
         (self.home / ".config/quillback/config.toml").unlink()
-        self.shown = self.home / "shown"
-        double = self.home / "bin/notify-send"
-        double.parent.mkdir()
-        double.write_text(f'#!/bin/sh\nprintf "%s\\n" "$@" >> {self.shown}\n')
-        double.chmod(double.stat().st_mode | stat.S_IXUSR)
-        self.environment["PATH"] = f"{double.parent}:{self.environment['PATH']}"
+        bus = Bus("session", str(self.home), self.environment)
+        self.addCleanup(bus.stop)
+        self.messages = BusMonitor(bus)
+        self.addCleanup(self.messages.close)
+        self.environment["DBUS_SESSION_BUS_ADDRESS"] = bus.address
         self.marker = self.home / ".local/share/quillback/advice-shown"
 
     def start(self):
@@ -172,14 +172,13 @@ class Advice(RealModelCase):
         number = program.wait_for_line("large-v3 takes about", 20)
         line = program.texts()[number]
         self.assertRegex(line, r"run: quillback setup --model (\S+) && quillback use \1$")
-        eventually(self.shown.is_file, "the notification", 20)
-        self.assertIn("The speech model is slow on this machine", self.shown.read_text())
+        shown, = eventually(lambda: self.messages.calls("Notify"), "the notification", 20)
+        self.assertEqual(str(shown.arguments[3]), "The speech model is slow on this machine")
         self.assertEqual(self.marker.read_text(), line)
         self.assertEqual(program.end()[0], 0)
-        self.shown.unlink()
         again = self.start()
         stays(lambda: not any("takes about" in text for text in again.texts()), "silence", 1.0)
-        self.assertFalse(self.shown.exists())
+        self.assertEqual(len(self.messages.calls("Notify")), 1)
 
     def test_is_not_given_for_a_model_that_the_user_chose(self):
         path = self.home / ".config/quillback/config.toml"

@@ -58,31 +58,5 @@ TEST_F(DesktopProgramsTest, AFailedCopyIsAnErrorLineEachTime) {
   EXPECT_THAT(output_.lines, ::testing::SizeIs(2));
 }
 
-TEST_F(DesktopProgramsTest, ANotificationShowsTheTextUnchanged) {
-  install("notify-send", "printf '%s|' \"$@\" > words; echo \"$LC_ALL\" >> words; touch done");
-  programs_.notify("Title", "--a <b> & \\n ü");
-  EXPECT_THAT(written("words"),
-              ::testing::EndsWith("|--|Title|--a &lt;b&gt; &amp; \\\\n ü|C.UTF-8\n"));
-}
-
-TEST_F(DesktopProgramsTest, OnlyTheFirstFailedNotificationIsPrinted) {
-  install("notify-send", "touch done; exit 1");
-  programs_.notify("Title", "one");
-  written("none");
-  programs_.notify("Title", "two");
-  loop_.runFor(milliseconds(300));
-  EXPECT_THAT(output_.lines, ::testing::SizeIs(1));
-}
-
-TEST_F(DesktopProgramsTest, ALongNotificationIsCutAfterAWholeCharacter) {
-  install("notify-send", "for body; do :; done; printf %s \"$body\" > body; touch done");
-  std::string text = "x";
-  for (int i = 0; i < 200; ++i) text += "ü";
-  programs_.notify("Title", text);
-  const std::string body = written("body");
-  EXPECT_EQ(body.size(), 299u + std::string("…").size());
-  EXPECT_TRUE(body.ends_with("ü…"));
-}
-
 }  // namespace
 }  // namespace voxtrel::quillback
