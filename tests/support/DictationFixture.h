@@ -51,8 +51,9 @@ class DictationFixture : public testing::Test {
   test::FakeOutput output_;
   test::FakeTextSink sink_{output_};
   test::FakeTakeStore store_;
+  test::FakeScreenLock lock_;
   std::unique_ptr<Dictation> dictation_ =
-      std::make_unique<Dictation>(loop_, microphone_, sink_, store_, output_);
+      std::make_unique<Dictation>(loop_, microphone_, sink_, store_, lock_, output_);
 };
 
 }  // namespace voxtrel::quillback

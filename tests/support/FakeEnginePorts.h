@@ -11,6 +11,7 @@
 #include "quillback/ports/Microphone.h"
 #include "quillback/ports/Output.h"
 #include "quillback/ports/Recogniser.h"
+#include "quillback/ports/ScreenLock.h"
 #include "quillback/ports/TakeStore.h"
 #include "quillback/ports/TextSink.h"
 
@@ -114,6 +115,11 @@ struct FakeTextSink final : TextSink {
   std::function<void()> onInsert;
   bool isSlow = false;  ///< the insertions end by `waiting`
   std::vector<OnInserted> waiting;
+};
+
+struct FakeScreenLock final : ScreenLock {
+  bool isLocked() override { return locked; }
+  bool locked = false;
 };
 
 /// Keeps the recordings, and what became of each.

@@ -8,6 +8,7 @@
 #include "quillback/audio/TakeFolder.h"
 #include "quillback/dictation/Dictation.h"
 #include "quillback/insertion/TextSinks.h"
+#include "quillback/lock/SessionLock.h"
 #include "quillback/loop/EpollLoop.h"
 #include "quillback/settings/EngineSettings.h"
 
@@ -33,6 +34,7 @@ class Engine {
   int exitStatus_ = 0;
   const SessionKind session_ = currentSessionKind(SessionKind::x11);
   OwnKeys ownKeys_;
+  SessionLock lock_;
   TextSinks sinks_;
   PulseMicrophone microphone_;
   TakeFolder takes_{takeFolderPath()};

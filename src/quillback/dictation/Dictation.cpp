@@ -37,6 +37,7 @@ struct Dictation::Take {
   std::unique_ptr<KeptTake> kept;        ///< set once it is complete, unless it cannot be kept
   std::unique_ptr<Utterance> utterance;  ///< set while this is the first take
   std::unique_ptr<Loop::Timer> timer;    ///< ends the recording
+  std::unique_ptr<Loop::Timer> lockTimer;
   std::unique_ptr<Capture> capture;
 };
 
@@ -47,8 +48,13 @@ void Dictation::Take::feed(std::span<const std::int16_t> heard) {
 }
 
 Dictation::Dictation(Loop& loop, Microphone& microphone, TextSink& sink, TakeStore& store,
-                     Output& output)
-    : loop_(loop), microphone_(microphone), sink_(sink), store_(store), output_(output) {}
+                     ScreenLock& lock, Output& output)
+    : loop_(loop),
+      microphone_(microphone),
+      sink_(sink),
+      store_(store),
+      lock_(lock),
+      output_(output) {}
 
 void Dictation::modelLoaded(Recogniser& recogniser) {
   recogniser_ = &recogniser;
@@ -79,6 +85,7 @@ void Dictation::keyCancelled() {
 }
 
 void Dictation::startTake() {
+  if (lock_.isLocked()) return reportAfterUnlock();
   if (takes_.size() == kMaxTakes) {
     output_.print("Too many recordings are waiting to be recognised; this one is not made.");
     return;
@@ -89,6 +96,7 @@ void Dictation::startTake() {
   take->pressedAt = loop_.now();
   takes_.push_back(take);
   openMicrophone(take);
+  watchLock(take);
   take->timer = loop_.after(kMaxLength, [this, weak = Weak(take)] {
     if (const Handle self = weak.lock()) reachedLimit(self);
   });
@@ -133,6 +141,7 @@ void Dictation::stopRecording(const Handle& take) {
   take->phase = Take::Phase::tail;
   take->capture.reset();
   take->timer.reset();
+  take->lockTimer.reset();
   // The last samples may be posted and not fed yet.
   loop_.post([this, weak = Weak(take)] {
     if (const Handle self = weak.lock()) judge(self);
@@ -140,6 +149,7 @@ void Dictation::stopRecording(const Handle& take) {
 }
 
 void Dictation::judge(const Handle& take) {
+  if (lock_.isLocked()) return dropLocked(take);
   if (take->meter.samples() < kMinSamples || take->meter.isSilence()) return drop(take);
   take->phase = Take::Phase::waiting;
   take->kept = store_.keep(take->samples);
@@ -180,6 +190,7 @@ void Dictation::recognised(const Handle& take, const Transcription& result) {
   std::erase(takes_, take);
   for (const std::string& line : result.lines) output_.print(line);
   const std::string text = trimmedOneLine(withoutInvisible(result.text));
+  if (!text.empty() && lock_.isLocked()) return holdBack(take);
   if (!text.empty()) {
     output_.print(textLine(text));
     if (saysState(text)) shown_ = Shown::unknown;
@@ -196,6 +207,36 @@ void Dictation::recognised(const Handle& take, const Transcription& result) {
     kept->gaveNoWords();
   }
   advanceFirstTake();
+}
+
+/// The recording stays for a retry.
+void Dictation::holdBack(const Handle& take) {
+  if (take->kept) hasHeldWordsBack_ = true;
+  reportAfterUnlock();
+  showState();
+  advanceFirstTake();
+}
+
+void Dictation::watchLock(const Handle& take) {
+  take->lockTimer = loop_.after(kLockCheck, [this, weak = Weak(take)] {
+    const Handle self = weak.lock();
+    if (self) lock_.isLocked() ? dropLocked(self) : watchLock(self);
+  });
+}
+
+void Dictation::dropLocked(const Handle& take) {
+  reportAfterUnlock();
+  take->lockTimer.reset();
+  drop(take);
+}
+
+/// A line would not be read while the screen is locked, so it waits.
+void Dictation::reportAfterUnlock() {
+  unlockTimer_ = loop_.after(kUnlockCheck, [this] {
+    if (lock_.isLocked()) return reportAfterUnlock();
+    unlockTimer_.reset();
+    output_.print(std::exchange(hasHeldWordsBack_, false) ? kLockedWordsLine : kLockedLine);
+  });
 }
 
 /// Prints the state of all takes together, unless it was printed last.

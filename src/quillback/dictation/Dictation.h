@@ -10,6 +10,7 @@
 #include "quillback/ports/Microphone.h"
 #include "quillback/ports/Output.h"
 #include "quillback/ports/Recogniser.h"
+#include "quillback/ports/ScreenLock.h"
 #include "quillback/ports/TakeStore.h"
 #include "quillback/ports/TextSink.h"
 
@@ -17,8 +18,10 @@ namespace voxtrel::quillback {
 
 /// From a held key to words: records while the key is down, has the sound recognised meanwhile,
 /// prints each state and inserts the words. A recording made while an earlier one is still being
-/// recognised waits in a queue. Each complete recording is kept until its words were inserted. A press before the model is loaded only prints a line; if the key is
-/// still down when it is loaded, recording starts then.
+/// recognised waits in a queue. Each complete recording is kept until its words were inserted. A press
+/// before the model is loaded only prints a line; if the key is still down when it is loaded, recording
+/// starts then. While the screen is locked, no recording begins, a running one is dropped, and words are
+/// neither printed nor inserted: their recordings stay for a retry.
 /// Thread: the loop's.  Owns: the takes.  Borrows: the constructor's arguments (must outlive this).
 /// Fails by: a line of output; the next press works again.
 class Dictation {
@@ -29,10 +32,14 @@ class Dictation {
   /// A shorter press is a slip.
   static constexpr std::chrono::milliseconds kMinPress{250};
   static constexpr std::chrono::minutes kMaxLength{5};
+  /// How often the lock is looked at during a recording, and until a locked screen is unlocked.
+  static constexpr std::chrono::milliseconds kLockCheck{250};
+  static constexpr std::chrono::milliseconds kUnlockCheck{1000};
   /// Recordings in the queue, with the one being recognised.
   static constexpr std::size_t kMaxTakes = 8;
 
-  Dictation(Loop& loop, Microphone& microphone, TextSink& sink, TakeStore& store, Output& output);
+  Dictation(Loop& loop, Microphone& microphone, TextSink& sink, TakeStore& store, ScreenLock& lock,
+            Output& output);
   Dictation(const Dictation&) = delete;
   Dictation& operator=(const Dictation&) = delete;
 
@@ -62,16 +69,23 @@ class Dictation {
   void finish(const Handle& take);
   void recognised(const Handle& take, const Transcription& result);
   void showState();
+  void holdBack(const Handle& take);
+  void watchLock(const Handle& take);
+  void dropLocked(const Handle& take);
+  void reportAfterUnlock();
 
   Loop& loop_;
   Microphone& microphone_;
   TextSink& sink_;
   TakeStore& store_;
+  ScreenLock& lock_;
   Output& output_;
   Recogniser* recogniser_ = nullptr;
   bool isKeyDown_ = false;
   Shown shown_ = Shown::loading;
-  std::deque<Handle> takes_;  ///< oldest first; only the first has an utterance
+  bool hasHeldWordsBack_ = false;             ///< since the screen was locked
+  std::unique_ptr<Loop::Timer> unlockTimer_;  ///< while an unlock is to be reported
+  std::deque<Handle> takes_;                  ///< oldest first; only the first has an utterance
 };
 
 }  // namespace voxtrel::quillback

@@ -13,6 +13,15 @@ namespace voxtrel::quillback {
 inline constexpr std::string_view kReadyLine = "Ready.";
 inline constexpr std::string_view kRecordingLine = "Recording...";
 
+/// Printed once after the screen was locked while the user dictated; the second one if recordings wait
+/// for a retry.
+inline constexpr std::string_view kLockedLine =
+    "[quillback] The screen was locked: nothing was recorded or typed meanwhile";
+inline constexpr std::string_view kLockedWordsLine =
+    "[quillback] The screen was locked: what was said before was not typed; \"quillback retry\" "
+    "prints "
+    "it";
+
 /// "Processing 2.3s audio", with a point in every locale.
 std::string processingLine(std::size_t samples);
 /// `[gpu-decode] text: "…"`; quotes in the text are not escaped.

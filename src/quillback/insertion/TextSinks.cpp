@@ -68,9 +68,10 @@ class TypedUnderWayland final : public TextSink {
 
 }  // namespace
 
-TextSinks::TextSinks(Loop& loop, OwnKeys& ownKeys, Output& output)
+TextSinks::TextSinks(Loop& loop, OwnKeys& ownKeys, ScreenLock& lock, Output& output)
     : loop_(loop),
       ownKeys_(ownKeys),
+      lock_(lock),
       output_(output),
       programs_(loop, output),
       notifier_(loop, output),
@@ -92,7 +93,7 @@ std::unique_ptr<TextSink> TextSinks::make(const EngineSettings& settings, Sessio
   if (session == SessionKind::wayland) {
     return std::make_unique<TypedUnderWayland>(wayland_, std::move(copying));
   }
-  auto typer = XTestTyper::open(loop_, ownKeys_,
+  auto typer = XTestTyper::open(loop_, ownKeys_, lock_,
                                 [this, copy](const std::string& text, const std::string& why) {
                                   copy(text);
                                   reportCopiedRest(why);

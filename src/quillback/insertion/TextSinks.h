@@ -7,6 +7,7 @@
 #include "quillback/insertion/wayland/WaylandInsertion.h"
 #include "quillback/keys/OwnKeys.h"
 #include "quillback/notifications/Notifier.h"
+#include "quillback/ports/ScreenLock.h"
 #include "quillback/ports/TextSink.h"
 #include "quillback/settings/EngineSettings.h"
 
@@ -15,15 +16,15 @@ namespace voxtrel::quillback {
 /// Makes the sink that the settings ask for and the desktop allows. Under Wayland words are typed where the
 /// compositor has virtual keyboards, else copied. What cannot be typed is copied; a line and a notification
 /// say why. No notification has the words in it, unless the settings ask for that.
-/// Thread: the loop's.  Owns: the running desktop programs, the notifier.  Borrows: Loop, OwnKeys, Output (must
-/// outlive this). The sinks borrow this.
+/// Thread: the loop's.  Owns: the running desktop programs, the notifier.  Borrows: Loop, OwnKeys,
+/// ScreenLock, Output (must outlive this). The sinks borrow this.
 /// Fails by: a line of output, and the next best sink.
 class TextSinks {
  public:
   /// Puts a text on the clipboard.
   using Copy = std::function<void(const std::string& text)>;
 
-  TextSinks(Loop& loop, OwnKeys& ownKeys, Output& output);
+  TextSinks(Loop& loop, OwnKeys& ownKeys, ScreenLock& lock, Output& output);
 
   [[nodiscard]] std::unique_ptr<TextSink> make(const EngineSettings& settings, SessionKind session);
 
@@ -37,6 +38,7 @@ class TextSinks {
 
   Loop& loop_;
   OwnKeys& ownKeys_;
+  ScreenLock& lock_;
   Output& output_;
   DesktopPrograms programs_;
   Notifier notifier_;

@@ -12,7 +12,34 @@ import dbus.service
 from gi.repository import GLib
 
 MANAGER = "org.freedesktop.login1.Manager"
+SESSION = "org.freedesktop.login1.Session"
+SESSION_PATH = "/org/freedesktop/login1/session/_31"
 CONTROL = "org.voxtrel.Test.LoginManager"
+
+
+class Session(dbus.service.Object):
+    """The user's session, with its lock state."""
+
+    def __init__(self, bus):
+        super().__init__(bus, SESSION_PATH)
+        self._locked = False
+
+    @dbus.service.method(dbus.PROPERTIES_IFACE, in_signature="ss", out_signature="v")
+    def Get(self, _interface, name):
+        """The property."""
+        assert name == "LockedHint"
+        return dbus.Boolean(self._locked, variant_level=1)
+
+    @dbus.service.signal(dbus.PROPERTIES_IFACE, signature="sa{sv}as")
+    def PropertiesChanged(self, interface, changed, invalidated):
+        """What has changed."""
+
+    def set_locked(self, locked):
+        """Changes the lock state and says so."""
+        if self._locked == bool(locked):
+            return
+        self._locked = bool(locked)
+        self.PropertiesChanged(SESSION, {"LockedHint": self._locked}, [])
 
 
 class LoginManager(dbus.service.Object):
@@ -21,6 +48,7 @@ class LoginManager(dbus.service.Object):
     def __init__(self, bus, refuses):
         super().__init__(bus, "/org/freedesktop/login1")
         self._refuses = refuses
+        self._session = Session(bus)
         self._locks = {}
         self._history = []
 
@@ -59,6 +87,16 @@ class LoginManager(dbus.service.Object):
         """Lets the test put the machine to sleep or wake it."""
         self._history.append("sleep" if start else "wake")
         self.PrepareForSleep(start)
+
+    @dbus.service.method(MANAGER, in_signature="s", out_signature="o")
+    def GetSession(self, _name):
+        """The only session, whatever it is called."""
+        return dbus.ObjectPath(SESSION_PATH)
+
+    @dbus.service.method(CONTROL, in_signature="b")
+    def Lock(self, locked):
+        """Lets the test lock or unlock the screen."""
+        self._session.set_locked(locked)
 
     @dbus.service.method(CONTROL, out_signature="as")
     def History(self):

@@ -30,6 +30,10 @@ class LoginManager:
         """Says that the machine has woken up."""
         self._control().Announce(False)
 
+    def lock(self, locked):
+        """Locks or unlocks the screen."""
+        self._control().Lock(locked)
+
     def _control(self):
         return self._bus.interface(NAME, PATH, CONTROL)
 

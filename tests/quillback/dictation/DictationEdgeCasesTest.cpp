@@ -192,7 +192,7 @@ TEST_F(DictationEdgeCasesTest, DestroyingItInAnyStateLeavesNothingBehind) {
                                                  [this] { recogniser_.understand(""); },
                                                  [this] { microphone_.fail("gone"); }};
   for (std::size_t count = 1; count <= steps.size(); ++count) {
-    dictation_ = std::make_unique<Dictation>(loop_, microphone_, sink_, store_, output_);
+    dictation_ = std::make_unique<Dictation>(loop_, microphone_, sink_, store_, lock_, output_);
     for (std::size_t i = 0; i < count; ++i) steps[i]();
     dictation_.reset();
     output_.take();

@@ -2,6 +2,7 @@
 #include <fstream>
 
 #include "quillback/insertion/x11/XTestTyper.h"
+#include "support/FakeEnginePorts.h"
 #include "support/PollLoop.h"
 
 using namespace voxtrel::quillback;
@@ -15,9 +16,10 @@ int main(int argumentCount, char** arguments) {
   }
   test::PollLoop loop;
   OwnKeys ownKeys(loop);
+  test::FakeScreenLock lock;
   std::string report;
   auto typer =
-      XTestTyper::open(loop, ownKeys, [&](const std::string& text, const std::string& why) {
+      XTestTyper::open(loop, ownKeys, lock, [&](const std::string& text, const std::string& why) {
         report.append(text).append("\n").append(why);
       });
   if (!typer) {

@@ -26,12 +26,14 @@ constexpr milliseconds kPieceInterval{10};
 constexpr milliseconds kFocusRetry{100};
 constexpr int kMaxFocusRetries = 20;
 
-std::string_view whyNotTyped(const XConnection& server, const std::optional<FocusedWindow>& now,
+std::string_view whyNotTyped(const XConnection& server, ScreenLock& lock,
+                             const std::optional<FocusedWindow>& now,
                              const std::optional<FocusedWindow>& wanted) {
   if (server.isBroken()) return "the X server is gone";
   if (!now) return "the X server does not reply";
   if (!now->exists()) return "no window has the focus";
-  return now == wanted ? "" : "the focus moved to another window";
+  if (now != wanted) return "the focus moved to another window";
+  return lock.isLocked() ? "the screen is locked" : "";
 }
 
 /// The error says which extension the server lacks.
@@ -50,12 +52,13 @@ tl::expected<void, std::string> checkExtensions(const XConnection& server) {
 
 tl::expected<std::unique_ptr<XTestTyper>, std::string> XTestTyper::open(Loop& loop,
                                                                         OwnKeys& ownKeys,
+                                                                        ScreenLock& lock,
                                                                         OnRefused onRefused) {
   auto server = XConnection::open();
   if (!server) return tl::make_unexpected("there is no X server");
   if (auto checked = checkExtensions(*server); !checked) return tl::unexpected(checked.error());
   std::unique_ptr<XTestTyper> typer(
-      new XTestTyper(std::move(server), loop, ownKeys, std::move(onRefused)));
+      new XTestTyper(std::move(server), loop, ownKeys, lock, std::move(onRefused)));
   typer->watch_ =
       loop.watch(typer->server_->descriptor(), [self = typer.get()] { self->drainEvents(); });
   typer->keyboard_.giveBackLeftOvers();
@@ -63,9 +66,10 @@ tl::expected<std::unique_ptr<XTestTyper>, std::string> XTestTyper::open(Loop& lo
 }
 
 XTestTyper::XTestTyper(std::unique_ptr<XConnection> server, Loop& loop, OwnKeys& ownKeys,
-                       OnRefused onRefused)
+                       ScreenLock& lock, OnRefused onRefused)
     : server_(std::move(server)),
       loop_(loop),
+      lock_(lock),
       onRefused_(std::move(onRefused)),
       activeWindowAtom_(server_->atom("_NET_ACTIVE_WINDOW")),
       ping_(*server_),
@@ -122,7 +126,8 @@ void XTestTyper::remember(const FocusedWindow& window) {
 tl::expected<void, std::string> XTestTyper::prepare(const Text& next) {
   drainEvents();
   const auto window = focusedWindow(*server_, activeWindowAtom_);
-  const std::string_view why = whyNotTyped(*server_, window, next.window ? next.window : window);
+  const std::string_view why =
+      whyNotTyped(*server_, lock_, window, next.window ? next.window : window);
   if (!why.empty()) return tl::unexpected(std::string(why));
   keyboard_.giveBackLeftOvers();  // of a typer that ran when this one started
   keyboard_.releaseAll();         // a held key may switch the layout
@@ -145,7 +150,7 @@ tl::expected<void, std::string> XTestTyper::prepare(const Text& next) {
 bool XTestTyper::mayType(Step step) {
   drainEvents();  // the window may be gone
   const auto now = focusedWindow(*server_, activeWindowAtom_);
-  const std::string_view why = whyNotTyped(*server_, now, lastWindow_);
+  const std::string_view why = whyNotTyped(*server_, lock_, now, lastWindow_);
   if (!now && !server_->isBroken() && ++missingReplies_ <= kMaxFocusRetries) {
     runAfter(kFocusRetry, step);
     return false;

@@ -9,15 +9,17 @@
 #include "quillback/insertion/x11/TypingPlan.h"
 #include "quillback/keys/OwnKeys.h"
 #include "quillback/ports/Loop.h"
+#include "quillback/ports/ScreenLock.h"
 
 namespace voxtrel::quillback {
 
 /// Types texts, one after the other, each into the window that has the focus when `type` is called, with
 /// a space between two that go to the same window. Before each piece it checks that this window still
-/// has the focus; otherwise it refuses the rest. A newline in a text presses Return. A character missing
+/// has the focus and the screen is not locked; otherwise it refuses the rest. A newline in a text presses Return. A character missing
 /// from the layout is put on a spare key until the client has read it. Nothing blocks on clients.
 /// Destroying it restores the keyboard at once and drops the rest of the text.
-/// Thread: the loop's.  Owns: a connection to the server.  Borrows: Loop, OwnKeys (must outlive this).
+/// Thread: the loop's.  Owns: a connection to the server.  Borrows: Loop, OwnKeys, ScreenLock
+/// (must outlive this).
 /// Fails by: an error from `open`; later `onRefused` with what was not typed and the reason.
 class XTestTyper {
  public:
@@ -30,7 +32,7 @@ class XTestTyper {
 
   /// The error is for people.
   [[nodiscard]] static tl::expected<std::unique_ptr<XTestTyper>, std::string> open(
-      Loop& loop, OwnKeys& ownKeys, OnRefused onRefused);
+      Loop& loop, OwnKeys& ownKeys, ScreenLock& lock, OnRefused onRefused);
 
   /// Types the text in steps on the loop. `onEnd` is called when all of it was sent or refused.
   void type(
@@ -45,7 +47,7 @@ class XTestTyper {
     OnEnd onEnd;
   };
 
-  XTestTyper(std::unique_ptr<XConnection> server, Loop& loop, OwnKeys& ownKeys,
+  XTestTyper(std::unique_ptr<XConnection> server, Loop& loop, OwnKeys& ownKeys, ScreenLock& lock,
              OnRefused onRefused);
 
   void typeNextText();
@@ -70,6 +72,7 @@ class XTestTyper {
 
   std::unique_ptr<XConnection> server_;
   Loop& loop_;
+  ScreenLock& lock_;
   OnRefused onRefused_;
   xcb_atom_t activeWindowAtom_;
   WindowPing ping_;

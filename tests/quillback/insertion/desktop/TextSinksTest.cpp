@@ -19,12 +19,14 @@ class TextSinksTest : public PasteFixture {
     settings.insert = insert;
     return settings;
   }
+
+  test::FakeScreenLock lock_;
 };
 
 TEST_F(TextSinksTest, ClipboardCopiesAndPrintsOnceThatNotificationsFail) {
   setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent", 1);
   test::FakeOutput output;
-  TextSinks sinks(loop_, ownKeys_, output);
+  TextSinks sinks(loop_, ownKeys_, lock_, output);
   const auto sink = sinks.make(settingsFor(EngineSettings::Insert::clipboard), SessionKind::x11);
   sink->insert("one", [] {});
   EXPECT_TRUE(runUntil([&] { return !output.lines.empty(); }));
@@ -38,7 +40,7 @@ TEST_F(TextSinksTest, TheNotificationOfACopyHasTheWordsOnlyIfTheSettingsAskForIt
   const test::SessionBus bus;
   test::NotificationService service(loop_);
   test::FakeOutput output;
-  TextSinks sinks(loop_, ownKeys_, output);
+  TextSinks sinks(loop_, ownKeys_, lock_, output);
   EngineSettings settings = settingsFor(EngineSettings::Insert::clipboard);
   sinks.make(settings, SessionKind::x11)->insert("secret words", [] {});
   EXPECT_TRUE(runUntil([&] { return service.shown.size() == 1; }));
@@ -53,7 +55,7 @@ TEST_F(TextSinksTest, TheNotificationOfACopyHasTheWordsOnlyIfTheSettingsAskForIt
 TEST_F(TextSinksTest, WhatCannotBeTypedIsCopied) {
   setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent", 1);
   test::FakeOutput output;
-  TextSinks sinks(loop_, ownKeys_, output);
+  TextSinks sinks(loop_, ownKeys_, lock_, output);
   const auto sink = sinks.make(settingsFor(EngineSettings::Insert::type), SessionKind::x11);
   const auto server = XConnection::open();
   xcb_set_input_focus(server->get(), XCB_INPUT_FOCUS_NONE, XCB_NONE, XCB_CURRENT_TIME);
@@ -71,7 +73,7 @@ TEST_F(TextSinksTest, AfterAFocusChangeTheRestIsCopiedAndTheNotificationSaysWhyW
   test::NotificationService service(loop_);
   test::KeyWindows windows;
   test::FakeOutput output;
-  TextSinks sinks(loop_, ownKeys_, output);
+  TextSinks sinks(loop_, ownKeys_, lock_, output);
   const auto sink = sinks.make(settingsFor(EngineSettings::Insert::type), SessionKind::x11);
   std::string text;
   for (int i = 0; text.size() < 500; ++i) text += std::to_string(i);
@@ -95,7 +97,7 @@ TEST_F(TextSinksTest, UnderWaylandAFailedCopyIsAnErrorLine) {
   setenv("XDG_RUNTIME_DIR", "/nonexistent", 1);
   setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent", 1);
   test::FakeOutput output;
-  TextSinks sinks(loop_, ownKeys_, output);
+  TextSinks sinks(loop_, ownKeys_, lock_, output);
   sinks.make(settingsFor(EngineSettings::Insert::type), SessionKind::wayland)->insert("words", [] {
   });
   EXPECT_TRUE(runUntil([&] { return output.lines.size() == 2; }));
@@ -104,7 +106,7 @@ TEST_F(TextSinksTest, UnderWaylandAFailedCopyIsAnErrorLine) {
 
 TEST_F(TextSinksTest, NoneInsertsNothing) {
   test::FakeOutput output;
-  TextSinks sinks(loop_, ownKeys_, output);
+  TextSinks sinks(loop_, ownKeys_, lock_, output);
   sinks.make(settingsFor(EngineSettings::Insert::none), SessionKind::x11)->insert("words", [] {});
   runFor(kSettle);
   EXPECT_THAT(output.lines, IsEmpty());

@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "quillback/insertion/x11/XTestTyper.h"
+#include "support/FakeEnginePorts.h"
 #include "support/ScratchFolder.h"
 #include "support/X11Fixture.h"
 
@@ -35,9 +36,9 @@ class TypingFixture : public X11Fixture {
   }
   XTestTyper& typer() {
     if (!typer_) {
-      auto opened = XTestTyper::open(loop_, ownKeys_, [this](const auto& text, const auto& why) {
-        refused_.push_back(text + ": " + why);
-      });
+      auto opened = XTestTyper::open(
+          loop_, ownKeys_, lock_,
+          [this](const auto& text, const auto& why) { refused_.push_back(text + ": " + why); });
       if (!opened) throw std::runtime_error(opened.error());
       typer_ = std::move(*opened);
     }
@@ -74,6 +75,7 @@ class TypingFixture : public X11Fixture {
   }
 
   ScratchFolder folder_;
+  test::FakeScreenLock lock_;
   std::filesystem::path file_;
   std::optional<test::RunningProgram> field_;
   std::unique_ptr<XTestTyper> typer_;

@@ -192,6 +192,22 @@ TEST_F(XTestTyperTest, ALayoutChosenMeanwhileIsKept) {
   EXPECT_EQ(keymap(), chosen);
 }
 
+TEST_F(XTestTyperTest, ALockedScreenGetsNoMoreText) {
+  openField();
+  std::string text;
+  for (int i = 0; text.size() < 500; ++i) text += std::to_string(i);
+  typer().type(text);
+  ASSERT_TRUE(runUntil([&] { return !content().empty(); }));
+  lock_.locked = true;
+  ASSERT_TRUE(runUntil([&] { return typer().isIdle() && refused_.size() == 1; }));
+  runFor(kSettle);
+  EXPECT_LT(content().size(), text.size());
+  EXPECT_EQ(refused_.front(), text.substr(content().size()) + ": the screen is locked");
+  typer().type("more");
+  ASSERT_TRUE(runUntil([&] { return refused_.size() == 2; }));
+  EXPECT_EQ(refused_.back(), "more: the screen is locked");
+}
+
 TEST_F(XTestTyperTest, WithoutAFocusedWindowTheTextIsRefused) {
   const auto server = XConnection::open();
   xcb_set_input_focus(server->get(), XCB_INPUT_FOCUS_NONE, XCB_NONE, XCB_CURRENT_TIME);
@@ -225,7 +241,7 @@ TEST_F(XTestTyperTest, AServerThatHangsForAMomentGetsTheWholeText) {
 
 TEST_F(XTestTyperTest, AServerWithoutXTestIsAnError) {
   const test::VirtualDisplay poor({"-extension", "XTEST"});
-  const auto typer = XTestTyper::open(loop_, ownKeys_, nullptr);
+  const auto typer = XTestTyper::open(loop_, ownKeys_, lock_, nullptr);
   ASSERT_FALSE(typer);
   EXPECT_EQ(typer.error(), "the X server has no XTEST extension");
 }
