@@ -98,6 +98,10 @@ typedef NS_OPTIONS(NSUInteger, NSAutoresizingMaskOptions) {
 
 @interface NSCell : NSObject
 - (NSSize)cellSizeForBounds:(NSRect)bounds;
+- (void)performClick:(nullable id)sender;
+@end
+
+@interface NSButtonCell : NSCell
 @end
 
 typedef NS_ENUM(NSUInteger, NSControlSize) {
@@ -246,6 +250,7 @@ static const NSWindowLevel NSFloatingWindowLevel = 3;
 @property BOOL ignoresMouseEvents;
 @property NSWindowCollectionBehavior collectionBehavior;
 @property (nullable, readonly, weak) NSResponder* firstResponder;
+@property (nullable, strong) NSButtonCell* defaultButtonCell;
 @property (readonly) BOOL canBecomeKeyWindow;
 @property (readonly) BOOL canBecomeMainWindow;
 - (BOOL)makeFirstResponder:(nullable NSResponder*)responder;

@@ -24,23 +24,33 @@ void pass(AVAudioPCMBuffer* buffer, TapGate& gate) {
   gate.pass(passed);
 }
 
-/// Empty if it worked. AVAudioEngine raises where a format does not fit.
-std::optional<std::string> installTap(AVAudioInputNode* node, std::size_t bufferSizeFrames,
-                                      const std::shared_ptr<TapGate>& gate) {
+/// Empty if it worked.
+std::optional<std::string> start(AVAudioEngine* engine, std::size_t bufferSizeFrames,
+                                 const std::shared_ptr<TapGate>& gate) {
   const std::shared_ptr<TapGate> shared = gate;  // a block would keep only the reference
+  AVAudioInputNode* const node = engine.inputNode;
   AVAudioFormat* const format = [node outputFormatForBus:kBus];
   if (format.sampleRate <= 0 || format.channelCount == 0) return "there is no input device";
+  [node installTapOnBus:kBus
+             bufferSize:static_cast<AVAudioFrameCount>(bufferSizeFrames)
+                 format:format
+                  block:^(AVAudioPCMBuffer* buffer, AVAudioTime*) {
+                    pass(buffer, *shared);
+                  }];
+  NSError* error = nil;
+  if ([engine startAndReturnError:&error]) return {};
+  [node removeTapOnBus:kBus];
+  return describe(error);
+}
+
+/// AVAudioEngine raises where its device does not fit.
+std::optional<std::string> startCaught(AVAudioEngine* engine, std::size_t bufferSizeFrames,
+                                       const std::shared_ptr<TapGate>& gate) {
   @try {
-    [node installTapOnBus:kBus
-               bufferSize:static_cast<AVAudioFrameCount>(bufferSizeFrames)
-                   format:format
-                    block:^(AVAudioPCMBuffer* buffer, AVAudioTime*) {
-                      pass(buffer, *shared);
-                    }];
+    return start(engine, bufferSizeFrames, gate);
   } @catch (NSException* exception) {
     return toString(exception.reason);
   }
-  return {};
 }
 
 /// A running engine with a tap on its input.
@@ -83,14 +93,8 @@ std::unique_ptr<MicrophoneTap> AudioEngineMicrophone::openTap(MicrophoneTapOptio
   const std::size_t bufferSizeFrames = options.bufferSizeFrames;
   const auto gate = std::make_shared<TapGate>(std::move(options));
   auto* const engine = [[AVAudioEngine alloc] init];
-  if (auto reason = installTap(engine.inputNode, bufferSizeFrames, gate)) {
+  if (auto reason = startCaught(engine, bufferSizeFrames, gate)) {
     gate->fail(std::move(*reason));
-    return nullptr;
-  }
-  NSError* error = nil;
-  if (![engine startAndReturnError:&error]) {
-    [engine.inputNode removeTapOnBus:kBus];
-    gate->fail(describe(error));
     return nullptr;
   }
   return std::make_unique<AudioEngineTap>(engine, gate);

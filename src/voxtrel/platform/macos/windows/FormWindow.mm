@@ -59,12 +59,22 @@ bool isCommand(NSEvent* event, NSString* letter) {
 }
 
 - (void)keyDown:(NSEvent*)event {
-  if (isReturn(event) && [self.firstResponder isKindOfClass:NSButton.class]) {
-    if (!event.isARepeat) [static_cast<NSButton*>(self.firstResponder) performClick:nil];
+  if (isReturn(event)) {
+    if (!event.isARepeat) [self handleReturn:event];
   } else if (is(event, @"\x1b")) {
     [self performClose:nil];
   } else {
     [super keyDown:event];
+  }
+}
+
+/// For the default button, unless there is none. Pickers and checkboxes are buttons too.
+- (void)handleReturn:(NSEvent*)event {
+  if ([super performKeyEquivalent:event]) return;
+  if (self.defaultButtonCell != nil) {
+    [self.defaultButtonCell performClick:nil];
+  } else if ([self.firstResponder isKindOfClass:NSButton.class]) {
+    [static_cast<NSButton*>(self.firstResponder) performClick:nil];
   }
 }
 

@@ -96,6 +96,20 @@ TEST_F(AudioEngineMicrophoneTest, ReportsThatThereIsNoDevice) {
   EXPECT_TRUE(startedEngines().empty());
 }
 
+BOOL startRaising(id, SEL, NSError**) {
+  [NSException raise:@"com.apple.coreaudio.avfaudio" format:@"required condition is false"];
+  return NO;
+}
+
+TEST_F(AudioEngineMicrophoneTest, ReportsWhatTheEngineRaises) {
+  const Method method =
+      class_getInstanceMethod(AVAudioEngine.class, @selector(startAndReturnError:));
+  const IMP before = method_setImplementation(method, reinterpret_cast<IMP>(startRaising));
+  EXPECT_FALSE(open());
+  method_setImplementation(method, before);
+  EXPECT_EQ(failures, std::vector<std::string>{"required condition is false"});
+}
+
 TEST_F(AudioEngineMicrophoneTest, ReportsOnceThatTheDeviceHasChangedAndDeliversNothingMore) {
   const auto tap = open();
   for (int times = 0; times < 2; ++times) {

@@ -134,6 +134,16 @@ TEST_F(SettingsFormTest, SavesOnReturnWhateverHasTheFocus) {
   }
 }
 
+TEST_F(SettingsFormTest, SavesOnAReturnThatTheFocusedControlPassesOn) {
+  openSettings();
+  for (NSView* view : std::vector<NSView*>{pickers()[0], checkBox()}) {
+    [native() makeFirstResponder:view];
+    [native() keyDown:keyDown(native(), @"\r")];
+  }
+  EXPECT_EQ(saves, 2);
+  EXPECT_EQ(checkBox().state, NSControlStateValueOff);
+}
+
 TEST_F(SettingsFormTest, SavesOnceWhileReturnIsHeld) {
   openSettings();
   press(native(), @"\r");
