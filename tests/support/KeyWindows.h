@@ -32,12 +32,14 @@ class KeyWindows {
     sync();
   }
 
-  /// How many keys the window has got since the last reset.
+  /// How many keys other than Shift the window has got since the last reset.
   std::size_t keys(std::size_t which) {
     sync();
     while (const auto event = server_->nextEvent()) {
       if (eventType(*event) != XCB_KEY_PRESS) continue;
-      ++counts_[eventAs<xcb_key_press_event_t>(*event).event == windows_[0] ? 0 : 1];
+      const auto& press = eventAs<xcb_key_press_event_t>(*event);
+      if (press.detail == kLeftShift || press.detail == kRightShift) continue;
+      ++counts_[press.event == windows_[0] ? 0 : 1];
     }
     return counts_.at(which);
   }
@@ -49,6 +51,9 @@ class KeyWindows {
   }
 
  private:
+  static constexpr xcb_keycode_t kLeftShift = 50;
+  static constexpr xcb_keycode_t kRightShift = 62;
+
   void sync() { server_->reply<xcb_get_input_focus_reply_t>(xcb_get_input_focus(server_->get())); }
 
   std::unique_ptr<XConnection> server_;

@@ -4,7 +4,6 @@
 #include <xkbcommon/xkbcommon.h>
 
 #include <algorithm>
-#include <array>
 #include <set>
 #include <span>
 #include <utility>
@@ -18,6 +17,16 @@ namespace {
 constexpr std::uint8_t kLocks = XCB_MOD_MASK_SHIFT | XCB_MOD_MASK_LOCK | XCB_MOD_MASK_CONTROL |
                                 XCB_MOD_MASK_1 | XCB_MOD_MASK_4 | XCB_MOD_MASK_5;
 constexpr std::uint8_t kAllModifiers = 0xFF;
+
+/// Each key with each character that it may write.
+template <typename Assignment>
+std::vector<std::pair<std::uint8_t, xcb_keysym_t>> flattened(const Assignment& assignment) {
+  std::vector<std::pair<std::uint8_t, xcb_keysym_t>> all;
+  for (const auto& [code, levels] : assignment) {
+    for (const xcb_keysym_t keysym : levels) all.emplace_back(code, keysym);
+  }
+  return all;
+}
 
 /// Whether a key writes one of `characters` and nothing else.
 bool writesOnly(const xcb_get_keyboard_mapping_reply_t& key,
@@ -45,10 +54,10 @@ void TypingKeyboard::giveBackLeftOvers() {
   server_.flush();
 }
 
-void TypingKeyboard::record(const Spares& more) const {
-  BorrowedKeys::Record record{.locks = locksTurnedOff_,
-                              .spares = {assigned_.begin(), assigned_.end()}};
-  record.spares.insert(record.spares.end(), more.begin(), more.end());
+void TypingKeyboard::record(const Assignment& more) const {
+  BorrowedKeys::Record record{.locks = locksTurnedOff_, .spares = flattened(assigned_)};
+  const Spares added = flattened(more);
+  record.spares.insert(record.spares.end(), added.begin(), added.end());
   borrowed_.write(record);
 }
 
@@ -105,27 +114,24 @@ void TypingKeyboard::turnLocksOn(std::uint8_t locks) {
   xcb_xkb_latch_lock_state(server_.get(), XCB_XKB_ID_USE_CORE_KBD, locks, locks, 0, 0, 0, 0, 0);
 }
 
-void TypingKeyboard::map(std::uint8_t code, xcb_keysym_t keysym) {
-  const std::array<xcb_keysym_t, 2> levels = {keysym, keysym};
+void TypingKeyboard::map(std::uint8_t code, const Levels& levels) {
   xcb_change_keyboard_mapping(server_.get(), 1, code, static_cast<std::uint8_t>(levels.size()),
                               levels.data());
 }
 
-void TypingKeyboard::assignSpares(const std::map<std::uint8_t, char32_t>& characters) {
-  Spares changes;
-  for (const auto& [code, character] : characters) {
-    const xcb_keysym_t keysym = xkb_utf32_to_keysym(character);
+void TypingKeyboard::assignSpares(const std::map<std::uint8_t, SpareCharacters>& characters) {
+  Assignment changes;
+  for (const auto& [code, wanted] : characters) {
+    const Levels levels = {xkb_utf32_to_keysym(wanted.plain), xkb_utf32_to_keysym(wanted.shifted)};
     // Each change makes every program on the desktop read its keymap again.
-    if (const auto old = assigned_.find(code); old != assigned_.end() && old->second == keysym) {
-      continue;
-    }
-    changes.emplace_back(code, keysym);
+    const auto old = assigned_.find(code);
+    if (old == assigned_.end() || old->second != levels) changes.emplace(code, levels);
   }
   if (changes.empty()) return;
   record(changes);  // with the old characters, which the keys still write
-  for (const auto& [code, keysym] : changes) {
-    map(code, keysym);
-    assigned_[code] = keysym;
+  for (const auto& [code, levels] : changes) {
+    map(code, levels);
+    assigned_[code] = levels;
   }
   record();
   server_.flush();
@@ -140,13 +146,13 @@ void TypingKeyboard::giveBack(const Spares& spares) {
   }
   for (const auto& [code, request] : requests) {
     const auto current = server_.reply<xcb_get_keyboard_mapping_reply_t>(request);
-    if (!current || writesOnly(*current, ours[code])) map(code, XCB_NO_SYMBOL);
+    if (!current || writesOnly(*current, ours[code])) map(code, {XCB_NO_SYMBOL, XCB_NO_SYMBOL});
   }
 }
 
 void TypingKeyboard::restoreSpares() {
   if (assigned_.empty()) return;
-  giveBack({assigned_.begin(), assigned_.end()});
+  giveBack(flattened(assigned_));
   assigned_.clear();
   record();
   server_.flush();

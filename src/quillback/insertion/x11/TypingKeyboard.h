@@ -1,11 +1,13 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <map>
 
 #include "common/x11/XConnection.h"
 #include "quillback/insertion/x11/BorrowedKeys.h"
 #include "quillback/insertion/x11/KeyTable.h"
+#include "quillback/insertion/x11/TypingPlan.h"
 #include "quillback/keys/OwnKeys.h"
 
 namespace voxtrel::quillback {
@@ -33,14 +35,17 @@ class TypingKeyboard {
   /// Turns on again what releaseAll turned off.
   void restoreLocks();
 
-  /// Makes these keys write these characters, with Shift or without.
-  void assignSpares(const std::map<std::uint8_t, char32_t>& characters);
+  /// Makes these keys write these characters.
+  void assignSpares(const std::map<std::uint8_t, SpareCharacters>& characters);
   /// Makes the spare keys do nothing again, except those that a new keymap uses.
   void restoreSpares();
   bool hasAssignedSpares() const { return !assigned_.empty(); }
 
  private:
   using Spares = std::vector<std::pair<std::uint8_t, xcb_keysym_t>>;
+  /// Without and with Shift.
+  using Levels = std::array<xcb_keysym_t, 2>;
+  using Assignment = std::map<std::uint8_t, Levels>;
 
   void releaseHeldKeys();
   void turnLocksOff();
@@ -48,15 +53,15 @@ class TypingKeyboard {
   /// Makes those keys do nothing that still write what `spares` says.
   void giveBack(const Spares& spares);
   /// Records what is changed now, and `more`.
-  void record(const Spares& more = {}) const;
+  void record(const Assignment& more = {}) const;
   void send(std::uint8_t code, bool isDown);
-  void map(std::uint8_t code, xcb_keysym_t keysym);
+  void map(std::uint8_t code, const Levels& levels);
 
   const XConnection& server_;
   OwnKeys& ownKeys_;
   BorrowedKeys borrowed_;
   std::uint8_t locksTurnedOff_ = 0;
-  std::map<std::uint8_t, xcb_keysym_t> assigned_;
+  Assignment assigned_;
 };
 
 }  // namespace voxtrel::quillback

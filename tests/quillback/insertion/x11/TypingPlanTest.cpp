@@ -9,6 +9,8 @@ using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::SizeIs;
 
+using Spares = std::map<std::uint8_t, SpareCharacters>;
+
 KeyTable smallTable() {
   return {
       .strokes = {{U'a', {38, false, false}}, {U'A', {38, true, false}}, {U'@', {24, false, true}}},
@@ -28,17 +30,35 @@ TEST(TypingPlanTest, CharactersOfTheLayoutNeedNoSpareKey) {
 TEST(TypingPlanTest, ACharacterMissingFromTheLayoutGetsOneSpareKey) {
   const auto plan = planTyping(U"жaж", smallTable());
   ASSERT_THAT(plan, SizeIs(1));
-  EXPECT_EQ(plan[0].spares, (std::map<std::uint8_t, char32_t>{{93, U'ж'}}));
+  EXPECT_EQ(plan[0].spares, (Spares{{93, {U'ж', U'ж'}}}));
   EXPECT_THAT(plan[0].strokes, ElementsAre(KeyStroke{93}, KeyStroke{38}, KeyStroke{93}));
 }
 
-TEST(TypingPlanTest, MoreCharactersThanSpareKeysGoInBatches) {
-  const auto plan = planTyping(U"жшaя", smallTable());
+TEST(TypingPlanTest, MoreCharactersThanSpareKeysGoToTheSecondLevels) {
+  const auto plan = planTyping(U"жшaяжя", smallTable());
+  ASSERT_THAT(plan, SizeIs(1));
+  EXPECT_EQ(plan[0].spares, (Spares{{93, {U'ж', U'я'}}, {97, {U'ш', U'ш'}}}));
+  EXPECT_THAT(plan[0].strokes,
+              ElementsAre(KeyStroke{93}, KeyStroke{97}, KeyStroke{38}, KeyStroke{93, true},
+                          KeyStroke{93}, KeyStroke{93, true}));
+}
+
+TEST(TypingPlanTest, MoreCharactersThanLevelsGoInBatches) {
+  const auto plan = planTyping(U"жшяюэж", smallTable());
   ASSERT_THAT(plan, SizeIs(2));
-  EXPECT_EQ(plan[0].spares, (std::map<std::uint8_t, char32_t>{{93, U'ж'}, {97, U'ш'}}));
+  EXPECT_EQ(plan[0].spares, (Spares{{93, {U'ж', U'я'}}, {97, {U'ш', U'ю'}}}));
+  EXPECT_EQ(plan[1].spares, (Spares{{93, {U'э', U'э'}}, {97, {U'ж', U'ж'}}}));
+  EXPECT_THAT(plan[1].strokes, ElementsAre(KeyStroke{93}, KeyStroke{97}));
+}
+
+TEST(TypingPlanTest, WithoutAShiftKeyASpareKeyHasOneCharacter) {
+  KeyTable table = smallTable();
+  table.shiftCode = 0;
+  const auto plan = planTyping(U"жшaя", table);
+  ASSERT_THAT(plan, SizeIs(2));
+  EXPECT_EQ(plan[0].spares, (Spares{{93, {U'ж', U'ж'}}, {97, {U'ш', U'ш'}}}));
   EXPECT_THAT(plan[0].strokes, ElementsAre(KeyStroke{93}, KeyStroke{97}, KeyStroke{38}));
-  EXPECT_EQ(plan[1].spares, (std::map<std::uint8_t, char32_t>{{93, U'я'}}));
-  EXPECT_THAT(plan[1].strokes, ElementsAre(KeyStroke{93}));
+  EXPECT_EQ(plan[1].spares, (Spares{{93, {U'я', U'я'}}}));
 }
 
 TEST(TypingPlanTest, WithoutSpareKeysSuchATextHasNoPlan) {
