@@ -27,11 +27,18 @@ std::string betterWay(DesktopFamily desktop) {
          "X11 session, or ";
 }
 
+/// The engine's reason as a sentence, with a space behind it.
+std::string sentence(std::string reason) {
+  if (reason.empty()) return reason;
+  if (reason[0] >= 'a' && reason[0] <= 'z') reason[0] = static_cast<char>(reason[0] - 'a' + 'A');
+  return reason + ". ";
+}
+
 }  // namespace
 
 UserNotification keyHiddenNotification(SessionKind session, DesktopFamily desktop,
                                        const std::string& reason) {
-  const std::string why = reason.empty() ? "" : reason + ". ";
+  const std::string why = sentence(reason);
   return {.identifier = "org.voxtrel.Voxtrel.keyHidden",
           .title = "Voxtrel cannot see the push-to-talk key",
           .body = session == SessionKind::x11 ? kNoXInput : why + betterWay(desktop) + kGroup,

@@ -147,6 +147,14 @@ TEST(KeyHiddenTest, everyWaylandDesktopIsToldOfTheGroupAndX11AndOfAWayOfItsOwn) 
   }
 }
 
+TEST(KeyHiddenTest, theReasonIsTheFirstSentence) {
+  const auto body = [](const std::string& reason) {
+    return keyHiddenNotification(SessionKind::wayland, DesktopFamily::gnome, reason).body;
+  };
+  EXPECT_THAT(body("the key is hidden"), StartsWith("The key is hidden. GNOME hides"));
+  EXPECT_THAT(body(""), StartsWith("GNOME hides"));
+}
+
 TEST(EngineCheckTest, onlyStatusOneMeansThatTheKeyCannotBeSeen) {
   constexpr bool kExited = true;
   EXPECT_TRUE(keyAnswer(kExited, 0, "key: yes, Right Cmd by the keyboards\n").isSeen);
