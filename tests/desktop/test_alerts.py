@@ -243,9 +243,9 @@ class Keyboard(AlertCase):
     def test_an_engine_that_does_not_end_at_the_question_counts_too_and_is_ended(self):
         self.app.check.at_start("ignore-term", "wait")
         self.begin(XDG_SESSION_TYPE="wayland")
-        self.app.engine.wait_for_starts(1)
+        self.app.engine.wait_for_starts(1, limit_s=20)
         self.assert_one_start()
-        eventually(lambda: not self.app.check.running(), "the end of the engine that was asked")
+        eventually(lambda: not self.app.check.running(), "the end of the engines that were asked", 15)
 
     def test_a_request_to_end_while_it_waits_is_obeyed(self):
         self.refuse_keyboard()
