@@ -135,7 +135,7 @@ struct Transcript {
 };
 
 Transcript transcribeSound(NotedSound& sound, const Samples& first, RecogniserBackend& backend,
-                      Output& notes) {
+                           Output& notes) {
   FileTranscriber transcriber(backend, notes);
   transcriber.add(first);
   for (;;) {
