@@ -7,44 +7,20 @@
 #include <vector>
 
 #import "rig_audio.h"
-#include "support/macos/Controls.h"
+#include "support/macos/StartedEngines.h"
 #include "voxtrel/platform/macos/sound/AudioEngineMicrophone.h"
 
 namespace voxtrel::testing {
 namespace {
 
-/// Every engine that was started, in order.
-std::vector<WeakObject>& startedEngines() {
-  static std::vector<WeakObject> engines;
-  return engines;
-}
-
-using Start = BOOL (*)(id, SEL, NSError**);
-Start originalStart = nullptr;
-
-BOOL startObserved(id engine, SEL command, NSError** error) {
-  startedEngines().push_back({engine});
-  return originalStart(engine, command, error);
-}
-
 class AudioEngineMicrophoneTest : public ::testing::Test {
  protected:
-  AudioEngineMicrophoneTest() {
-    if (originalStart == nullptr) {
-      originalStart = reinterpret_cast<Start>(method_setImplementation(
-          class_getInstanceMethod(AVAudioEngine.class, @selector(startAndReturnError:)),
-          reinterpret_cast<IMP>(startObserved)));
-    }
-    startedEngines().clear();
-  }
   ~AudioEngineMicrophoneTest() override {
     [RigAudio setStartError:nil];
     [RigAudio setHardwareRate:48000];
   }
 
-  static AVAudioEngine* engine() {
-    return startedEngines().empty() ? nil : startedEngines().back().object;
-  }
+  static AVAudioEngine* engine() { return StartedEngines::newest(); }
   static void feed(AVAudioEngine* engine, std::size_t frames) {
     const std::vector<float> samples(frames, 0.5F);
     [RigAudio feed:engine samples:samples.data() count:samples.size()];
@@ -62,6 +38,7 @@ class AudioEngineMicrophoneTest : public ::testing::Test {
     return microphone.openTap(std::move(options));
   }
 
+  const StartedEngines started;
   AudioEngineMicrophone microphone;
   std::vector<std::size_t> lengths;
   std::vector<std::string> failures;
@@ -93,7 +70,7 @@ TEST_F(AudioEngineMicrophoneTest, ReportsThatThereIsNoDevice) {
   [RigAudio setHardwareRate:0];
   EXPECT_FALSE(open());
   EXPECT_EQ(failures, std::vector<std::string>{"there is no input device"});
-  EXPECT_TRUE(startedEngines().empty());
+  EXPECT_TRUE(StartedEngines::all().empty());
 }
 
 BOOL startRaising(id, SEL, NSError**) {
@@ -162,8 +139,8 @@ TEST_F(AudioEngineMicrophoneTest, LeavesNothingBehindInAThousandRounds) {
       ASSERT_TRUE(tap);
     }
   }
-  EXPECT_EQ(startedEngines().size(), kRounds);
-  EXPECT_EQ(countAlive(startedEngines()), 0U);
+  EXPECT_EQ(StartedEngines::all().size(), kRounds);
+  EXPECT_EQ(countAlive(StartedEngines::all()), 0U);
 }
 
 }  // namespace
