@@ -32,8 +32,10 @@ bool SessionKeyTrust::askX() {
 }
 
 bool SessionKeyTrust::askEngine() {
+  if (std::exchange(isNews_, false)) return true;
   if (!std::exchange(isEngineAsked_, true)) {
     sources_.askEngine([this](const KeyAnswer& answer) { onEngineReply(answer); });
+    isNews_ = false;  // a reply at once is returned right here
   }
   return isSeen_;
 }
@@ -41,6 +43,7 @@ bool SessionKeyTrust::askEngine() {
 void SessionKeyTrust::onEngineReply(const KeyAnswer& answer) {
   isEngineAsked_ = false;
   isSeen_ = answer.isSeen;
+  isNews_ = isSeen_;
   settlePrompt(answer);
 }
 

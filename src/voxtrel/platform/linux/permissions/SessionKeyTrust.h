@@ -44,6 +44,7 @@ class SessionKeyTrust final : public AccessibilityTrust {
   Notifications& notifications_;
   bool isEngineAsked_ = false;  ///< and has not replied yet
   bool isSeen_ = false;         ///< its newest reply
+  bool isNews_ = false;         ///< a late "yes", not returned yet: the next call need not ask
   Prompt prompt_ = Prompt::none;
   Sources sources_;  ///< last, so that questions without a reply end first
 };

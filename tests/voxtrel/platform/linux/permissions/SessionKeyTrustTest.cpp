@@ -88,6 +88,8 @@ TEST_F(WaylandSessionFixture, usesTheEnginesNewestReplyAndAsksAgain) {
   EXPECT_FALSE(trust.isTrusted(false));
   engineReplies(kSeen);
   EXPECT_TRUE(trust.isTrusted(false));
+  EXPECT_EQ(engineCalls, 1) << "the reply came between the questions";
+  EXPECT_TRUE(trust.isTrusted(false));
   EXPECT_EQ(engineCalls, 2);
   engineReplies(kNotSeen);
   EXPECT_FALSE(trust.isTrusted(false));
