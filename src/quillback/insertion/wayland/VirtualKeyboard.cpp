@@ -25,6 +25,7 @@ FileDescriptor keymapFile(const std::string& text) {
 /// How long the X server within the compositor and its clients get to read a changed keymap. Keys that
 /// arrive earlier are lost or read by the old one.
 constexpr std::chrono::milliseconds kKeymapDelay{25};
+constexpr std::chrono::milliseconds kPieceInterval{10};
 /// How long clients get to read typed keys before the keys mean something else.
 constexpr std::chrono::milliseconds kReadTime{100};
 
@@ -126,6 +127,11 @@ std::size_t VirtualKeyboard::prepareKeys() {
   return 0;
 }
 
+/// Between pieces the client gets time to read: a compositor ends a client that has too much unread.
+void VirtualKeyboard::continueText() {
+  typed_ == characters_.size() ? typePiece() : typePieceIn(kPieceInterval);
+}
+
 void VirtualKeyboard::typePiece() {
   timer_.reset();
   if (texts_.empty()) return;
@@ -145,7 +151,7 @@ void VirtualKeyboard::typePiece() {
   }
   isFresh_ = false;
   typed_ += count;
-  after(&VirtualKeyboard::typePiece);
+  after(&VirtualKeyboard::continueText);
 }
 
 void VirtualKeyboard::endText() {

@@ -53,6 +53,7 @@ class VirtualKeyboard {
   void sendKeymap();
   void beginText();
   void typePiece();
+  void continueText();
   void typePieceIn(std::chrono::milliseconds delay);
   std::size_t prepareKeys();
   void endText();
