@@ -1,6 +1,15 @@
 # The macOS adapters: on a Mac against its own frameworks, elsewhere against the rig's work-alikes. One test
 # of CTest's for each source, named as its suite; all sources make one program.
 file(GLOB_RECURSE macos_sources CONFIGURE_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/voxtrel/platform/macos/*.mm")
+if(APPLE)
+  # What a test must grant or refuse, only the rig's doubles let it.
+  foreach(source IN LISTS macos_sources)
+    file(STRINGS "${source}" doubles REGEX "\"rig_")
+    if(doubles)
+      list(REMOVE_ITEM macos_sources "${source}")
+    endif()
+  endforeach()
+endif()
 set(run_macos "${python}" "${CMAKE_CURRENT_SOURCE_DIR}/support/macos/run.py")
 
 if(TARGET voxtrel_macos_sdk)
@@ -10,7 +19,7 @@ if(TARGET voxtrel_macos_sdk)
   target_include_directories(macos_tests PRIVATE "${CMAKE_CURRENT_SOURCE_DIR}")
   target_link_libraries(macos_tests PRIVATE ${macos_rooms} voxtrel_overlay voxtrel_macos_sdk GTest::gtest GTest::gmock
                                             voxtrel_warnings)
-  set_target_properties(macos_tests PROPERTIES LINKER_LANGUAGE OBJCXX)
+  set_target_properties(macos_tests PROPERTIES LINKER_LANGUAGE OBJCXX VOXTREL_MACOS ON)
   # The macros of the test framework, in Objective-C++.
   target_compile_options(macos_tests PRIVATE -Wno-gnu-zero-variadic-macro-arguments)
   list(APPEND run_macos --program $<TARGET_FILE:macos_tests>)
@@ -24,6 +33,28 @@ endif()
 if(sanitized)
   return()
 endif()
+
+# Children, with macOS's way to end them with the application. On a Mac these are the "child" tests.
+if(TARGET voxtrel_macos_shims)
+  file(GLOB sources CONFIGURE_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/voxtrel/platform/posix/*.cpp")
+  add_executable(macos_child_tests ${sources})
+  target_link_libraries(macos_child_tests PRIVATE voxtrel_test_support voxtrel_supervisor voxtrel_download
+                                                  voxtrel_platform_posix)
+  add_executable(macos-engine-owner support/engine_owner/EngineOwner.cpp)
+  target_link_libraries(macos-engine-owner PRIVATE voxtrel_platform_posix voxtrel_warnings)
+  set_target_properties(macos_child_tests macos-engine-owner
+                        PROPERTIES VOXTREL_MACOS ON LINKER_LANGUAGE OBJCXX UNITY_BUILD OFF)
+  add_dependencies(macos_child_tests scripted-engine macos-engine-owner)
+  target_compile_definitions(
+    macos_child_tests PRIVATE SCRIPTED_ENGINE="$<TARGET_FILE:scripted-engine>"
+                              ENGINE_OWNER="$<TARGET_FILE:macos-engine-owner>")
+  foreach(suite EndingTest InheritanceTest OutputTest OwnershipTest StartFailureTest)
+    add_test(NAME macos.child.${suite} COMMAND macos_child_tests --gtest_filter=${suite}.*)
+    set_tests_properties(macos.child.${suite} PROPERTIES LABELS macos TIMEOUT 120)
+    set_property(TEST macos.child.${suite} PROPERTY ENVIRONMENT "LD_LIBRARY_PATH=${rig_prefix}/lib")
+  endforeach()
+endif()
+
 foreach(source IN LISTS macos_sources)
   get_filename_component(suite "${source}" NAME_WE)
   file(STRINGS "${source}" strangers REGEX "^TEST")

@@ -14,6 +14,8 @@ UNIT_LINES = 40
 # serves. A port may be shorter. So may these, each for its reason.
 SMALL_UNITS = {
     "src/common/posix/FileDescriptor": "used by both programs",
+    "src/common/posix/linux/SystemPipe": "one system call, another one on each system",
+    "src/common/posix/macos/SystemPipe": "the same",
     "src/common/x11/XcbXkb": "works around a C header; four users",
     "src/quillback/recognition/no_whisper/NoWhisper": "stands in for a library that is not installed",
     "src/voxtrel/platform/linux/dbus/DBusStructure": "used by the item and by the menu",

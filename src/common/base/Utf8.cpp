@@ -79,7 +79,7 @@ bool isUnspacedScript(char32_t character) {
                                              {0x3040, 0x30FF},  // Hiragana, Katakana
                                              {0x3400, 0x9FFF},  // Han
                                              {0x20000, 0x3FFFF}}};
-  return std::ranges::any_of(kRanges, [character](const Range& range) {
+  return std::any_of(kRanges.begin(), kRanges.end(), [character](const Range& range) {
     return range.first <= character && character <= range.last;
   });
 }

@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 
-#include <array>
 #include <cerrno>
 
 namespace voxtrel {
@@ -24,8 +23,7 @@ tl::unexpected<std::error_code> lastError() {
 
 tl::expected<Pipe, std::error_code> Pipe::open() {
   std::array<int, 2> ends{};
-  // Not pipe(): another thread could start a child before we mark the ends.
-  if (::pipe2(ends.data(), O_CLOEXEC) != 0) return lastError();
+  if (openPipe(ends) != 0) return lastError();
   Pipe pipe{FileDescriptor(ends[0]), FileDescriptor(ends[1])};
   for (FileDescriptor* end : {&pipe.readEnd, &pipe.writeEnd}) {
     *end = aboveStandardStreams(std::move(*end));

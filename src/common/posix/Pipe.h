@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <system_error>
 
 #include <tl/expected.hpp>
@@ -16,5 +17,9 @@ struct Pipe {
   FileDescriptor readEnd;
   FileDescriptor writeEnd;
 };
+
+/// The system's way to make a pipe whose ends no program inherits; defined in the system's folder.
+/// Returns 0, or -1 with errno.
+int openPipe(std::array<int, 2>& ends);
 
 }  // namespace voxtrel

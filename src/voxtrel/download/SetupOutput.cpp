@@ -100,7 +100,7 @@ std::size_t decimalDigitLength(std::string_view text) {
   if (static_cast<unsigned char>(text[0]) < 0x80) return text[0] >= '0' && text[0] <= '9' ? 1 : 0;
   const Utf8Character character = firstCharacter(text);
   if (character.length == 0) return 0;
-  const auto* after = std::ranges::upper_bound(kZeros, character.code);
+  const auto* after = std::upper_bound(kZeros.begin(), kZeros.end(), character.code);
   if (after == kZeros.begin()) return 0;
   return character.code - *(after - 1) <= kLargestDigit ? character.length : 0;
 }

@@ -15,7 +15,7 @@ constexpr std::string_view kWrittenModel = "large-v3";
 
 constexpr auto kHotkeyChoices = [] {
   std::array<Choice<std::string_view>, kHotkeys.size()> choices{};
-  std::ranges::transform(kHotkeys, choices.begin(), [](const Hotkey& hotkey) {
+  std::transform(kHotkeys.begin(), kHotkeys.end(), choices.begin(), [](const Hotkey& hotkey) {
     return Choice<std::string_view>{hotkey.choice, hotkey.name};
   });
   return choices;
@@ -55,8 +55,8 @@ constexpr std::array<Choice<bool>, 2> kOutputChoices = {{
 /// The first row with this value; 0 if there is none.
 template <typename Table, typename Value>
 std::size_t indexOf(const Table& table, const Value& value) {
-  const auto found =
-      std::ranges::find_if(table, [&value](const auto& row) { return row.value == value; });
+  const auto found = std::find_if(table.begin(), table.end(),
+                                  [&value](const auto& row) { return row.value == value; });
   return found == table.end() ? 0 : static_cast<std::size_t>(found - table.begin());
 }
 

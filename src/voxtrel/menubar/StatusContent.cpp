@@ -21,7 +21,8 @@ constexpr std::array<Appearance, 5> kAppearances = {{
 }};
 
 const Appearance& appearanceOf(AppState state) {
-  return *std::ranges::find(kAppearances, state, &Appearance::state);
+  return *std::find_if(kAppearances.begin(), kAppearances.end(),
+                       [state](const Appearance& row) { return row.state == state; });
 }
 
 }  // namespace

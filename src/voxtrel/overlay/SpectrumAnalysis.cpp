@@ -26,7 +26,7 @@ void SpectrumAnalysis::applyWindow(std::span<const float> samples) {
   const std::span<float> windowed(windowed_);
   math_.multiply(samples.first(count), std::span<const float>(hannWindow_).first(count),
                  windowed.first(count));
-  std::ranges::fill(windowed.subspan(count), 0.0F);
+  std::fill(windowed_.begin() + static_cast<std::ptrdiff_t>(count), windowed_.end(), 0.0F);
 }
 
 void SpectrumAnalysis::transform() {

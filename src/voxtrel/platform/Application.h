@@ -54,6 +54,9 @@ class ApplicationBundle {
 /// Thread: the main thread.
 class Updater {
  public:
+  /// The menu's name for `checkForUpdates`, for a platform whose updater is a menu row's target.
+  static constexpr const char* kCheckForUpdates = "checkForUpdates";
+
   virtual ~Updater() = default;
 
   virtual void checkForUpdates() = 0;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <string>
 #include <string_view>
 
 namespace voxtrel {
@@ -20,6 +21,13 @@ class Log {
 
   /// `category` names the subsystem: "process", "main", "audio" or "ui".
   virtual void write(LogLevel level, std::string_view category, std::string_view message) = 0;
+
+  /// A message that ends with `privatePart`, such as a path or what the engine printed. Only a
+  /// platform whose log can hide it from others treats it in another way.
+  virtual void writePrivate(LogLevel level, std::string_view category, std::string_view message,
+                            std::string_view privatePart) {
+    write(level, category, std::string(message).append(privatePart));
+  }
 };
 
 /// The log with one source unit's category.
@@ -30,7 +38,12 @@ class Logger {
 
   void info(std::string_view message) const { log_.write(LogLevel::info, category_, message); }
   void error(std::string_view message) const { log_.write(LogLevel::error, category_, message); }
-  void debug(std::string_view message) const { log_.write(LogLevel::debug, category_, message); }
+  void errorWithPrivate(std::string_view message, std::string_view privatePart) const {
+    log_.writePrivate(LogLevel::error, category_, message, privatePart);
+  }
+  void debugPrivate(std::string_view message) const {
+    log_.writePrivate(LogLevel::debug, category_, "", message);
+  }
   bool isDebugEnabled() const { return log_.isEnabled(LogLevel::debug); }
   bool keepsWords() const { return log_.keepsWords(); }
 

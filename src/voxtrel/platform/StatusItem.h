@@ -16,6 +16,9 @@ struct MenuItem {
   bool enabled = true;
   bool separator = false;          ///< a line; the other fields are then unused
   std::function<void()> action{};  ///< called on the main thread when the row is chosen
+  /// Name of an action that the platform may have itself; it then takes the place of `action`, and
+  /// the platform decides whether the row is enabled.
+  std::string systemAction{};
 };
 
 /// The icon in the menu bar or tray, with its menu.

@@ -112,7 +112,7 @@ std::size_t nextFlag(const Flags& flags, std::size_t from) {
 
 /// Whether a marker has its anchor at `position`, which is flagged.
 bool isMarkerAt(std::string_view chunk, std::size_t position) {
-  return std::ranges::any_of(kAnchors, [=](const Anchor& anchor) {
+  return std::any_of(kAnchors.begin(), kAnchors.end(), [=](const Anchor& anchor) {
     return chunk[position] == anchor.first() && chunk[position + kGap] == anchor.second() &&
            position >= anchor.offset &&
            chunk.substr(position - anchor.offset).starts_with(anchor.marker);
@@ -143,7 +143,8 @@ std::size_t findMarker(std::string_view chunk, std::size_t from) {
 
 LineEffects interpretLine(std::string_view line) {
   return {stateOf(line),
-          std::ranges::any_of(kErrors, [line](auto error) { return contains(line, error); }),
+          std::any_of(kErrors.begin(), kErrors.end(),
+                      [line](auto error) { return contains(line, error); }),
           transcriptionOf(line)};
 }
 

@@ -66,7 +66,7 @@ void ProcessManager::launch() {
   stopAndWait(kStopTimeout);
   const std::string path = binaryPath(ports_.bundle);
   if (!fileExists(path)) {
-    logger_.error("quillback binary not found at " + path);
+    logger_.errorWithPrivate("quillback binary not found at ", path);
     setState(AppState::stopped, [this] {
       lastError_ = "quillback binary not found";
       return true;
@@ -162,7 +162,7 @@ void ProcessManager::parseLine(std::string_view chunk, std::string_view logged,
   }
   if (logger_.isDebugEnabled()) {
     forEachLine(logged, [this](std::string_view line) {
-      if (!line.empty()) logger_.debug(line);
+      if (!line.empty()) logger_.debugPrivate(line);
     });
   }
   interpretChunk(chunk, [&](std::string_view line, const LineEffects& effects) {

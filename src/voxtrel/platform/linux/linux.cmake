@@ -4,7 +4,10 @@ target_compile_options(voxtrel_platform_kissfft PRIVATE ${voxtrel_float_options}
 add_room(voxtrel/platform/posix KNOWS voxtrel/platform common/base common/posix LINKS Threads::Threads)
 # What posix/ leaves to each system; the two need each other's code, not each other's headers.
 add_room(voxtrel/platform/linux/process KNOWS voxtrel/platform/posix)
-target_link_libraries(voxtrel_platform_posix PUBLIC $<LINK_ONLY:voxtrel_platform_linux_process>)
+# Programs with macOS's adapters have the property VOXTREL_MACOS and take that system's part.
+set(system_process
+    $<IF:$<BOOL:$<TARGET_PROPERTY:VOXTREL_MACOS>>,voxtrel_platform_macos_process,voxtrel_platform_linux_process>)
+target_link_libraries(voxtrel_platform_posix PUBLIC $<LINK_ONLY:${system_process}>)
 
 set(CMAKE_AUTOMOC ON)
 add_room(voxtrel/platform/linux/log KNOWS voxtrel/platform LINKS PkgConfig::SYSTEMD)

@@ -14,6 +14,8 @@ add_macos_room(log KNOWS voxtrel/platform)
 add_macos_room(notifications KNOWS voxtrel/platform voxtrel/platform/macos/foundation)
 add_macos_room(overlay KNOWS voxtrel/platform voxtrel/platform/macos/foundation)
 add_macos_room(permissions KNOWS voxtrel/platform voxtrel/platform/macos/foundation)
+# What posix/ leaves to each system.
+add_macos_room(process KNOWS voxtrel/platform/posix common/posix)
 add_macos_room(session KNOWS voxtrel/platform voxtrel/platform/macos/foundation)
 add_macos_room(sound KNOWS voxtrel/platform voxtrel/platform/macos/foundation)
 add_macos_room(statusitem KNOWS voxtrel/platform voxtrel/platform/macos/foundation)

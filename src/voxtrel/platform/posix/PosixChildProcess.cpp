@@ -48,6 +48,7 @@ void ChildLifetime::waitUntilEnded() {
 
 int ChildLifetime::reap() {
   const bool isOurs = waitForEnd(pid_);
+  tether_.reset();
   const std::lock_guard lock(mutex_);
   const int status = isOurs ? takeStatus(pid_) : kUnknownStatus;
   ended_ = true;

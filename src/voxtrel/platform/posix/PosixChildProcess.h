@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "voxtrel/platform/ChildProcess.h"
+#include "voxtrel/platform/posix/SpawnedChild.h"
 
 namespace voxtrel {
 
@@ -19,7 +20,8 @@ class ChildLifetime {
   /// What `reap` returns when other code has already taken the child's status.
   static constexpr int kUnknownStatus = -1;
 
-  explicit ChildLifetime(pid_t pid) : pid_(pid) {}
+  /// `tether`: held until the child has ended.
+  explicit ChildLifetime(SpawnedChild child) : pid_(child.pid), tether_(std::move(child.tether)) {}
 
   bool hasEnded() const;
   void send(int signal);
@@ -31,6 +33,7 @@ class ChildLifetime {
 
  private:
   const pid_t pid_;
+  std::shared_ptr<ChildTether> tether_;
   mutable std::mutex mutex_;
   std::condition_variable endedChanged_;
   bool ended_ = false;

@@ -53,9 +53,9 @@ PosixChildProcessLauncher::Started PosixChildProcessLauncher::Supervision::begin
   auto ended = Pipe::open();
   if (!ended) return tl::unexpected(ended.error());
   reader_.emplace(std::move(output->readEnd), std::move(*ended), options_.onOutput);
-  const auto pid = spawnChild(options_, output->writeEnd.get());
-  if (!pid) return tl::unexpected(pid.error());
-  lifetime_ = std::make_shared<ChildLifetime>(*pid);
+  auto child = spawnChild(options_, output->writeEnd.get());
+  if (!child) return tl::unexpected(child.error());
+  lifetime_ = std::make_shared<ChildLifetime>(std::move(*child));
   return std::make_shared<PosixChildProcess>(lifetime_);
 }
 

@@ -33,6 +33,7 @@ struct Plan {
   const char* workingDirectory;  ///< null: stay
   int output;
   Report* report;
+  ChildTether* tether;
   pid_t parent;
 };
 
@@ -68,7 +69,7 @@ bool enterWorkingDirectory(const Plan& plan) {
 /// Runs in the child, perhaps in the parent's memory.
 [[noreturn]] void becomeProgram(const Plan& plan) {
   plan.report->isShared = true;
-  if (dieWithParentThread(plan.parent) && attachStreams(plan) && enterWorkingDirectory(plan)) {
+  if (plan.tether->attach(plan.parent) && attachStreams(plan) && enterWorkingDirectory(plan)) {
     closeDescriptorsOnExec();
     takeDefaultSignals();
     ::execve(plan.executable, plan.arguments, environ);
@@ -132,7 +133,9 @@ void reap(pid_t pid) {
 
 }  // namespace
 
-tl::expected<pid_t, std::error_code> spawnChild(const ChildOptions& options, int output) {
+tl::expected<SpawnedChild, std::error_code> spawnChild(const ChildOptions& options, int output) {
+  auto tether = makeTether();
+  if (!tether) return tl::unexpected(tether.error());
   auto pipe = Pipe::open();
   if (!pipe) return tl::unexpected(pipe.error());
   std::vector<std::string> words{options.executable};
@@ -141,15 +144,20 @@ tl::expected<pid_t, std::error_code> spawnChild(const ChildOptions& options, int
   const char* folder =
       options.workingDirectory.empty() ? nullptr : options.workingDirectory.c_str();
   Report report{std::move(*pipe)};
-  const Plan plan{
-      options.executable.c_str(), arguments.data(), folder, output, &report, ::getpid()};
+  const Plan plan{.executable = options.executable.c_str(),
+                  .arguments = arguments.data(),
+                  .workingDirectory = folder,
+                  .output = output,
+                  .report = &report,
+                  .tether = tether->get(),
+                  .parent = ::getpid()};
   const pid_t pid = forkInto(plan);
   if (pid < 0) return tl::unexpected(std::error_code(errno, std::generic_category()));
   if (const int error = readReport(report); error != 0) {
     reap(pid);
     return tl::unexpected(std::error_code(error, std::generic_category()));
   }
-  return pid;
+  return SpawnedChild{pid, std::move(*tether)};
 }
 
 }  // namespace voxtrel

@@ -2,6 +2,7 @@
 
 #include <sys/types.h>
 
+#include <memory>
 #include <system_error>
 
 #include <tl/expected.hpp>
@@ -10,19 +11,36 @@
 
 namespace voxtrel {
 
+/// Ends one child with its application, however that ends. To be destroyed when the child has ended and
+/// is not reaped yet, so that its id still is its own.
+/// Thread: one at a time.
+class ChildTether {
+ public:
+  virtual ~ChildTether() = default;
+
+  /// To be called in the child between fork and exec, perhaps in the parent's memory: allocates
+  /// nothing and takes no lock. `parent`: the application. False: the child must not run, errno says
+  /// why.
+  virtual bool attach(pid_t parent) noexcept = 0;
+};
+
+struct SpawnedChild {
+  pid_t pid = 0;
+  std::shared_ptr<ChildTether> tether;
+};
+
 /// Starts the program of `options` with both output streams going to the descriptor `output`, which
-/// must not be a standard one. Returns its process id once the program runs. The child is killed
-/// when the calling thread ends.
-tl::expected<pid_t, std::error_code> spawnChild(const ChildOptions& options, int output);
+/// must not be a standard one. Returns once the program runs. Where `livesAsLongAsProcess` says no for
+/// the calling thread, the child is killed when that thread ends.
+tl::expected<SpawnedChild, std::error_code> spawnChild(const ChildOptions& options, int output);
 
-// What each system does its own way; defined in the system's folder. The first two run between fork
-// and exec, perhaps in the parent's memory: they allocate nothing and take no lock.
+// What each system does its own way; defined in the system's folder.
 
-/// Asks the system to kill the calling process when the thread that created it ends. `parent`: the
-/// process of that thread. False: refused, or the parent has already ended; errno says which.
-bool dieWithParentThread(pid_t parent) noexcept;
+/// The tether of the next child.
+tl::expected<std::shared_ptr<ChildTether>, std::error_code> makeTether();
 
-/// Makes the next exec close every descriptor above the standard three.
+/// Makes the next exec close every descriptor above the standard three. Runs between fork and exec, as
+/// `attach` does.
 void closeDescriptorsOnExec() noexcept;
 
 /// Whether the calling thread lives as long as its process, so that its children may too.

@@ -10,4 +10,39 @@ NS_ASSUME_NONNULL_BEGIN
 APPKIT_EXTERN NSRunLoopMode NSModalPanelRunLoopMode;
 APPKIT_EXTERN NSRunLoopMode NSEventTrackingRunLoopMode;
 
+@interface NSMenuItem (Action)
+@property (nullable) SEL action;
+@end
+
+@interface NSMenu (Rows)
+- (nullable NSMenuItem*)itemAtIndex:(NSInteger)index;
+@end
+
+@protocol NSApplicationDelegate <NSObject>
+@optional
+- (void)applicationDidFinishLaunching:(NSNotification*)notification;
+- (void)applicationWillTerminate:(NSNotification*)notification;
+- (BOOL)applicationShouldHandleReopen:(NSApplication*)application hasVisibleWindows:(BOOL)flag;
+@end
+
+@interface NSApplication (Life)
+@property (nullable, weak) id<NSApplicationDelegate> delegate;
+- (void)run;
+@end
+
+typedef NSInteger NSModalResponse;
+typedef NS_ENUM(NSUInteger, NSAlertStyle) {
+  NSAlertStyleWarning = 0,
+  NSAlertStyleInformational = 1,
+  NSAlertStyleCritical = 2
+};
+
+@interface NSAlert : NSObject
+@property (copy) NSString* messageText;
+@property (copy) NSString* informativeText;
+@property NSAlertStyle alertStyle;
+- (NSButton*)addButtonWithTitle:(NSString*)title;
+- (NSModalResponse)runModal;
+@end
+
 NS_ASSUME_NONNULL_END

@@ -34,6 +34,10 @@ FOUNDATION_EXPORT NSRunLoopMode const NSRunLoopCommonModes;
 - (void)appendString:(NSString*)text;
 @end
 
+@interface NSString (Paths)
+@property(readonly, copy) NSString* stringByResolvingSymlinksInPath;
+@end
+
 @interface NSUUID : NSObject
 + (instancetype)UUID;
 @property (readonly, copy) NSString* UUIDString;

@@ -8,6 +8,7 @@
 #include <csignal>
 #include <filesystem>
 #include <limits>
+#include <memory>
 #include <system_error>
 
 #include "voxtrel/platform/posix/ExecutableFolder.h"
@@ -28,14 +29,23 @@ void closeEachOnExec() noexcept {
   }
 }
 
+/// The kernel kills the child when the thread that created it ends.
+/// Thread: any; keeps nothing.
+class ParentDeathSignal final : public ChildTether {
+ public:
+  bool attach(pid_t parent) noexcept override {
+    if (::prctl(PR_SET_PDEATHSIG, SIGKILL) != 0) return false;
+    // A parent that ended before the request sends nothing.
+    if (::getppid() == parent) return true;
+    errno = ESRCH;
+    return false;
+  }
+};
+
 }  // namespace
 
-bool dieWithParentThread(pid_t parent) noexcept {
-  if (::prctl(PR_SET_PDEATHSIG, SIGKILL) != 0) return false;
-  // A parent that ended before the request sends nothing.
-  if (::getppid() == parent) return true;
-  errno = ESRCH;
-  return false;
+tl::expected<std::shared_ptr<ChildTether>, std::error_code> makeTether() {
+  return std::make_shared<ParentDeathSignal>();
 }
 
 bool livesAsLongAsProcess() noexcept {
