@@ -22,3 +22,14 @@ add_macos_room(statusitem KNOWS voxtrel/platform voxtrel/platform/macos/foundati
 add_macos_room(vdsp KNOWS voxtrel/platform)
 add_macos_room(windows KNOWS voxtrel/platform voxtrel/download voxtrel/forms
                              voxtrel/platform/macos/foundation)
+
+# The desktop that puts the adapters together.
+add_room(voxtrel/platform/macos
+         KNOWS voxtrel/platform common/base voxtrel/platform/posix voxtrel/platform/macos/application
+               voxtrel/platform/macos/log voxtrel/platform/macos/notifications
+               voxtrel/platform/macos/overlay voxtrel/platform/macos/permissions
+               voxtrel/platform/macos/session voxtrel/platform/macos/sound
+               voxtrel/platform/macos/statusitem voxtrel/platform/macos/vdsp
+               voxtrel/platform/macos/windows
+         PUBLIC_LINKS voxtrel_macos_sdk)
+set_property(GLOBAL APPEND PROPERTY VOXTREL_MACOS_ROOMS voxtrel_platform_macos)

@@ -30,19 +30,4 @@ APPKIT_EXTERN NSRunLoopMode NSEventTrackingRunLoopMode;
 - (void)run;
 @end
 
-typedef NSInteger NSModalResponse;
-typedef NS_ENUM(NSUInteger, NSAlertStyle) {
-  NSAlertStyleWarning = 0,
-  NSAlertStyleInformational = 1,
-  NSAlertStyleCritical = 2
-};
-
-@interface NSAlert : NSObject
-@property (copy) NSString* messageText;
-@property (copy) NSString* informativeText;
-@property NSAlertStyle alertStyle;
-- (NSButton*)addButtonWithTitle:(NSString*)title;
-- (NSModalResponse)runModal;
-@end
-
 NS_ASSUME_NONNULL_END
