@@ -8,6 +8,8 @@
 #include <memory>
 
 #include "common/base/HomeDirectory.h"
+#include "common/base/SessionKind.h"
+#include "common/posix/Confinement.h"
 #include "common/posix/StopSignals.h"
 #include "common/settings/ConfigManager.h"
 #include "quillback/app/Check.h"
@@ -70,11 +72,27 @@ std::string nameForSetup(const ModelContext& context, const std::string& model, 
   return context.hasWhisper ? adviseModel(context, output) : context.names.inUse();
 }
 
+/// The engine writes into its own folders and the run-time folder. Sound and graphics need devices; under
+/// Wayland wl-copy puts the text into a temporary file.
+void confineEngine(SessionKind session) {
+  const char* const runtime = std::getenv("XDG_RUNTIME_DIR");
+  std::vector<std::string> folders{homeDirectory() + "/.local/share/quillback", "/dev"};
+  if (runtime != nullptr && runtime[0] == '/') folders.emplace_back(runtime);
+  if (session == SessionKind::wayland) {
+    const char* const temporary = std::getenv("TMPDIR");
+    folders.emplace_back(temporary != nullptr ? temporary : "/tmp");
+  }
+  confineWriting(folders);
+  // The portals of a Wayland session refuse programs that they cannot look at.
+  session == SessionKind::x11 ? protectMemory() : leaveNoCore();
+}
+
 /// Turns speech into text until a signal ends it or its parent is gone.
 int runEngine() {
   // Static: a second signal must not kill the engine while it is ending.
   static const StopSignals kSignals(StopSignals::InheritedIgnores::keep, {SIGPIPE});
   LineOutput output(STDOUT_FILENO);
+  confineEngine(currentSessionKind(SessionKind::x11));
   EpollLoop loop;
   // Outlives the engine: if taking that down takes too long, the watch ends the process.
   const EndWatch endWatch(kSignals, [&loop] { loop.stop(); });
@@ -164,6 +182,8 @@ int sendKey(const std::string& word) {
 
 /// The recogniser's process: its end of a socket pair is standard input.
 int serveRecogniserCommand(const std::vector<std::string>& arguments) {
+  protectMemory();
+  confineWriting({"/dev"});  // for graphics cards
   const EngineSettings settings =
       readEngineSettings(ConfigManager(homeDirectory()).configPath()).settings;
   const auto backend = makeServedBackend(arguments, settings, homeDirectory());

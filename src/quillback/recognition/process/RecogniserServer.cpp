@@ -3,7 +3,6 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/prctl.h>
-#include <sys/resource.h>
 #include <sys/socket.h>
 
 #include <array>
@@ -12,6 +11,7 @@
 #include <csignal>
 #include <utility>
 
+#include "common/posix/Confinement.h"
 #include "common/posix/FileDescriptor.h"
 #include "quillback/recognition/process/Message.h"
 
@@ -39,15 +39,6 @@ bool endWithParent(int socket) {
   ::prctl(PR_SET_PDEATHSIG, SIGKILL);
   pollfd parent{socket, POLLRDHUP, 0};
   return ::poll(&parent, 1, 0) == 0;
-}
-
-/// A core file would hold the whole model, and the engine would wait for its last byte. A limit of
-/// one byte also stops the kernel from handing the core to a program.
-void leaveNoCore() {
-  rlimit limit{};
-  if (::getrlimit(RLIMIT_CORE, &limit) != 0 || limit.rlim_max == 0) return;
-  limit.rlim_cur = 1;
-  ::setrlimit(RLIMIT_CORE, &limit);
 }
 
 /// Moves the socket away from the standard streams and gives these to /dev/null: a library may
@@ -159,7 +150,7 @@ bool RecogniserServer::send(const Message& message) const {
 int serveRecogniser(int socket, RecogniserBackend& backend) {
   installDropSignal();
   if (!endWithParent(socket)) return 1;
-  leaveNoCore();
+  leaveNoCore();  // it would hold the whole model, and the engine would wait for its last byte
   RecogniserServer server(takeSocket(socket), backend);
   if (!server.load()) return 1;
   while (server.answerNext()) continue;

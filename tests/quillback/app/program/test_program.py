@@ -290,6 +290,27 @@ class LargeFiles(Case):
 class BeginningAndEnd(Case):
     """`quillback run` where there is nothing to work with."""
 
+    def test_it_can_gain_no_rights(self):
+        program = self.start()
+        program.wait_for_line("Ready.")
+        with open(f"/proc/{program.child.pid}/status", encoding="ascii") as status:
+            self.assertIn("NoNewPrivs:\t1\n", status.readlines())
+
+    def test_other_programs_cannot_look_at_it(self):
+        # Root may look at everything, so the engine runs as another user. What nobody may look at is root's.
+        user = 65534 if os.geteuid() == 0 else os.geteuid()
+        with tempfile.TemporaryDirectory() as home:
+            os.chmod(home, 0o777)
+            for variable, owner in ((None, 0), ("VOXTREL_CORE", user)):
+                environment = bare_environment(home)
+                environment.pop("VOXTREL_CORE", None)
+                if variable:
+                    environment[variable] = "1"
+                program = self.start(home=home, environment=environment, user=user)
+                program.wait_for_line("Ready.")
+                self.assertEqual(os.stat(f"/proc/{program.child.pid}/environ").st_uid, owner)
+                program.close()
+
     def test_it_is_ready_and_stays_without_anything(self):
         program = self.start()
         program.wait_for_line("Ready.")
