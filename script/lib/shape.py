@@ -14,9 +14,11 @@ UNIT_LINES = 40
 # serves. A port may be shorter. So may these, each for its reason.
 SMALL_UNITS = {
     "src/common/posix/FileDescriptor": "used by both programs",
+    "src/common/posix/OwnFolder": "used by the kept recordings and by the key's socket",
     "src/common/posix/linux/SystemPipe": "one system call, another one on each system",
     "src/common/posix/macos/SystemPipe": "the same",
     "src/common/x11/XcbXkb": "works around a C header; four users",
+    "src/quillback/app/Check": "a command of its own",
     "src/quillback/recognition/no_whisper/NoWhisper": "stands in for a library that is not installed",
     "src/voxtrel/platform/linux/dbus/DBusStructure": "used by the item and by the menu",
     "src/voxtrel/supervisor/AppState": "the status that most rooms show; needs nothing",
@@ -37,6 +39,8 @@ def ceiling(path):
     """The number of lines that the file may have."""
     if path.name == "main.cpp" and path.parts[0] != "tests":
         return MAIN_LINES
+    if path.parent.name == "declarations":  # a framework's, one after the other
+        return SOURCE_LINES
     return HEADER_LINES if path.suffix == ".h" else SOURCE_LINES
 
 

@@ -35,7 +35,7 @@ FOUNDATION_EXPORT NSRunLoopMode const NSRunLoopCommonModes;
 @end
 
 @interface NSString (Paths)
-@property(readonly, copy) NSString* stringByResolvingSymlinksInPath;
+@property (readonly, copy) NSString* stringByResolvingSymlinksInPath;
 @end
 
 @interface NSUUID : NSObject

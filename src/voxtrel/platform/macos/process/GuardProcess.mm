@@ -1,7 +1,6 @@
 #include "voxtrel/platform/macos/process/GuardProcess.h"
 
 #import <Foundation/Foundation.h>
-
 #include <fcntl.h>
 #include <spawn.h>
 #include <sys/resource.h>
