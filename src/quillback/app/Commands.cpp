@@ -29,6 +29,7 @@
 #include "quillback/recognition/Whisper.h"
 #include "quillback/recognition/process/RecogniserServer.h"
 #include "quillback/settings/EngineSettings.h"
+#include "quillback/settings/StateFile.h"
 
 namespace voxtrel::quillback {
 namespace {
@@ -76,7 +77,8 @@ std::string nameForSetup(const ModelContext& context, const std::string& model, 
 /// Wayland wl-copy puts the text into a temporary file.
 void confineEngine(SessionKind session) {
   const char* const runtime = std::getenv("XDG_RUNTIME_DIR");
-  std::vector<std::string> folders{homeDirectory() + "/.local/share/quillback", "/dev"};
+  std::vector<std::string> folders{homeDirectory() + "/.local/share/quillback", makeStateFolder(),
+                                   "/dev"};
   if (runtime != nullptr && runtime[0] == '/') folders.emplace_back(runtime);
   if (session == SessionKind::wayland) {
     const char* const temporary = std::getenv("TMPDIR");

@@ -18,15 +18,27 @@ namespace {
 constexpr mode_t kOwnerReadsAndWrites = 0600;
 constexpr std::size_t kMaxStateBytes = 4096;
 
-std::string stateHome() {
-  const char* folder = std::getenv("XDG_STATE_HOME");
-  if (folder != nullptr && folder[0] == '/') return folder;
-  return homeDirectory() + "/.local/state";
+std::string stateFolder() {
+  const char* home = std::getenv("XDG_STATE_HOME");
+  const bool isSet = home != nullptr && home[0] == '/';
+  return (isSet ? std::string(home) : homeDirectory() + "/.local/state") + "/quillback";
+}
+
+bool makeFolder(const std::string& folder) {
+  std::error_code error;
+  std::filesystem::create_directories(std::filesystem::path(folder).parent_path(), error);
+  return makeOwnFolder(folder);
 }
 
 }  // namespace
 
-StateFile::StateFile(std::string_view name) : folder_(stateHome() + "/quillback") {
+std::string makeStateFolder() {
+  std::string folder = stateFolder();
+  static_cast<void>(makeFolder(folder));
+  return folder;
+}
+
+StateFile::StateFile(std::string_view name) : folder_(stateFolder()) {
   path_ = folder_ + '/' + std::string(name);
 }
 
@@ -40,9 +52,7 @@ std::optional<std::string> StateFile::read() const {
 }
 
 bool StateFile::write(std::string_view text) const {
-  std::error_code error;
-  std::filesystem::create_directories(std::filesystem::path(folder_).parent_path(), error);
-  if (text.size() > kMaxStateBytes || !makeOwnFolder(folder_)) return false;
+  if (text.size() > kMaxStateBytes || !makeFolder(folder_)) return false;
   const std::string draft = path_ + '.' + std::to_string(::getpid());
   ::unlink(draft.c_str());
   const FileDescriptor file(

@@ -6,6 +6,9 @@
 
 namespace voxtrel::quillback {
 
+/// The folder of the state files, made if it is missing. May be absent all the same, where it cannot be made.
+std::string makeStateFolder();
+
 /// A short text that the engine keeps for its next start, in a file of this user only:
 /// $XDG_STATE_HOME/quillback/NAME, else ~/.local/state/quillback/NAME.
 /// Thread: one.
