@@ -4,6 +4,7 @@
 #include <xcb/xcbext.h>
 
 #include <cstdint>
+#include <utility>
 
 namespace voxtrel {
 
@@ -39,6 +40,7 @@ XOwned<xcb_generic_event_t> XConnection::nextEvent() const {
 void* XConnection::wait(unsigned sequence) const {
   using Clock = std::chrono::steady_clock;
   if (isBorrowed_) return xcb_wait_for_reply(connection_, sequence, nullptr);
+  checkProbe();
   const auto deadline = Clock::now() + (isStuck_ ? std::chrono::milliseconds(0) : kReplyTimeout);
   flush();
   for (;;) {
@@ -46,7 +48,6 @@ void* XConnection::wait(unsigned sequence) const {
     xcb_generic_error_t* error = nullptr;
     if (xcb_poll_for_reply(connection_, sequence, &reply, &error) != 0) {
       std::free(error);
-      isStuck_ = false;
       return reply;
     }
     const auto left =
@@ -55,9 +56,21 @@ void* XConnection::wait(unsigned sequence) const {
     pollfd readable{descriptor(), POLLIN, 0};
     poll(&readable, 1, static_cast<int>(left.count()));
   }
-  isStuck_ = true;
   xcb_discard_reply(connection_, sequence);
+  if (!std::exchange(isStuck_, true)) {
+    probe_ = xcb_get_input_focus(connection_).sequence;
+    flush();
+  }
   return nullptr;
+}
+
+void XConnection::checkProbe() const {
+  void* reply = nullptr;
+  xcb_generic_error_t* error = nullptr;
+  if (!isStuck_ || xcb_poll_for_reply(connection_, probe_, &reply, &error) == 0) return;
+  std::free(reply);
+  std::free(error);
+  isStuck_ = false;
 }
 
 xcb_atom_t XConnection::atom(std::string_view name) const {

@@ -32,7 +32,7 @@ const Event& eventAs(const xcb_generic_event_t& event) {
 class XConnection {
  public:
   /// Reply timeout of a connection of ours. After a reply that timed out, the following ones are not
-  /// waited for until one arrives: a server that hangs must not keep the program from ending.
+  /// waited for until the server replies again: one that hangs must not keep the program from ending.
   static constexpr std::chrono::milliseconds kReplyTimeout{250};
 
   /// Connects to `display`, by default the one $DISPLAY names. Null without a server.
@@ -61,11 +61,14 @@ class XConnection {
  private:
   XConnection(xcb_connection_t* connection, bool isBorrowed);
   void* wait(unsigned sequence) const;
+  /// Sees whether the server, after it was stuck, has replied again.
+  void checkProbe() const;
 
   xcb_connection_t* connection_;
   bool isBorrowed_;
   xcb_window_t root_;
   mutable bool isStuck_ = false;
+  mutable unsigned probe_ = 0;  ///< while stuck, the request whose reply is awaited
 };
 
 }  // namespace voxtrel
