@@ -5,8 +5,8 @@
 namespace voxtrel {
 
 const PulseLibrary* PulseLibrary::get() {
-  static const PulseLibrary library;
-  return library.isComplete_ ? &library : nullptr;
+  static const PulseLibrary kLibrary;
+  return kLibrary.isComplete_ ? &kLibrary : nullptr;
 }
 
 PulseLibrary::PulseLibrary() : library_(::dlopen("libpulse.so.0", RTLD_NOW | RTLD_LOCAL)) {}
