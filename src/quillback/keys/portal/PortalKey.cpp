@@ -44,7 +44,8 @@ std::string_view PortalKey::preferredTrigger(const Hotkey& hotkey) {
   return "F8";  // a modifier alone never fires
 }
 
-std::unique_ptr<Bus> PortalKey::askForShortcuts(Loop& loop, std::function<void(bool)> onAnswer) {
+std::unique_ptr<Bus> PortalKey::askForShortcuts(Loop& loop,
+                                                const std::function<void(bool)>& onAnswer) {
   auto bus = Bus::open(Bus::Kind::session, loop, [onAnswer] { onAnswer(false); });
   if (bus) {
     askForVersion(*bus, [onAnswer](sd_bus_message& reply) { onAnswer(!isError(reply)); });

@@ -37,8 +37,8 @@ class PortalKey final : public KeyWatch {
                                                        Loop& loop);
 
   /// Asks whether the portal has shortcuts, without asking for one. Null if there is no session bus.
-  [[nodiscard]] static std::unique_ptr<Bus> askForShortcuts(Loop& loop,
-                                                            std::function<void(bool)> onAnswer);
+  [[nodiscard]] static std::unique_ptr<Bus> askForShortcuts(
+      Loop& loop, const std::function<void(bool)>& onAnswer);
 
  private:
   PortalKey(const Hotkey& hotkey, Callbacks callbacks);
