@@ -43,7 +43,8 @@ def bare_environment(home):
 class EngineProgram:
     """One running engine. `stdout`: a descriptor in place of the pipe that is read here."""
 
-    def __init__(self, *arguments, home=None, stdout=None, environment=None, user=None):
+    def __init__(self, *arguments, home=None, stdout=None, environment=None, user=None,
+                 executable=EXECUTABLE):
         self._folder = None
         if home is None:
             self._folder = tempfile.TemporaryDirectory(prefix="quillback-test-")
@@ -53,7 +54,7 @@ class EngineProgram:
         self._arrived = threading.Condition()
         self._reader = None
         self.child = subprocess.Popen(
-            [EXECUTABLE, *arguments], stdin=subprocess.DEVNULL,
+            [executable, *arguments], stdin=subprocess.DEVNULL,
             stdout=subprocess.PIPE if stdout is None else stdout, stderr=subprocess.STDOUT,
             env=environment or bare_environment(home), preexec_fn=die_with_parent, user=user)
         if stdout is None:

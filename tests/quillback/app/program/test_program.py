@@ -3,6 +3,7 @@
 import fcntl
 import os
 import resource
+import shutil
 import signal
 import struct
 import subprocess
@@ -301,12 +302,15 @@ class BeginningAndEnd(Case):
         user = 65534 if os.geteuid() == 0 else os.geteuid()
         with tempfile.TemporaryDirectory() as home:
             os.chmod(home, 0o777)
+            # That user may not be let into the folder of the build.
+            executable = shutil.copy(EXECUTABLE, home)
             for variable, owner in ((None, 0), ("VOXTREL_CORE", user)):
                 environment = bare_environment(home)
                 environment.pop("VOXTREL_CORE", None)
                 if variable:
                     environment[variable] = "1"
-                program = self.start(home=home, environment=environment, user=user)
+                program = self.start(home=home, environment=environment, user=user,
+                                     executable=executable)
                 program.wait_for_line("Ready.")
                 self.assertEqual(os.stat(f"/proc/{program.child.pid}/environ").st_uid, owner)
                 program.close()
