@@ -39,7 +39,7 @@ tl::expected<SoundFile, WavError> SoundFile::open(const std::string& path) {
 
 tl::expected<std::span<const std::int16_t>, WavError> SoundFile::next() {
   while (!isAtEnd_) {
-    const auto samples = convert();
+    auto samples = convert();
     if (!samples) return samples;
     if (note_.empty()) note_ = file_.note();
     if (!samples->empty()) return withinLimit(*samples);

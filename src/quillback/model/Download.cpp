@@ -152,7 +152,7 @@ Download::AttemptResult Download::attempt() {
   const auto result = options_.send(request, options_.limits, options_.stop, listener);
   // A body without a length that ends here is another file, or a connection was lost: nobody can tell.
   if (result && hasBody_ && !hasLength_) isVouched_ = false;
-  const AttemptResult verdict = result ? resultOfEnd() : resultOf(result.error());
+  AttemptResult verdict = result ? resultOfEnd() : resultOf(result.error());
   if (auto settled = check(settle()); !settled) {
     return tl::unexpected(AttemptFailure{settled.error()});
   }
