@@ -30,11 +30,13 @@ class ManyDictations(DictationCase):
     """Neither memory nor descriptors grow."""
 
     def hold(self, duration_s, readies):
-        """Holds the key, and waits until the engine has been ready so many times."""
+        """Holds the key, and waits until the engine has been ready so many times and nothing is
+        being inserted."""
         self.desk.xdotool("keydown", KEY_CODE)
         stays(self.app.engine_pids, "an engine", duration_s)
         self.desk.xdotool("keyup", KEY_CODE)
         self.app.wait_for_count("Ready.", readies)
+        self.app.wait_until_inserted()
 
     def test_two_hundred_in_a_row(self):
         pid = self.app.engine_pids()[0]

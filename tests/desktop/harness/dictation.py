@@ -69,8 +69,8 @@ class Dictating(Application):
                 if "[gpu-decode]" in line]
 
     def kept_recordings(self):
-        """The recordings of which not all words were inserted."""
-        return glob.glob(self._desk.path("run/quillback/take-*.wav"))
+        """The recordings of which not all words were inserted; not those without words."""
+        return glob.glob(self._desk.path("run/quillback/take-*[0-9].wav"))
 
     def wait_until_inserted(self, limit_s=20.0):
         """Waits until all words are inserted. A key pressed while they are typed would mix with them:
