@@ -135,8 +135,7 @@ class Progress(FirstRun):
         log = form.log()
         self.assertEqual((log[0], log[-1]), (FIRST_LINE, "the very last line"))
         eventually(lambda: form.scrolled() == 1.0, "the newest line in view")
-        form.keys("Escape")
-        form.wait_until_closed()
+        form.close_by_escape()
 
     @staticmethod
     def newest_line(form):
@@ -287,8 +286,7 @@ class Closing(FirstRun):
     def test_a_second_start_shows_the_window_again(self):
         form = self.begin("progress 812 3094")
         form.wait_for_fraction(0.262)
-        form.keys("Escape")
-        form.wait_until_closed()
+        form.close_by_escape()
         second = self.install(with_model=False)
         second.start()
         self.assertEqual(second.process.exit_status(), 0)
@@ -303,15 +301,13 @@ class Closing(FirstRun):
     def test_by_escape_is_the_same(self):
         form = self.begin()
         self.setup_run.wait_for_starts(1)
-        form.keys("Escape")
-        form.wait_until_closed()
+        form.close_by_escape()
         self.assert_parked()
 
     def test_a_failure_after_that_shows_nothing_and_stays_parked(self):
         form = self.begin()
         self.setup_run.wait_for_starts(1)
-        form.keys("Escape")
-        form.wait_until_closed()
+        form.close_by_escape()
         self.setup_run.exit(1)
         pid = self.app.process.pid
         stays(lambda: not self.has_started() and not self.desk.accessibility.windows_of(pid),
@@ -322,8 +318,7 @@ class Closing(FirstRun):
     def test_after_a_failure_parks_the_start_too(self):
         form = self.begin("exit 1")
         eventually(form.retry, "the retry button")
-        form.keys("Escape")
-        form.wait_until_closed()
+        form.close_by_escape()
         stays(lambda: not self.has_started() and self.app.process.running(), "parked", for_s=1.5)
 
     def test_a_request_to_end_during_the_setup_is_obeyed(self):

@@ -255,8 +255,7 @@ class TheWindow(SettingsCase):
     def test_after_closing_it_is_a_fresh_form_from_the_file(self):
         form = self.begin()
         form.keys("Down", "Tab", "Down")
-        form.keys("Escape")
-        form.wait_until_closed()
+        form.close_by_escape()
         self.app.configure('[model]\nlanguage = "uk"\ntranslate = true\n[audio]\nhotkey_code = 97\n')
         form = self.open()
         self.assertEqual(form.selections(), ("F6", "Ukrainian", "Translate to English"))

@@ -113,6 +113,11 @@ class Window:
                          frame.y + height // 2))
         self.desk.park_pointer()
 
+    def close_by_escape(self):
+        """Presses Escape, and waits until it is closed."""
+        self.keys("Escape")
+        self.wait_until_closed()
+
     def keys(self, *names):
         """Presses keys, one after the other, in the active window."""
         self.wait_until_active()

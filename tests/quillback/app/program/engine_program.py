@@ -1,5 +1,6 @@
-"""The engine's program, started as the application starts it and read line by line."""
+"""The engine's program: run to its end, or started as the application starts it and read line by line."""
 
+import contextlib
 import ctypes
 import os
 import signal
@@ -7,12 +8,16 @@ import subprocess
 import tempfile
 import threading
 import time
+import unittest
 
 from harness.polling import eventually, stays
+from harness.processes import is_sanitized
 
 PR_SET_PDEATHSIG = 1
 _LIBC = ctypes.CDLL(None, use_errno=True)
 EXECUTABLE = os.path.join(os.environ.get("VOXTREL_PROGRAMS", ""), "quillback")
+# The documented limit; sanitizers are slower.
+PROMPT_S = 3.0 if is_sanitized(EXECUTABLE) else 0.5
 PASSED_ON = ("ASAN_OPTIONS", "LSAN_OPTIONS", "TSAN_OPTIONS", "UBSAN_OPTIONS")
 
 
@@ -38,6 +43,35 @@ def bare_environment(home):
     if os.geteuid() != 0:
         wanted["VOXTREL_CORE"] = "1"
     return wanted
+
+
+def run_command(*words, environment, **options):
+    """Runs a command of the engine until it ends."""
+    wanted = {"stdout": subprocess.PIPE, "stderr": subprocess.PIPE, **options}
+    return subprocess.run([EXECUTABLE, *words], env=environment, text=True, check=False, timeout=20,
+                          **wanted)
+
+
+@contextlib.contextmanager
+def virtual_display():
+    """An X server without a screen; yields its name."""
+    reading, writing = os.pipe()
+    with os.fdopen(reading) as announced, subprocess.Popen(
+            ["Xvfb", "-displayfd", str(writing), "-nolisten", "tcp"], pass_fds=(writing,),
+            stderr=subprocess.DEVNULL, preexec_fn=die_with_parent) as server:
+        os.close(writing)
+        try:
+            yield ":" + announced.readline().strip()
+        finally:
+            server.terminate()
+
+
+def write_settings(home, text):
+    """Writes the settings file of this home folder."""
+    folder = os.path.join(home, ".config", "quillback")
+    os.makedirs(folder)
+    with open(os.path.join(folder, "config.toml"), "w", encoding="utf-8") as file:
+        file.write(text)
 
 
 class EngineProgram:
@@ -107,3 +141,33 @@ class EngineProgram:
             self.child.stdout.close()
         if self._folder:
             self._folder.cleanup()
+
+
+class ProgramCase(unittest.TestCase):
+    """Starts engines that end with the test."""
+
+    def start(self, *arguments, **options):
+        """An engine with its own home folder."""
+        program = EngineProgram(*(arguments or ("run",)), **options)
+        self.addCleanup(program.close)
+        return program
+
+    def make_home(self):
+        """A home folder that goes with the test."""
+        home = tempfile.TemporaryDirectory(prefix="quillback-test-")
+        self.addCleanup(home.cleanup)
+        return home.name
+
+    def make_runtime_folder(self):
+        """An environment with a home and a run-time folder; returns it and the engine's part of the latter,
+        which is not made yet."""
+        environment = bare_environment(self.make_home())
+        environment["XDG_RUNTIME_DIR"] = os.path.join(environment["HOME"], "run")
+        os.makedirs(environment["XDG_RUNTIME_DIR"])
+        return environment, os.path.join(environment["XDG_RUNTIME_DIR"], "quillback")
+
+    def ends_well(self, program, number=signal.SIGTERM):
+        """Checks that it ends at once with status 0."""
+        status, took_s = program.end(number)
+        self.assertEqual(status, 0)
+        self.assertLess(took_s, PROMPT_S)
