@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "support/FormStates.h"
 #include "support/macos/Controls.h"
@@ -37,6 +38,26 @@ class FormFixture : public ::testing::Test {
   void openDownload() {
     open(windows.makeWindow({"Voxtrel Setup", 420, 340}, forms.download()));
     forms.time.runPosted();
+  }
+
+  /// Opens and closes the window that `make` gives so many times; few rounds show it, because drawing takes the
+  /// rig longer than anything else. Expects that nothing native is left.
+  template <class Make>
+  void expectNothingLeft(std::size_t rounds, const Make& make) {
+    constexpr std::size_t kRoundsForEachShown = 50;
+    std::vector<WeakObject> natives;
+    for (std::size_t round = 0; round < rounds; ++round) {
+      @autoreleasepool {
+        window = make();
+        natives.push_back({newestWindow(@"VoxtrelFormWindow")});
+        natives.push_back({newestWindow(@"VoxtrelFormWindow").contentView});
+        if (round % kRoundsForEachShown == 0) window->makeKeyAndOrderFront();
+        window.reset();
+        drain();
+      }
+    }
+    EXPECT_TRUE(runUntil([&] { return countAlive(natives) == 0; })) << countAlive(natives);
+    EXPECT_EQ(natives.size(), 2 * rounds);
   }
 
   FormStates forms;

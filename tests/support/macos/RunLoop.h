@@ -30,6 +30,20 @@ inline void runFor(std::chrono::milliseconds duration) {
   runUntil([] { return false; }, duration);
 }
 
+/// Posts an event: a modal loop that was stopped sees so with the next one.
+inline void wakeModalLoop() {
+  [NSApp postEvent:[NSEvent otherEventWithType:NSEventTypeApplicationDefined
+                                      location:NSZeroPoint
+                                 modifierFlags:0
+                                     timestamp:0
+                                  windowNumber:0
+                                       context:nil
+                                       subtype:0
+                                         data1:0
+                                         data2:0]
+           atStart:NO];
+}
+
 /// Runs what waits in the main run loop.
 inline void runOnce() {
   runFor(std::chrono::milliseconds(20));

@@ -65,19 +65,7 @@ constexpr std::chrono::milliseconds kBatchLimit{4};
     lock.lock();
     if (outOfTime) break;
   }
-  if (!_tasks.empty()) [self continueLater];
-}
-
-/// Called with the lock held, on the main thread. A timer runs after those that are due, so a flood of tasks
-/// cannot starve them.
-- (void)continueLater {
-  if (std::exchange(_wakesUp, true)) return;
-  NSTimer* timer = [NSTimer timerWithTimeInterval:0
-                                          repeats:NO
-                                            block:^(NSTimer*) {
-                                              [self runBatch];
-                                            }];
-  [NSRunLoop.mainRunLoop addTimer:timer forMode:NSRunLoopCommonModes];
+  if (!_tasks.empty()) [self wakeUp];
 }
 
 - (void)close {

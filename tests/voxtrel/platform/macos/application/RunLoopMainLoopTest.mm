@@ -73,17 +73,7 @@ TEST_F(RunLoopMainLoopTest, tasksAndTimersRunWhileAnAlertIsOpen) {
   bool posted = false;
   const auto timer = loop.every(10ms, [&] {
     if (!std::exchange(posted, true)) loop.post([] { [NSApp stopModal]; });
-    // The modal loop sees that it has been stopped with the next event.
-    [NSApp postEvent:[NSEvent otherEventWithType:NSEventTypeApplicationDefined
-                                        location:NSZeroPoint
-                                   modifierFlags:0
-                                       timestamp:0
-                                    windowNumber:0
-                                         context:nil
-                                         subtype:0
-                                           data1:0
-                                           data2:0]
-             atStart:NO];
+    wakeModalLoop();
   });
   [NSApp runModalForWindow:window];
   [window close];
@@ -98,7 +88,7 @@ TEST_F(RunLoopMainLoopTest, aFloodOfPostsDoesNotStarveTimers) {
   for (int i = 0; i < 1000; ++i) loop.post(flood);
   int ticks = 0;
   const auto timer = loop.every(5ms, [&] { ++ticks; });
-  EXPECT_TRUE(runUntil([&] { return ticks == 5; }));
+  EXPECT_TRUE(runUntil([&] { return ticks >= 5; }));
   isOver = true;
 }
 

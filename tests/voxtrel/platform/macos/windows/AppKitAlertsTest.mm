@@ -14,20 +14,6 @@ const Alert kAlert{.messageText = "Microphone Permission Required",
                    .informativeText = "Voxtrel needs microphone access.",
                    .buttons = {"Open Settings", "Quit"}};
 
-/// A modal loop ends at the next event.
-void wakeModalLoop() {
-  [NSApp postEvent:[NSEvent otherEventWithType:NSEventTypeApplicationDefined
-                                      location:NSZeroPoint
-                                 modifierFlags:0
-                                     timestamp:0
-                                  windowNumber:0
-                                       context:nil
-                                       subtype:0
-                                         data1:0
-                                         data2:0]
-           atStart:NO];
-}
-
 /// Shows the alert, lets `user` act in its window and returns the answer; none if none came.
 std::optional<std::size_t> answerOf(const Alert& alert, void (^user)(NSWindow* window)) {
   NSTimer* const timer = [NSTimer timerWithTimeInterval:0.1

@@ -5,8 +5,7 @@
 namespace voxtrel::testing {
 namespace {
 
-constexpr int kRounds = 1000;
-constexpr int kRoundsForEachShown = 50;
+constexpr std::size_t kRounds = 1000;
 constexpr std::string_view kProgress = "812.4 MB / 3094.1 MB (26.3%)\n";
 constexpr NSString* kAmount = @"812.4 MB / 3094.1 MB";
 
@@ -227,19 +226,9 @@ TEST_F(DownloadFormTest, IsNotCalledByAFormThatOutlivesIt) {
 }
 
 TEST_F(DownloadFormTest, LeavesNothingBehindInAThousandRounds) {
-  std::vector<WeakObject> natives;
-  for (int round = 0; round < kRounds; ++round) {
-    @autoreleasepool {
-      window = windows.makeWindow({"Voxtrel Setup", 420, 340}, forms.download());
-      natives.push_back({newestWindow(@"VoxtrelFormWindow")});
-      natives.push_back({newestWindow(@"VoxtrelFormWindow").contentView});
-      if (round % kRoundsForEachShown == 0) window->makeKeyAndOrderFront();
-      window.reset();
-      drain();
-    }
-  }
-  EXPECT_TRUE(runUntil([&] { return countAlive(natives) == 0; })) << countAlive(natives);
-  EXPECT_EQ(natives.size(), 2U * kRounds);
+  expectNothingLeft(kRounds, [this] {
+    return windows.makeWindow({"Voxtrel Setup", 420, 340}, forms.download());
+  });
 }
 
 }  // namespace

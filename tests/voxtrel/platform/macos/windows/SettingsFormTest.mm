@@ -7,8 +7,7 @@
 namespace voxtrel::testing {
 namespace {
 
-constexpr int kRounds = 200;  // each picker takes the rig its time
-constexpr int kRoundsForEachShown = 50;
+constexpr std::size_t kRounds = 200;  // each picker takes the rig its time
 
 class SettingsFormTest : public FormFixture {
  protected:
@@ -233,20 +232,9 @@ TEST_F(SettingsFormTest, IsNotCalledByAFormThatOutlivesIt) {
 }
 
 TEST_F(SettingsFormTest, LeavesNothingBehindInTwoHundredRounds) {
-  std::vector<WeakObject> natives;
-  for (int round = 0; round < kRounds; ++round) {
-    @autoreleasepool {
-      window = windows.makeWindow({"Voxtrel Settings", 420, 280}, forms.settings());
-      natives.push_back({newestWindow(@"VoxtrelFormWindow")});
-      natives.push_back({newestWindow(@"VoxtrelFormWindow").contentView});
-      // Drawing takes the rig longer than anything else.
-      if (round % kRoundsForEachShown == 0) window->makeKeyAndOrderFront();
-      window.reset();
-      drain();
-    }
-  }
-  EXPECT_TRUE(runUntil([&] { return countAlive(natives) == 0; })) << countAlive(natives);
-  EXPECT_EQ(natives.size(), 2U * kRounds);
+  expectNothingLeft(kRounds, [this] {
+    return windows.makeWindow({"Voxtrel Settings", 420, 280}, forms.settings());
+  });
 }
 
 }  // namespace
