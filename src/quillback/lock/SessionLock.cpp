@@ -22,7 +22,7 @@ std::string sessionId() {
 }  // namespace
 
 LoginLock::LoginLock(Loop& loop)
-    : bus_(Bus::open(Bus::Kind::system, loop, [this] { isLocked_ = false; })) {
+    : bus_(openBus(Bus::Kind::system, loop, [this] { isLocked_ = false; })) {
   if (!bus_) return;
   bus_->onSignal(kChangeRule, [this](sd_bus_message& signal) {
     const char* const path = sd_bus_message_get_path(&signal);

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "common/base/SessionKind.h"
-#include "quillback/dbus/Bus.h"
+#include "quillback/dbus/LoopBus.h"
 #include "quillback/lock/KeyboardGrab.h"
 #include "quillback/ports/ScreenLock.h"
 

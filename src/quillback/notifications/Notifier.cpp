@@ -60,7 +60,7 @@ void Notifier::sendNext() {
   if (!next_) return;
   const Notification now = *std::exchange(next_, std::nullopt);
   if (!bus_) {
-    bus_ = Bus::open(Bus::Kind::session, loop_, [this] {
+    bus_ = openBus(Bus::Kind::session, loop_, [this] {
       isSending_ = false;
       bus_.reset();
       reportFailure();

@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-#include "quillback/dbus/Bus.h"
+#include "quillback/dbus/LoopBus.h"
 #include "quillback/ports/Output.h"
 
 namespace voxtrel::quillback {

@@ -46,7 +46,7 @@ std::string_view PortalKey::preferredTrigger(const Hotkey& hotkey) {
 
 std::unique_ptr<Bus> PortalKey::askForShortcuts(Loop& loop,
                                                 const std::function<void(bool)>& onAnswer) {
-  auto bus = Bus::open(Bus::Kind::session, loop, [onAnswer] { onAnswer(false); });
+  auto bus = openBus(Bus::Kind::session, loop, [onAnswer] { onAnswer(false); });
   if (bus) {
     askForVersion(*bus, [onAnswer](sd_bus_message& reply) { onAnswer(!isError(reply)); });
   }
@@ -55,8 +55,8 @@ std::unique_ptr<Bus> PortalKey::askForShortcuts(Loop& loop,
 
 std::unique_ptr<PortalKey> PortalKey::open(const Hotkey& hotkey, Callbacks callbacks, Loop& loop) {
   std::unique_ptr<PortalKey> key(new PortalKey(hotkey, std::move(callbacks)));
-  key->bus_ = Bus::open(Bus::Kind::session, loop,
-                        [self = key.get()] { self->hide("the session bus is gone"); });
+  key->bus_ = openBus(Bus::Kind::session, loop,
+                      [self = key.get()] { self->hide("the session bus is gone"); });
   if (!key->bus_) return nullptr;
   key->subscribe();
   key->begin();

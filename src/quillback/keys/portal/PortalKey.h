@@ -7,7 +7,7 @@
 #include <string_view>
 
 #include "common/settings/HotkeyTable.h"
-#include "quillback/dbus/Bus.h"
+#include "quillback/dbus/LoopBus.h"
 #include "quillback/ports/KeyWatch.h"
 #include "quillback/ports/Loop.h"
 

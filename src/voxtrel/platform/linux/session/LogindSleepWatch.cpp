@@ -33,41 +33,42 @@ LogindSleepWatch::LogindSleepWatch(Log& log) : log_(log, "ui") {
 LogindSleepWatch::~LogindSleepWatch() = default;
 
 void LogindSleepWatch::connect() {
-  bus_ = SystemBus::open([this] { reportOnce("the system bus ended the connection"); });
+  bus_ = openSystemBus([this] { reportOnce("the system bus ended the connection"); });
   if (!bus_) {
     reportOnce("there is no system bus");
     return;
   }
-  bus_->onSignal(kSleepRule, [this](sd_bus_message* signal) { prepareForSleep(signal); });
-  bus_->onSignal(kOwnerRule, [this](sd_bus_message* signal) { ownerChanged(signal); });
+  bus_->onSignal(kSleepRule, [this](sd_bus_message& signal) { prepareForSleep(signal); });
+  bus_->onSignal(kOwnerRule, [this](sd_bus_message& signal) { ownerChanged(signal); });
   takeLock();
 }
 
 void LogindSleepWatch::takeLock() {
-  bus_->call({kService,
-              kPath,
-              kManager,
-              "Inhibit",
-              {"sleep", "Voxtrel", "Stopping the speech-to-text engine", "delay"}},
-             [this](sd_bus_message* reply) { onLockReply(reply); });
+  bus_->call(
+      {kService, kPath, kManager, "Inhibit"},
+      [](sd_bus_message& call) {
+        sd_bus_message_append(&call, "ssss", "sleep", "Voxtrel",
+                              "Stopping the speech-to-text engine", "delay");
+      },
+      [this](sd_bus_message& reply) { onLockReply(reply); });
 }
 
 /// A login manager that refuses the lock still announces sleep.
-void LogindSleepWatch::onLockReply(sd_bus_message* reply) {
-  if (sd_bus_message_is_method_error(reply, nullptr) != 0) {
-    const sd_bus_error* const error = sd_bus_message_get_error(reply);
+void LogindSleepWatch::onLockReply(sd_bus_message& reply) {
+  if (isError(reply)) {
+    const sd_bus_error* const error = sd_bus_message_get_error(&reply);
     reportOnce(error->message != nullptr ? error->message : error->name);
     return;
   }
   int number = -1;
-  if (isGoingToSleep_ || sd_bus_message_read(reply, "h", &number) <= 0) return;
+  if (isGoingToSleep_ || sd_bus_message_read(&reply, "h", &number) <= 0) return;
   // The message closes its own descriptor.
   lock_ = FileDescriptor(fcntl(number, F_DUPFD_CLOEXEC, 0));
 }
 
-void LogindSleepWatch::prepareForSleep(sd_bus_message* signal) {
+void LogindSleepWatch::prepareForSleep(sd_bus_message& signal) {
   int isStarting = 0;
-  if (sd_bus_message_read(signal, "b", &isStarting) <= 0) return;
+  if (sd_bus_message_read(&signal, "b", &isStarting) <= 0) return;
   isGoingToSleep_ = isStarting != 0;
   if (isGoingToSleep_) {
     callAll(onWillSleep_);
@@ -78,11 +79,11 @@ void LogindSleepWatch::prepareForSleep(sd_bus_message* signal) {
   }
 }
 
-void LogindSleepWatch::ownerChanged(sd_bus_message* signal) {
+void LogindSleepWatch::ownerChanged(sd_bus_message& signal) {
   const char* name = nullptr;
   const char* before = nullptr;
   const char* after = nullptr;
-  if (sd_bus_message_read(signal, "sss", &name, &before, &after) <= 0) return;
+  if (sd_bus_message_read(&signal, "sss", &name, &before, &after) <= 0) return;
   lock_.reset();  // given by an earlier login manager, it has no effect
   if (*after == '\0') return;
   isGoingToSleep_ = false;

@@ -29,9 +29,9 @@ class LogindSleepWatch final : public SleepWatch {
 
   void connect();
   void takeLock();
-  void onLockReply(sd_bus_message* reply);
-  void prepareForSleep(sd_bus_message* signal);
-  void ownerChanged(sd_bus_message* signal);
+  void onLockReply(sd_bus_message& reply);
+  void prepareForSleep(sd_bus_message& signal);
+  void ownerChanged(sd_bus_message& signal);
   void reportOnce(const std::string& reason);
   static Subscription subscribe(const std::shared_ptr<Handlers>& handlers,
                                 std::function<void()> handler);
@@ -44,7 +44,7 @@ class LogindSleepWatch final : public SleepWatch {
   bool isReported_ = false;
   FileDescriptor lock_;
   QObject context_;
-  std::unique_ptr<SystemBus> bus_;
+  std::unique_ptr<Bus> bus_;
 };
 
 }  // namespace voxtrel

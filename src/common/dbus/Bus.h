@@ -1,20 +1,32 @@
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
-
-#include "quillback/ports/Loop.h"
 
 struct sd_bus;
 struct sd_bus_message;
 
-namespace voxtrel::quillback {
+namespace voxtrel {
 
-/// A connection to a message bus on the loop. It never waits, not even for the bus's greeting.
-/// Thread: the loop's.  Owns: the connection; no callback runs after its end.  Borrows: Loop (must
-/// outlive this).
+/// Waits for a connection on the program's event loop.
+/// Thread: the loop's.
+class BusWait {
+ public:
+  virtual ~BusWait() = default;
+  /// From now on calls `onReady` whenever the descriptor is readable, and as `waitFor` says.
+  virtual void start(int descriptor, std::function<void()> onReady) = 0;
+  /// In place of the last call: `onReady` also when the descriptor takes output, and after a time.
+  virtual void waitFor(bool output, std::optional<std::chrono::milliseconds> time) = 0;
+  /// `onReady` is not called any more.
+  virtual void stop() = 0;
+};
+
+/// A connection to a message bus. It never blocks, not even for the bus's greeting.
+/// Thread: the loop's.  Owns: the connection, the wait; no callback runs after its end.
 /// Fails by: null from `open`; later, `onClosed`.
 class Bus {
  public:
@@ -30,7 +42,7 @@ class Bus {
   };
 
   /// `onClosed` is called at most once, when the connection has ended; it may destroy this.
-  [[nodiscard]] static std::unique_ptr<Bus> open(Kind kind, Loop& loop,
+  [[nodiscard]] static std::unique_ptr<Bus> open(Kind kind, std::unique_ptr<BusWait> wait,
                                                  std::function<void()> onClosed);
   ~Bus();
   Bus(const Bus&) = delete;
@@ -46,20 +58,19 @@ class Bus {
     void operator()(sd_bus* bus) const;
   };
 
-  Bus(sd_bus* bus, Loop& loop, std::function<void()> onClosed);
+  Bus(sd_bus* bus, std::unique_ptr<BusWait> wait, std::function<void()> onClosed);
   void process();
   void waitForMore();
   void end();
 
-  Loop& loop_;
   std::function<void()> onClosed_;  ///< null once called
   std::vector<std::unique_ptr<Handler>> signalHandlers_;
   std::unique_ptr<sd_bus, Close> bus_;
-  std::unique_ptr<Loop::Watch> watch_;
-  std::unique_ptr<Loop::Timer> timer_;
+  bool isBroken_ = false;
+  std::unique_ptr<BusWait> wait_;
 };
 
 /// Whether a reply is an error.
 bool isError(sd_bus_message& reply);
 
-}  // namespace voxtrel::quillback
+}  // namespace voxtrel

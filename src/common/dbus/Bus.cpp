@@ -1,4 +1,4 @@
-#include "quillback/dbus/Bus.h"
+#include "common/dbus/Bus.h"
 
 #include <poll.h>
 #include <systemd/sd-bus.h>
@@ -8,14 +8,11 @@
 #include <cstdint>
 #include <utility>
 
-namespace voxtrel::quillback {
+namespace voxtrel {
 namespace {
 
 using std::chrono::microseconds;
 using std::chrono::milliseconds;
-
-/// How often a full socket is tried again; the loop only watches for input.
-constexpr milliseconds kWriteRetry{20};
 
 int runHandler(sd_bus_message* message, void* handler, sd_bus_error* /*error*/) {
   // A copy, because the handler may end the connection.
@@ -28,11 +25,11 @@ void deleteHandler(void* handler) {
   delete static_cast<Bus::Handler*>(handler);
 }
 
-/// `timeUs`: of CLOCK_MONOTONIC, which the loop's clock reads too.
-milliseconds timeUntil(std::uint64_t timeUs, Loop::TimePoint now) {
-  const auto left =
-      microseconds(timeUs) - std::chrono::duration_cast<microseconds>(now.time_since_epoch());
-  return std::max(milliseconds(0), std::chrono::ceil<milliseconds>(left));
+/// `timeUs`: of CLOCK_MONOTONIC, which steady_clock reads too.
+milliseconds timeUntil(std::uint64_t timeUs) {
+  const auto now =
+      std::chrono::duration_cast<microseconds>(std::chrono::steady_clock::now().time_since_epoch());
+  return std::max(milliseconds(0), std::chrono::ceil<milliseconds>(microseconds(timeUs) - now));
 }
 
 }  // namespace
@@ -45,16 +42,17 @@ void Bus::Close::operator()(sd_bus* bus) const {
   sd_bus_close_unref(bus);
 }
 
-std::unique_ptr<Bus> Bus::open(Kind kind, Loop& loop, std::function<void()> onClosed) {
+std::unique_ptr<Bus> Bus::open(Kind kind, std::unique_ptr<BusWait> wait,
+                               std::function<void()> onClosed) {
   sd_bus* bus = nullptr;
   const int result = kind == Kind::session ? sd_bus_open_user(&bus) : sd_bus_open_system(&bus);
   if (result < 0) return nullptr;
-  return std::unique_ptr<Bus>(new Bus(bus, loop, std::move(onClosed)));
+  return std::unique_ptr<Bus>(new Bus(bus, std::move(wait), std::move(onClosed)));
 }
 
-Bus::Bus(sd_bus* bus, Loop& loop, std::function<void()> onClosed)
-    : loop_(loop), onClosed_(std::move(onClosed)), bus_(bus) {
-  watch_ = loop_.watch(sd_bus_get_fd(bus), [this] { process(); });
+Bus::Bus(sd_bus* bus, std::unique_ptr<BusWait> wait, std::function<void()> onClosed)
+    : onClosed_(std::move(onClosed)), bus_(bus), wait_(std::move(wait)) {
+  wait_->start(sd_bus_get_fd(bus), [this] { process(); });
   waitForMore();
 }
 
@@ -87,31 +85,25 @@ void Bus::onSignal(const std::string& rule, Handler handler) {
 }
 
 void Bus::process() {
-  int progress = 0;
-  do {
-    progress = sd_bus_process(bus_.get(), nullptr);
-  } while (progress > 0);
+  int progress = isBroken_ ? -1 : 1;
+  while (progress > 0) progress = sd_bus_process(bus_.get(), nullptr);
   progress < 0 ? end() : waitForMore();
 }
 
-/// What sd-bus waits for can change with every step.
+/// What sd-bus waits for can change with every step. An end is told from the loop, not to who just called.
 void Bus::waitForMore() {
-  timer_.reset();
   const int events = sd_bus_get_events(bus_.get());
   std::uint64_t timeUs = UINT64_MAX;
-  if (events < 0 || sd_bus_get_timeout(bus_.get(), &timeUs) < 0) {
-    timer_ = loop_.after(milliseconds(0), [this] { end(); });
-  } else if ((events & POLLOUT) != 0) {
-    timer_ = loop_.after(kWriteRetry, [this] { process(); });
-  } else if (timeUs != UINT64_MAX) {
-    timer_ = loop_.after(timeUntil(timeUs, loop_.now()), [this] { process(); });
-  }
+  isBroken_ = events < 0 || sd_bus_get_timeout(bus_.get(), &timeUs) < 0;
+  if (isBroken_) return wait_->waitFor(false, milliseconds(0));
+  const bool hasTime = timeUs != UINT64_MAX;
+  wait_->waitFor((events & POLLOUT) != 0,
+                 hasTime ? std::optional(timeUntil(timeUs)) : std::nullopt);
 }
 
 void Bus::end() {
-  watch_.reset();
-  timer_.reset();
+  wait_->stop();
   if (const auto onClosed = std::exchange(onClosed_, nullptr)) onClosed();
 }
 
-}  // namespace voxtrel::quillback
+}  // namespace voxtrel
