@@ -21,7 +21,7 @@ using namespace voxtrel::quillback;
 
 std::size_t wholeCount = 0;
 
-/// Sends the same bytes to whoever connects.
+/// Sends the same bytes to every client.
 /// Thread: it serves on one that it owns.  Owns: the socket and the thread.
 class ByteServer {
  public:

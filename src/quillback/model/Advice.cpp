@@ -10,7 +10,7 @@ namespace {
 
 /// A longer wait after the key's release breaks the flow of a dictation.
 constexpr double kBearableSeconds = 1.0;
-/// As long as the speech itself; nobody can dictate with a longer wait.
+/// As long as the speech itself; a longer wait is no dictation.
 constexpr double kUnbearableSeconds = 5.0;
 
 constexpr std::array<std::string_view, 25> kEuropean = {

@@ -10,7 +10,7 @@ namespace voxtrel::quillback {
 
 // The application's window always sets up one model and looks for that model's manifest. Where the
 // settings choose another one, that manifest only names the chosen model, so that the window finds
-// what it looks for and no weights are downloaded that nobody uses.
+// what it looks for and no unused weights are downloaded.
 
 /// The model of the application's window.
 inline constexpr std::string_view kWindowModel = "large-v3";

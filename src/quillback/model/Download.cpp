@@ -150,7 +150,7 @@ Download::AttemptResult Download::attempt() {
   const HttpListener listener{[this](const HttpReply& reply) { return onReply(reply); },
                               [this](std::span<const char> bytes) { return onBody(bytes); }};
   const auto result = options_.send(request, options_.limits, options_.stop, listener);
-  // A body without a length that ends here is another file, or a connection was lost: nobody can tell.
+  // A body without a length that ends here is another file, or a connection was lost.
   if (result && hasBody_ && !hasLength_) isVouched_ = false;
   AttemptResult verdict = result ? resultOfEnd() : resultOf(result.error());
   if (auto settled = check(settle()); !settled) {
@@ -167,11 +167,8 @@ FileResult Download::settle() {
 
 Download::AttemptResult Download::resultOfEnd() const {
   if (isWhole()) return {};
-  return tl::unexpected(AttemptFailure{
-      {SetupExit::network,
-       "Setup failed: " + host_ + " ended the connection before the file was whole." + advice()},
-      true,
-      host_ + " ended the connection before the file was whole"});
+  const std::string what = host_ + " ended the connection before the file was whole";
+  return networkFailure("Setup failed: " + what + "." + advice(), true, what);
 }
 
 Download::AttemptResult Download::resultOf(const HttpFailure& failure) const {
@@ -181,23 +178,29 @@ Download::AttemptResult Download::resultOf(const HttpFailure& failure) const {
     case HttpFailure::Kind::interrupted:
       return tl::unexpected(AttemptFailure{interruption(keepsArrived())});
     case HttpFailure::Kind::unreachable: {
-      const std::string what = " is no connection to " + host_ + " (" + failure.why + ")";
-      return tl::unexpected(
-          AttemptFailure{{SetupExit::network, "Setup failed: there" + what + "." + advice()},
-                         failure.isRetryable,
-                         "There" + what});
+      const std::string what = "here is no connection to " + host_ + " (" + failure.why + ")";
+      return networkFailure("Setup failed: t" + what + "." + advice(), failure.isRetryable,
+                            "T" + what);
     }
     case HttpFailure::Kind::network:
-      return tl::unexpected(
-          AttemptFailure{{SetupExit::network, "Setup failed: the download from " + host_ +
-                                                  " broke off (" + failure.why + ")." + advice()},
-                         failure.isRetryable});
+      return networkFailure("Setup failed: the download from " + host_ + " broke off (" +
+                                failure.why + ")." + advice(),
+                            failure.isRetryable);
     case HttpFailure::Kind::refused:
       break;
   }
   return tl::unexpected(
       AttemptFailure{{SetupExit::http, "Setup failed: " + host_ + " did not lead to the file (" +
                                            failure.why + ")." + kTryLater}});
+}
+
+Download::AttemptResult Download::networkFailure(std::string line, bool isRetryable,
+                                                 std::string event) {
+  AttemptFailure failure;
+  failure.failure = {SetupExit::network, std::move(line)};
+  failure.isRetryable = isRetryable;
+  failure.event = std::move(event);
+  return tl::unexpected(std::move(failure));
 }
 
 /// What the user can do about the connection.
@@ -276,7 +279,7 @@ bool Download::prepareFor(ReplyAction action, const HttpReply& reply) {
 
 bool Download::refetch() {
   const std::string event = host_ + " sends other parts of the file than it is asked for";
-  options_.output.print("The server's answer does not fit what was asked; starting anew.");
+  options_.output.print("The server's answer does not fit what was asked; starting again.");
   if (!accept(part_.rewind(0, options_.stop))) return false;
   isSearching_ = true;
   return reject({SetupExit::http, "Setup failed: " + event + ". Try again later."}, true, event);
@@ -304,7 +307,7 @@ bool Download::compare(std::span<const char> bytes) {
     options_.output.print(isSearching_
                               ? "The server's file differs from what has arrived after " +
                                     formatMegabytes(part_.sizeBytes()) + "; the rest is replaced."
-                              : "The server sends the file from its beginning; starting anew.");
+                              : "The server sends the file from its beginning; starting again.");
     return true;
   }
   return reject(

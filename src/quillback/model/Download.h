@@ -69,6 +69,7 @@ class Download {
   AttemptResult attempt();
   AttemptResult resultOfEnd() const;
   AttemptResult resultOf(const HttpFailure& failure) const;
+  static AttemptResult networkFailure(std::string line, bool isRetryable, std::string event = {});
   FileResult settle();
   std::string advice() const;
   bool onReply(const HttpReply& reply);

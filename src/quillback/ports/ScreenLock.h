@@ -8,7 +8,7 @@ class ScreenLock {
  public:
   virtual ~ScreenLock() = default;
 
-  /// Asked anew at each call. False where nothing can tell.
+  /// Asks again at each call. False where nothing can tell.
   [[nodiscard]] virtual bool isLocked() = 0;
 };
 

@@ -38,8 +38,7 @@ class RecogniserBackend {
   /// `finish` during which it was set. What the backend has to clean up is done here rather than
   /// while the next speech waits.
   virtual void drop() {}
-  /// Called between utterances when nobody has spoken for a while: gives back memory that the next
-  /// `begin` can get again.
+  /// Called after a pause between utterances: gives back memory that the next `begin` can get again.
   virtual void rest() {}
 };
 

@@ -29,7 +29,7 @@ struct TextRule {
 /// an empty replacement is dropped, and so is one before a mark.
 std::string replaced(std::string_view text, const std::vector<TextRule>& rules);
 
-/// `text` without characters that nobody sees: the zero-width space, the byte order mark and those
+/// `text` without invisible characters: the zero-width space, the byte order mark and those
 /// that change the direction of writing.
 std::string withoutInvisible(std::string_view text);
 

@@ -25,7 +25,7 @@ struct RecogniserLimits {
 /// A backend in a child process, because a library may abort, use an instruction that the processor
 /// lacks, take all memory or never return. It keeps the sound of the running utterance: if the child
 /// ends, another one is started and gets all of it. If that one ends too, or cannot load, the
-/// fallback recognises this utterance and all later ones. While nobody speaks nothing wakes.
+/// fallback recognises this utterance and all later ones. Nothing wakes between utterances.
 /// Thread: one, which must live as long as this: the child dies with the thread that started it.
 /// Owns: the child, the fallback once it is needed.
 /// Fails by: a line for the user, in the load report or in the next Transcription.

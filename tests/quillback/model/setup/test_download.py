@@ -215,7 +215,7 @@ class EarlierPart(SetupCase):
         self.leave(b"y" * 1000, etag='"version-0"')
         run = self.setup()
         self.assert_ready(run)
-        self.assertIn("The server sends the file from its beginning; starting anew.", run.log)
+        self.assertIn("The server sends the file from its beginning; starting again.", run.log)
         self.assertEqual(len(self.server.requests), 1)
 
     def test_at_a_server_without_ranges_is_restarted(self):

@@ -26,7 +26,7 @@ class LyingServer(SetupCase):
                 run = self.setup()
                 self.assert_ready(run)
                 self.assertEqual(self.server.ranges(), ["bytes=1000-", None])
-                self.assertIn("The server's answer does not fit what was asked; starting anew.",
+                self.assertIn("The server's answer does not fit what was asked; starting again.",
                               run.log)
 
     def test_about_a_range_that_was_not_requested_is_not_believed(self):

@@ -54,7 +54,7 @@ class VoiceDetection(SetupCase):
         self.setup()
         self.drop_voice()
         self.assertEqual((self.state(), self.voice_seen()), (COMPLETE, ""))
-        # Right in size only: whoever hashed them would see it.
+        # Right in size only: a hash would show it.
         self.weights.write_bytes(bytes(len(CONTENT)))
         run = self.finish_any(self.start())
         self.assertEqual(self.weights.read_bytes(), bytes(len(CONTENT)))

@@ -9,7 +9,7 @@
 
 namespace voxtrel {
 
-/// The unified log, one object for each category. Private parts stay hidden from whoever reads the
+/// The unified log, one object for each category. Private parts stay hidden from readers of the
 /// log, so the engine's lines may be written with the dictated words.
 /// Thread: any.  Fails by: losing the message.
 class OsLog final : public Log {
