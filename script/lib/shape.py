@@ -13,6 +13,7 @@ UNIT_LINES = 40
 # A unit, header and source together, is at least UNIT_LINES long; else it belongs to the neighbour that it
 # serves. A port may be shorter. So may these, each for its reason.
 SMALL_UNITS = {
+    "src/common/base/Handle": "used by both programs",
     "src/common/posix/FileDescriptor": "used by both programs",
     "src/common/posix/OwnFolder": "used by the kept recordings and by the key's socket",
     "src/common/posix/linux/SystemPipe": "one system call, another one on each system",

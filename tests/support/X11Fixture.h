@@ -17,12 +17,12 @@ namespace voxtrel::quillback {
 class X11Fixture : public ::testing::Test {
  protected:
   static constexpr std::chrono::milliseconds kSettle{80};
-  static constexpr std::chrono::seconds kLimit{30};
+  static constexpr std::chrono::seconds kTimeout{30};
 
   void runFor(std::chrono::milliseconds span) { loop_.runFor(span); }
   /// False if `isSo` does not hold within the limit.
   bool runUntil(const std::function<bool()>& isSo) {
-    const auto end = loop_.now() + kLimit;
+    const auto end = loop_.now() + kTimeout;
     while (!isSo()) {
       if (loop_.now() >= end) return false;
       runFor(std::chrono::milliseconds(5));

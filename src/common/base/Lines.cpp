@@ -35,8 +35,8 @@ std::size_t newlineFrom(std::string_view text, std::size_t from) {
   return from;
 }
 
-bool isWhitespace(char32_t c) {
-  constexpr std::u32string_view kOthers = U" \t\u00A0\u1680\u202F\u205F\u3000";
+bool isWhitespaceBeyondAscii(char32_t c) {
+  constexpr std::u32string_view kOthers = U"\u00A0\u1680\u202F\u205F\u3000";
   return (c >= 0x2000 && c <= 0x200A) || kOthers.find(c) != std::u32string_view::npos;
 }
 
@@ -45,15 +45,21 @@ bool isBreak(char32_t c) {
   return c < U' ' || (c >= 0x7F && c < 0xA0) || c == 0x2028 || c == 0x2029;
 }
 
+bool isAscii(char c) {
+  return static_cast<unsigned char>(c) < 0x80;
+}
+
 /// Bytes of the whitespace character at the start of `text`, 0 if there is none.
 std::size_t whitespaceLength(std::string_view text) {
   if (text.empty()) return 0;
+  if (isAscii(text.front())) return text.front() == ' ' || text.front() == '\t' ? 1 : 0;
   const Utf8Character first = firstCharacter(text);
-  return isWhitespace(first.code) ? first.length : 0;
+  return isWhitespaceBeyondAscii(first.code) ? first.length : 0;
 }
 
 /// Bytes of the whitespace character at the end of `text`, 0 if there is none.
 std::size_t whitespaceLengthAtEnd(std::string_view text) {
+  if (!text.empty() && isAscii(text.back())) return whitespaceLength(text.substr(text.size() - 1));
   for (std::size_t length = 1; length <= 3 && length <= text.size(); ++length) {
     if (whitespaceLength(text.substr(text.size() - length)) == length) return length;
   }

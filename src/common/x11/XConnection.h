@@ -7,13 +7,12 @@
 #include <memory>
 #include <string_view>
 
+#include "common/base/Handle.h"
+
 namespace voxtrel {
 
-struct XFree {
-  void operator()(void* block) const { std::free(block); }
-};
 template <typename T>
-using XOwned = std::unique_ptr<T, XFree>;
+using XOwned = Handle<T, std::free>;
 
 /// The event's type, without the mark for events that a client sent.
 inline int eventType(const xcb_generic_event_t& event) {

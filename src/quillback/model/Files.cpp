@@ -42,7 +42,7 @@ void Sha256::reset() {
 }
 
 std::string Sha256::digest() const {
-  const std::unique_ptr<EVP_MD_CTX, Free> copy(EVP_MD_CTX_new());
+  const Handle<EVP_MD_CTX, EVP_MD_CTX_free> copy(EVP_MD_CTX_new());
   require(EVP_MD_CTX_copy_ex(copy.get(), context_.get()));
   std::array<unsigned char, EVP_MAX_MD_SIZE> bytes{};
   unsigned int length = 0;

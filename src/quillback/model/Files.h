@@ -6,7 +6,6 @@
 #include <cerrno>
 #include <cstdint>
 #include <functional>
-#include <memory>
 #include <optional>
 #include <span>
 #include <string>
@@ -15,6 +14,7 @@
 
 #include <tl/expected.hpp>
 
+#include "common/base/Handle.h"
 #include "common/posix/StopSignals.h"
 
 namespace voxtrel::quillback {
@@ -44,10 +44,7 @@ class Sha256 {
   std::string digest() const;
 
  private:
-  struct Free {
-    void operator()(EVP_MD_CTX* context) const { EVP_MD_CTX_free(context); }
-  };
-  std::unique_ptr<EVP_MD_CTX, Free> context_;
+  Handle<EVP_MD_CTX, EVP_MD_CTX_free> context_;
 };
 
 /// Size of the regular file `path`, also through a symbolic link; nothing if there is none.

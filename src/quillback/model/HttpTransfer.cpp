@@ -3,9 +3,10 @@
 #include <curl/curl.h>
 
 #include <array>
-#include <memory>
 #include <optional>
 #include <utility>
+
+#include "common/base/Handle.h"
 
 namespace voxtrel::quillback {
 
@@ -15,14 +16,6 @@ using Clock = std::chrono::steady_clock;
 using Result = tl::expected<void, HttpFailure>;
 
 constexpr int kPollMs = 200;
-
-struct Free {
-  void operator()(CURL* handle) const { curl_easy_cleanup(handle); }
-  void operator()(curl_slist* list) const { curl_slist_free_all(list); }
-};
-struct FreeMulti {  // the library's CURL and CURLM are both `void`
-  void operator()(CURLM* handle) const { curl_multi_cleanup(handle); }
-};
 
 Result failure(HttpFailure::Kind kind, bool isRetryable = false, std::string why = {}) {
   return tl::unexpected(HttpFailure{kind, isRetryable, std::move(why)});
@@ -57,8 +50,8 @@ class Transfer {
   bool isReplyShown_ = false;
   bool isRejected_ = false;
   std::array<char, CURL_ERROR_SIZE> error_{};
-  std::unique_ptr<curl_slist, Free> headers_;
-  std::unique_ptr<CURL, Free> easy_;
+  Handle<curl_slist, curl_slist_free_all> headers_;
+  Handle<CURL, curl_easy_cleanup> easy_;
 };
 
 void Transfer::setUp(const HttpRequest& request, const TransferLimits& limits) {
@@ -179,7 +172,7 @@ Result Transfer::drive(CURLM* multi, const StopSignals& stop) {
 }
 
 Result Transfer::run(const StopSignals& stop) {
-  const std::unique_ptr<CURLM, FreeMulti> multi(curl_multi_init());
+  const Handle<CURLM, curl_multi_cleanup> multi(curl_multi_init());
   curl_multi_add_handle(multi.get(), easy_.get());
   Result result = drive(multi.get(), stop);
   // Looking up a host name can take long and cannot be cancelled: do not wait for its thread.

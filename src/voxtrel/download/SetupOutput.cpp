@@ -19,7 +19,7 @@ constexpr std::array<char32_t, 68> kZeros = {
     0x110F0, 0x11136, 0x111D0, 0x112F0, 0x11450, 0x114D0, 0x11650, 0x116C0, 0x11730, 0x118E0,
     0x11950, 0x11C50, 0x11D50, 0x11DA0, 0x11F50, 0x16A60, 0x16AC0, 0x16B50, 0x1D7CE, 0x1D7D8,
     0x1D7E2, 0x1D7EC, 0x1D7F6, 0x1E140, 0x1E2F0, 0x1E4F0, 0x1E950, 0x1FBF0};
-constexpr char32_t kLargestDigit = 9;
+constexpr char32_t kMaxDigit = 9;
 
 constexpr std::string_view kUnit = "MB";
 constexpr std::string_view kSpacedUnit = " MB";
@@ -102,7 +102,7 @@ std::size_t decimalDigitLength(std::string_view text) {
   if (character.length == 0) return 0;
   const auto* after = std::upper_bound(kZeros.begin(), kZeros.end(), character.code);
   if (after == kZeros.begin()) return 0;
-  return character.code - *(after - 1) <= kLargestDigit ? character.length : 0;
+  return character.code - *(after - 1) <= kMaxDigit ? character.length : 0;
 }
 
 std::optional<SetupProgress> parseProgress(std::string_view line) {

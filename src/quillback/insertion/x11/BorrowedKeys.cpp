@@ -7,8 +7,8 @@ namespace {
 
 constexpr std::uint8_t kWordBits = 32;
 constexpr std::uint32_t kMaxWords = 2048;
-constexpr std::uint32_t kMinCode = 8;
-constexpr std::uint32_t kMostCode = 255;
+constexpr std::uint32_t kMinBorrowedCode = 8;
+constexpr std::uint32_t kMaxBorrowedCode = 255;
 constexpr std::uint32_t kAllLocks = 0xFF;
 
 }  // namespace
@@ -42,7 +42,8 @@ BorrowedKeys::Record BorrowedKeys::read() const {
                         property->value_len);
   record.locks = static_cast<std::uint8_t>(words[0] <= kAllLocks ? words[0] : 0);
   for (std::size_t i = 1; i + 1 < words.size(); i += 2) {
-    if (words[i] < kMinCode || words[i] > kMostCode || words[i + 1] == XCB_NO_SYMBOL) continue;
+    if (words[i] < kMinBorrowedCode || words[i] > kMaxBorrowedCode || words[i + 1] == XCB_NO_SYMBOL)
+      continue;
     record.spares.emplace_back(static_cast<std::uint8_t>(words[i]), words[i + 1]);
   }
   return record;

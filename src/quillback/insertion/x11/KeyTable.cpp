@@ -5,8 +5,8 @@
 #include <xkbcommon/xkbcommon.h>
 
 #include <algorithm>
-#include <memory>
 
+#include "common/base/Handle.h"
 #include "common/x11/XcbXkb.h"
 
 namespace voxtrel::quillback {
@@ -16,13 +16,9 @@ constexpr xkb_keycode_t kMaxCode = 255;
 /// Code 8 is evdev's 0, which is no key; some programs drop it.
 constexpr xkb_keycode_t kMinSpare = 9;
 
-struct Unref {
-  void operator()(xkb_context* context) const { xkb_context_unref(context); }
-  void operator()(xkb_keymap* keymap) const { xkb_keymap_unref(keymap); }
-  void operator()(xkb_state* state) const { xkb_state_unref(state); }
-};
-template <typename T>
-using Owned = std::unique_ptr<T, Unref>;
+using Context = Handle<xkb_context, xkb_context_unref>;
+using Keymap = Handle<xkb_keymap, xkb_keymap_unref>;
+using State = Handle<xkb_state, xkb_state_unref>;
 
 struct Codes {
   xkb_keycode_t first;
@@ -33,8 +29,8 @@ Codes codesOf(xkb_keymap* keymap) {
   return {xkb_keymap_min_keycode(keymap), std::min(xkb_keymap_max_keycode(keymap), kMaxCode)};
 }
 
-Owned<xkb_state> stateIn(xkb_keymap* keymap, std::uint32_t layout) {
-  Owned<xkb_state> state(xkb_state_new(keymap));
+State stateIn(xkb_keymap* keymap, std::uint32_t layout) {
+  State state(xkb_state_new(keymap));
   xkb_state_update_mask(state.get(), 0, 0, 0, 0, 0, layout);
   return state;
 }
@@ -81,14 +77,14 @@ bool isSpare(xkb_keymap* keymap, xkb_keycode_t code) {
 
 KeyTable readKeyTable(xkb_keymap* keymap, std::uint32_t layout) {
   KeyTable table;
-  const Owned<xkb_state> state = stateIn(keymap, layout);
+  const State state = stateIn(keymap, layout);
   table.shiftCode = keyFor(keymap, state.get(), XKB_KEY_Shift_L);
   table.level3Code = keyFor(keymap, state.get(), XKB_KEY_ISO_Level3_Shift);
   for (const bool level3 : {false, true}) {
     if (level3 && table.level3Code == 0) continue;
     for (const bool shift : {false, true}) {
       if (shift && table.shiftCode == 0) continue;
-      const Owned<xkb_state> pressed = stateIn(keymap, layout);
+      const State pressed = stateIn(keymap, layout);
       if (shift) xkb_state_update_key(pressed.get(), table.shiftCode, XKB_KEY_DOWN);
       if (level3) xkb_state_update_key(pressed.get(), table.level3Code, XKB_KEY_DOWN);
       addStrokes(table, keymap, pressed.get(), shift, level3);
@@ -105,10 +101,10 @@ std::optional<KeyTable> readKeyTable(const XConnection& server) {
   const auto state = server.reply<xcb_xkb_get_state_reply_t>(
       xcb_xkb_get_state(server.get(), XCB_XKB_ID_USE_CORE_KBD));
   if (!state) return std::nullopt;
-  const Owned<xkb_context> context(xkb_context_new(XKB_CONTEXT_NO_DEFAULT_INCLUDES));
+  const Context context(xkb_context_new(XKB_CONTEXT_NO_DEFAULT_INCLUDES));
   if (!context) return std::nullopt;
-  const Owned<xkb_keymap> keymap(xkb_x11_keymap_new_from_device(
-      context.get(), server.get(), state->deviceID, XKB_KEYMAP_COMPILE_NO_FLAGS));
+  const Keymap keymap(xkb_x11_keymap_new_from_device(context.get(), server.get(), state->deviceID,
+                                                     XKB_KEYMAP_COMPILE_NO_FLAGS));
   if (!keymap) return std::nullopt;
   return readKeyTable(keymap.get(), state->group);
 }

@@ -7,15 +7,13 @@
 #include <cerrno>
 #include <utility>
 
+#include "common/base/Handle.h"
 #include "common/posix/FileDescriptor.h"
 
 namespace voxtrel::quillback {
 namespace {
 
-struct DeviceFree {
-  void operator()(libevdev* device) const { libevdev_free(device); }
-};
-using Device = std::unique_ptr<libevdev, DeviceFree>;
+using Device = Handle<libevdev, libevdev_free>;
 
 constexpr int kReleased = 0;
 constexpr int kPressed = 1;  // 2 is a repeat

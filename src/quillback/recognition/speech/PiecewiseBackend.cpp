@@ -32,9 +32,9 @@ std::array<float, kFrame> amplified(std::span<const float> samples, float gain) 
 
 /// What brings a sound with this peak to full level.
 float gainFor(float peak) {
-  constexpr float kLeastPeak = 1e-4F;  // -80 dB: below it there is nothing but noise
-  constexpr float kFullLevel = 0.5F;   // -6 dB
-  return peak < kLeastPeak ? 1.0F : kFullLevel / peak;
+  constexpr float kMinPeak = 1e-4F;   // -80 dB: below it there is nothing but noise
+  constexpr float kFullLevel = 0.5F;  // -6 dB
+  return peak < kMinPeak ? 1.0F : kFullLevel / peak;
 }
 
 bool isBlank(char c) {

@@ -5,6 +5,7 @@
 
 #include <utility>
 
+#include "common/base/Handle.h"
 #include "quillback/recognition/sphinx/CepstralMean.h"
 
 namespace voxtrel::quillback {
@@ -12,17 +13,14 @@ namespace {
 
 constexpr std::size_t kSamplesPerFrame = 160;
 
-struct Free {
-  void operator()(ps_decoder_t* decoder) const { ps_free(decoder); }
-  void operator()(cmd_ln_t* options) const { cmd_ln_free_r(options); }
-  void operator()(fe_t* frontEnd) const { fe_free(frontEnd); }
-};
+using Decoder = Handle<ps_decoder_t, ps_free>;
+using DecoderOptions = Handle<cmd_ln_t, cmd_ln_free_r>;
+using FrontEnd = Handle<fe_t, fe_free>;
 
-std::unique_ptr<cmd_ln_t, Free> readOptions(const std::string& folder) {
-  return std::unique_ptr<cmd_ln_t, Free>(
-      cmd_ln_init(nullptr, ps_args(), TRUE, "-hmm", (folder + "/en-us").c_str(), "-lm",
-                  (folder + "/en-us.lm.bin").c_str(), "-dict",
-                  (folder + "/cmudict-en-us.dict").c_str(), nullptr));
+DecoderOptions readOptions(const std::string& folder) {
+  return DecoderOptions(cmd_ln_init(nullptr, ps_args(), TRUE, "-hmm", (folder + "/en-us").c_str(),
+                                    "-lm", (folder + "/en-us.lm.bin").c_str(), "-dict",
+                                    (folder + "/cmudict-en-us.dict").c_str(), nullptr));
 }
 
 std::vector<float> initialMean(ps_decoder_t* decoder) {
@@ -61,7 +59,7 @@ class MeanTracker {
   void updateDecoder() { cmn_live_set(ps_get_feat(decoder_)->cmn_struct, mean_.mean().data()); }
 
   ps_decoder_t* const decoder_;
-  const std::unique_ptr<fe_t, Free> frontEnd_;
+  const FrontEnd frontEnd_;
   CepstralMean mean_;
 };
 
@@ -101,8 +99,8 @@ struct SphinxBackend::Model {
 
   bool isUsable() const { return mean && mean->isUsable(); }
 
-  const std::unique_ptr<cmd_ln_t, Free> options;
-  const std::unique_ptr<ps_decoder_t, Free> decoder;
+  const DecoderOptions options;
+  const Decoder decoder;
   std::unique_ptr<MeanTracker> mean;
 };
 

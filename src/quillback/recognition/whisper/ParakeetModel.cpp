@@ -64,12 +64,12 @@ std::size_t ParakeetModel::maxSamples() const {
 }
 
 Heard ParakeetModel::recognise(std::span<const float> samples, const std::atomic<bool>& isDropped) {
-  constexpr std::size_t kLeastSamples = kSampleRateHz;  // the encoder needs some frames
+  constexpr std::size_t kMinSamples = kSampleRateHz;  // the encoder needs some frames
   Heard heard;
   if (isDropped) return heard;
   const auto start = steady_clock::now();
   std::vector<float> sound(samples.begin(), samples.end());
-  sound.resize(std::max(sound.size(), kLeastSamples));
+  sound.resize(std::max(sound.size(), kMinSamples));
   parakeet_full_params parameters = parakeet_full_default_params(PARAKEET_SAMPLING_GREEDY);
   parameters.n_threads = options_.threads;
   parameters.no_context = true;

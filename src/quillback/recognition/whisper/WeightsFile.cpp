@@ -92,10 +92,10 @@ std::optional<std::array<std::int32_t, kCount>> readHeader(
 
 /// A table of numbers with its two sizes before it.
 bool skipTable(Walk& walk) {
-  constexpr std::int32_t kMost = 100'000;
+  constexpr std::int32_t kMaxSide = 100'000;
   const auto rows = walk.number();
   const auto columns = walk.number();
-  return rows && columns && *rows > 0 && *rows<kMost&& * columns> 0 && *columns < kMost &&
+  return rows && columns && *rows > 0 && *rows<kMaxSide&& * columns> 0 && *columns < kMaxSide &&
          walk.skipNumbers(*rows, *columns);
 }
 
@@ -119,39 +119,39 @@ Result skipParakeetHeader(Walk& walk) {
   const auto window = hasFilters ? walk.number() : std::nullopt;
   if (!window || !walk.skipNumbers(*window)) return wrong("the file ends within its filters");
   for (std::int32_t at = 0; at < header->at(kDurations); ++at) {
-    constexpr std::int32_t kMostFrames = 100;
+    constexpr std::int32_t kMaxFrames = 100;
     // The decoder moves on by them: backwards it would never end.
     const auto duration = walk.number();
     if (!duration) return wrong("the file ends within its durations");
-    if (*duration < 0 || *duration > kMostFrames) return wrong("its durations are damaged");
+    if (*duration < 0 || *duration > kMaxFrames) return wrong("its durations are damaged");
   }
   return {};
 }
 
 Result skipVocabulary(Walk& walk) {
-  constexpr std::int32_t kMostBytes = 1000;
+  constexpr std::int32_t kMaxBytes = 1000;
   const auto count = walk.number();
   bool isWhole = count && *count > 0;
   for (std::int32_t at = 0; isWhole && at < *count; ++at) {
     const auto length = walk.number();
-    isWhole = length && *length <= kMostBytes && walk.skip(*length);
+    isWhole = length && *length <= kMaxBytes && walk.skip(*length);
   }
   return isWhole ? Result() : wrong("the file ends within its vocabulary");
 }
 
 /// Whether one tensor is there with all its numbers.
 bool skipTensor(Walk& walk) {
-  constexpr std::int32_t kMostDimensions = 4;
+  constexpr std::int32_t kMaxDimensions = 4;
   const auto dimensions = walk.number();
   const auto nameLength = walk.number();
   const auto type = walk.number();
-  if (!dimensions || *dimensions < 1 || *dimensions > kMostDimensions) return false;
+  if (!dimensions || *dimensions < 1 || *dimensions > kMaxDimensions) return false;
   if (!nameLength || !type || *type < 0 || *type >= GGML_TYPE_COUNT) return false;
-  constexpr std::int64_t kMostNumbers = std::int64_t{1} << 40;
+  constexpr std::int64_t kMaxNumbers = std::int64_t{1} << 40;
   std::int64_t count = 1;
   for (std::int32_t at = 0; at < *dimensions; ++at) {
     const auto size = walk.number();
-    if (!size || *size <= 0 || count > kMostNumbers / *size) return false;
+    if (!size || *size <= 0 || count > kMaxNumbers / *size) return false;
     count *= *size;
   }
   const auto kind = static_cast<ggml_type>(*type);

@@ -19,7 +19,7 @@ constexpr int kSamplesPerPosition = kSampleRateHz / 50;
 constexpr int kStep = 256;
 constexpr int kMinPositions = 2 * kStep;
 constexpr int kMaxPositions = 5 * kStep;  // the most below the library's 1500
-constexpr std::size_t kLeastSamples = kSampleRateHz / 5;
+constexpr std::size_t kMinSamples = kSampleRateHz / 5;
 /// Silence after the piece, in which the decoder finds its end.
 constexpr int kPadding = 50;
 
@@ -77,10 +77,10 @@ int WhisperModel::encoderPositions(std::size_t samples) {
 
 int WhisperModel::maxTokens(std::size_t samples) {
   constexpr int kTokensPerSecond = 12;
-  constexpr int kLeast = 24;
-  constexpr int kMost = 220;  // half of what the decoder holds; the prompt may have the rest
+  constexpr int kMinTokens = 24;
+  constexpr int kMaxTokens = 220;  // half of what the decoder holds; the prompt may have the rest
   const int seconds = static_cast<int>(samples) / kSampleRateHz;
-  return std::min(kMost, kLeast + seconds * kTokensPerSecond);
+  return std::min(kMaxTokens, kMinTokens + seconds * kTokensPerSecond);
 }
 
 Heard WhisperModel::recognise(std::span<const float> samples, const std::atomic<bool>& isDropped) {
@@ -89,9 +89,9 @@ Heard WhisperModel::recognise(std::span<const float> samples, const std::atomic<
   if (isDropped) return heard;
   // Of less than a tenth of a second the library computes nothing, and the size of an earlier piece stays.
   std::vector<float> padded;
-  if (samples.size() < kLeastSamples) {
+  if (samples.size() < kMinSamples) {
     padded.assign(samples.begin(), samples.end());
-    padded.resize(kLeastSamples);
+    padded.resize(kMinSamples);
     samples = padded;
   }
   if (!encode(samples)) {
@@ -131,13 +131,13 @@ bool WhisperModel::encode(std::span<const float> samples) {
 /// The settings' prompt as what was said before; the decoder then prefers its words.
 std::vector<WhisperModel::Token> WhisperModel::promptTokens() {
   if (options_.prompt.empty()) return {};
-  constexpr std::size_t kMost = 200;
+  constexpr std::size_t kMaxPrompt = 200;
   const std::string text = " " + options_.prompt;
   std::vector<Token> tokens(text.size() + 1);  // a token has at least one byte
   const int count =
       whisper_tokenize(model_.get(), text.c_str(), tokens.data(), static_cast<int>(tokens.size()));
   tokens.resize(static_cast<std::size_t>(std::max(0, count)));
-  if (tokens.size() > kMost) tokens.erase(tokens.begin(), tokens.end() - kMost);
+  if (tokens.size() > kMaxPrompt) tokens.erase(tokens.begin(), tokens.end() - kMaxPrompt);
   tokens.insert(tokens.begin(), whisper_token_prev(model_.get()));
   return tokens;
 }

@@ -16,8 +16,8 @@ constexpr std::uint32_t kCompositorVersion = 4;
 constexpr std::uint32_t kOutputVersion = 3;
 constexpr std::uint32_t kLayerShellVersion = 4;
 
-constexpr std::uint32_t kLeastCompositorVersion = 4;  ///< damage in pixels of the buffer
-constexpr std::uint32_t kLeastOutputVersion = 2;      ///< a scale
+constexpr std::uint32_t kMinCompositorVersion = 4;  ///< damage in pixels of the buffer
+constexpr std::uint32_t kMinOutputVersion = 2;      ///< a scale
 
 }  // namespace
 
@@ -110,7 +110,7 @@ void Compositor::onGlobal(std::uint32_t name, const char* interface, std::uint32
     const std::uint32_t agreed = std::min(version, newest);
     global.reset(static_cast<Object>(wl_registry_bind(registry_.get(), name, &type, agreed)));
   };
-  if (kind == wl_compositor_interface.name && version >= kLeastCompositorVersion) {
+  if (kind == wl_compositor_interface.name && version >= kMinCompositorVersion) {
     bind(compositor_, wl_compositor_interface, kCompositorVersion);
   } else if (kind == wl_shm_interface.name) {
     bind(shm_, wl_shm_interface, 1);
@@ -120,7 +120,7 @@ void Compositor::onGlobal(std::uint32_t name, const char* interface, std::uint32
     bind(fractionalScale_, wp_fractional_scale_manager_v1_interface, 1);
   } else if (kind == zwlr_layer_shell_v1_interface.name) {
     bind(layerShell_, zwlr_layer_shell_v1_interface, kLayerShellVersion);
-  } else if (kind == wl_output_interface.name && version >= kLeastOutputVersion) {
+  } else if (kind == wl_output_interface.name && version >= kMinOutputVersion) {
     Output& output = outputs_[name];
     bind(output.object, wl_output_interface, kOutputVersion);
     listenTo(output);

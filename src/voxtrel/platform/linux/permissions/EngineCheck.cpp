@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::chrono::milliseconds kFirstWait{500};
 /// An engine that waits for the desktop's portal takes up to five seconds.
-constexpr std::chrono::seconds kLimit{6};
+constexpr std::chrono::seconds kTimeout{6};
 constexpr int kNotSeen = 1;
 
 /// The first line without "key: no, " and without its full stop.
@@ -58,7 +58,7 @@ void EngineCheck::ask(std::function<void(const KeyAnswer&)> onReply) {
   process_.start(QFile::decodeName(engine_().c_str()), {"check"});
   const bool waits = std::exchange(isFirst_, false) && onReply_;
   if (waits) process_.waitForFinished(static_cast<int>(kFirstWait.count()));
-  if (process_.state() != QProcess::NotRunning) limit_.start(kLimit);
+  if (process_.state() != QProcess::NotRunning) limit_.start(kTimeout);
 }
 
 void EngineCheck::reply(const KeyAnswer& answer) {

@@ -9,12 +9,12 @@ NSString* fromBytes(const char* bytes, std::size_t count) {
 
 /// Keeps every character that stands by itself in UTF-8.
 NSString* repaired(std::string_view text) {
-  constexpr std::size_t kLongest = 4;
+  constexpr std::size_t kMaxLength = 4;
   NSMutableString* result = [NSMutableString string];
   while (!text.empty()) {
     NSString* character = nil;
     std::size_t length = 0;
-    while (character == nil && length < kLongest && length < text.size()) {
+    while (character == nil && length < kMaxLength && length < text.size()) {
       character = fromBytes(text.data(), ++length);
     }
     [result appendString:character == nil ? @"\uFFFD" : character];

@@ -130,8 +130,8 @@ void closeDescriptorsOnExec() noexcept {
   rlimit limit{};
   if (::getrlimit(RLIMIT_NOFILE, &limit) != 0) return;
   // Unlimited means as many as the system has for one process.
-  constexpr rlim_t kMost = 10240;
-  const rlim_t end = limit.rlim_cur < kMost ? limit.rlim_cur : kMost;
+  constexpr rlim_t kMaxDescriptors = 10240;
+  const rlim_t end = limit.rlim_cur < kMaxDescriptors ? limit.rlim_cur : kMaxDescriptors;
   for (rlim_t descriptor = STDERR_FILENO + 1; descriptor < end; ++descriptor) {
     ::fcntl(static_cast<int>(descriptor), F_SETFD, FD_CLOEXEC);
   }
