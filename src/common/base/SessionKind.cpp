@@ -11,10 +11,11 @@ std::string_view orEmpty(const char* value) {
 }
 
 bool isSameName(std::string_view name, std::string_view upperCase) {
-  const auto toUpper = [](char letter) {
-    return letter >= 'a' && letter <= 'z' ? static_cast<char>(letter - 'a' + 'A') : letter;
+  const auto isSame = [](char letter, char upper) {
+    const bool isLower = letter >= 'a' && letter <= 'z';
+    return (isLower ? static_cast<char>(letter - 'a' + 'A') : letter) == upper;
   };
-  return std::ranges::equal(name, upperCase, {}, toUpper);
+  return std::equal(name.begin(), name.end(), upperCase.begin(), upperCase.end(), isSame);
 }
 
 }  // namespace
