@@ -4,7 +4,7 @@ file(GLOB_RECURSE macos_sources CONFIGURE_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/v
 if(APPLE)
   # What a test must grant or refuse, only the rig's doubles let it.
   foreach(source IN LISTS macos_sources)
-    file(STRINGS "${source}" doubles REGEX "\"rig_")
+    file(STRINGS "${source}" doubles REGEX "\"rig_|support/macos/whole/")
     if(doubles)
       list(REMOVE_ITEM macos_sources "${source}")
     endif()
@@ -17,7 +17,7 @@ if(TARGET voxtrel_macos_sdk)
   add_executable(macos_tests ${macos_sources} ${macos_support})
   get_property(macos_rooms GLOBAL PROPERTY VOXTREL_MACOS_ROOMS)
   target_include_directories(macos_tests PRIVATE "${CMAKE_CURRENT_SOURCE_DIR}")
-  target_link_libraries(macos_tests PRIVATE ${macos_rooms} voxtrel_overlay voxtrel_macos_sdk GTest::gtest GTest::gmock
+  target_link_libraries(macos_tests PRIVATE ${macos_rooms} voxtrel_app voxtrel_macos_sdk GTest::gtest GTest::gmock
                                             voxtrel_warnings)
   set_target_properties(macos_tests PROPERTIES LINKER_LANGUAGE OBJCXX VOXTREL_MACOS ON)
   # The macros of the test framework, in Objective-C++.
@@ -26,6 +26,17 @@ if(TARGET voxtrel_macos_sdk)
   if(TARGET voxtrel_macos_shims)
     target_sources(macos_tests PRIVATE $<TARGET_OBJECTS:voxtrel_macos_shims>)
     list(APPEND run_macos --rig "${rig_prefix}")
+    # The whole application: in the tests' process, and as a program whose user grants what it asks for.
+    file(GLOB whole_support CONFIGURE_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/support/macos/whole/*")
+    target_sources(macos_tests PRIVATE ${whole_support} support/scripted_engine/ControlSocket.cpp)
+    add_executable(macos-voxtrel "${PROJECT_SOURCE_DIR}/src/voxtrel/app/main.cpp" support/macos/Symbols.mm
+                                 support/macos/program/User.mm $<TARGET_OBJECTS:voxtrel_macos_shims>)
+    target_include_directories(macos-voxtrel PRIVATE "${CMAKE_CURRENT_SOURCE_DIR}")
+    target_link_libraries(macos-voxtrel PRIVATE ${macos_rooms} voxtrel_app voxtrel_macos_sdk voxtrel_warnings)
+    set_target_properties(macos-voxtrel PROPERTIES LINKER_LANGUAGE OBJCXX VOXTREL_MACOS ON UNITY_BUILD OFF)
+    add_dependencies(macos_tests macos-voxtrel scripted-engine)
+    target_compile_definitions(macos_tests PRIVATE SCRIPTED_ENGINE="$<TARGET_FILE:scripted-engine>"
+                                                   MACOS_VOXTREL="$<TARGET_FILE:macos-voxtrel>")
   endif()
 endif()
 

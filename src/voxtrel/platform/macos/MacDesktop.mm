@@ -1,6 +1,7 @@
 #import <Foundation/Foundation.h>
 
 #include <csignal>
+#include <cstdio>
 #include <memory>
 
 #include "common/base/HomeDirectory.h"
@@ -94,7 +95,12 @@ class MacDesktop {
 }  // namespace
 
 DesktopConnection connectToDesktop(int& /*argc*/, char** /*argv*/, const std::string& version,
-                                   StartRequest /*request*/) {
+                                   StartRequest request) {
+  // The system starts an application once, but from a terminal there is no way to the one that runs.
+  if (request == StartRequest::restart || request == StartRequest::quit) {
+    std::fputs("voxtrel: on macOS, choose this in the menu of the application\n", stderr);
+    return tl::unexpected(1);
+  }
   // The reader of our standard error may go away; that is no reason to end. Nor is a child's guard that
   // somebody has killed.
   std::signal(SIGPIPE, SIG_IGN);

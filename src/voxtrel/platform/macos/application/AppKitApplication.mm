@@ -2,7 +2,9 @@
 
 #import <dispatch/dispatch.h>
 
+#include <filesystem>
 #include <functional>
+#include <system_error>
 #include <utility>
 
 #include "common/posix/StopSignals.h"
@@ -90,9 +92,12 @@ void AppKitApplication::terminate() {
 }
 
 std::optional<std::string> MainBundle::auxiliaryExecutable(std::string_view name) const {
-  NSString* path = [NSBundle.mainBundle pathForAuxiliaryExecutable:toNSString(name)];
-  if (path == nil) return std::nullopt;
-  return toString(path);
+  const std::string path =
+      toString([NSBundle.mainBundle pathForAuxiliaryExecutable:toNSString(name)]);
+  // Whether it may be executed shows when it is started, and that can say why not.
+  std::error_code error;
+  if (!std::filesystem::is_regular_file(path, error)) return std::nullopt;
+  return path;
 }
 
 }  // namespace voxtrel

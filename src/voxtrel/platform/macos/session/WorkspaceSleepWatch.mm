@@ -10,9 +10,11 @@ Subscription observe(NSNotificationName name, std::function<void()> handler) {
   auto owned = std::make_shared<const std::function<void()>>(std::move(handler));
   const std::weak_ptr<const std::function<void()>> weak = owned;
   NSNotificationCenter* center = NSWorkspace.sharedWorkspace.notificationCenter;
+  // Without a queue, because only then the announcement certainly waits for the handler. The workspace
+  // posts on the main thread.
   const id observer = [center addObserverForName:name
                                           object:nil
-                                           queue:NSOperationQueue.mainQueue
+                                           queue:nil
                                       usingBlock:^(NSNotification*) {
                                         if (const auto held = weak.lock()) (*held)();
                                       }];

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <memory>
+
 #import "support/macos/RunLoop.h"
 #import "voxtrel/platform/macos/application/RunLoopTimers.h"
 
@@ -29,6 +31,26 @@ TEST_F(RunLoopFrameTimerTest, aLateFrameIsNotMadeUpFor) {
   while (std::chrono::steady_clock::now() < busyUntil) continue;
   runFor(15ms);
   EXPECT_LE(count - before, 2);
+}
+
+TEST_F(RunLoopFrameTimerTest, noFrameComesWithoutTheHandle) {
+  int count = 0;
+  auto timer = frames.everyFrame(5ms, [&] { ++count; });
+  ASSERT_TRUE(runUntil([&] { return count > 0; }));
+  timer.reset();
+  const int before = count;
+  runFor(50ms);
+  EXPECT_EQ(count, before);
+}
+
+TEST_F(RunLoopFrameTimerTest, aThousandRoundsKeepNothing) {
+  const auto held = std::make_shared<int>(0);
+  for (int i = 0; i < 1000; ++i) {
+    @autoreleasepool {
+      const auto timer = frames.everyFrame(5ms, [held] { ++*held; });
+    }
+  }
+  EXPECT_EQ(held.use_count(), 1);
 }
 
 }  // namespace

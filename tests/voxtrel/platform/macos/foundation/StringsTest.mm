@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "support/macos/Growth.h"
 #import "voxtrel/platform/macos/foundation/Strings.h"
 
 namespace voxtrel {
@@ -32,6 +33,13 @@ TEST(StringsTest, anErrorAlwaysHasADescription) {
   EXPECT_FALSE(describe([NSError errorWithDomain:@"Example" code:7 userInfo:nil]).empty());
   NSDictionary* words = @{NSLocalizedDescriptionKey : @"No device"};
   EXPECT_EQ(describe([NSError errorWithDomain:@"Example" code:7 userInfo:words]), "No device");
+}
+
+TEST(StringsTest, aThousandRoundsKeepNothing) {
+  expectNoGrowth([] {
+    EXPECT_EQ(toString(toNSString("Ready \u2014 hold Right Cmd")).size(), 24U);
+    EXPECT_EQ(toNSString("a\xff").length, 2U);
+  });
 }
 
 }  // namespace

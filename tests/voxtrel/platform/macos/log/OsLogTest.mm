@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #import "rig_oslog.h"
+#include "support/macos/Growth.h"
 #import "voxtrel/platform/macos/log/OsLog.h"
 
 namespace voxtrel {
@@ -53,6 +54,14 @@ TEST_F(OsLogTest, aMessageIsNeverReadAsAFormat) {
 TEST_F(OsLogTest, anUnknownCategoryGoesToTheMainOne) {
   log.write(LogLevel::info, "other", "Hello");
   EXPECT_THAT(lines(), testing::ElementsAre("org.example.Test:main [1] Hello"));
+}
+
+TEST_F(OsLogTest, aThousandRoundsKeepNothing) {
+  expectNoGrowth([] {
+    OsLog shortLived("org.example.Test");
+    shortLived.write(LogLevel::debug, "ui", "what the rig does not keep");
+    shortLived.writePrivate(LogLevel::debug, "ui", "what the rig", "does not keep");
+  });
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <thread>
 
 #import "rig_services.h"
+#include "support/macos/Observed.h"
 #import "support/macos/RunLoop.h"
 #import "voxtrel/platform/macos/application/RunLoopMainLoop.h"
 #import "voxtrel/platform/macos/notifications/UserNotificationCenter.h"
@@ -31,7 +32,7 @@ struct Recorder : NotificationDelegate {
   bool isOnMain = false;
 };
 
-struct UserNotificationCenterTest : testing::Test {
+struct UserNotificationCenterTest : ::testing::Test {
   UserNotificationCenterTest() { allow(YES); }
 
   static void allow(BOOL granted) { RigServices.notificationsGranted = granted; }
@@ -77,7 +78,7 @@ TEST_F(UserNotificationCenterTest, theUsersAnswerReachesTheDelegateOnTheMainThre
   std::thread([] { [RigServices clickNotification:@"answered" action:@"RESTART_ACTION"]; }).join();
   EXPECT_TRUE(delegate->responses.empty());
   ASSERT_TRUE(runUntil([&] { return !delegate->responses.empty(); }));
-  EXPECT_THAT(delegate->responses, testing::ElementsAre("answered/RESTART_ACTION"));
+  EXPECT_THAT(delegate->responses, ::testing::ElementsAre("answered/RESTART_ACTION"));
   EXPECT_TRUE(delegate->isOnMain);
 }
 
@@ -140,6 +141,31 @@ TEST_F(UserNotificationCenterTest, nothingIsCalledOnceTheOwnerIsGone) {
   EXPECT_TRUE(isCompleted);
   runOnce();
   EXPECT_TRUE(delegate->responses.empty());
+}
+
+TEST_F(UserNotificationCenterTest, theActionOfTheCategoryBringsTheApplicationForward) {
+  __block std::string made;
+  const testing::ReplacedMethod replaced(
+      object_getClass(UNNotificationAction.class), @selector(actionWithIdentifier:title:options:),
+      ^UNNotificationAction*(Class, NSString* identifier, NSString* title,
+                             UNNotificationActionOptions options) {
+        made = std::string(identifier.UTF8String) + "/" + title.UTF8String + "/" +
+               std::to_string(options);
+        return [UNNotificationAction new];
+      });
+  notifications->setCategories({{"CRASH_CATEGORY", {{"RESTART_ACTION", "Restart", true}}}});
+  EXPECT_EQ(made, "RESTART_ACTION/Restart/4");
+}
+
+TEST_F(UserNotificationCenterTest, onlyAlertsAreAskedFor) {
+  __block UNAuthorizationOptions asked = 0;
+  const testing::ReplacedMethod replaced(
+      UNUserNotificationCenter.class, @selector(requestAuthorizationWithOptions:completionHandler:),
+      ^(UNUserNotificationCenter*, UNAuthorizationOptions options, id) {
+        asked = options;
+      });
+  notifications->requestAuthorization();
+  EXPECT_EQ(asked, UNAuthorizationOptionAlert);
 }
 
 TEST_F(UserNotificationCenterTest, nothingIsShownWithoutABundle) {

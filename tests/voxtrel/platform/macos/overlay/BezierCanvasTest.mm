@@ -5,6 +5,7 @@
 
 #include "support/Samples.h"
 #include "support/macos/Controls.h"
+#include "support/macos/Growth.h"
 #include "voxtrel/overlay/FFTBarView.h"
 #include "voxtrel/platform/macos/overlay/BezierCanvas.h"
 #include "voxtrel/platform/macos/vdsp/AccelerateMath.h"
@@ -127,6 +128,19 @@ TEST_P(BezierCanvasTest, DrawsThePill) {
   expectColor(picture, kBarEight, 16, bar);
   expectColor(picture, kBarEight, 5, bar);
   expectColor(picture, kBarEight, 19.2, kPill);
+}
+
+TEST_P(BezierCanvasTest, KeepsNothingOfAThousandFrames) {
+  paint([](Canvas& canvas) {
+    expectNoGrowth([&] {
+      [NSGraphicsContext saveGraphicsState];
+      clipToRoundedRect(kFrame, 10.5);
+      canvas.fillRoundedRect(kFrame, 6, kPill);
+      canvas.strokeRoundedRect(kFrame, 6, 1, kTeal);
+      canvas.fillOval({20, 0, 20, 20}, kTeal);
+      [NSGraphicsContext restoreGraphicsState];
+    });
+  });
 }
 
 INSTANTIATE_TEST_SUITE_P(Scales, BezierCanvasTest, ::testing::Values(1, 2));

@@ -1,7 +1,6 @@
 #import <AVFoundation/AVFoundation.h>
 #import <AppKit/AppKit.h>
 #include <gtest/gtest.h>
-#import <objc/runtime.h>
 
 #include <atomic>
 #include <memory>
@@ -10,6 +9,8 @@
 
 #import "rig_audio.h"
 #import "rig_services.h"
+#include "support/macos/Growth.h"
+#include "support/macos/Observed.h"
 #include "support/macos/RunLoop.h"
 #include "voxtrel/platform/macos/permissions/PrivacyPermissions.h"
 
@@ -67,29 +68,13 @@ TEST_F(PrivacyPermissionsTest, KeepsNothingOfARequestInAThousandRounds) {
       << owner.use_count();
 }
 
-/// Keeps the addresses that the workspace is asked to open, as long as it lives.
-/// Thread: the main thread.
-class OpenedAddresses {
- public:
-  OpenedAddresses() : method_(class_getInstanceMethod(NSWorkspace.class, @selector(openURL:))) {
-    std::vector<std::string>* const opened = &opened_;
-    original_ = method_setImplementation(
-        method_, imp_implementationWithBlock(^BOOL(NSWorkspace*, NSURL* address) {
-          opened->emplace_back(address.absoluteString.UTF8String);
-          return NO;
-        }));
-  }
-  ~OpenedAddresses() { method_setImplementation(method_, original_); }
-  OpenedAddresses(const OpenedAddresses&) = delete;
-  OpenedAddresses& operator=(const OpenedAddresses&) = delete;
-
-  const std::vector<std::string>& get() const { return opened_; }
-
- private:
-  std::vector<std::string> opened_;
-  Method method_;
-  IMP original_;
-};
+TEST_F(PrivacyPermissionsTest, KeepsNothingOfAThousandPolls) {
+  [RigServices setAccessibilityTrusted:NO];
+  expectNoGrowth([] {
+    EXPECT_FALSE(ProcessTrust().isTrusted(false));
+    EXPECT_FALSE(ProcessTrust().isTrusted(true));
+  });
+}
 
 TEST_F(PrivacyPermissionsTest, OpensThePanesOfSystemSettingsAndBearsARefusal) {
   const OpenedAddresses opened;

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #import "rig_services.h"
+#include "support/macos/Growth.h"
 #import "voxtrel/platform/macos/session/NativePreferences.h"
 
 namespace voxtrel {
@@ -61,6 +62,15 @@ TEST_F(NativePreferencesTest, aValueIsKeptAndSeenByTheSystem) {
   EXPECT_TRUE([NSUserDefaults.standardUserDefaults boolForKey:@"launchAtLogin"]);
   defaults.setBool("launchAtLogin", false);
   EXPECT_FALSE(defaults.boolForKey("launchAtLogin"));
+}
+
+TEST_F(NativePreferencesTest, aThousandRoundsKeepNothing) {
+  expectNoGrowth([this] {
+    EXPECT_TRUE(loginItem.enable());
+    EXPECT_TRUE(loginItem.disable());
+    defaults.setBool("launchAtLogin", true);
+    EXPECT_TRUE(defaults.boolForKey("launchAtLogin"));
+  });
 }
 
 }  // namespace

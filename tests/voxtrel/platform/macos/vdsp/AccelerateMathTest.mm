@@ -8,6 +8,7 @@
 
 #include "support/Samples.h"
 #include "support/SpectrumOracle.h"
+#include "support/macos/Growth.h"
 #include "voxtrel/overlay/SpectrumAnalysis.h"
 #include "voxtrel/platform/macos/vdsp/AccelerateMath.h"
 
@@ -63,6 +64,14 @@ TEST(AccelerateMathTest, SplitsSamplesIntoPairs) {
   EXPECT_EQ(pairs.imag[0], 1.0F);
   EXPECT_EQ(pairs.real[255], 510.0F);
   EXPECT_EQ(pairs.imag[255], 511.0F);
+}
+
+TEST(AccelerateMathTest, KeepsNothingOfAThousandTransforms) {
+  const std::array<float, RealFft::kSize> samples{};
+  expectNoGrowth([&] {
+    RealFft::SplitComplex bins;
+    AccelerateMath().makeRealFft()->forward(samples, bins);
+  });
 }
 
 }  // namespace
