@@ -22,7 +22,7 @@ struct FakeBundle : ApplicationBundle {
     if (onAsked) onAsked();
     return engine;
   }
-  std::optional<std::string> engine = "/proc/self/exe";  // a file that exists wherever tests run
+  std::optional<std::string> engine = "/bin/sh";  // a file that exists wherever tests run
   mutable std::vector<std::string> askedFor;
   std::function<void()> onAsked;  // before the answer is given
 };

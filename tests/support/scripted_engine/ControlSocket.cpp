@@ -1,5 +1,6 @@
 #include "support/scripted_engine/ControlSocket.h"
 
+#include <fcntl.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -28,10 +29,25 @@ const sockaddr* generic(const sockaddr_un& address) {
   return reinterpret_cast<const sockaddr*>(&address);
 }
 
+/// A local stream socket that no program inherits and whose broken end raises no signal.
+int openSocket() {
+  const int made = ::socket(AF_UNIX, SOCK_STREAM, 0);
+  ::fcntl(made, F_SETFD, FD_CLOEXEC);
+#if defined(SO_NOSIGPIPE)
+  constexpr int kOn = 1;
+  ::setsockopt(made, SOL_SOCKET, SO_NOSIGPIPE, &kOn, sizeof kOn);
+#endif
+  return made;
+}
+
 bool sendLine(int connection, std::string line) {
+#if defined(MSG_NOSIGNAL)
+  constexpr int kFlags = MSG_NOSIGNAL;
+#else
+  constexpr int kFlags = 0;
+#endif
   line += '\n';
-  return ::send(connection, line.data(), line.size(), MSG_NOSIGNAL) ==
-         static_cast<ssize_t>(line.size());
+  return ::send(connection, line.data(), line.size(), kFlags) == static_cast<ssize_t>(line.size());
 }
 
 /// Takes the next line out of `buffer`, reading on where it holds none. False at the end.
@@ -63,7 +79,7 @@ void serve(int connection, const ControlSocket::Answer& answer) {
 bool ControlSocket::listen(const std::string& path, Answer answer) {
   sockaddr_un address{};
   if (!fillAddress(path, address)) return false;
-  const int listener = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  const int listener = openSocket();
   ::unlink(path.c_str());
   if (::bind(listener, generic(address), sizeof address) != 0 || ::listen(listener, 16) != 0) {
     return false;
@@ -79,7 +95,7 @@ bool ControlSocket::listen(const std::string& path, Answer answer) {
 
 std::string ControlSocket::ask(const std::string& path, const std::string& line) {
   sockaddr_un address{};
-  const int connection = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  const int connection = openSocket();
   if (!fillAddress(path, address) || ::connect(connection, generic(address), sizeof address) != 0) {
     throw std::system_error(errno, std::generic_category(), path);
   }

@@ -7,10 +7,10 @@
 #include <algorithm>
 #include <array>
 #include <csignal>
-#include <cstring>
 #include <ctime>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 #include "support/scripted_engine/Command.h"
 
@@ -25,6 +25,21 @@ struct LastWords {
   int code = 0;
 };
 LastWords lastWords;
+
+constexpr std::array<std::pair<std::string_view, int>, 14> kSignals = {{{"ABRT", SIGABRT},
+                                                                        {"ALRM", SIGALRM},
+                                                                        {"BUS", SIGBUS},
+                                                                        {"FPE", SIGFPE},
+                                                                        {"HUP", SIGHUP},
+                                                                        {"ILL", SIGILL},
+                                                                        {"INT", SIGINT},
+                                                                        {"KILL", SIGKILL},
+                                                                        {"PIPE", SIGPIPE},
+                                                                        {"QUIT", SIGQUIT},
+                                                                        {"SEGV", SIGSEGV},
+                                                                        {"TERM", SIGTERM},
+                                                                        {"USR1", SIGUSR1},
+                                                                        {"USR2", SIGUSR2}}};
 
 timespec toTimespec(std::chrono::milliseconds time) {
   const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(time);
@@ -58,9 +73,8 @@ void limitLifetime(std::chrono::milliseconds lifetime) {
 
 int signalNumber(std::string_view name) {
   if (name.starts_with("SIG")) name.remove_prefix(3);
-  for (int signal = 1; signal < NSIG; ++signal) {
-    const char* abbreviation = ::sigabbrev_np(signal);
-    if (abbreviation != nullptr && name == abbreviation) return signal;
+  for (const auto& [abbreviation, signal] : kSignals) {
+    if (name == abbreviation) return signal;
   }
   const unsigned long long number = parseNumber(name);
   if (number == 0 || number >= NSIG) throw std::invalid_argument("no such signal");

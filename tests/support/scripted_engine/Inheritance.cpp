@@ -1,10 +1,12 @@
 #include "support/scripted_engine/Inheritance.h"
 
 #include <dirent.h>
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
+#include <climits>
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
@@ -15,7 +17,7 @@ namespace {
 
 std::vector<int> openDescriptors() {
   std::vector<int> descriptors;
-  DIR* const folder = ::opendir("/proc/self/fd");
+  DIR* const folder = ::opendir("/dev/fd");
   if (folder == nullptr) return descriptors;
   while (const dirent* entry = ::readdir(folder)) {
     if (entry->d_name[0] == '.') continue;
@@ -41,6 +43,16 @@ void takeSignals(Inheritance& inheritance) {
   }
 }
 
+std::string pathOfStandardInput() {
+#if defined(__APPLE__)
+  std::array<char, PATH_MAX> path{};
+  return ::fcntl(STDIN_FILENO, F_GETPATH, path.data()) == 0 ? path.data() : "";
+#else
+  std::error_code error;
+  return std::filesystem::read_symlink("/proc/self/fd/0", error).string();
+#endif
+}
+
 std::string join(const std::vector<int>& numbers) {
   std::string text;
   for (const int number : numbers) {
@@ -59,7 +71,7 @@ Inheritance takeInheritance(int argc, char** argv) {
   inheritance.arguments.assign(argv, argv + argc);
   std::error_code error;
   inheritance.workingDirectory = std::filesystem::current_path(error).string();
-  inheritance.standardInput = std::filesystem::read_symlink("/proc/self/fd/0", error).string();
+  inheritance.standardInput = pathOfStandardInput();
   return inheritance;
 }
 

@@ -151,7 +151,7 @@ TEST_F(Download, LooksForTheEngineAgainOnRetry) {
   bundle.engine = "/nonexistent/quillback";
   appear();
   EXPECT_TRUE(view->showsRetry());
-  bundle.engine = "/proc/self/exe";
+  bundle.engine = "/bin/sh";
   view->retry();
   time.runPosted();
   EXPECT_EQ(launcher.startedAt.size(), 1U);
