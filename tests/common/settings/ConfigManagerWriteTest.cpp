@@ -239,14 +239,16 @@ TEST_F(WritingSettings, OverwritesNoOldFileThatCannotBeRemoved) {
   EXPECT_NE(contentOf(kTemporary).find("language = \"fr\""), std::string::npos);
 }
 
-TEST_F(WritingSettings, LosesTheOldFileWhereTheTemporaryOneCannotBeOpened) {
-  home.write(kConfig, kOld);
-  fs::create_symlink("gone/nowhere", at(kTemporary));
-  write();
-  EXPECT_EQ(fs::read_symlink(at(kConfig)), "gone/nowhere");  // moved like anything else there
-  EXPECT_EQ(config.readSettings(), ModelSettings());
-  write();
-  expectFresh();
+TEST_F(WritingSettings, PutsAFileInThePlaceOfALinkThatStandsInTheTemporaryFilesPlace) {
+  home.write("elsewhere.toml", "old");
+  for (const fs::path& target :
+       {at("elsewhere.toml"), fs::path("gone/nowhere"), fs::path("/dev/full")}) {
+    fs::create_symlink(target, home.prepare(kTemporary));
+    write();
+    expectFresh();
+  }
+  EXPECT_EQ(contentOf("elsewhere.toml"), "old");
+  EXPECT_TRUE(fs::exists("/dev/full"));
 }
 
 TEST_F(WritingSettings, DoesNothingWhereAFileStandsInTheFoldersPlace) {
@@ -268,21 +270,47 @@ TEST_F(WritingSettings, GivesTheFileTheUsualRights) {
                                                        fs::perms::others_read);
 }
 
-TEST_F(WritingSettings, WritesThroughALinkInTheTemporaryFilesPlace) {
-  home.write("elsewhere.toml", "old");
-  fs::create_symlink(at("elsewhere.toml"), home.prepare(kTemporary));
-  write();
-  EXPECT_EQ(contentOf("elsewhere.toml"), kFresh);
-  EXPECT_EQ(fs::read_symlink(at(kConfig)), at("elsewhere.toml"));
-  EXPECT_EQ(config.readSettings(), kFrench);
+TEST_F(WritingSettings, KeepsTheModeOfTheFile) {
+  for (const mode_t mode : {0600U, 0640U, 0400U, 0664U}) {
+    home.write(kConfig, kOld);
+    ::chmod(at(kConfig).c_str(), mode);
+    write();
+    EXPECT_EQ(static_cast<mode_t>(fs::status(at(kConfig)).permissions()), mode);
+    EXPECT_EQ(config.readSettings(), kFrench);
+    fs::remove(at(kConfig));
+  }
 }
 
-TEST_F(WritingSettings, NeitherWritesToNorRemovesADeviceInTheTemporaryFilesPlace) {
-  fs::create_symlink("/dev/full", home.prepare(kTemporary));
+TEST_F(WritingSettings, KeepsTheModeOfTheFileThatALinkLedTo) {
+  home.write("elsewhere.toml", kOld);
+  ::chmod(at("elsewhere.toml").c_str(), 0600);
+  fs::create_symlink(at("elsewhere.toml"), home.prepare(kConfig));
   write();
-  EXPECT_TRUE(fs::exists("/dev/full"));
-  EXPECT_EQ(fs::read_symlink(at(kConfig)), "/dev/full");
-  EXPECT_EQ(config.readSettings(), ModelSettings());
+  EXPECT_EQ(fs::status(at(kConfig)).permissions(), fs::perms::owner_read | fs::perms::owner_write);
+}
+
+TEST_F(WritingSettings, KeepsTheOwnerOfTheFileWhereTheUserMayGiveIt) {
+  home.write(kConfig, kOld);
+  // Root may give it to anyone; others may keep only what is theirs.
+  const uid_t owner = ::geteuid() == 0 ? 65534 : ::geteuid();
+  ASSERT_EQ(::chown(at(kConfig).c_str(), owner, static_cast<gid_t>(-1)), 0);
+  write();
+  struct stat found {};
+  ASSERT_EQ(::stat(at(kConfig).c_str(), &found), 0);
+  EXPECT_EQ(found.st_uid, owner);
+}
+
+TEST_F(WritingSettings, GivesAFileOfAnotherOwnerToTheUserAlone) {
+  if (::geteuid() != 0) return;  // the other owner's file takes root to be made
+  home.write(kConfig, kOld);
+  const PlainUser user(home.path());
+  ASSERT_EQ(::seteuid(0), 0);
+  ASSERT_EQ(::chown(at(kConfig).c_str(), 0, 0), 0);
+  ::chmod(at(kConfig).c_str(), 0644);
+  ASSERT_EQ(::seteuid(65534), 0);
+  write();
+  EXPECT_EQ(fs::status(at(kConfig)).permissions(), fs::perms::owner_read | fs::perms::owner_write);
+  EXPECT_EQ(config.readSettings(), kFrench);
 }
 
 }  // namespace
