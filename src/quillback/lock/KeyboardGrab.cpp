@@ -1,8 +1,15 @@
 #include "quillback/lock/KeyboardGrab.h"
 
+#include "quillback/lock/GrabReason.h"
+
 namespace voxtrel::quillback {
 
-KeyboardGrab::KeyboardGrab() : server_(XConnection::open()) {
+KeyboardGrab::KeyboardGrab() {
+  connect();
+}
+
+void KeyboardGrab::connect() {
+  server_ = XConnection::open();
   if (!server_) return;
   window_ = xcb_generate_id(server_->get());
   xcb_create_window(server_->get(), XCB_COPY_FROM_PARENT, window_, server_->root(), -1, -1, 1, 1, 0,
@@ -11,10 +18,11 @@ KeyboardGrab::KeyboardGrab() : server_(XConnection::open()) {
 }
 
 bool KeyboardGrab::isLocked() {
-  if (!server_ || server_->isBroken()) return false;
+  if (!server_ || server_->isBroken()) connect();  // the desktop may have come later
+  if (!server_) return false;
   while (server_->nextEvent()) {  // of the keymap, which every client gets
   }
-  return isGrabbed() && !isBoundKeyDown();
+  return isGrabbed() && !isBoundKeyDown() && !isGrabHarmless(*server_);
 }
 
 /// The server refuses to grab for a window that is not shown; where another client has the keyboard, it

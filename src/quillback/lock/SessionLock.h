@@ -30,8 +30,8 @@ class LoginLock final : public ScreenLock {
 };
 
 /// The screen counts as locked if the login manager says so or, under X11, if a program has the keyboard
-/// for itself: a lock screen, a password prompt, an open menu. Nothing can be typed into another window
-/// then.
+/// for itself, such as a lock screen or a password prompt, but not a menu. Nothing can be typed into another
+/// window then.
 /// Thread: the loop's.  Owns: a connection to the system bus, one to the X server.
 /// Borrows: Loop (must outlive this).
 class SessionLock final : public ScreenLock {
