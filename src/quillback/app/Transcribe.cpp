@@ -9,7 +9,6 @@
 
 #include <tl/expected.hpp>
 
-#include "common/base/Lines.h"
 #include "quillback/app/TakeCutter.h"
 #include "quillback/audio/SoundFile.h"
 #include "quillback/text/TextRules.h"
@@ -124,7 +123,7 @@ void FileTranscriber::endTake() {
     notes_.print(line);
     printed_.push_back(line);
   }
-  const std::string words = trimmedOneLine(withoutInvisible(result.text));
+  const std::string words = oneLineOfWords(result.text);
   if (!words.empty() && !words_.empty()) words_ += ' ';
   words_ += words;
 }

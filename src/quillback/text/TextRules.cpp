@@ -6,6 +6,7 @@
 #include <functional>
 #include <iterator>
 
+#include "common/base/Lines.h"
 #include "common/base/Utf8.h"
 
 namespace voxtrel::quillback {
@@ -249,6 +250,11 @@ std::string withoutInvisible(std::string_view text) {
     text.remove_prefix(length);
   }
   return visible;
+}
+
+std::string oneLineOfWords(std::string_view text) {
+  // Of bytes that are not UTF-8, those around an invisible character may make up another one.
+  return trimmedOneLine(withoutInvisible(oneLine(text)));
 }
 
 }  // namespace voxtrel::quillback

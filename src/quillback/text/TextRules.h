@@ -33,6 +33,10 @@ std::string replaced(std::string_view text, const std::vector<TextRule>& rules);
 /// that change the direction of writing.
 std::string withoutInvisible(std::string_view text);
 
+/// What a recogniser's text is printed and inserted as: one line of UTF-8 without these characters, and
+/// without blanks at its ends.
+std::string oneLineOfWords(std::string_view text);
+
 /// Applies the rules to each text before it is inserted. A text of which nothing is left is not
 /// inserted.
 /// Thread: the loop's.  Owns: the sink that it hands the texts to.
