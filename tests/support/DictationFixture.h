@@ -18,6 +18,7 @@ class DictationFixture : public testing::Test {
   static constexpr std::int16_t kLoud = 3000;
 
   void load() {
+    dictation_->keySeen();
     dictation_->modelLoaded(recogniser_);
     output_.take();
   }

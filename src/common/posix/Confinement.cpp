@@ -15,6 +15,13 @@
 namespace voxtrel {
 namespace {
 
+bool isProtected = false;
+int openings = 0;  ///< how many OpenToOthers live
+
+void updateProtection() {
+  if (isProtected) ::prctl(PR_SET_DUMPABLE, openings > 0 ? 1 : 0, 0, 0, 0);
+}
+
 bool isForDebugging() {
   return std::getenv("VOXTREL_CORE") != nullptr;
 }
@@ -61,7 +68,16 @@ void leaveNoCore() {
 void protectMemory() {
   if (isForDebugging()) return;
   leaveNoCore();
-  ::prctl(PR_SET_DUMPABLE, 0, 0, 0, 0);
+  isProtected = true;
+  updateProtection();
+}
+
+OpenToOthers::OpenToOthers() {
+  if (openings++ == 0) updateProtection();
+}
+
+OpenToOthers::~OpenToOthers() {
+  if (--openings == 0) updateProtection();
 }
 
 bool confineWriting(const std::vector<std::string>& folders) {

@@ -36,6 +36,7 @@ class PulseLibrary {
   VOXTREL_PULSE(pa_context_disconnect);
   VOXTREL_PULSE(pa_context_errno);
   VOXTREL_PULSE(pa_context_get_server_info);
+  VOXTREL_PULSE(pa_context_get_source_info_by_name);
   VOXTREL_PULSE(pa_context_get_state);
   VOXTREL_PULSE(pa_context_new_with_proplist);
   VOXTREL_PULSE(pa_context_rttime_new);

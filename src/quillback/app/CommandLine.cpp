@@ -122,6 +122,7 @@ tl::expected<CommandLine, std::string> parseCommandLine(std::span<const char* co
   if (words[0] == "key") return key(rest);
   if (words[0] == "recognise") return recognise(rest);
   if (words[0] == "advise") return withoutArguments(Command::advise, words[0], rest);
+  if (words[0] == "microphone") return withoutArguments(Command::microphone, words[0], rest);
   if (words[0] == "--help" || words[0] == "-h")
     return withoutArguments(Command::help, words[0], rest);
   if (words[0] == "--version") return withoutArguments(Command::version, words[0], rest);

@@ -10,7 +10,7 @@ namespace voxtrel::quillback {
 
 /// The parsed command line.
 struct CommandLine {
-  /// `recognise` and `advise` are how the engine starts its own processes; no user does.
+  /// `recognise`, `advise` and `microphone` are how the engine starts its own processes; no user does.
   enum class Command {
     run,
     setup,
@@ -23,6 +23,7 @@ struct CommandLine {
     key,
     recognise,
     advise,
+    microphone,
     help,
     version
   };

@@ -17,6 +17,7 @@
 #include "quillback/app/CommandLine.h"
 #include "quillback/app/Engine.h"
 #include "quillback/app/KeySource.h"
+#include "quillback/app/MissingParts.h"
 #include "quillback/app/SlowModelAdvice.h"
 #include "quillback/app/Transcribe.h"
 #include "quillback/audio/TakeFolder.h"
@@ -85,8 +86,7 @@ void confineEngine(SessionKind session) {
     folders.emplace_back(temporary != nullptr ? temporary : "/tmp");
   }
   confineWriting(folders);
-  // The portals of a Wayland session refuse programs that they cannot look at.
-  session == SessionKind::x11 ? protectMemory() : leaveNoCore();
+  protectMemory();
 }
 
 /// Turns speech into text until a signal ends it or its parent is gone.
@@ -232,6 +232,8 @@ int runCommand(const CommandLine& line) {
       return serveRecogniserCommand(line.rest);
     case advise:
       return adviseQuietly();
+    case microphone:
+      return searchMicrophone();
     case help:
       return show(helpText());
     case version:

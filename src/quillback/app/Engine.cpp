@@ -16,16 +16,26 @@ Engine::Engine(EpollLoop& loop, Output& output, const EngineSettings& settings)
       lock_(loop, session_),
       sinks_(loop, ownKeys_, lock_, output),
       advice_(loop, output, homeDirectory()),
+      missing_(loop, output,
+               [this](const std::string& title, const std::string& body) {
+                 sinks_.notify(title, body);
+               }),
       sink_(std::make_unique<ReplacingSink>(sinks_.make(settings, session_), settings.replace)),
       dictation_(loop, microphone_, *sink_, takes_, lock_, output),
       key_(loop, output, ownKeys_,
            {[this] { dictation_.keyPressed(); }, [this] { dictation_.keyReleased(); },
             [this] { dictation_.keyCancelled(); }},
-           [this](const std::string& title, const std::string& body) {
-             sinks_.notify(title, body);
-           }) {
+           {[this] { seeKey(); }, [this](const std::string& text) { missing_.keyIsMissing(text); },
+            [this](const std::string& title, const std::string& body) {
+              sinks_.notify(title, body);
+            }}) {
   key_.watch(session_, settings.hotkey);
   loadModel(settings);
+}
+
+void Engine::seeKey() {
+  missing_.keyIsSeen();
+  dictation_.keySeen();
 }
 
 void Engine::loadModel(const EngineSettings& settings) {
@@ -35,6 +45,7 @@ void Engine::loadModel(const EngineSettings& settings) {
         for (const std::string& line : report.lines) output_.print(line);
         if (report.isUsable) {
           dictation_.modelLoaded(*recogniser_);
+          missing_.lookForMicrophone();
           return advice_.giveIfNeeded(settings);
         }
         exitStatus_ = 1;

@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "quillback/app/EngineKey.h"
+#include "quillback/app/MissingParts.h"
 #include "quillback/app/SlowModelAdvice.h"
 #include "quillback/audio/PulseMicrophone.h"
 #include "quillback/audio/TakeFolder.h"
@@ -27,6 +28,7 @@ class Engine {
   int exitStatus() const { return exitStatus_; }
 
  private:
+  void seeKey();
   void loadModel(const EngineSettings& settings);
 
   EpollLoop& loop_;
@@ -39,6 +41,7 @@ class Engine {
   PulseMicrophone microphone_;
   TakeFolder takes_{takeFolderPath()};
   SlowModelAdvice advice_;
+  MissingParts missing_;
   // Destroyed in reverse order: an utterance before its recogniser, the dictation before its sink.
   std::unique_ptr<TextSink> sink_;
   std::unique_ptr<Recogniser> recogniser_;

@@ -1,28 +1,37 @@
 #include "quillback/app/EngineKey.h"
 
+#include <chrono>
 #include <utility>
 
 #include "common/posix/OwnFolder.h"
 #include "quillback/audio/TakeFolder.h"
 #include "quillback/keys/command/KeyCommands.h"
+#include "quillback/keys/evdev/EvdevKeyWatch.h"
 #include "quillback/settings/StateFile.h"
 
 namespace voxtrel::quillback {
+namespace {
+
+/// An X server makes its socket a moment before it listens.
+constexpr std::chrono::milliseconds kRetryAfter{200};
+constexpr int kRetries = 10;
+
+}  // namespace
 
 EngineKey::EngineKey(Loop& loop, Output& output, OwnKeys& ownKeys, KeyWatch::Listener listener,
-                     Notify notify)
+                     Reports reports)
     : loop_(loop),
       output_(output),
       ownKeys_(ownKeys),
       key_(std::move(listener)),
-      notify_(std::move(notify)) {}
+      reports_(std::move(reports)) {}
 
 void EngineKey::watch(SessionKind session, const Hotkey& hotkey) {
   session_ = session;
   hotkey_ = hotkey;
   line_ = keyLine(hotkey_, tl::make_unexpected("the desktop has not answered yet"));
   takeCommands();
-  session == SessionKind::wayland ? watchByPortal() : watchDirectly("");
+  session == SessionKind::wayland ? watchByPortal() : watchDirectly();
 }
 
 void EngineKey::takeCommands() {
@@ -30,7 +39,7 @@ void EngineKey::takeCommands() {
   if (path.empty() || !makeOwnFolder(takeFolderPath())) return;
   commands_ = KeyCommands::open(path, key_.addSource(),
                                 {[this] {
-                                   if (!direct_ && !portal_) line_ = keyLine(hotkey_, kByCommand);
+                                   if (!isSeen_) see(keyLine(hotkey_, kByCommand));
                                  },
                                  [this] { return line_; }},
                                 loop_);
@@ -42,34 +51,68 @@ void EngineKey::watchByPortal() {
       {key_.addSource(), [this](const std::string& trigger) { seenByPortal(trigger); },
        [this](const std::string& why) { hiddenFromPortal(why); }},
       loop_);
-  if (!portal_) watchDirectly("there is no session bus; ");
+  if (!portal_) hiddenFromPortal("there is no session bus");
 }
 
 void EngineKey::seenByPortal(const std::string& trigger) {
   direct_.reset();
-  line_ = portalLine(trigger);
+  see(portalLine(trigger));
   tellTrigger(trigger);
 }
 
 void EngineKey::hiddenFromPortal(const std::string& why) {
-  if (!direct_) watchDirectly(why + "; ");
+  whyNoPortal_ = why + "; ";
+  if (!direct_) watchDirectly();
 }
 
-void EngineKey::watchDirectly(const std::string& whyNotOtherwise) {
-  auto source = openKeySource(session_, hotkey_, key_.addSource(), ownKeys_, loop_,
-                              [this] { lose("the X server is gone"); });
-  if (!source) return lose(whyNotOtherwise + source.error());
-  direct_ = std::move(source->watch);
-  line_ = keyLine(hotkey_, std::move(source->name));
+void EngineKey::watchDirectly() {
+  auto source = openKeySource(
+      session_, hotkey_, key_.addSource(), ownKeys_, loop_,
+      {[this] { see(keyLine(hotkey_, kByKeyboards)); }, [this] { lose("the X server is gone"); }});
+  direct_ = source ? std::move(source->watch) : nullptr;
+  if (source && source->name) return see(keyLine(hotkey_, source->name));
+  lose(whyNoPortal_ + (source ? source->name.error() : source.error()));
+}
+
+void EngineKey::see(const std::string& line) {
+  line_ = line;
+  isSeen_ = true;
+  isTold_ = false;
+  arrivals_.clear();
+  retryTimer_.reset();
+  reports_.onSeen();
 }
 
 void EngineKey::lose(const std::string& why) {
-  if (isKeyByCommand()) {
-    line_ = keyLine(hotkey_, kByCommand);
-    return;
-  }
+  if (isKeyByCommand()) return see(keyLine(hotkey_, kByCommand));
+  isSeen_ = false;
   line_ = keyLine(hotkey_, tl::unexpected(why));
-  output_.print(noKeySourceLine(hotkey_, session_, why));
+  awaitSource();
+  if (std::exchange(isTold_, true)) return;
+  const std::string text = noKeySourceText(hotkey_, session_, why);
+  output_.print("[quillback] Accessibility: " + text);
+  reports_.onMissing(text);
+}
+
+/// A portal that comes back and a keyboard in a folder that is there report themselves.
+void EngineKey::awaitSource() {
+  arrivals_.clear();
+  const auto await = [this](std::string path) {
+    arrivals_.push_back(std::make_unique<PathArrival>(std::move(path), loop_, [this] {
+      retriesLeft_ = kRetries;
+      retry();
+    }));
+  };
+  const std::string socket = session_ == SessionKind::x11 ? xServerSocket() : "";
+  if (!socket.empty()) await(socket);
+  if (!direct_) await(std::string(EvdevKeyWatch::kFolder));
+}
+
+void EngineKey::retry() {
+  if (isSeen_) return;
+  watchDirectly();
+  if (isSeen_ || retriesLeft_-- <= 0) return;
+  retryTimer_ = loop_.after(kRetryAfter, [this] { retry(); });
 }
 
 /// The desktop's trigger may be another key than the one of the settings. It is told once.
@@ -80,7 +123,7 @@ void EngineKey::tellTrigger(const std::string& trigger) {
   const std::string text = trigger.empty() ? "Choose the key in the desktop's keyboard settings."
                                            : "Hold " + trigger + " to dictate.";
   output_.print("[quillback] " + text);
-  notify_("The desktop watches the key", text);
+  reports_.notify("The desktop watches the key", text);
 }
 
 }  // namespace voxtrel::quillback

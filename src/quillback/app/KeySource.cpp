@@ -1,6 +1,7 @@
 #include "quillback/app/KeySource.h"
 
 #include <chrono>
+#include <cstdlib>
 #include <utility>
 
 #include "quillback/audio/TakeFolder.h"
@@ -16,7 +17,6 @@ namespace {
 /// Exists once `quillback key` was called.
 constexpr std::string_view kCommandNote = "key-by-command";
 constexpr const char* kByPortal = "the desktop's global shortcuts";
-constexpr const char* kNoKeyboard = "there is no keyboard in /dev/input";
 /// A portal that is started for the question may take this long.
 constexpr std::chrono::seconds kPortalTime{5};
 
@@ -37,35 +37,39 @@ bool hasPortalShortcuts(EpollLoop& loop) {
 tl::expected<OpenedKeySource, std::string> openKeySource(SessionKind session, const Hotkey& hotkey,
                                                          const KeyWatch::Listener& listener,
                                                          OwnKeys& ownKeys, Loop& loop,
-                                                         const std::function<void()>& onLost) {
+                                                         const KeySourceEvents& events) {
   // A Wayland session's X server sees only the keys that go to X11 windows.
   std::string why;
   if (session != SessionKind::wayland) {
-    auto fromX11 = XInput2KeyWatch::open(hotkey, listener, ownKeys, loop, onLost);
+    auto fromX11 = XInput2KeyWatch::open(hotkey, listener, ownKeys, loop, events.onLost);
     if (fromX11) return OpenedKeySource{std::move(*fromX11), "the X server's raw events"};
     why = fromX11.error() + "; ";
   }
-  auto fromKernel = EvdevKeyWatch::open(hotkey, listener, loop, openEvdevKeyboard);
+  auto fromKernel =
+      EvdevKeyWatch::open(hotkey, listener, loop, openEvdevKeyboard, events.onKeyboard);
   if (!fromKernel) return tl::unexpected(why + fromKernel.error());
-  const bool isThere = (*fromKernel)->keyboardCount() > 0;
-  return OpenedKeySource{std::move(*fromKernel),
-                         isThere ? "the keyboards in /dev/input" : std::string()};
+  OpenedKeySource opened{nullptr, kByKeyboards};
+  if ((*fromKernel)->keyboardCount() == 0) {
+    opened.name = tl::unexpected(why + (*fromKernel)->whyNone());
+  }
+  opened.watch = std::move(*fromKernel);
+  return opened;
 }
 
 tl::expected<std::string, std::string> findKeySource(SessionKind session, const Hotkey& hotkey) {
   EpollLoop loop;
   if (session == SessionKind::wayland && hasPortalShortcuts(loop)) return kByPortal;
   OwnKeys ownKeys(loop);
-  const auto source = openKeySource(session, hotkey, {[] {}, [] {}, [] {}}, ownKeys, loop, [] {});
-  if (source && !source->name.empty()) return source->name;
+  const auto source =
+      openKeySource(session, hotkey, {[] {}, [] {}, [] {}}, ownKeys, loop, {[] {}, [] {}});
+  if (source && source->name) return source->name;
   if (isKeyByCommand()) return kByCommand;
-  return tl::unexpected(source ? kNoKeyboard : source.error());
+  return tl::unexpected(source ? source->name.error() : source.error());
 }
 
 std::string keyLine(const Hotkey& hotkey, const tl::expected<std::string, std::string>& source) {
   const std::string label(hotkey.label);
-  if (source && !source->empty()) return std::string(kKeyIsSeen) + label + " by " + *source;
-  if (source) return "key: no, " + std::string(kNoKeyboard);
+  if (source) return std::string(kKeyIsSeen) + label + " by " + *source;
   return "key: no, " + label + " cannot be seen: " + source.error();
 }
 
@@ -89,14 +93,23 @@ std::string portalLine(const std::string& trigger) {
   return std::string(kKeyIsSeen) + key + " by " + kByPortal;
 }
 
-std::string noKeySourceLine(const Hotkey& hotkey, SessionKind session, const std::string& why) {
+std::string noKeySourceText(const Hotkey& hotkey, SessionKind session, const std::string& why) {
   const std::string way = session == SessionKind::wayland
                               ? "Let your desktop run \"quillback key press\" and \"quillback key "
                                 "release\" at a key"
                               : "Run it in an X11 session";
-  return "[quillback] Accessibility: " + std::string(hotkey.label) + " cannot be watched (" + why +
-         "). " + way +
+  return std::string(hotkey.label) + " cannot be watched (" + why + "). " + way +
          ", or let your user read the keyboards: sudo usermod -aG input $USER, then log in again.";
+}
+
+std::string xServerSocket() {
+  const char* const display = std::getenv("DISPLAY");
+  std::string_view name = display == nullptr ? "" : display;
+  if (name.starts_with("unix:")) name.remove_prefix(4);
+  if (!name.starts_with(':')) return "";
+  const std::string_view number = name.substr(1, name.find('.') - 1);
+  const bool isNumber = number.find_first_not_of("0123456789") == std::string_view::npos;
+  return number.empty() || !isNumber ? "" : "/tmp/.X11-unix/X" + std::string(number);
 }
 
 }  // namespace voxtrel::quillback

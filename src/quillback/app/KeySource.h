@@ -18,14 +18,21 @@ namespace voxtrel::quillback {
 /// A source of the key that does not ask the desktop.
 struct OpenedKeySource {
   std::unique_ptr<KeyWatch> watch;
-  std::string name;  ///< for people
+  tl::expected<std::string, std::string> name;  ///< for people; the error: why no key is seen yet
+};
+
+/// What becomes of it later.
+struct KeySourceEvents {
+  std::function<void()> onKeyboard;  ///< a keyboard came while there was none
+  std::function<void()> onLost;      ///< the X server went away
 };
 
 /// Opens the best one that works here: X11's events, or the kernel's if there is no X server or it does
-/// not report all keys. `onLost` is called when that ends later. The error is for people.
+/// not report all keys. The error is for people.
 [[nodiscard]] tl::expected<OpenedKeySource, std::string> openKeySource(
     SessionKind session, const Hotkey& hotkey, const KeyWatch::Listener& listener, OwnKeys& ownKeys,
-    Loop& loop, const std::function<void()>& onLost);
+    Loop& loop, const KeySourceEvents& events);
+inline constexpr const char* kByKeyboards = "the keyboards in /dev/input";
 
 /// How an engine would see the key here, for people; the error says what is missing. Opens nothing
 /// that stays open and asks the user nothing.
@@ -49,7 +56,10 @@ inline constexpr const char* kByCommand = "the command \"quillback key\"";
 /// keyLine for a shortcut of the desktop with this trigger, which may be empty.
 std::string portalLine(const std::string& trigger);
 
-/// The error line for a key that cannot be watched: says why and what to do.
-std::string noKeySourceLine(const Hotkey& hotkey, SessionKind session, const std::string& why);
+/// For people: that the key cannot be watched, why and what to do.
+std::string noKeySourceText(const Hotkey& hotkey, SessionKind session, const std::string& why);
+
+/// Where the server of $DISPLAY will listen if it is on this machine; else empty.
+std::string xServerSocket();
 
 }  // namespace voxtrel::quillback

@@ -5,7 +5,6 @@
 #include <utility>
 #include <vector>
 
-#include "common/base/Lines.h"
 #include "quillback/dictation/PrintedLines.h"
 #include "quillback/dictation/SpeechMeter.h"
 #include "quillback/text/TextRules.h"
@@ -62,7 +61,13 @@ void Dictation::modelLoaded(Recogniser& recogniser) {
   if (isKeyDown_) startTake();
 }
 
+void Dictation::keySeen() {
+  isKeySeen_ = true;
+  if (recogniser_ != nullptr) showState();
+}
+
 void Dictation::keyPressed() {
+  isKeySeen_ = true;
   if (std::exchange(isKeyDown_, true)) return;
   if (recogniser_ != nullptr) return startTake();
   output_.print("The speech model is still loading; keep the key down or press it again.");
@@ -189,7 +194,7 @@ void Dictation::recognised(const Handle& take, const Transcription& result) {
   take->utterance.reset();
   std::erase(takes_, take);
   for (const std::string& line : result.lines) output_.print(line);
-  const std::string text = trimmedOneLine(withoutInvisible(result.text));
+  const std::string text = oneLineOfWords(result.text);
   if (!text.empty() && lock_.isLocked()) return holdBack(take);
   if (!text.empty()) {
     output_.print(textLine(text));
@@ -239,12 +244,13 @@ void Dictation::reportAfterUnlock() {
   });
 }
 
-/// Prints the state of all takes together, unless it was printed last.
+/// Prints the state of all takes together, unless it was printed last. The first "ready" waits for the key.
 void Dictation::showState() {
   Shown now = takes_.empty() ? Shown::ready : Shown::processing;
   for (const Handle& take : takes_) {
     if (take->isRecording()) now = Shown::recording;
   }
+  if (shown_ == Shown::loading && now == Shown::ready && !isKeySeen_) return;
   if (std::exchange(shown_, now) == now) return;
   if (now == Shown::ready) output_.print(kReadyLine);
   if (now == Shown::recording) output_.print(kRecordingLine);

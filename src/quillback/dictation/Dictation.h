@@ -21,7 +21,8 @@ namespace voxtrel::quillback {
 /// recognised waits in a queue. Each complete recording is kept until its words were inserted. A press
 /// before the model is loaded only prints a line; if the key is still down when it is loaded, recording
 /// starts then. While the screen is locked, no recording begins, a running one is dropped, and words are
-/// neither printed nor inserted: their recordings stay for a retry.
+/// neither printed nor inserted: their recordings stay for a retry. Not before the key can be seen does it
+/// say that it is ready.
 /// Thread: the loop's.  Owns: the takes.  Borrows: the constructor's arguments (must outlive this).
 /// Fails by: a line of output; the next press works again.
 class Dictation {
@@ -45,6 +46,8 @@ class Dictation {
 
   /// Recording is possible from now on. Called once; `recogniser` must outlive this.
   void modelLoaded(Recogniser& recogniser);
+  /// The key can be seen from now on; a press says the same.
+  void keySeen();
   void keyPressed();
   void keyReleased();
   /// Drops what the held key has recorded so far.
@@ -81,6 +84,7 @@ class Dictation {
   ScreenLock& lock_;
   Output& output_;
   Recogniser* recogniser_ = nullptr;
+  bool isKeySeen_ = false;
   bool isKeyDown_ = false;
   Shown shown_ = Shown::loading;
   bool hasHeldWordsBack_ = false;             ///< since the screen was locked

@@ -15,6 +15,26 @@ class NoInsertion final : public TextSink {
   void insert(const std::string& /*text*/, OnInserted onInserted) override { onInserted(); }
 };
 
+/// Only prints the words until there is a desktop to insert them into.
+/// Thread: the loop's.  Owns: the desktop's sink, once there is one.
+class UntilDesktop final : public TextSink {
+ public:
+  using Make = std::function<std::unique_ptr<TextSink>()>;
+
+  /// `make` gives null without a desktop.
+  explicit UntilDesktop(Make make) : make_(std::move(make)) {}
+
+  void insert(const std::string& text, OnInserted onInserted) override {
+    if (!sink_) sink_ = make_();
+    if (sink_) return sink_->insert(text, std::move(onInserted));
+    onInserted();
+  }
+
+ private:
+  Make make_;
+  std::unique_ptr<TextSink> sink_;
+};
+
 /// Copies each dictation and shows a notification that says so.
 /// Thread: the loop's.  Borrows: Notifier (must outlive this).
 class CopiedText final : public TextSink {
@@ -81,15 +101,19 @@ TextSinks::TextSinks(Loop& loop, OwnKeys& ownKeys, ScreenLock& lock, Output& out
       }) {}
 
 std::unique_ptr<TextSink> TextSinks::make(const EngineSettings& settings, SessionKind session) {
-  const EngineSettings::Insert insert = settings.insert;
-  if (insert == EngineSettings::Insert::none) return std::make_unique<NoInsertion>();
+  if (settings.insert == EngineSettings::Insert::none) return std::make_unique<NoInsertion>();
+  if (auto sink = makeOnDesktop(settings, session)) return sink;
+  output_.print("[quillback] Words are only printed: there is no desktop to copy them to");
+  return std::make_unique<UntilDesktop>(
+      [this, settings, session] { return makeOnDesktop(settings, session); });
+}
+
+std::unique_ptr<TextSink> TextSinks::makeOnDesktop(const EngineSettings& settings,
+                                                   SessionKind session) {
   const auto copy = clipboardOf(session);
-  if (!copy) {
-    output_.print("[quillback] Words are only printed: there is no desktop to copy them to");
-    return std::make_unique<NoInsertion>();
-  }
+  if (!copy) return nullptr;
   auto copying = std::make_unique<CopiedText>(copy, notifier_, settings.notifyText);
-  if (insert == EngineSettings::Insert::clipboard) return copying;
+  if (settings.insert == EngineSettings::Insert::clipboard) return copying;
   if (session == SessionKind::wayland) {
     return std::make_unique<TypedUnderWayland>(wayland_, std::move(copying));
   }

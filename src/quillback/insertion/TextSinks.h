@@ -15,7 +15,7 @@ namespace voxtrel::quillback {
 
 /// Makes the sink that the settings ask for and the desktop allows. Under Wayland words are typed where the
 /// compositor has virtual keyboards, else copied. What cannot be typed is copied; a line and a notification
-/// say why. No notification has the words in it, unless the settings ask for that.
+/// say why. Words are only printed until there is a desktop. No notification has the words in it, unless the settings ask for that.
 /// Thread: the loop's.  Owns: the running desktop programs, the notifier.  Borrows: Loop, OwnKeys,
 /// ScreenLock, Output (must outlive this). The sinks borrow this.
 /// Fails by: a line of output, and the next best sink.
@@ -33,6 +33,7 @@ class TextSinks {
 
  private:
   /// Null without a desktop.
+  std::unique_ptr<TextSink> makeOnDesktop(const EngineSettings& settings, SessionKind session);
   Copy clipboardOf(SessionKind session);
   void reportCopiedRest(const std::string& why);
 

@@ -9,6 +9,7 @@
 #include <thread>
 #include <vector>
 
+#include "common/pulse/DefaultSource.h"
 #include "common/pulse/RecordingStream.h"
 #include "support/ScratchFolder.h"
 #include "support/Variable.h"
@@ -101,6 +102,20 @@ TEST_F(RecordingStreamTest, NeitherConstructorNorDestructorWaitsForAHungServer) 
   for (int round = 0; round < 10; ++round) const RecordingStream stream(options());
   EXPECT_LT(Clock::now() - start, 2s);
   EXPECT_TRUE(failures.empty());
+}
+
+struct SourceSearchTest : RecordingStreamTest {};
+
+TEST_F(SourceSearchTest, SaysThatThereIsNoServer) {
+  EXPECT_EQ(searchDefaultSource(30s), SourceSearch::noServer);
+}
+
+TEST_F(SourceSearchTest, SaysNothingOfAServerThatHangs) {
+  const HungServer hung(path);
+  const Clock::time_point start = Clock::now();
+  EXPECT_EQ(searchDefaultSource(200ms), SourceSearch::unknown);
+  EXPECT_GE(Clock::now() - start, 200ms);
+  EXPECT_LT(Clock::now() - start, 5s);
 }
 
 }  // namespace

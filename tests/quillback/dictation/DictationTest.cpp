@@ -16,8 +16,26 @@ constexpr std::size_t kSecond = kSampleRateHz;
 class DictationTest : public DictationFixture {};
 
 TEST_F(DictationTest, ReadyIsPrintedOnceTheModelIsLoaded) {
+  dictation_->keySeen();
   EXPECT_THAT(output_.take(), IsEmpty());
   dictation_->modelLoaded(recogniser_);
+  EXPECT_THAT(output_.take(), ElementsAre("Ready."));
+}
+
+TEST_F(DictationTest, ReadyWaitsForTheKey) {
+  dictation_->modelLoaded(recogniser_);
+  EXPECT_THAT(output_.take(), IsEmpty());
+  dictation_->keySeen();
+  EXPECT_THAT(output_.take(), ElementsAre("Ready."));
+  dictation_->keySeen();
+  EXPECT_THAT(output_.take(), IsEmpty());
+}
+
+TEST_F(DictationTest, APressShowsThatTheKeyIsSeen) {
+  dictation_->modelLoaded(recogniser_);
+  hold(seconds(1));
+  EXPECT_THAT(output_.take(), ElementsAre("Recording..."));
+  dictation_->keyCancelled();
   EXPECT_THAT(output_.take(), ElementsAre("Ready."));
 }
 

@@ -125,5 +125,13 @@ TEST_F(KeptTakesTest, InvisibleCharactersAreNeitherPrintedNorInserted) {
   EXPECT_THAT(sink_.texts, ElementsAre("yes"));
 }
 
+TEST_F(KeptTakesTest, InvalidBytesAroundAnInvisibleCharacterMakeUpNoOther) {
+  load();
+  hold(seconds(1));
+  release();
+  understand("a\xE2\x80\u200B\xAE b");  // E2 80 AE turns the direction of writing
+  EXPECT_THAT(sink_.texts, ElementsAre("a\uFFFD\uFFFD\uFFFD b"));
+}
+
 }  // namespace
 }  // namespace voxtrel::quillback

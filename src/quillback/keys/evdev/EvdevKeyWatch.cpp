@@ -23,16 +23,19 @@ PushToTalk::Codes codesOf(const Hotkey& hotkey) {
 
 tl::expected<std::unique_ptr<EvdevKeyWatch>, std::string> EvdevKeyWatch::open(
     const Hotkey& hotkey, KeyWatch::Listener listener, Loop& loop, OpenKeyboard openKeyboard,
-    const std::string& folder) {
+    std::function<void()> onFirst, const std::string& folder) {
   std::unique_ptr<EvdevKeyWatch> watch(
       new EvdevKeyWatch(hotkey, std::move(listener), loop, std::move(openKeyboard), folder));
   if (!watch->folderWatch_.isOpen()) return tl::unexpected("there is no folder " + folder);
   watch->addAll();
-  if (watch->devices_.empty() && watch->wasRefused_) {
-    return tl::unexpected("the keyboards in " + folder +
-                          " may be read only by members of their group");
-  }
+  watch->onFirst_ = std::move(onFirst);
   return watch;
+}
+
+std::string EvdevKeyWatch::whyNone() const {
+  if (wasRefused_)
+    return "the keyboards in " + folder_ + " may be read only by members of their group";
+  return "there is no keyboard in " + folder_;
 }
 
 EvdevKeyWatch::EvdevKeyWatch(const Hotkey& hotkey, KeyWatch::Listener listener, Loop& loop,
@@ -70,6 +73,7 @@ void EvdevKeyWatch::add(const std::string& name) {
   const int id = nextId_++;
   auto watch = loop_.watch((*keyboard)->descriptor(), [this, id] { handleKeys(id); });
   devices_.emplace(name, Device{id, std::move(*keyboard), std::move(watch)});
+  if (devices_.size() == 1 && onFirst_) onFirst_();
 }
 
 void EvdevKeyWatch::remove(const std::string& name) {

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <functional>
 #include <map>
+#include <memory>
+#include <string>
 
 #include "common/settings/HotkeyTable.h"
 #include "quillback/keys/PushToTalk.h"
@@ -10,21 +13,23 @@
 
 namespace voxtrel::quillback {
 
-/// The push-to-talk key read from the kernel, from every keyboard that is there or is plugged in
-/// later. Unplugging a keyboard releases its key. Every press is followed by a release, also after a
-/// cancel.
+/// The push-to-talk key read from the kernel, from every keyboard that is there, is plugged in later or
+/// may be read later. Unplugging a keyboard releases its key. Every press is followed by a release, also
+/// after a cancel.
 /// Thread: the loop's.  Owns: the keyboards.
-/// Fails by: an error from `open`.
+/// Fails by: an error from `open`; `whyNone`.
 class EvdevKeyWatch final : public KeyWatch {
  public:
   static constexpr std::string_view kFolder = "/dev/input";
 
-  /// Fails if no keyboard may be read, with a reason for people. No keyboard at all is fine.
+  /// Fails without the folder. `onFirst`: called whenever a keyboard comes while there is none.
   [[nodiscard]] static tl::expected<std::unique_ptr<EvdevKeyWatch>, std::string> open(
       const Hotkey& hotkey, KeyWatch::Listener listener, Loop& loop, OpenKeyboard openKeyboard,
-      const std::string& folder = std::string(kFolder));
+      std::function<void()> onFirst = nullptr, const std::string& folder = std::string(kFolder));
 
   std::size_t keyboardCount() const { return devices_.size(); }
+  /// Why no keyboard is read, for people.
+  std::string whyNone() const;
 
  private:
   struct Device {
@@ -46,6 +51,7 @@ class EvdevKeyWatch final : public KeyWatch {
   PushToTalk key_;
   Loop& loop_;
   OpenKeyboard openKeyboard_;
+  std::function<void()> onFirst_;
   std::string folder_;
   FolderWatch folderWatch_;
   std::map<std::string, Device> devices_;  // by file name

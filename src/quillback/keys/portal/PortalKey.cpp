@@ -84,8 +84,9 @@ void PortalKey::subscribe() {
 }
 
 /// Programs outside a sandbox say who they are, first of all, where the portal asks for it. An older
-/// portal refuses the call.
+/// portal refuses the call. The portal looks at its caller once, so nobody else may do so later.
 void PortalKey::begin() {
+  open_.emplace();
   bus_->call(
       {kService, kPath, "org.freedesktop.host.portal.Registry", "Register"},
       [](sd_bus_message& call) { sd_bus_message_append(&call, "sa{sv}", kApplication, 0); },
@@ -94,6 +95,7 @@ void PortalKey::begin() {
 
 void PortalKey::askVersion() {
   askForVersion(*bus_, [this](sd_bus_message& reply) {
+    open_.reset();
     isError(reply) ? hide("the desktop's portal has no global shortcuts") : createSession();
   });
 }
@@ -229,6 +231,7 @@ void PortalKey::hold(bool isDown) {
 }
 
 void PortalKey::hide(const std::string& why) {
+  open_.reset();
   hold(false);
   session_.clear();
   token_.clear();

@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "common/posix/Confinement.h"
 #include "common/settings/HotkeyTable.h"
 #include "quillback/dbus/LoopBus.h"
 #include "quillback/ports/KeyWatch.h"
@@ -73,6 +74,7 @@ class PortalKey final : public KeyWatch {
   bool isHeld_ = false;
   bool isHidden_ = false;  // and that was reported
   std::optional<std::string> boundTrigger_;
+  std::optional<OpenToOthers> open_;  // until the portal has looked at us
   std::unique_ptr<Bus> bus_;
 };
 

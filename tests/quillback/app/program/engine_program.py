@@ -53,12 +53,12 @@ def run_command(*words, environment, **options):
 
 
 @contextlib.contextmanager
-def virtual_display():
-    """An X server without a screen; yields its name."""
+def virtual_display(name=None):
+    """An X server without a screen, by default with a free name; yields its name."""
     reading, writing = os.pipe()
     with os.fdopen(reading) as announced, subprocess.Popen(
-            ["Xvfb", "-displayfd", str(writing), "-nolisten", "tcp"], pass_fds=(writing,),
-            stderr=subprocess.DEVNULL, preexec_fn=die_with_parent) as server:
+            ["Xvfb", *([name] if name else []), "-displayfd", str(writing), "-nolisten", "tcp"],
+            pass_fds=(writing,), stderr=subprocess.DEVNULL, preexec_fn=die_with_parent) as server:
         os.close(writing)
         try:
             yield ":" + announced.readline().strip()
@@ -74,23 +74,35 @@ def write_settings(home, text):
         file.write(text)
 
 
+def show_key(home):
+    """From now on an engine with this home folder can see the key, by the command."""
+    folder = os.path.join(home, ".local/state/quillback")
+    os.makedirs(folder, exist_ok=True)
+    with open(os.path.join(folder, "key-by-command"), "w", encoding="ascii"):
+        pass
+
+
 class EngineProgram:
-    """One running engine. `stdout`: a descriptor in place of the pipe that is read here."""
+    """One running engine. `stdout`: a descriptor in place of the pipe that is read here. `sees_key`: whether
+    it can see a key even without a desktop, as it must to be ready."""
 
     def __init__(self, *arguments, home=None, stdout=None, environment=None, user=None,
-                 executable=EXECUTABLE):
+                 executable=EXECUTABLE, sees_key=True):
         self._folder = None
         if home is None:
             self._folder = tempfile.TemporaryDirectory(prefix="quillback-test-")
             home = self._folder.name
         self.home = home
+        environment = environment or bare_environment(home)
+        if sees_key:
+            show_key(environment["HOME"])
         self.lines = []
         self._arrived = threading.Condition()
         self._reader = None
         self.child = subprocess.Popen(
             [executable, *arguments], stdin=subprocess.DEVNULL,
             stdout=subprocess.PIPE if stdout is None else stdout, stderr=subprocess.STDOUT,
-            env=environment or bare_environment(home), preexec_fn=die_with_parent, user=user)
+            env=environment, preexec_fn=die_with_parent, user=user)
         if stdout is None:
             self._reader = threading.Thread(target=self._read, daemon=True)
             self._reader.start()

@@ -4,8 +4,9 @@ import os
 import subprocess
 import tempfile
 
-from engine_program import (EXECUTABLE, ProgramCase, bare_environment, run_command, virtual_display,
-                            write_settings)
+from engine_program import (EXECUTABLE, ProgramCase, bare_environment, die_with_parent, run_command,
+                            virtual_display, write_settings)
+from harness.polling import eventually
 
 
 class CommandLine(ProgramCase):
@@ -89,6 +90,66 @@ class Check(ProgramCase):
         write_settings(home, '[output]\ninsert = "none"\n')
         done = run_command("check", environment=bare_environment(home))
         self.assertIn("words: only printed, as the settings say", done.stdout.splitlines())
+
+
+class Microphone(ProgramCase):
+    """How the engine looks for a microphone, with sound servers of the test's own."""
+
+    def search(self, *modules):
+        """The exit status, with a server that has these modules; no recording may begin meanwhile."""
+        home = self.make_home()
+        socket = os.path.join(home, "socket")
+        environment = {**bare_environment(home), "XDG_RUNTIME_DIR": home}
+        loaded = [f"module-native-protocol-unix auth-anonymous=1 socket={socket}", *modules]
+        server = subprocess.Popen(
+            ["pulseaudio", "-n", "--daemonize=no", "--exit-idle-time=-1", "--use-pid-file=no",
+             "--disable-shm=yes", *(word for module in loaded for word in ("-L", module))],
+            env=environment, stderr=subprocess.DEVNULL, preexec_fn=die_with_parent)
+        try:
+            environment["PULSE_SERVER"] = "unix:" + socket
+            eventually(lambda: self.pactl(environment, "info").returncode == 0, "the server", 20)
+            return self.search_unheard(environment, os.path.join(home, "events"))
+        finally:
+            server.kill()
+            server.wait()
+
+    def search_unheard(self, environment, log):
+        """Runs the search while all that happens in the server is written down."""
+        def events():
+            with open(log, encoding="utf-8") as file:
+                return file.read()
+        with open(log, "wb") as output, subprocess.Popen(
+                ["pactl", "subscribe"], env=environment, stdout=output,
+                preexec_fn=die_with_parent) as watcher:
+            try:
+                eventually(lambda: self.pactl(environment, "info") and "client" in events(),
+                           "the server's events", 20)
+                seen = len(events())
+                status = run_command("microphone", environment=environment).returncode
+                eventually(lambda: "'remove' on client" in events()[seen:], "its end", 20)
+                self.assertNotIn("source-output", events())
+                return status
+            finally:
+                watcher.kill()
+
+    @staticmethod
+    def pactl(environment, *words):
+        """Asks the server."""
+        return subprocess.run(["pactl", *words], env=environment, text=True, capture_output=True,
+                              check=False, timeout=20)
+
+    def test_without_a_server_it_says_so(self):
+        environment = bare_environment(self.make_home())
+        self.assertEqual(run_command("microphone", environment=environment).returncode, 3)
+
+    def test_what_the_server_plays_is_no_microphone(self):
+        self.assertEqual(self.search(), 4)
+        self.assertEqual(self.search("module-null-sink sink_name=speaker"), 4)
+
+    def test_a_source_is_found_and_not_opened(self):
+        self.assertEqual(self.search("module-null-sink sink_name=speaker",
+                                     "module-remap-source source_name=microphone "
+                                     "master=speaker.monitor"), 0)
 
 
 class Retry(ProgramCase):

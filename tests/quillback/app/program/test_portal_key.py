@@ -1,6 +1,7 @@
 """The push-to-talk key by the desktop's portal, with doubles that behave as the desktops do."""
 
 import os
+import shutil
 import subprocess
 import sys
 import tempfile
@@ -65,7 +66,7 @@ class PortalKey(unittest.TestCase):
 
     def engine(self):
         """A running engine."""
-        engine = EngineProgram("run", environment=self.environment)
+        engine = EngineProgram("run", environment=self.environment, sees_key=False)
         self.addCleanup(engine.close)
         return engine
 
@@ -158,6 +159,29 @@ class PortalKey(unittest.TestCase):
         self.wait_until("key: yes")
         self.presses(engine, portal, 2)
 
+    def test_it_is_ready_once_a_portal_comes(self):
+        engine = self.engine()
+        engine.wait_for_line("There is no sound server.")  # the model is loaded
+        self.assertNotIn("Ready.", engine.texts())
+        self.portal("plasma6")
+        engine.wait_for_line("Ready.")
+
+    def test_only_the_portal_may_look_at_the_engine(self):
+        # Root may look at everything, so the engine runs as another user. What nobody may look at is root's.
+        user = 65534 if os.geteuid() == 0 else os.geteuid()
+        home = self.environment["HOME"]
+        os.chmod(home, 0o777)
+        os.chmod(self.environment["XDG_RUNTIME_DIR"], 0o777)
+        self.environment.pop("VOXTREL_CORE", None)
+        portal = self.portal("gnome48")
+        engine = EngineProgram("run", environment=self.environment, sees_key=False, user=user,
+                               executable=shutil.copy(EXECUTABLE, home))
+        self.addCleanup(engine.close)
+        self.assertEqual(portal.wait_for("caller"), f"caller {user}")
+        portal.wait_for("bound")
+        engine.wait_for_line("Ready.")
+        self.assertEqual(os.stat(f"/proc/{engine.child.pid}/environ").st_uid, 0)
+
     def test_a_session_that_the_desktop_ends_hides_the_key(self):
         portal, _ = self.works("plasma6")
         portal.do("close")
@@ -168,6 +192,8 @@ class PortalKey(unittest.TestCase):
         engine = self.engine()
         number = engine.wait_for_line("Accessibility")
         self.assertIn("refused", engine.texts()[number])
+        engine.wait_for_line("There is no sound server.")
+        self.assertNotIn("Ready.", engine.texts())
         self.assertEqual(self.wait_until("key: no")[0], 1)
 
     def test_a_portal_without_shortcuts_is_no_source(self):

@@ -10,10 +10,14 @@ import time
 import unittest
 
 from engine_program import (EXECUTABLE, PROMPT_S, ProgramCase, bare_environment, catches,
-                            die_with_parent, virtual_display, write_settings)
+                            die_with_parent, show_key, virtual_display, write_settings)
+from harness.buses import Bus
+from harness.monitor import BusMonitor
 from harness.polling import eventually, stays
 
 F_SETPIPE_SZ = 1031
+# Said once the model is loaded; no test has a sound server.
+LOADED = "There is no sound server."
 ERROR_MARKERS = ("[quillback] ERROR", "[quillback] Failed", "Audio capture failed", "Accessibility",
                  "Microphone permission")
 
@@ -53,11 +57,12 @@ class BeginningAndEnd(ProgramCase):
 
     @unittest.skipIf(os.path.isdir("/dev/input") and os.geteuid() == 0, "keyboards may be read here")
     def test_without_a_key_source_it_says_what_to_do_and_stays(self):
-        program = self.start()
+        program = self.start(sees_key=False)
         number = program.wait_for_line("Accessibility")
         line = program.texts()[number]
         self.assertIn("usermod -aG input", line)
-        program.wait_for_line("Ready.")
+        program.wait_for_line(LOADED)
+        self.assertNotIn("Ready.", program.texts())
         # A build with Whisper also says that it has no weights.
         errors = [text for text in program.texts()
                   if any(marker in text for marker in ERROR_MARKERS) and "weights" not in text]
@@ -72,11 +77,48 @@ class BeginningAndEnd(ProgramCase):
                     home = self.make_home()
                     environment = {**bare_environment(home), "DISPLAY": display,
                                    "XDG_SESSION_TYPE": session}
-                    program = self.start(home=home, environment=environment)
-                    program.wait_for_line("Ready.")
+                    program = self.start(home=home, environment=environment, sees_key=False)
+                    program.wait_for_line(LOADED)
                     says_so = any("Accessibility" in text for text in program.texts())
                     self.assertNotEqual(says_so, is_source, program.texts())
+                    self.assertEqual("Ready." in program.texts(), is_source, program.texts())
                     self.ends_well(program)
+
+    @unittest.skipIf(os.path.isdir("/dev/input") and os.geteuid() == 0, "keyboards may be read here")
+    def test_it_is_ready_once_the_x_server_comes(self):
+        with virtual_display() as display:
+            pass
+        home = self.make_home()
+        program = self.start(home=home, environment={**bare_environment(home), "DISPLAY": display},
+                             sees_key=False)
+        program.wait_for_line(LOADED)
+        self.assertNotIn("Ready.", program.texts())
+        with virtual_display(display):
+            program.wait_for_line("Ready.")
+            self.ends_well(program)
+
+    @unittest.skipIf(os.path.isdir("/dev/input") and os.geteuid() == 0, "keyboards may be read here")
+    def test_what_is_missing_is_in_one_notification(self):
+        home = self.make_home()
+        environment = bare_environment(home)
+        bus = Bus("session", home, environment)
+        self.addCleanup(bus.stop)
+        messages = BusMonitor(bus)
+        self.addCleanup(messages.close)
+        environment["DBUS_SESSION_BUS_ADDRESS"] = bus.address
+        program = self.start(home=home, environment=environment, sees_key=False)
+        shown, = eventually(lambda: messages.calls("Notify"), "the notification")
+        title, body = (str(shown.arguments[index]) for index in (3, 4))
+        self.assertEqual(title, "Dictation does not work yet")
+        self.assertRegex(body, "^There is no sound server. The right Super key cannot be watched")
+        stays(lambda: len(messages.calls("Notify")) == 1, "one notification", 0.5)
+        self.ends_well(program)
+
+    def test_a_missing_microphone_does_not_keep_it_from_being_ready(self):
+        program = self.start()
+        program.wait_for_line("Ready.")
+        program.wait_for_line(LOADED)
+        self.ends_well(program)
 
     def test_every_stopping_signal_ends_it(self):
         for number in (signal.SIGTERM, signal.SIGINT, signal.SIGHUP):
@@ -121,6 +163,7 @@ class BeginningAndEnd(ProgramCase):
     def test_it_ends_when_its_parent_has_ended(self):
         ours, theirs = os.pipe()
         with tempfile.TemporaryDirectory() as home, os.fdopen(ours, "rb") as lines:
+            show_key(home)
             # The engine is the parent's child and holds the pipe's other end.
             parent = subprocess.Popen(["/bin/sh", "-c", '"$0" run & wait', EXECUTABLE],
                                       env=bare_environment(home), stdout=theirs, stderr=theirs,

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <chrono>
+
+namespace voxtrel {
+
+/// What a search for a microphone found.
+enum class SourceSearch {
+  found,
+  noServer,
+  noSource,  ///< or the server would record what it plays
+  unknown    ///< no reply in time, or another failure
+};
+
+/// Asks the sound server for its default source, without opening it. Loads libpulse, so it is meant for a
+/// process that ends soon.
+/// Thread: any; waits up to `timeout`.
+[[nodiscard]] SourceSearch searchDefaultSource(std::chrono::milliseconds timeout);
+
+}  // namespace voxtrel
