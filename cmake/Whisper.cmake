@@ -1,15 +1,18 @@
 # whisper.cpp's libraries as the target quillback_whisper_library; QUILLBACK_WHISPER says whether there is
 # one. An installed library is used where it is recent enough, else the pinned release is built along:
-# static, optimised in every kind of build, and without install rules of its own. QUILLBACK_GGML_MODULES is
-# the folder of an installed library's modules; empty if it has none.
+# static and for this processor, or for packages with modules for all kinds of processors; optimised in every
+# kind of build, and without install rules of its own. QUILLBACK_GGML_MODULES is the folder of the modules,
+# if relative then to the program; empty if there are none.
 
 set(VOXTREL_WHISPER "auto" CACHE STRING "Whisper: auto, system (installed), fetch (built along) or off")
 set_property(CACHE VOXTREL_WHISPER PROPERTY STRINGS auto system fetch off)
+option(VOXTREL_PROCESSOR_VARIANTS "Build Whisper for all kinds of processors, for packages" OFF)
 option(VOXTREL_CUDA "Build Whisper for NVIDIA graphics cards" OFF)
 
 # Earlier releases read past the end of very short sound and overflow the stack on malformed weights.
 set(whisper_oldest 1.9.2)
 set(whisper_repository https://github.com/ggml-org/whisper.cpp)
+set(whisper_folder lib/quillback)  # of the libraries and modules of a package
 set(whisper_commit 371b5a7561823ab2bb32142d2751e35e7534727b)  # release 1.9.3
 
 function(use_installed_whisper)
@@ -83,7 +86,15 @@ endfunction()
 # A function, so that the settings below are the library's only.
 function(build_whisper source)
   set(CMAKE_POLICY_DEFAULT_CMP0077 NEW)  # the options below hold in the library's folders
-  set(BUILD_SHARED_LIBS OFF)
+  set(BUILD_SHARED_LIBS ${VOXTREL_PROCESSOR_VARIANTS})
+  set(GGML_BACKEND_DL ${VOXTREL_PROCESSOR_VARIANTS})
+  set(GGML_CPU_ALL_VARIANTS ${VOXTREL_PROCESSOR_VARIANTS})
+  if(VOXTREL_PROCESSOR_VARIANTS)
+    set(GGML_NATIVE OFF)
+    set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/${whisper_folder}")
+    set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/${whisper_folder}")
+    set(CMAKE_INSTALL_RPATH "$ORIGIN")
+  endif()
   set(WHISPER_BUILD_TESTS OFF)
   set(WHISPER_BUILD_EXAMPLES OFF)
   set(WHISPER_BUILD_SERVER OFF)
@@ -114,7 +125,19 @@ function(build_whisper source)
     endforeach()
   endforeach()
   add_subdirectory("${source}" "${CMAKE_BINARY_DIR}/whisper" EXCLUDE_FROM_ALL)
+  if(VOXTREL_PROCESSOR_VARIANTS)
+    get_property(modules DIRECTORY "${source}/ggml/src" PROPERTY BUILDSYSTEM_TARGETS)
+    list(FILTER modules INCLUDE REGEX "^ggml-(cpu|vulkan|cuda)")
+    list(FILTER modules EXCLUDE REGEX "-feats$")
+    add_custom_target(quillback_whisper_modules DEPENDS ${modules})
+    set_target_properties(whisper parakeet ggml PROPERTIES PUBLIC_HEADER "")
+    install(TARGETS whisper parakeet ggml ggml-base ${modules}
+            LIBRARY DESTINATION "${whisper_folder}" NAMELINK_SKIP)
+  endif()
   foreach(library whisper parakeet ggml ggml-base ggml-cpu)
+    if(NOT TARGET ${library})
+      continue()
+    endif()
     get_target_property(includes ${library} INTERFACE_INCLUDE_DIRECTORIES)
     set_target_properties(${library} PROPERTIES INTERFACE_SYSTEM_INCLUDE_DIRECTORIES "${includes}")
   endforeach()
@@ -134,6 +157,10 @@ if(VOXTREL_WHISPER MATCHES "^(auto|fetch)$" AND NOT QUILLBACK_WHISPER)
     build_whisper("${whisper_source}")
     add_library(quillback_whisper_library INTERFACE)
     target_link_libraries(quillback_whisper_library INTERFACE whisper parakeet)
+    if(VOXTREL_PROCESSOR_VARIANTS)
+      add_dependencies(quillback_whisper_library quillback_whisper_modules)
+      set(QUILLBACK_GGML_MODULES "../${whisper_folder}")
+    endif()
     set(QUILLBACK_WHISPER "built along, 1.9.3")
   elseif(VOXTREL_WHISPER STREQUAL "fetch")
     message(FATAL_ERROR "VOXTREL_WHISPER=fetch, but ${whisper_repository} cannot be reached")

@@ -51,13 +51,15 @@ class RecogniserProcessFixture : public testing::Test {
   }
 
   /// The script's words are those of scripted-recogniser.
-  LoadReport start(std::vector<std::string> script, RecogniserLimits limits = {}) {
+  LoadReport start(std::vector<std::string> script, RecogniserLimits limits = {},
+                   int variants = 1) {
     script.insert(script.begin(), SCRIPTED_RECOGNISER);
-    return startCommand(std::move(script), limits);
+    return startCommand(std::move(script), limits, variants);
   }
-  LoadReport startCommand(std::vector<std::string> command, RecogniserLimits limits = {}) {
+  LoadReport startCommand(std::vector<std::string> command, RecogniserLimits limits = {},
+                          int variants = 1) {
     process_ = std::make_unique<RecogniserProcess>(
-        std::move(command), [] { return std::make_unique<CountingBackend>(); }, limits);
+        std::move(command), [] { return std::make_unique<CountingBackend>(); }, limits, variants);
     return process_->load();
   }
 

@@ -102,8 +102,8 @@ std::unique_ptr<RecogniserBackend> makeBackend(const EngineSettings& settings,
   };
   sources.whisper = [model = settings.chosenModel()](const StoredModel& /*stored*/,
                                                      ChosenBackend::MakeBackend fallback) {
-    return std::make_unique<RecogniserProcess>(servedCommand({"model", model}),
-                                               std::move(fallback));
+    return std::make_unique<RecogniserProcess>(servedCommand({"model", model}), std::move(fallback),
+                                               RecogniserLimits(), processorVariants());
   };
   sources.embedded = makeEmbedded;
   return std::make_unique<ChosenBackend>(std::move(sources), settings);
@@ -113,26 +113,33 @@ std::unique_ptr<RecogniserBackend> makeServedBackend(const std::vector<std::stri
                                                      const EngineSettings& settings,
                                                      const std::string& home) {
   if (words == std::vector<std::string>{"embedded"}) return makeEmbedded();
+  if (words.size() < 2) return nullptr;
   RecogniserOptions options;
-  if (words.size() == 2 && words[0] == "model") {
+  std::size_t used = 0;
+  if (words[0] == "model") {
     const auto stored = inspectStore(home, words[1]);
     if (!stored) return nullptr;
     options = {familyOf(stored->family), stored->weightsFile, stored->voiceDetectionFile,
                settings.language,        settings.translate,  promptOf(settings),
                settings.threads};
-  } else if (words.size() == 3 && words[0] == "file") {
+    used = 2;
+  } else if (words.size() > 2 && words[0] == "file") {
     const bool isParakeet = words[1] == kParakeet;
     options.family = familyOf(isParakeet ? ModelFamily::parakeet : ModelFamily::whisper);
     options.weightsFile = words[2];
+    used = 3;
   } else {
     return nullptr;
   }
+  if (words.size() == used + 1) options.processorVariant = std::atoi(words[used].c_str());
+  if (words.size() > used + 1) return nullptr;
   return makeWhisperBackend(options);
 }
 
 tl::expected<void, std::string> tryWeights(const std::string& path, ModelFamily family) {
   const std::string name(family == ModelFamily::parakeet ? kParakeet : kWhisper);
-  RecogniserProcess process(servedCommand({"file", name, path}), nullptr);
+  RecogniserProcess process(servedCommand({"file", name, path}), nullptr, RecogniserLimits(),
+                            processorVariants());
   const LoadReport report = process.load();
   if (report.isUsable) return {};
   return tl::unexpected(report.lines.empty() ? "it cannot be loaded" : report.lines.front());

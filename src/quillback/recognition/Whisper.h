@@ -22,6 +22,7 @@ struct RecogniserOptions {
   bool translate = false;          ///< to English
   std::string prompt;              ///< what the words are likely to be about, and names in it
   int threads = 0;                 ///< 0: as many as the processor has cores
+  int processorVariant = 0;        ///< of processorVariants, the best first
 };
 
 /// Whether this build can use Whisper's weights.
@@ -30,6 +31,9 @@ bool isWhisperBuiltIn();
 /// The recogniser for these options; null in a build without Whisper. The library may end the process
 /// (on damaged weights, or where memory runs out), so it runs in one of its own.
 std::unique_ptr<RecogniserBackend> makeWhisperBackend(const RecogniserOptions& options);
+
+/// How many kinds of processors the library has code for; 1 if it was built for this one.
+int processorVariants();
 
 /// For one line about what runs: the library's version and the processor's features it uses. Empty in a
 /// build without Whisper.

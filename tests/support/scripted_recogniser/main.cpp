@@ -1,6 +1,7 @@
 // scripted-recogniser [STEP=ACT]... [once=FILE] [first=yes] [pid=FILE]: a recogniser's process that
-// does ACT in one of its steps (load, begin, feed, finish, drop). With `once` only the process that
-// creates FILE does so, with `first` only in its first utterance. ACT may be several, with commas between them; `gate:FIFO` waits until the
+// does ACT in one of its steps (load, begin, feed, finish, drop). A last word that is a number is the kind
+// of processor to use. With `once` only the process that creates FILE does so, with `below=N` only one for a
+// better kind, with `first` only in its first utterance. ACT may be several, with commas between them; `gate:FIFO` waits until the
 // test opens the other end.
 //
 // scripted-recogniser own [STEP=ACT]...: an engine with such a process, which waits to be killed.
@@ -47,6 +48,7 @@ class ScriptedRecogniser final : public RecogniserBackend {
   explicit ScriptedRecogniser(Script script) : script_(std::move(script)) {
     const std::string once = script_["once"];
     mayAct_ = once.empty() || ::open(once.c_str(), O_CREAT | O_EXCL | O_CLOEXEC, 0600) >= 0;
+    if (!script_["below"].empty()) mayAct_ = script_["variant"] < script_["below"];
     if (const std::string file = script_["pid"]; !file.empty()) writePid(file);
   }
 
@@ -146,7 +148,10 @@ int main(int argc, char** argv) {
   Script script;
   for (const std::string& word : words) {
     const std::size_t at = word.find('=');
-    if (at == std::string::npos) return 2;
+    if (at == std::string::npos) {
+      script["variant"] = word;
+      continue;
+    }
     script[word.substr(0, at)] = word.substr(at + 1);
   }
   ::fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, kSocketCopy);

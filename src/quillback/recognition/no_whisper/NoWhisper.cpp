@@ -10,6 +10,10 @@ std::unique_ptr<RecogniserBackend> makeWhisperBackend(const RecogniserOptions& /
   return nullptr;
 }
 
+int processorVariants() {
+  return 1;
+}
+
 std::string describeWhisper() {
   return {};
 }

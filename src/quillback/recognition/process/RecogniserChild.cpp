@@ -85,6 +85,10 @@ bool RecogniserChild::hasEnded() const {
   return isReaped_ || waitForEvents(process_.get(), POLLIN, {}) != 0;
 }
 
+bool RecogniserChild::hitIllegalInstruction() const {
+  return isReaped_ && WIFSIGNALED(status_) && WTERMSIG(status_) == SIGILL;
+}
+
 void RecogniserChild::interrupt() const {
   send(SIGUSR1);
 }
@@ -129,13 +133,12 @@ tl::expected<std::optional<Message>, std::string> RecogniserChild::nextMessage()
 
 /// The child has closed its socket, so it is ending.
 std::string RecogniserChild::reasonOfEnd() {
-  int status = 0;
   if (waitForEvents(process_.get(), POLLIN, kEndOfChildTimeout) == 0) {
     return "closed its connection";
   }
   isReaped_ = true;
-  if (::waitpid(id_, &status, WNOHANG) != id_) return "ended unexpectedly";
-  return "ended unexpectedly (" + describeStatus(status) + ")";
+  if (::waitpid(id_, &status_, WNOHANG) != id_) return "ended unexpectedly";
+  return "ended unexpectedly (" + describeStatus(status_) + ")";
 }
 
 }  // namespace voxtrel::quillback

@@ -30,6 +30,8 @@ class RecogniserChild {
   ~RecogniserChild();
 
   bool hasEnded() const;
+  /// Whether it ended by an instruction that the processor does not know.
+  bool hitIllegalInstruction() const;
   /// Tells the child that its utterance is no longer wanted. It must have loaded.
   void interrupt() const;
 
@@ -52,6 +54,7 @@ class RecogniserChild {
   const FileDescriptor process_;
   const FileDescriptor socket_;
   bool isReaped_ = false;
+  int status_ = 0;  ///< once reaped
   std::string unsent_;
   MessageReader received_;
 };

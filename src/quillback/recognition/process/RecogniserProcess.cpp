@@ -27,8 +27,11 @@ milliseconds lengthOf(std::size_t samples) {
 }  // namespace
 
 RecogniserProcess::RecogniserProcess(std::vector<std::string> command, MakeBackend makeFallback,
-                                     RecogniserLimits limits)
-    : command_(std::move(command)), makeFallback_(std::move(makeFallback)), limits_(limits) {}
+                                     RecogniserLimits limits, int variants)
+    : command_(std::move(command)),
+      makeFallback_(std::move(makeFallback)),
+      limits_(limits),
+      variants_(variants) {}
 
 LoadReport RecogniserProcess::load() {
   take_.mayRestart = false;
@@ -102,7 +105,9 @@ void RecogniserProcess::startChild() {
   take_.isBegun = false;
   take_.isFinishSent = false;
   deadline_ = steady_clock::now() + limits_.load;
-  auto child = RecogniserChild::start(command_);
+  std::vector<std::string> words = command_;
+  if (variants_ > 1) words.push_back(std::to_string(variant_));
+  auto child = RecogniserChild::start(words);
   if (!child) return useFallback(child.error());
   child_ = std::move(*child);
 }
@@ -174,6 +179,10 @@ void RecogniserProcess::setAnswerDeadline() {
 }
 
 void RecogniserProcess::replaceChild(const std::string& problem) {
+  if (child_->hitIllegalInstruction() && variant_ + 1 < variants_) {
+    ++variant_;
+    return startChild();
+  }
   if (!std::exchange(take_.mayRestart, false)) return useFallback(problem);
   startChild();
 }

@@ -35,8 +35,11 @@ class RecogniserProcess final : public RecogniserBackend {
 
   /// `command`: a program that calls `serveRecogniser` on its standard input, and its arguments.
   /// Without `makeFallback` a load that fails is not usable, and later failures give empty text.
+  /// `variants`: how many kinds of processors the program has code for. Where there are several, the
+  /// command's last argument is the kind to use, 0 is the best; after an illegal instruction it is the
+  /// next.
   RecogniserProcess(std::vector<std::string> command, MakeBackend makeFallback,
-                    RecogniserLimits limits = {});
+                    RecogniserLimits limits = {}, int variants = 1);
   RecogniserProcess(const RecogniserProcess&) = delete;
   RecogniserProcess& operator=(const RecogniserProcess&) = delete;
   ~RecogniserProcess() override = default;
@@ -80,6 +83,8 @@ class RecogniserProcess final : public RecogniserBackend {
   const std::vector<std::string> command_;
   const MakeBackend makeFallback_;
   const RecogniserLimits limits_;
+  const int variants_;
+  int variant_ = 0;
   std::unique_ptr<RecogniserChild> child_;  ///< null while resting, and with the fallback
   std::optional<LoadReport> loaded_;        ///< by this child
   std::optional<std::chrono::steady_clock::time_point> deadline_;  ///< for the child's next answer

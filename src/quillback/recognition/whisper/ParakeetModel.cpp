@@ -47,11 +47,13 @@ ParakeetModel::ParakeetModel(RecogniserOptions options) : options_(std::move(opt
 ParakeetModel::~ParakeetModel() = default;
 
 LoadReport ParakeetModel::load() {
-  const auto loaded = loadChecked(options_, [this] {
+  const auto load = [this] {
     model_.reset(parakeet_init_from_file_with_params(options_.weightsFile.c_str(),
                                                      parakeet_context_default_params()));
     return model_ != nullptr;
-  });
+  };
+  const auto loaded = loadChecked(
+      options_, load, [this](std::span<const float> samples) { recognise(samples, false); });
   if (!loaded) return {false, {loaded.error()}};
   LoadReport report{true, {"Using Parakeet."}};
   for (std::string& line : unknownSettings(options_)) report.lines.push_back(std::move(line));

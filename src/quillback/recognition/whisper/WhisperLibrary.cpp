@@ -15,14 +15,18 @@
 #include <limits>
 #include <memory>
 #include <optional>
+#include <random>
 #include <set>
 #include <string>
 #include <system_error>
 #include <thread>
 #include <utility>
+#include <vector>
 
+#include "quillback/ports/Microphone.h"
 #include "quillback/recognition/speech/PiecewiseBackend.h"
 #include "quillback/recognition/whisper/ParakeetModel.h"
+#include "quillback/recognition/whisper/ProcessorModules.h"
 #include "quillback/recognition/whisper/SileroDetector.h"
 #include "quillback/recognition/whisper/WeightsFile.h"
 #include "quillback/recognition/whisper/WhisperModel.h"
@@ -35,12 +39,20 @@ namespace fs = std::filesystem;
 void discardLog(ggml_log_level /*level*/, const char* /*text*/, void* /*data*/) {}
 
 /// Silences the library and loads its code for this processor, where that is kept in modules apart.
-void prepareLibrary() {
+void prepareLibrary(int processorVariant = 0) {
   whisper_log_set(discardLog, nullptr);
   parakeet_log_set(discardLog, nullptr);
-  const char* const modules = QUILLBACK_GGML_MODULES;
-  // The library's own search would look into the current folder, where anybody may put a module.
-  if (*modules != '\0' && ggml_backend_dev_count() == 0) ggml_backend_load_all_from_path(modules);
+  loadModules(moduleFolder(), processorVariant);
+}
+
+/// Faint noise, half a second.
+std::vector<float> trialSound() {
+  constexpr float kLoudness = 0.01F;
+  std::vector<float> samples(kSampleRateHz / 2);
+  std::minstd_rand random;
+  std::uniform_real_distribution<float> sample(-kLoudness, kLoudness);
+  for (float& each : samples) each = sample(random);
+  return samples;
 }
 
 std::optional<int> readNumber(const fs::path& file) {
@@ -146,9 +158,13 @@ bool isFlagSet(void* flag) {
   return static_cast<const std::atomic<bool>*>(flag)->load();
 }
 
-tl::expected<void, std::string> loadChecked(const RecogniserOptions& options,
-                                            const std::function<bool()>& load) {
-  prepareLibrary();
+tl::expected<void, std::string> loadChecked(
+    const RecogniserOptions& options, const std::function<bool()>& load,
+    const std::function<void(std::span<const float>)>& recognise) {
+  prepareLibrary(options.processorVariant);
+  if (ggml_backend_dev_count() == 0) {
+    return tl::make_unexpected("the library has no code for this processor");
+  }
   // The library throws on what the check does not find, for example too little memory.
   const auto isLoaded = [&load] {
     try {
@@ -158,10 +174,17 @@ tl::expected<void, std::string> loadChecked(const RecogniserOptions& options,
     }
   };
   return checkWeights(options.weightsFile, options.family).and_then([&] {
-    if (isLoaded()) return tl::expected<void, std::string>();
-    return tl::expected<void, std::string>(tl::unexpect,
-                                           "it is damaged, or there is too little memory");
+    if (!isLoaded()) {
+      return tl::expected<void, std::string>(tl::unexpect,
+                                             "it is damaged, or there is too little memory");
+    }
+    if (processorVariants() > 1) recognise(trialSound());
+    return tl::expected<void, std::string>();
   });
+}
+
+int processorVariants() {
+  return std::max(1, static_cast<int>(processorModules(moduleFolder()).size()));
 }
 
 bool isWhisperBuiltIn() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <span>
 #include <string>
 
 #include <tl/expected.hpp>
@@ -17,11 +18,13 @@ inline constexpr const char* kCpuFolder = "/sys/devices/system/cpu";
 int physicalCores(const char* cpuFolder);
 
 /// Prepares the library, walks through the weights and calls `load`, which says whether the library has them
-/// in memory.
+/// in memory. Where there is code for several kinds of processors `recognise` then gets half a second of
+/// sound, so that code which this processor refuses ends the process now and not at the first take.
 /// Thread: one.
 /// Fails by: half a sentence that says why the weights cannot be used.
-tl::expected<void, std::string> loadChecked(const RecogniserOptions& options,
-                                            const std::function<bool()>& load);
+tl::expected<void, std::string> loadChecked(
+    const RecogniserOptions& options, const std::function<bool()>& load,
+    const std::function<void(std::span<const float>)>& recognise);
 
 /// For the library's abort callbacks: whether `flag`, a `std::atomic<bool>`, is set.
 bool isFlagSet(void* flag);

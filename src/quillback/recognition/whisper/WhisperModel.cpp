@@ -38,11 +38,15 @@ WhisperModel::WhisperModel(RecogniserOptions options) : options_(std::move(optio
 WhisperModel::~WhisperModel() = default;
 
 LoadReport WhisperModel::load() {
-  const auto loaded = loadChecked(options_, [this] {
+  const auto load = [this] {
     whisper_context_params parameters = whisper_context_default_params();
     parameters.flash_attn = true;
     model_.reset(whisper_init_from_file_with_params(options_.weightsFile.c_str(), parameters));
     return model_ != nullptr;
+  };
+  const auto loaded = loadChecked(options_, load, [this](std::span<const float> samples) {
+    recognise(samples, false);
+    begin();
   });
   if (!loaded) return {false, {loaded.error()}};
   LoadReport report{true, {"Using Whisper."}};

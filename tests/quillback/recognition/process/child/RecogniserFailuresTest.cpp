@@ -51,6 +51,21 @@ TEST_F(RecogniserFailuresTest, AnotherChildGetsTheWholeUtterance) {
   }
 }
 
+TEST_F(RecogniserFailuresTest, AfterAnIllegalInstructionTheNextKindOfProcessorIsTried) {
+  for (const char* script : {"load=ill", "begin=ill", "feed=ill", "finish=ill"}) {
+    const LoadReport report = start({script, "below=3"}, {}, 4);
+    EXPECT_THAT(report.lines, ElementsAre("a line of the model")) << script;
+    EXPECT_EQ(textOf(Samples(5000, 1)), "5000 samples, sum 5000") << script;
+  }
+}
+
+TEST_F(RecogniserFailuresTest, WithoutAKindOfProcessorThatWorksTheFallbackIsUsed) {
+  const LoadReport report = start({"load=ill"}, {}, 4);
+  EXPECT_THAT(report.lines, ElementsAre(line("ended unexpectedly (signal 4, illegal instruction)"),
+                                        "the fallback's line"));
+  EXPECT_EQ(textOf(Samples(5000, 1)), "fallback 5000");
+}
+
 TEST_F(RecogniserFailuresTest, AfterASecondEndTheFallbackGetsTheWholeUtterance) {
   for (const Failure& failure : kFailures) {
     start({failure.script});
