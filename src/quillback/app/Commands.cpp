@@ -63,7 +63,6 @@ ModelContext modelContext() {
   context.hasWhisper = isWhisperBuiltIn();
   context.version = engineVersion();
   context.measureSpeed = measureProcessor;
-  context.runsOn = describeWhisper();
   return context;
 }
 
@@ -125,8 +124,10 @@ int setUpModel(const std::string& model, const std::string& file) {
 }
 
 int printModels(bool isJson) {
+  ModelContext context = modelContext();
+  context.runsOn = describeWhisper();
   LineOutput output(STDOUT_FILENO);
-  return listModels(modelContext(), isJson, output);
+  return listModels(context, isJson, output);
 }
 
 int chooseModel(const std::string& model) {

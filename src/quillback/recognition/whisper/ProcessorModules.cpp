@@ -40,6 +40,7 @@ int scoreOf(const fs::path& module) {
 }  // namespace
 
 fs::path moduleFolder() {
+  // Relative to the program, wherever that was installed.
   const fs::path folder = QUILLBACK_GGML_MODULES;
   if (folder.empty() || folder.is_absolute()) return folder;
   std::error_code error;
@@ -61,17 +62,18 @@ fs::path bestModule(const std::vector<fs::path>& modules, int skipped,
   return at < usable.size() ? usable[at].second : fs::path();
 }
 
-void loadModules(const fs::path& folder, int skipped) {
+fs::path loadModules(const fs::path& folder, int skipped) {
   // The library's own search would look into the current folder, where anybody may put a module.
-  if (folder.empty() || ggml_backend_reg_count() > 0) return;
+  if (folder.empty() || ggml_backend_reg_count() > 0) return {};
   const auto processors = processorModules(folder);
   for (const fs::path& module : modulesNamed(folder, "libggml-")) {
     const bool isLibrary = module.filename() == "libggml-base.so";
     if (isLibrary || std::ranges::count(processors, module) > 0) continue;
     ggml_backend_load(module.c_str());
   }
-  const fs::path best = bestModule(processors, skipped, scoreOf);
+  fs::path best = bestModule(processors, skipped, scoreOf);
   if (!best.empty()) ggml_backend_load(best.c_str());
+  return best;
 }
 
 }  // namespace voxtrel::quillback

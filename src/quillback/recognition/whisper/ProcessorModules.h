@@ -7,8 +7,8 @@
 
 namespace voxtrel::quillback {
 
-/// Where the library's modules are: code for kinds of processors and for graphics cards. A relative folder
-/// is beside the program. Empty if the library was built for this processor, without modules.
+/// Where the library's modules are: code for kinds of processors and for graphics cards. Empty if the library
+/// was built for this processor, without modules.
 std::filesystem::path moduleFolder();
 
 /// The files in `folder` with code for kinds of processors, by name.
@@ -20,8 +20,8 @@ std::filesystem::path bestModule(const std::vector<std::filesystem::path>& modul
                                  const std::function<int(const std::filesystem::path&)>& score);
 
 /// Loads the library's modules from `folder`: all for graphics cards, and the best for this processor after
-/// `skipped` better ones. Only the first call does anything.
-/// Thread: one.
-void loadModules(const std::filesystem::path& folder, int skipped);
+/// `skipped` better ones. Returns that one; empty if there is none, or if the library has its code within.
+/// Thread: one, once.
+std::filesystem::path loadModules(const std::filesystem::path& folder, int skipped);
 
 }  // namespace voxtrel::quillback

@@ -3,6 +3,9 @@
 #include <ggml-backend.h>
 #include <ggml.h>
 #include <parakeet.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
 #include <whisper.h>
 
 #include <algorithm>
@@ -38,11 +41,19 @@ namespace fs = std::filesystem;
 
 void discardLog(ggml_log_level /*level*/, const char* /*text*/, void* /*data*/) {}
 
-/// Silences the library and loads its code for this processor, where that is kept in modules apart.
-void prepareLibrary(int processorVariant = 0) {
+/// Silences the library and loads its code for this processor, where that is in modules. Returns the module;
+/// once one is loaded, that stays.
+const fs::path& prepareLibrary(int processorVariant) {
   whisper_log_set(discardLog, nullptr);
   parakeet_log_set(discardLog, nullptr);
-  loadModules(moduleFolder(), processorVariant);
+  static const fs::path kModule = loadModules(moduleFolder(), processorVariant);
+  return kModule;
+}
+
+/// "haswell" of "libggml-cpu-haswell.so".
+std::string kindOf(const fs::path& module) {
+  const std::string name = module.stem();
+  return name.substr(name.rfind('-') + 1);
 }
 
 /// Faint noise, half a second.
@@ -119,12 +130,36 @@ class MatrixProduct {
   ggml_cgraph* graph_ = nullptr;
 };
 
+/// Whether a process lives through a computation with this code. The program must have one thread.
+bool survives(int variant) {
+  const pid_t child = ::fork();
+  if (child == 0) {
+    ::prctl(PR_SET_DUMPABLE, 0);  // no core file
+    prepareLibrary(variant);
+    ::_exit(MatrixProduct(1).compute() ? 0 : 1);
+  }
+  int status = 0;
+  return child > 0 && ::waitpid(child, &status, 0) == child && status == 0;
+}
+
+/// The best code that does not end the process; that of the library itself where it has no modules.
+int usableVariant() {
+  const int count = processorVariants();
+  if (count == 1) return 0;
+  static const int kVariant = [count] {
+    int variant = 0;
+    while (variant < count && !survives(variant)) ++variant;
+    return variant;
+  }();
+  return kVariant;
+}
+
 }  // namespace
 
 std::optional<double> measureProcessor() {
   constexpr int kRounds = 12;
   constexpr double kReferenceSeconds = 0.0080;  // with two cores of 2.5 GHz and AVX-512
-  prepareLibrary();
+  prepareLibrary(usableVariant());
   const int threads = physicalCores(kCpuFolder);
   MatrixProduct product(threads);
   if (!product.compute()) return std::nullopt;
@@ -162,7 +197,7 @@ tl::expected<void, std::string> loadChecked(
     const RecogniserOptions& options, const std::function<bool()>& load,
     const std::function<void(std::span<const float>)>& recognise) {
   prepareLibrary(options.processorVariant);
-  if (ggml_backend_dev_count() == 0) {
+  if (ggml_backend_dev_by_type(GGML_BACKEND_DEVICE_TYPE_CPU) == nullptr) {
     return tl::make_unexpected("the library has no code for this processor");
   }
   // The library throws on what the check does not find, for example too little memory.
@@ -202,12 +237,13 @@ std::unique_ptr<RecogniserBackend> makeWhisperBackend(const RecogniserOptions& o
 }
 
 std::string describeWhisper() {
-  prepareLibrary();
+  const fs::path& module = prepareLibrary(usableVariant());
   std::string text = std::string("whisper.cpp ") + whisper_version();
   for (std::size_t at = 0; at < ggml_backend_dev_count(); ++at) {
     text += std::string(at == 0 ? " on " : ", ") +
             ggml_backend_dev_description(ggml_backend_dev_get(at));
   }
+  if (!module.empty()) text += ", code for " + kindOf(module);
   return text;
 }
 
