@@ -67,11 +67,19 @@ class NotificationService {
   }
 
   std::vector<Notification> shown;
+  std::vector<std::uint32_t> closed;
   bool refuses = false;
 
  private:
   static int answer(sd_bus_message* call, void* self, sd_bus_error* /*error*/) {
-    return static_cast<NotificationService*>(self)->show(call);
+    auto* const service = static_cast<NotificationService*>(self);
+    const bool closes = sd_bus_message_is_method_call(call, nullptr, "CloseNotification") > 0;
+    return closes ? service->close(call) : service->show(call);
+  }
+  int close(sd_bus_message* call) {
+    std::uint32_t id = 0;
+    if (sd_bus_message_read(call, "u", &id) > 0) closed.push_back(id);
+    return sd_bus_reply_method_return(call, "");
   }
   int show(sd_bus_message* call) {
     const char* name = nullptr;

@@ -85,7 +85,8 @@ bool confineWriting(const std::vector<std::string>& folders) {
   if (::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0) return false;
   const std::uint64_t changes = knownChanges();
   if (changes == 0) return false;
-  const landlock_ruleset_attr handled{.handled_access_fs = changes};
+  landlock_ruleset_attr handled{};  // newer headers know more members
+  handled.handled_access_fs = changes;
   const FileDescriptor rules(
       static_cast<int>(::syscall(SYS_landlock_create_ruleset, &handled, sizeof handled, 0)));
   if (!rules.isOpen()) return false;

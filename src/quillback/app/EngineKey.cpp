@@ -121,7 +121,7 @@ void EngineKey::tellTrigger(const std::string& trigger) {
   if (told.read() == trigger) return;
   static_cast<void>(told.write(trigger));  // told again at the next start if that failed
   const std::string text = trigger.empty() ? "Choose the key in the desktop's keyboard settings."
-                                           : "Hold " + trigger + " to dictate.";
+                                           : "Push to talk: " + trigger + ".";
   output_.print("[quillback] " + text);
   reports_.notify("The desktop watches the key", text);
 }

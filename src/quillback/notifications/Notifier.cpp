@@ -11,8 +11,11 @@ namespace voxtrel::quillback {
 namespace {
 
 constexpr std::size_t kMaxBodyBytes = 300;
-constexpr Bus::Method kNotify{"org.freedesktop.Notifications", "/org/freedesktop/Notifications",
-                              "org.freedesktop.Notifications", "Notify"};
+
+constexpr Bus::Method method(const char* name) {
+  return {"org.freedesktop.Notifications", "/org/freedesktop/Notifications",
+          "org.freedesktop.Notifications", name};
+}
 
 /// Escapes what notification services take for markup.
 std::string notificationBody(std::string_view text) {
@@ -68,16 +71,28 @@ void Notifier::sendNext() {
   }
   if (!bus_) return reportFailure();
   isSending_ = true;
+  closeOld();
   bus_->call(
-      kNotify,
+      method("Notify"),
       [&](sd_bus_message& call) { writeNotification(call, shownId_, now.title, now.body); },
       [this](sd_bus_message& reply) { onReply(reply); });
+}
+
+/// Plasma changes a notification that has left the screen only in its list, where nobody looks.
+void Notifier::closeOld() {
+  if (shownId_ == 0 || loop_.now() - shownAt_ < onScreen_) return;
+  bus_->call(
+      method("CloseNotification"),
+      [this](sd_bus_message& call) { sd_bus_message_append(&call, "u", shownId_); },
+      [](sd_bus_message& /*reply*/) {});
+  shownId_ = 0;
 }
 
 void Notifier::onReply(sd_bus_message& reply) {
   isSending_ = false;
   const bool isShown = !isError(reply) && sd_bus_message_read(&reply, "u", &shownId_) > 0;
   if (!isShown) reportFailure();
+  shownAt_ = loop_.now();
   sendNext();
 }
 

@@ -8,6 +8,7 @@
 namespace voxtrel::quillback {
 namespace {
 
+using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::SizeIs;
 
@@ -45,6 +46,19 @@ TEST_F(NotifierTest, ReplacesTheOneBefore) {
   ASSERT_TRUE(waitForShown(2));
   EXPECT_EQ(service_.shown[0].replaced, 0U);
   EXPECT_EQ(service_.shown[1].replaced, 1U);
+  EXPECT_THAT(service_.closed, IsEmpty());
+}
+
+// Some desktops change a notification that has left the screen only in a list.
+TEST_F(NotifierTest, ClosesAnOldOneAndShowsANewOne) {
+  Notifier notifier(loop_, output_, std::chrono::milliseconds(0));
+  notifier.notify("Title", "one");
+  ASSERT_TRUE(waitForShown(1));
+  EXPECT_THAT(service_.closed, IsEmpty());
+  notifier.notify("Title", "two");
+  ASSERT_TRUE(waitForShown(2));
+  EXPECT_THAT(service_.closed, ElementsAre(1U));
+  EXPECT_EQ(service_.shown[1].replaced, 0U);
 }
 
 TEST_F(NotifierTest, SendsOnlyTheNewestOfThoseThatCameMeanwhile) {

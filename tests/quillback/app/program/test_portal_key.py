@@ -102,7 +102,7 @@ class PortalKey(unittest.TestCase):
         self.assertEqual(self.check()[0], 0)
         engine = self.engine()
         engine.wait_for_line("Ready.")
-        engine.wait_for_line(f"Hold Press {trigger} to dictate.")
+        engine.wait_for_line(f"Push to talk: Press {trigger}.")
         self.assertEqual(self.wait_until("key: yes"),
                          (0, f"key: yes, Press {trigger} by the desktop's global shortcuts"))
         self.assertFalse(any("Accessibility" in text for text in engine.texts()), engine.texts())
@@ -146,7 +146,7 @@ class PortalKey(unittest.TestCase):
         again = self.engine()
         portal.wait_for("bound")
         self.wait_until("key: yes")
-        self.assertFalse(any("Hold Press" in text for text in again.texts()), again.texts())
+        self.assertFalse(any("Push to talk" in text for text in again.texts()), again.texts())
 
     def test_a_portal_that_goes_away_and_comes_back_is_used_again(self):
         portal, engine = self.works("plasma6")

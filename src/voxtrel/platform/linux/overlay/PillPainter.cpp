@@ -1,6 +1,8 @@
 #include "voxtrel/platform/linux/overlay/PillPainter.h"
 
 #include <QPainter>
+#include <algorithm>
+#include <span>
 
 namespace voxtrel {
 namespace {
@@ -14,36 +16,47 @@ QColor toQt(const Color& color) {
                           static_cast<float>(color.blue), static_cast<float>(color.alpha));
 }
 
-/// A canvas over Qt's painter, with smooth edges.
-/// Thread: the main thread.  Borrows: the painter (must outlive this).
-class QPainterCanvas final : public Canvas {
+/// Writes down what is painted.
+/// Thread: the main thread.  Borrows: the list (must outlive this).
+class ShapeList final : public Canvas {
  public:
-  explicit QPainterCanvas(QPainter& painter) : painter_(painter) {
-    painter_.setRenderHint(QPainter::Antialiasing);
-  }
+  explicit ShapeList(std::vector<PaintedShape>& shapes) : shapes_(shapes) { shapes_.clear(); }
 
   void fillRoundedRect(const Rect& rect, double radius, const Color& color) override {
-    painter_.setPen(Qt::NoPen);
-    painter_.setBrush(toQt(color));
-    painter_.drawRoundedRect(toQt(rect), radius, radius);
+    shapes_.push_back({PaintedShape::Kind::filledRect, rect, radius, 0, color});
   }
 
   void strokeRoundedRect(const Rect& rect, double radius, double lineWidth,
                          const Color& color) override {
-    painter_.setPen(QPen(toQt(color), lineWidth));
-    painter_.setBrush(Qt::NoBrush);
-    painter_.drawRoundedRect(toQt(rect), radius, radius);
+    shapes_.push_back({PaintedShape::Kind::strokedRect, rect, radius, lineWidth, color});
   }
 
   void fillOval(const Rect& rect, const Color& color) override {
-    painter_.setPen(Qt::NoPen);
-    painter_.setBrush(toQt(color));
-    painter_.drawEllipse(toQt(rect));
+    shapes_.push_back({PaintedShape::Kind::filledOval, rect, 0, 0, color});
   }
 
  private:
-  QPainter& painter_;
+  std::vector<PaintedShape>& shapes_;
 };
+
+void paintShape(QPainter& painter, const PaintedShape& shape) {
+  const bool isFilled = shape.kind != PaintedShape::Kind::strokedRect;
+  const QColor color = toQt(shape.color);
+  painter.setPen(isFilled ? QPen(Qt::NoPen) : QPen(color, shape.lineWidth));
+  painter.setBrush(isFilled ? QBrush(color) : QBrush(Qt::NoBrush));
+  if (shape.kind == PaintedShape::Kind::filledOval) {
+    painter.drawEllipse(toQt(shape.rect));
+  } else {
+    painter.drawRoundedRect(toQt(shape.rect), shape.radius, shape.radius);
+  }
+}
+
+void paintShapes(QPainter& painter, double scale, std::span<const PaintedShape> shapes) {
+  painter.setRenderHint(QPainter::Antialiasing);
+  painter.scale(scale, scale);
+  for (const PaintedShape& shape : shapes) paintShape(painter, shape);
+  painter.resetTransform();
+}
 
 QImage roundedShape(QSize sizePx, double radiusPx) {
   QImage shape(sizePx, QImage::Format_ARGB32_Premultiplied);
@@ -61,19 +74,28 @@ QImage roundedShape(QSize sizePx, double radiusPx) {
 PillPainter::PillPainter(QSize sizePx, double scale, double cornerRadius)
     : scale_(scale), shape_(roundedShape(sizePx, cornerRadius * scale)) {}
 
-void PillPainter::paint(QPaintDevice& target, const Draw& draw) const {
-  QPainter painter(&target);
-  painter.resetTransform();
-  const double deviceScale = scale_ / target.devicePixelRatio();
-  painter.setCompositionMode(QPainter::CompositionMode_Source);
-  painter.fillRect(QRectF(0, 0, sizePx().width(), sizePx().height()), Qt::transparent);
-  painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
-  painter.save();
-  painter.scale(deviceScale, deviceScale);
-  QPainterCanvas canvas(painter);
+/// A background that has changed, or is unknown, becomes what has not changed since the last picture.
+void PillPainter::keepBackground(std::size_t sameShapes) {
+  if (backgroundShapes_ > 0 && sameShapes >= backgroundShapes_) return;
+  backgroundShapes_ = sameShapes;
+  background_ = QImage(sizePx(), QImage::Format_ARGB32_Premultiplied);
+  background_.fill(Qt::transparent);
+  QPainter painter(&background_);
+  paintShapes(painter, scale_, std::span(shapes_).first(sameShapes));
+}
+
+void PillPainter::paint(QImage& target, const Draw& draw) {
+  shapes_.swap(shapesBefore_);
+  ShapeList canvas(shapes_);
   draw(canvas);
-  painter.restore();
-  painter.scale(1.0 / target.devicePixelRatio(), 1.0 / target.devicePixelRatio());
+  const auto differs =
+      std::mismatch(shapes_.begin(), shapes_.end(), shapesBefore_.begin(), shapesBefore_.end());
+  keepBackground(static_cast<std::size_t>(differs.first - shapes_.begin()));
+  QPainter painter(&target);
+  painter.setCompositionMode(QPainter::CompositionMode_Source);
+  painter.drawImage(0, 0, background_);
+  painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
+  paintShapes(painter, scale_, std::span(shapes_).subspan(backgroundShapes_));
   painter.setCompositionMode(QPainter::CompositionMode_DestinationIn);
   painter.drawImage(0, 0, shape_);
 }

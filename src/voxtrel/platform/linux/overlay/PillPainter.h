@@ -2,6 +2,7 @@
 
 #include <QImage>
 #include <QRect>
+#include <cstddef>
 #include <functional>
 #include <vector>
 
@@ -9,8 +10,22 @@
 
 namespace voxtrel {
 
-/// Paints content clipped to a rounded rectangle with smooth edges, as pixels with alpha.
-/// Thread: the main thread.  Owns: an image of the shape.
+/// One operation of a canvas.
+struct PaintedShape {
+  enum class Kind { filledRect, strokedRect, filledOval };
+
+  Kind kind{};
+  Rect rect;
+  double radius = 0;
+  double lineWidth = 0;
+  Color color;
+
+  friend bool operator==(const PaintedShape&, const PaintedShape&) = default;
+};
+
+/// Paints content clipped to a rounded rectangle with smooth edges, as pixels with alpha. The shapes at
+/// its beginning that stay the same, the background, are painted once.
+/// Thread: the main thread.  Owns: images of the clip's shape and of the background.
 class PillPainter {
  public:
   using Draw = std::function<void(Canvas&)>;
@@ -18,8 +33,8 @@ class PillPainter {
   /// `sizePx` is the target's size; a point is `scale` pixels, `cornerRadius` is in points.
   PillPainter(QSize sizePx, double scale, double cornerRadius);
 
-  /// Replaces everything in `target`.
-  void paint(QPaintDevice& target, const Draw& draw) const;
+  /// Replaces everything in `target`, whose size must be `sizePx`.
+  void paint(QImage& target, const Draw& draw);
 
   /// The shape as rectangles of whole pixels: every pixel of which at least `coverage` of 255 lies
   /// inside.
@@ -29,8 +44,14 @@ class PillPainter {
   double scale() const { return scale_; }
 
  private:
+  void keepBackground(std::size_t sameShapes);
+
   double scale_;
   QImage shape_;  // opaque inside, transparent outside
+  std::vector<PaintedShape> shapes_;
+  std::vector<PaintedShape> shapesBefore_;
+  QImage background_;  // the first shapes of these, not yet clipped
+  std::size_t backgroundShapes_ = 0;
 };
 
 }  // namespace voxtrel

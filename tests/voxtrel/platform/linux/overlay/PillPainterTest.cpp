@@ -53,7 +53,7 @@ QImage picture(double scale) {
   const QSize size(static_cast<int>(std::lround(kFrame.width * scale)),
                    static_cast<int>(std::lround(kFrame.height * scale)));
   QImage image(size, QImage::Format_ARGB32_Premultiplied);
-  const PillPainter painter(size, scale, view.cornerRadius());
+  PillPainter painter(size, scale, view.cornerRadius());
   for (int frame = 0; frame < 8; ++frame) {
     painter.paint(image, [&](Canvas& canvas) { view.draw(canvas); });
   }
@@ -103,6 +103,35 @@ TEST(PillPainter, ReplacesTheOldPicture) {
   PillPainter({90, 21}, 1.0, 10.5).paint(image, [](Canvas&) {});
   for (const QPoint place : {QPoint(0, 0), QPoint(45, 10)}) {
     EXPECT_EQ(qAlpha(image.pixel(place)), 0);
+  }
+}
+
+QImage emptyPicture() {
+  QImage image(90, 21, QImage::Format_ARGB32_Premultiplied);
+  image.fill(Qt::transparent);
+  return image;
+}
+
+// A background, and a bar and a dot that may change.
+PillPainter::Draw pill(double red, double barHeight, double dot) {
+  return [=](Canvas& canvas) {
+    canvas.fillRoundedRect(kFrame, 10.5, {red, 0.1, 0.2, 0.9});
+    canvas.strokeRoundedRect(kFrame, 10.5, 1.0, {0.2, red, 0.3, 1.0});
+    canvas.fillRoundedRect({20, 2, 2, barHeight}, 1.0, {0.1, 0.8, 0.7, 0.5});
+    canvas.fillOval({80, 8, dot, dot}, {0.9, 0.3, 0.4, 1.0});
+  };
+}
+
+TEST(PillPainter, PaintsEachPictureAsIfItWereItsFirst) {
+  PillPainter painter({90, 21}, 1.0, 10.5);
+  QImage image = emptyPicture();
+  for (const auto& draw :
+       {pill(0.1, 5, 5), pill(0.1, 9, 5), pill(0.1, 9, 5), pill(0.1, 9, 3), pill(0.6, 9, 3),
+        pill(0.6, 4, 3), pill(0.1, 4, 3), PillPainter::Draw([](Canvas&) {}), pill(0.1, 4, 3)}) {
+    painter.paint(image, draw);
+    QImage first = emptyPicture();
+    PillPainter({90, 21}, 1.0, 10.5).paint(first, draw);
+    EXPECT_EQ(image, first);
   }
 }
 

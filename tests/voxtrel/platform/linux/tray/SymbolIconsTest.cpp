@@ -31,5 +31,16 @@ TEST(SymbolIcons, areCompiledInForEverySymbol) {
   }
 }
 
+// A host that does not recolour them, such as waybar, may have a dark panel.
+TEST(SymbolIcons, haveTheToneOfTheirPicturesInTheirFiles) {
+  for (const std::string_view symbol : kSymbols) {
+    QFile file(compiledIn(symbol));
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly)) << symbol;
+    const QByteArray drawing = file.readAll();
+    EXPECT_GT(drawing.count("fill=\"#3584e4\""), 0) << symbol;
+    EXPECT_EQ(drawing.count("fill=\"#"), drawing.count("fill=\"#3584e4\"")) << symbol;
+  }
+}
+
 }  // namespace
 }  // namespace voxtrel
