@@ -134,10 +134,15 @@ void LayerWindow::preparePainter() {
 void LayerWindow::paint() {
   if (!isConfigured_ || !layerSurface_ || !draw_ || compositor_->isBroken()) return;
   preparePainter();
-  painter_->paint(picture_, draw_);
-  if (picture_ == shown_) return;  // bars at rest cost the compositor nothing
+  // Bars at rest cost nothing.
+  if (!painter_->setContent(draw_) && !shown_.isNull()) return;
+  painter_->paint(picture_);
+  if (picture_ == shown_) return;
   wl_buffer* const buffer = pictures_->put(picture_);
-  if (buffer == nullptr) return;  // shown with a later frame
+  if (buffer == nullptr) {
+    shown_ = QImage();  // the next frame tries again
+    return;
+  }
   present(buffer);
   shown_.swap(picture_);
   if (picture_.size() != shown_.size()) picture_ = shown_.copy();

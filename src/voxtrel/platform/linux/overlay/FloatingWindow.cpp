@@ -92,8 +92,10 @@ void FloatingWindow::exposeEvent(QExposeEvent* /*event*/) {
 void FloatingWindow::paint() {
   if (!draw_) return;
   preparePainter();
-  painter_->paint(picture_, draw_);
-  if (picture_ == shown_) return;  // bars at rest cost the server nothing
+  // Bars at rest cost nothing.
+  if (!painter_->setContent(draw_) && !shown_.isNull()) return;
+  painter_->paint(picture_);
+  if (picture_ == shown_) return;
   present();
   shown_.swap(picture_);
   if (picture_.size() != shown_.size()) picture_ = shown_.copy();

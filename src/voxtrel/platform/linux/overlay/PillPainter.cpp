@@ -74,23 +74,28 @@ QImage roundedShape(QSize sizePx, double radiusPx) {
 PillPainter::PillPainter(QSize sizePx, double scale, double cornerRadius)
     : scale_(scale), shape_(roundedShape(sizePx, cornerRadius * scale)) {}
 
-/// A background that has changed, or is unknown, becomes what has not changed since the last picture.
-void PillPainter::keepBackground(std::size_t sameShapes) {
-  if (backgroundShapes_ > 0 && sameShapes >= backgroundShapes_) return;
-  backgroundShapes_ = sameShapes;
-  background_ = QImage(sizePx(), QImage::Format_ARGB32_Premultiplied);
-  background_.fill(Qt::transparent);
-  QPainter painter(&background_);
-  paintShapes(painter, scale_, std::span(shapes_).first(sameShapes));
-}
-
-void PillPainter::paint(QImage& target, const Draw& draw) {
+bool PillPainter::setContent(const Draw& draw) {
   shapes_.swap(shapesBefore_);
   ShapeList canvas(shapes_);
   draw(canvas);
   const auto differs =
       std::mismatch(shapes_.begin(), shapes_.end(), shapesBefore_.begin(), shapesBefore_.end());
-  keepBackground(static_cast<std::size_t>(differs.first - shapes_.begin()));
+  sameShapes_ = static_cast<std::size_t>(differs.first - shapes_.begin());
+  return differs.first != shapes_.end() || differs.second != shapesBefore_.end();
+}
+
+/// A background that has changed, or is unknown, becomes what has not changed since the last picture.
+void PillPainter::keepBackground() {
+  if (backgroundShapes_ > 0 && sameShapes_ >= backgroundShapes_) return;
+  backgroundShapes_ = sameShapes_;
+  background_ = QImage(sizePx(), QImage::Format_ARGB32_Premultiplied);
+  background_.fill(Qt::transparent);
+  QPainter painter(&background_);
+  paintShapes(painter, scale_, std::span(shapes_).first(backgroundShapes_));
+}
+
+void PillPainter::paint(QImage& target) {
+  keepBackground();
   QPainter painter(&target);
   painter.setCompositionMode(QPainter::CompositionMode_Source);
   painter.drawImage(0, 0, background_);

@@ -33,8 +33,11 @@ class PillPainter {
   /// `sizePx` is the target's size; a point is `scale` pixels, `cornerRadius` is in points.
   PillPainter(QSize sizePx, double scale, double cornerRadius);
 
+  /// What is painted from now on. Returns whether it differs from what was painted before.
+  bool setContent(const Draw& draw);
+
   /// Replaces everything in `target`, whose size must be `sizePx`.
-  void paint(QImage& target, const Draw& draw);
+  void paint(QImage& target);
 
   /// The shape as rectangles of whole pixels: every pixel of which at least `coverage` of 255 lies
   /// inside.
@@ -44,13 +47,14 @@ class PillPainter {
   double scale() const { return scale_; }
 
  private:
-  void keepBackground(std::size_t sameShapes);
+  void keepBackground();
 
   double scale_;
   QImage shape_;  // opaque inside, transparent outside
   std::vector<PaintedShape> shapes_;
   std::vector<PaintedShape> shapesBefore_;
-  QImage background_;  // the first shapes of these, not yet clipped
+  std::size_t sameShapes_ = 0;  // how many of the first shapes are as before
+  QImage background_;           // the first shapes of these, not yet clipped
   std::size_t backgroundShapes_ = 0;
 };
 

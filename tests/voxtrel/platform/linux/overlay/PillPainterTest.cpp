@@ -55,7 +55,8 @@ QImage picture(double scale) {
   QImage image(size, QImage::Format_ARGB32_Premultiplied);
   PillPainter painter(size, scale, view.cornerRadius());
   for (int frame = 0; frame < 8; ++frame) {
-    painter.paint(image, [&](Canvas& canvas) { view.draw(canvas); });
+    painter.setContent([&](Canvas& canvas) { view.draw(canvas); });
+    painter.paint(image);
   }
   return image.convertToFormat(QImage::Format_ARGB32);
 }
@@ -100,7 +101,7 @@ TEST(PillPainter, LeavesTheCornersEmptyAndPaintsNothingOutsideThePill) {
 TEST(PillPainter, ReplacesTheOldPicture) {
   QImage image(90, 21, QImage::Format_ARGB32_Premultiplied);
   image.fill(Qt::white);
-  PillPainter({90, 21}, 1.0, 10.5).paint(image, [](Canvas&) {});
+  PillPainter({90, 21}, 1.0, 10.5).paint(image);
   for (const QPoint place : {QPoint(0, 0), QPoint(45, 10)}) {
     EXPECT_EQ(qAlpha(image.pixel(place)), 0);
   }
@@ -128,11 +129,23 @@ TEST(PillPainter, PaintsEachPictureAsIfItWereItsFirst) {
   for (const auto& draw :
        {pill(0.1, 5, 5), pill(0.1, 9, 5), pill(0.1, 9, 5), pill(0.1, 9, 3), pill(0.6, 9, 3),
         pill(0.6, 4, 3), pill(0.1, 4, 3), PillPainter::Draw([](Canvas&) {}), pill(0.1, 4, 3)}) {
-    painter.paint(image, draw);
+    painter.setContent(draw);
+    painter.paint(image);
+    PillPainter another({90, 21}, 1.0, 10.5);
+    another.setContent(draw);
     QImage first = emptyPicture();
-    PillPainter({90, 21}, 1.0, 10.5).paint(first, draw);
+    another.paint(first);
     EXPECT_EQ(image, first);
   }
+}
+
+TEST(PillPainter, KnowsWhetherTheContentHasChanged) {
+  PillPainter painter({90, 21}, 1.0, 10.5);
+  EXPECT_TRUE(painter.setContent(pill(0.1, 5, 5)));
+  EXPECT_FALSE(painter.setContent(pill(0.1, 5, 5)));
+  EXPECT_TRUE(painter.setContent(pill(0.1, 5, 4)));
+  EXPECT_TRUE(painter.setContent([](Canvas&) {}));
+  EXPECT_FALSE(painter.setContent([](Canvas&) {}));
 }
 
 TEST(PillPainter, GivesAPixelShapeThatNarrowsTowardsTopAndBottom) {
