@@ -43,25 +43,33 @@ class Dictating(Application):
 
     def engine_pids(self):
         """The engines that this program has started and that run."""
-        return self._engine_children(self.process.pid)
+        return self._engine_children(self.process.pid, "run")
 
     def recogniser_pids(self):
         """The processes in which the running engines recognise."""
-        return [pid for engine in self.engine_pids() for pid in self._engine_children(engine)]
+        return [pid for engine in self.engine_pids()
+                for pid in self._engine_children(engine, "recognise")]
 
-    def _engine_children(self, wanted):
-        """The processes of the engine's executable whose parent is the wanted one."""
+    def _engine_children(self, wanted, command):
+        """The processes of the engine's executable that run this command, and whose parent is the wanted one."""
         found = []
         for entry in filter(str.isdigit, os.listdir("/proc")):
             try:
                 with open(f"/proc/{entry}/stat", encoding="ascii", errors="replace") as stat:
                     parent = int(stat.read().rpartition(")")[2].split()[1])
                 if parent == wanted and os.readlink(f"/proc/{entry}/exe") == \
-                        os.path.realpath(self.engine.executable):
+                        os.path.realpath(self.engine.executable) and \
+                        self._command_of(entry) == command:
                     found.append(int(entry))
             except OSError:
                 continue  # it has just ended
         return [pid for pid in found if alive(pid)]
+
+    @staticmethod
+    def _command_of(pid):
+        """The first argument of a process."""
+        with open(f"/proc/{pid}/cmdline", encoding="utf-8", errors="replace") as file:
+            return (file.read().split("\0") + [""])[1]
 
     def texts(self):
         """The texts that the engine has printed."""
