@@ -41,7 +41,7 @@ int scoreOf(const fs::path& module) {
 
 fs::path moduleFolder() {
   // Relative to the program, wherever that was installed.
-  const fs::path folder = QUILLBACK_GGML_MODULES;
+  fs::path folder = QUILLBACK_GGML_MODULES;
   if (folder.empty() || folder.is_absolute()) return folder;
   std::error_code error;
   return (fs::read_symlink("/proc/self/exe", error).parent_path() / folder).lexically_normal();
