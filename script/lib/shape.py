@@ -16,6 +16,7 @@ SMALL_UNITS = {
     "src/common/base/Handle": "used by both programs",
     "src/common/posix/FileDescriptor": "used by both programs",
     "src/common/posix/OwnFolder": "used by the kept recordings and by the key's socket",
+    "src/common/posix/WriteAll": "used by both programs",
     "src/common/posix/linux/SystemPipe": "one system call, another one on each system",
     "src/common/posix/macos/SystemPipe": "the same",
     "src/common/x11/XcbXkb": "works around a C header; four users",

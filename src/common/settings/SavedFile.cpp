@@ -10,6 +10,7 @@
 #include <system_error>
 
 #include "common/posix/FileDescriptor.h"
+#include "common/posix/WriteAll.h"
 
 namespace voxtrel {
 namespace {
@@ -36,20 +37,10 @@ FileDescriptor openDraft(const std::string& path, const Old& old) {
   const bool isThere = ::lstat(path.c_str(), &found) == 0;
   if (isThere && S_ISLNK(found.st_mode) && ::unlink(path.c_str()) != 0) return {};
   if (isThere && !S_ISLNK(found.st_mode) && !S_ISREG(found.st_mode)) return {};
-  // Nobody else may read it before it has the old file's mode.
+  // Other users may not read it before it has the old file's mode.
   return FileDescriptor(::open(path.c_str(),
                                O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC,
                                old ? kOwnerReadsAndWrites : kNewFileMode));
-}
-
-bool writeAll(int file, std::string_view bytes) {
-  while (!bytes.empty()) {
-    const ssize_t written = ::write(file, bytes.data(), bytes.size());
-    if (written < 0 && errno == EINTR) continue;
-    if (written <= 0) return false;
-    bytes.remove_prefix(static_cast<std::size_t>(written));
-  }
-  return true;
 }
 
 /// Some file systems cannot do it, which is no failure.

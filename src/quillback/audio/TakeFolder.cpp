@@ -16,6 +16,7 @@
 
 #include "common/posix/FileDescriptor.h"
 #include "common/posix/OwnFolder.h"
+#include "common/posix/WriteAll.h"
 #include "quillback/audio/WavFormat.h"
 
 namespace voxtrel::quillback {
@@ -30,13 +31,9 @@ constexpr std::string_view kSuffix = ".wav";
 constexpr std::string_view kNoWordsSuffix = "-no-words.wav";
 constexpr int kMaxNumber = 999'999'999;
 
-bool writeAll(int file, std::span<const std::byte> bytes) {
-  while (!bytes.empty()) {
-    const ssize_t written = ::write(file, bytes.data(), bytes.size());
-    if (written < 0 && errno != EINTR) return false;
-    if (written > 0) bytes = bytes.subspan(static_cast<std::size_t>(written));
-  }
-  return true;
+template <typename Value, std::size_t kCount>
+std::string_view bytesOf(std::span<const Value, kCount> values) {
+  return {static_cast<const char*>(static_cast<const void*>(values.data())), values.size_bytes()};
 }
 
 /// The number in a file's name; none if it is no recording's.
@@ -138,8 +135,8 @@ std::unique_ptr<KeptTake> TakeFolder::keep(std::span<const std::int16_t> samples
   if (!file.isOpen()) return nullptr;
   ::flock(file.get(), LOCK_EX);
   const auto header = wavHeader(samples.size());
-  const bool isWritten = writeAll(file.get(), std::as_bytes(std::span(header))) &&
-                         writeAll(file.get(), std::as_bytes(samples));
+  const bool isWritten =
+      writeAll(file.get(), bytesOf(std::span(header))) && writeAll(file.get(), bytesOf(samples));
   const int number = isWritten ? nameDraft(draft) : 0;
   ::unlink(draft.c_str());
   if (number == 0) return nullptr;

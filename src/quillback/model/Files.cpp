@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "common/posix/FileDescriptor.h"
+#include "common/posix/WriteAll.h"
 
 namespace voxtrel::quillback {
 
@@ -119,12 +120,7 @@ std::optional<std::uint64_t> freeSpace(const std::string& folder) {
 }
 
 FileResult writeAll(int descriptor, std::string_view text) {
-  while (!text.empty()) {
-    const ssize_t written = ::write(descriptor, text.data(), text.size());
-    if (written < 0 && errno == EINTR) continue;
-    if (written < 0) return systemFailure();
-    text.remove_prefix(static_cast<std::size_t>(written));
-  }
+  if (!voxtrel::writeAll(descriptor, text)) return systemFailure();
   return {};
 }
 

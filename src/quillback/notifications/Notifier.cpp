@@ -78,7 +78,7 @@ void Notifier::sendNext() {
       [this](sd_bus_message& reply) { onReply(reply); });
 }
 
-/// Plasma changes a notification that has left the screen only in its list, where nobody looks.
+/// Plasma changes a notification that has left the screen only in its list.
 void Notifier::closeOld() {
   if (shownId_ == 0 || loop_.now() - shownAt_ < onScreen_) return;
   bus_->call(

@@ -11,6 +11,7 @@
 #include "common/base/HomeDirectory.h"
 #include "common/posix/FileDescriptor.h"
 #include "common/posix/OwnFolder.h"
+#include "common/posix/WriteAll.h"
 
 namespace voxtrel::quillback {
 namespace {
@@ -58,9 +59,7 @@ bool StateFile::write(std::string_view text) const {
   const FileDescriptor file(
       ::open(draft.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kOwnerReadsAndWrites));
   const bool isWritten =
-      file.isOpen() &&
-      ::write(file.get(), text.data(), text.size()) == static_cast<ssize_t>(text.size()) &&
-      std::rename(draft.c_str(), path_.c_str()) == 0;
+      file.isOpen() && writeAll(file.get(), text) && std::rename(draft.c_str(), path_.c_str()) == 0;
   if (!isWritten) ::unlink(draft.c_str());
   return isWritten;
 }

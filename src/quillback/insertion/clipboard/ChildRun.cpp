@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "common/posix/SpawnedProgram.h"
+#include "common/posix/WriteAll.h"
 
 namespace voxtrel::quillback {
 namespace {
@@ -15,13 +16,8 @@ namespace {
 /// A file in memory with the text. Unlike a pipe it takes any length without waiting for the reader.
 FileDescriptor fileWith(const std::string& text) {
   FileDescriptor file(memfd_create("quillback-text", MFD_CLOEXEC));
-  std::size_t written = 0;
-  while (file.isOpen() && written < text.size()) {
-    const ssize_t size = ::write(file.get(), text.data() + written, text.size() - written);
-    if (size <= 0) return {};
-    written += static_cast<std::size_t>(size);
-  }
-  if (file.isOpen()) ::lseek(file.get(), 0, SEEK_SET);
+  if (!file.isOpen() || !writeAll(file.get(), text)) return {};
+  ::lseek(file.get(), 0, SEEK_SET);
   return file;
 }
 

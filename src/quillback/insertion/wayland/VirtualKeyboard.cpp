@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "common/posix/FileDescriptor.h"
+#include "common/posix/WriteAll.h"
 #include "quillback/text/Typeable.h"
 #include "virtual-keyboard-v1-client.h"
 
@@ -17,8 +18,7 @@ namespace {
 /// A file in memory with the text and the zero that ends it; nothing open if there is no memory.
 FileDescriptor keymapFile(const std::string& text) {
   FileDescriptor file(memfd_create("quillback-keymap", MFD_CLOEXEC));
-  const auto size = static_cast<ssize_t>(text.size() + 1);
-  if (file.isOpen() && ::write(file.get(), text.c_str(), text.size() + 1) != size) return {};
+  if (file.isOpen() && !writeAll(file.get(), {text.c_str(), text.size() + 1})) return {};
   return file;
 }
 

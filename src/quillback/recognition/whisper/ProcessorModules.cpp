@@ -4,9 +4,10 @@
 #include <ggml-backend.h>
 
 #include <algorithm>
-#include <memory>
 #include <system_error>
 #include <utility>
+
+#include "common/base/Handle.h"
 
 namespace voxtrel::quillback {
 namespace {
@@ -28,9 +29,7 @@ std::vector<fs::path> modulesNamed(const fs::path& folder, const std::string& st
 
 /// How well the module's code suits this processor, by its own function; 0 if it cannot run here.
 int scoreOf(const fs::path& module) {
-  const auto close = [](void* library) { ::dlclose(library); };
-  const std::unique_ptr<void, decltype(close)> library(
-      ::dlopen(module.c_str(), RTLD_NOW | RTLD_LOCAL), close);
+  const Handle<void, ::dlclose> library(::dlopen(module.c_str(), RTLD_NOW | RTLD_LOCAL));
   if (!library) return 0;
   using Score = int (*)();
   const auto score = reinterpret_cast<Score>(::dlsym(library.get(), "ggml_backend_score"));

@@ -95,8 +95,8 @@ bool skipTable(Walk& walk) {
   constexpr std::int32_t kMaxSide = 100'000;
   const auto rows = walk.number();
   const auto columns = walk.number();
-  return rows && columns && *rows > 0 && *rows<kMaxSide&& * columns> 0 && *columns < kMaxSide &&
-         walk.skipNumbers(*rows, *columns);
+  const auto isSide = [](std::int32_t size) { return size > 0 && size < kMaxSide; };
+  return rows && columns && isSide(*rows) && isSide(*columns) && walk.skipNumbers(*rows, *columns);
 }
 
 Result skipWhisperHeader(Walk& walk) {

@@ -26,6 +26,7 @@
 #include <utility>
 #include <vector>
 
+#include "common/base/Handle.h"
 #include "quillback/ports/Microphone.h"
 #include "quillback/recognition/speech/PiecewiseBackend.h"
 #include "quillback/recognition/whisper/ParakeetModel.h"
@@ -118,15 +119,10 @@ class MatrixProduct {
   static constexpr int kWidth = 1024;
   static constexpr int kPositions = 512;
   static constexpr std::size_t kContextBytes = std::size_t{1} << 20;
-  struct Free {
-    void operator()(ggml_backend_t backend) const { ggml_backend_free(backend); }
-    void operator()(ggml_context* context) const { ggml_free(context); }
-    void operator()(ggml_backend_buffer_t buffer) const { ggml_backend_buffer_free(buffer); }
-  };
 
-  std::unique_ptr<ggml_backend, Free> backend_;
-  std::unique_ptr<ggml_context, Free> context_;
-  std::unique_ptr<ggml_backend_buffer, Free> buffer_;
+  Handle<ggml_backend, ggml_backend_free> backend_;
+  Handle<ggml_context, ggml_free> context_;
+  Handle<ggml_backend_buffer, ggml_backend_buffer_free> buffer_;
   ggml_cgraph* graph_ = nullptr;
 };
 
