@@ -6,8 +6,11 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <memory>
+#include <optional>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "quillback/app/ChosenBackend.h"
@@ -52,6 +55,21 @@ struct WordlessBackend final : RecogniserBackend {
   std::size_t largestFeed = 0;
 };
 
+/// A backend for several files, whose model is loaded once.
+struct LoadedOnce final : RecogniserBackend {
+  explicit LoadedOnce(std::unique_ptr<RecogniserBackend> inner) : backend(std::move(inner)) {}
+  LoadReport load() override {
+    if (!report) report = backend->load();
+    return *report;
+  }
+  void begin(const std::atomic<bool>& isDropped) override { backend->begin(isDropped); }
+  void feed(std::span<const std::int16_t> samples) override { backend->feed(samples); }
+  Transcription finish() override { return backend->finish(); }
+
+  const std::unique_ptr<RecogniserBackend> backend;
+  std::optional<LoadReport> report;
+};
+
 struct TranscribeFixture : testing::Test {
   Lines text;
   Lines notes;
@@ -68,9 +86,9 @@ struct TranscribeFixture : testing::Test {
 };
 
 TEST_F(TranscribeFixture, TheNinePhrasesAreRecognisedWordForWord) {
+  LoadedOnce backend(makeBackend({}, voice.folder()));
   for (const char* phrase : kPhrases) {
-    const auto backend = makeBackend({}, voice.folder());
-    EXPECT_EQ(transcribeFile(voice.say(phrase), *backend, text, notes), TranscribeExit::done);
+    EXPECT_EQ(transcribeFile(voice.say(phrase), backend, text, notes), TranscribeExit::done);
     EXPECT_EQ(text.lines.back(), phrase);
   }
   // A build with Whisper says why it does not use it.
