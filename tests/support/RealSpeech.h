@@ -95,6 +95,7 @@ class RealSpeech : public testing::Test {
     options.weightsFile = folder() + "/ggml-base.bin";
     options.voiceDetectionFile = folder() + "/ggml-silero-v6.2.0.bin";
     options.language = language;
+    options.threads = 1;
     return options;
   }
 
