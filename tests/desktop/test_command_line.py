@@ -1,13 +1,43 @@
 """The command line's options, and a second start."""
 
 import os
+import shutil
 import subprocess
+import tempfile
 
 from harness import case
 from harness.case import DesktopCase
 from harness.polling import eventually, stays
 
 READY = "Ready — hold Right Cmd"
+
+
+class Memory(DesktopCase):
+    """Other programs of the user cannot look at it."""
+
+    def test_it_is_its_own(self):
+        # Root may look at everything, so it runs as another user. What nobody may look at is root's.
+        user = 65534 if os.geteuid() == 0 else os.geteuid()
+        for variable, owner in ((None, 0), ("VOXTREL_CORE", user)):
+            with tempfile.TemporaryDirectory() as home:
+                os.chmod(home, 0o777)
+                program = shutil.copy(os.path.join(case.PROGRAMS, "voxtrel"), home)
+                environment = {"HOME": home, "PATH": os.environ["PATH"], "QT_QPA_PLATFORM": "offscreen",
+                               "DBUS_SESSION_BUS_ADDRESS": f"unix:path={home}/no-bus",
+                               **({variable: "1"} if variable else {})}
+                log = os.path.join(home, "log")
+                with open(log, "wb") as output, subprocess.Popen(
+                        [program], env=environment, user=user, stdout=output, stderr=output) as child:
+                    try:
+                        eventually(lambda: "Voxtrel launching" in self._text(log), "the program", 20)
+                        self.assertEqual(os.stat(f"/proc/{child.pid}/environ").st_uid, owner)
+                    finally:
+                        child.kill()
+
+    @staticmethod
+    def _text(path):
+        with open(path, encoding="utf-8") as file:
+            return file.read()
 
 
 class CommandLine(DesktopCase):

@@ -7,10 +7,12 @@
 #include <memory>
 
 #include "common/base/HomeDirectory.h"
+#include "common/posix/Confinement.h"
 #include "voxtrel/platform/kissfft/PlainVectorMath.h"
 #include "voxtrel/platform/linux/application/DisplayConnection.h"
 #include "voxtrel/platform/linux/application/QtApplication.h"
 #include "voxtrel/platform/linux/application/QtMainLoop.h"
+#include "voxtrel/platform/linux/dbus/AsyncCall.h"
 #include "voxtrel/platform/linux/layershell/SessionOverlayStage.h"
 #include "voxtrel/platform/linux/log/OpenLog.h"
 #include "voxtrel/platform/linux/notifications/FreedesktopNotifications.h"
@@ -123,6 +125,17 @@ LinuxDesktop::LinuxDesktop(Parts parts, const std::string& version, const LinuxP
   parts_.instance->setOnRequest([this](StartRequest request) { application_.take(request); });
 }
 
+/// No other program of the user may read the words in our memory. Qt may have asked the portal already,
+/// which looks at us when it answers: not before it has answered us too are we closed.
+void protectWords() {
+  protectMemory();
+  QDBusMessage call = QDBusMessage::createMethodCall(kPortalService, kPortalObject,
+                                                     "org.freedesktop.portal.Settings", "Read");
+  call.setAutoStartService(false);
+  call << QString("org.freedesktop.appearance") << QString("color-scheme");
+  startCall(QDBusConnection::sessionBus(), call, kReplyTimeout);
+}
+
 }  // namespace
 
 DesktopConnection connectToLinux(int& argc, char** argv, const std::string& version,
@@ -136,6 +149,7 @@ DesktopConnection connectToLinux(int& argc, char** argv, const std::string& vers
   parts.log = openLog();
   parts.qtApplication = connectToDisplay(argc, argv, version);
   if (!parts.qtApplication) return tl::unexpected(EXIT_FAILURE);
+  protectWords();
   parts.instance = std::make_unique<SingleInstance>(*parts.log);
   SingleInstance& instance = *parts.instance;
   const auto desktop = std::make_shared<LinuxDesktop>(std::move(parts), version, places);

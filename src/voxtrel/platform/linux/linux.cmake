@@ -11,7 +11,7 @@ target_link_libraries(voxtrel_platform_posix PUBLIC $<LINK_ONLY:${system_process
 
 set(CMAKE_AUTOMOC ON)
 add_room(voxtrel/platform/linux/log KNOWS voxtrel/platform LINKS PkgConfig::SYSTEMD)
-add_room(voxtrel/platform/linux/dbus KNOWS common/dbus PUBLIC_LINKS Qt6::DBus)
+add_room(voxtrel/platform/linux/dbus KNOWS common/dbus common/posix PUBLIC_LINKS Qt6::DBus)
 add_room(voxtrel/platform/linux/x11 KNOWS common/x11 LINKS PkgConfig::XCB_WINDOWS Qt6::Gui)
 add_room(voxtrel/platform/linux/application
          KNOWS voxtrel/platform common/posix voxtrel/platform/linux/x11
@@ -46,8 +46,9 @@ add_room(voxtrel/platform/linux/session
                voxtrel/platform/linux/dbus
          LINKS Qt6::DBus PkgConfig::SYSTEMD)
 add_room(voxtrel/platform/linux
-         KNOWS voxtrel/platform voxtrel/supervisor common/base voxtrel/platform/posix voxtrel/platform/kissfft
-               voxtrel/platform/linux/application voxtrel/platform/linux/layershell
+         KNOWS voxtrel/platform voxtrel/supervisor common/base common/posix voxtrel/platform/posix
+               voxtrel/platform/kissfft voxtrel/platform/linux/application
+               voxtrel/platform/linux/dbus voxtrel/platform/linux/layershell
                voxtrel/platform/linux/log voxtrel/platform/linux/notifications voxtrel/platform/linux/overlay
                voxtrel/platform/linux/permissions voxtrel/platform/linux/session
                voxtrel/platform/linux/sound voxtrel/platform/linux/tray

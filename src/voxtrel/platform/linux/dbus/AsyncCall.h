@@ -13,6 +13,10 @@ namespace voxtrel {
 /// How long another program gets to reply, unless it has to ask the user.
 inline constexpr std::chrono::milliseconds kReplyTimeout{5000};
 
+/// The desktop's portal. Other programs may look at this process until it has replied to a call.
+inline constexpr const char* kPortalService = "org.freedesktop.portal.Desktop";
+inline constexpr const char* kPortalObject = "/org/freedesktop/portal/desktop";
+
 /// What went wrong with a call, for the log.
 std::string errorText(const QDBusPendingCall& failed);
 

@@ -15,7 +15,6 @@ namespace voxtrel {
 
 namespace {
 
-constexpr const char* kPortal = "org.freedesktop.portal.Desktop";
 constexpr const char* kRequestInterface = "org.freedesktop.portal.Request";
 constexpr std::chrono::milliseconds kAcceptTimeout{25000};
 constexpr uint kGranted = 0;
@@ -52,7 +51,8 @@ PortalRequest::PortalRequest(QDBusConnection bus, Log& log,
   // The response may arrive before the call returns.
   listen(predictHandle(token));
   bus_.connect({}, "/org/freedesktop/DBus", "org.freedesktop.DBus", "NameOwnerChanged",
-               QStringList{kPortal}, {}, this, SLOT(onOwnerChanged(QString, QString, QString)));
+               QStringList{kPortalService}, {}, this,
+               SLOT(onOwnerChanged(QString, QString, QString)));
   call(token);
 }
 
@@ -71,7 +71,7 @@ void PortalRequest::listen(const QString& handle) {
 
 void PortalRequest::call(const QString& token) {
   QDBusMessage message = QDBusMessage::createMethodCall(
-      kPortal, "/org/freedesktop/portal/desktop", "org.freedesktop.portal.Device", "AccessDevice");
+      kPortalService, kPortalObject, "org.freedesktop.portal.Device", "AccessDevice");
   message << static_cast<uint>(::getpid()) << QStringList{"microphone"}
           << QVariantMap{{"handle_token", token}};
   callAsync<QDBusObjectPath>(

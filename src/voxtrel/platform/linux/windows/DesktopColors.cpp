@@ -11,8 +11,6 @@
 namespace voxtrel {
 namespace {
 
-constexpr const char* kService = "org.freedesktop.portal.Desktop";
-constexpr const char* kPath = "/org/freedesktop/portal/desktop";
 constexpr const char* kInterface = "org.freedesktop.portal.Settings";
 constexpr const char* kSpace = "org.freedesktop.appearance";
 constexpr const char* kKey = "color-scheme";
@@ -64,12 +62,13 @@ void DesktopColors::follow() {
 
 /// Does not name the sender: for a name Qt would block to ask the bus for its owner.
 void DesktopColors::listen() {
-  QDBusConnection::sessionBus().connect({}, kPath, kInterface, "SettingChanged", this,
+  QDBusConnection::sessionBus().connect({}, kPortalObject, kInterface, "SettingChanged", this,
                                         SLOT(onSettingChanged(QDBusMessage)));
 }
 
 void DesktopColors::askPortal() {
-  QDBusMessage call = QDBusMessage::createMethodCall(kService, kPath, kInterface, "Read");
+  QDBusMessage call =
+      QDBusMessage::createMethodCall(kPortalService, kPortalObject, kInterface, "Read");
   call << QString(kSpace) << QString(kKey);
   callAsync<QDBusVariant>(QDBusConnection::sessionBus(), call, *this,
                           [this](const QDBusPendingReply<QDBusVariant>& reply) {

@@ -1,18 +1,22 @@
 #include <gtest/gtest.h>
+#include <sys/prctl.h>
 
 #include <QCoreApplication>
 #include <QDBusArgument>
 #include <QDBusObjectPath>
 #include <QDBusVariant>
 #include <QElapsedTimer>
+#include <cstdlib>
 #include <memory>
 #include <optional>
 
+#include "common/posix/Confinement.h"
 #include "support/FakePorts.h"
 #include "support/PortalDouble.h"
 #include "support/PrivateBus.h"
 #include "support/ScratchFolder.h"
 #include "voxtrel/platform/linux/application/QtMainLoop.h"
+#include "voxtrel/platform/linux/dbus/AsyncCall.h"
 #include "voxtrel/platform/linux/permissions/SandboxMicrophoneAccess.h"
 
 namespace voxtrel {
@@ -215,6 +219,45 @@ TEST_F(MicrophonePortalFixture, aResponseAfterTheEndOfTheRequesterIsIgnored) {
   portal->respond(*call, handleFor(*call), kGranted);
   settle();
   EXPECT_EQ(replies, 0);
+}
+
+struct ProtectedProgramFixture : PortalFixture {
+  ~ProtectedProgramFixture() override { ::prctl(PR_SET_DUMPABLE, 1, 0, 0, 0); }
+  static bool isOpen() { return ::prctl(PR_GET_DUMPABLE, 0, 0, 0, 0) == 1; }
+};
+
+TEST_F(ProtectedProgramFixture, canBeLookedAtUntilThePortalHasReplied) {
+  ::unsetenv("VOXTREL_CORE");
+  protectMemory();
+  ASSERT_FALSE(isOpen());
+  std::optional<QDBusMessage> call;
+  portal->onCall = [&](const QDBusMessage& message) { call = message; };
+  const auto method = QDBusMessage::createMethodCall(kPortalService, kPortalObject, "x.y", "Read");
+  bool hasReply = false;
+  callAsync<>(client, method, application, [&](const auto&) { hasReply = true; });
+  EXPECT_TRUE(isOpen());
+  ASSERT_TRUE(becomes([&] { return call.has_value(); }));
+  EXPECT_TRUE(isOpen());
+  portal->reply(*call, 1);
+  ASSERT_TRUE(becomes([&] { return hasReply && !isOpen(); }));
+}
+
+TEST_F(ProtectedProgramFixture, isClosedAgainAfterAPortalThatIsMissing) {
+  ::unsetenv("VOXTREL_CORE");
+  portal->leave();
+  const auto method = QDBusMessage::createMethodCall(kPortalService, kPortalObject, "x.y", "Read");
+  startCall(client, method, kReplyTimeout);
+  protectMemory();
+  EXPECT_TRUE(isOpen());
+  EXPECT_TRUE(becomes([] { return !isOpen(); }));
+}
+
+TEST_F(ProtectedProgramFixture, staysClosedForOtherServices) {
+  ::unsetenv("VOXTREL_CORE");
+  protectMemory();
+  startCall(client, QDBusMessage::createMethodCall("x.y", "/x", "x.y", "Read"), kReplyTimeout);
+  EXPECT_FALSE(isOpen());
+  settle();
 }
 
 }  // namespace
