@@ -10,7 +10,7 @@ from harness.application import MODEL
 from harness.case import PROGRAMS, DesktopCase
 from harness.dictation import PHRASES, Dictating, Editor, Speaker
 from harness.polling import eventually, stays
-from harness.processes import is_sanitized
+from harness.processes import is_sanitized, network_sockets
 from harness.recordings import has_whisper
 from harness.sound import SoundServer
 
@@ -172,6 +172,21 @@ class Endings(DictationCase):
         self.speaker.release()
         self.app.wait_for_count("Processing", 1)
         self.ends_promptly()
+
+    def test_no_socket_of_a_network_is_open_while_it_works(self):
+        self.speaker.press()
+        self.app.item.wait_for_status("Recording...")
+        self.assertEqual(self.network_sockets(), [])
+        self.speaker.speak(PHRASES[0])
+        self.speaker.release()
+        eventually(lambda: self.network_sockets() or self.app.count("encode="), "words or a socket", 20)
+        self.assertEqual(self.network_sockets(), [])
+
+    def network_sockets(self):
+        """Those of the program, its engine and its recogniser."""
+        pids = [self.app.process.pid, *self.app.engine_pids(), *self.app.recogniser_pids()]
+        self.assertGreaterEqual(len(pids), 2)
+        return [socket for pid in pids for socket in network_sockets(pid)]
 
     def test_no_microphone_is_open_while_it_waits(self):
         self.assertNotIn("quillback", self.sound.client_names())

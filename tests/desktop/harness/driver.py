@@ -3,7 +3,7 @@
 import os
 import subprocess
 
-from .processes import _die_with_parent
+from .processes import die_with_parent
 
 
 class OverlayDriver:
@@ -17,7 +17,7 @@ class OverlayDriver:
         self._child = subprocess.Popen(
             [os.path.join(programs, "overlay-driver")], env=environment, text=True,
             stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=self._errors,
-            preexec_fn=_die_with_parent)
+            preexec_fn=die_with_parent)
         self.log = log
 
     @property

@@ -11,7 +11,7 @@ PR_SET_PDEATHSIG = 1
 _LIBC = ctypes.CDLL(None, use_errno=True)
 
 
-def _die_with_parent():
+def die_with_parent():
     """A test that is killed must not leave a desktop behind."""
     _LIBC.prctl(PR_SET_PDEATHSIG, signal.SIGKILL)
 
@@ -23,6 +23,25 @@ def alive(pid):
             return stat.read().rpartition(")")[2].split()[0] not in "ZX"
     except (FileNotFoundError, ProcessLookupError):
         return False
+
+
+def network_sockets(pid):
+    """The process's sockets that are not of this machine alone, by their inodes."""
+    known = set()
+    for kind in ("tcp", "tcp6", "udp", "udp6", "raw", "raw6", "icmp", "packet"):
+        path = f"/proc/{pid}/net/{kind}"
+        column = 8 if kind == "packet" else 9
+        if os.path.exists(path):
+            with open(path, encoding="ascii") as file:
+                known.update(line.split()[column] for line in file.readlines()[1:])
+    own = []
+    for entry in os.listdir(f"/proc/{pid}/fd"):
+        try:
+            own.append(os.readlink(f"/proc/{pid}/fd/{entry}"))
+        except FileNotFoundError:
+            continue
+    inodes = [name.removeprefix("socket:[").rstrip("]") for name in own if name.startswith("socket:[")]
+    return [inode for inode in inodes if inode in known]
 
 
 def is_sanitized(executable):
@@ -41,7 +60,7 @@ class Process:
         with open(log, "ab") as output:
             self._child = subprocess.Popen(
                 command, env=environment, stdin=subprocess.DEVNULL, stdout=output, stderr=output,
-                pass_fds=pass_fds, preexec_fn=_die_with_parent)
+                pass_fds=pass_fds, preexec_fn=die_with_parent)
 
     @property
     def pid(self):

@@ -11,7 +11,7 @@ namespace {
 using std::chrono::milliseconds;
 
 /// The most characters that may go to another window after the focus has moved.
-constexpr std::size_t kBound = 32;
+constexpr std::size_t kBound = 24;
 
 /// A test with two windows and a typer in a process of its own.
 class FocusMovesTest : public TypingFixture {
