@@ -140,7 +140,7 @@ class Conversation : public DictationFixture {
 
 TEST_F(Conversation, TheApplicationFollowsTheEngineWhateverIsSaid) {
   RandomText random(62);
-  dictation_->keySeen();
+  findKeyAndMicrophone();
   dictation_->modelLoaded(recogniser_);
   readLines();
   EXPECT_EQ(state_, AppState::idle);

@@ -17,8 +17,12 @@ class DictationFixture : public testing::Test {
  protected:
   static constexpr std::int16_t kLoud = 3000;
 
-  void load() {
+  void findKeyAndMicrophone() {
     dictation_->keySeen();
+    dictation_->microphoneFound();
+  }
+  void load() {
+    findKeyAndMicrophone();
     dictation_->modelLoaded(recogniser_);
     output_.take();
   }

@@ -1,6 +1,8 @@
 #include "common/pulse/DefaultSource.h"
 
+#include <cstdint>
 #include <future>
+#include <optional>
 #include <utility>
 
 #include "common/pulse/PulseLibrary.h"
@@ -8,22 +10,24 @@
 namespace voxtrel {
 namespace {
 
-/// One question to the sound server.
+/// One question to the sound server, or one after each change of its sources.
 /// Thread: one constructs, asks and destroys it.  Owns: the connection and its thread.
 class Search {
  public:
-  explicit Search(const PulseLibrary& pulse)
-      : pulse_(pulse), loop_(pulse.pa_threaded_mainloop_new()) {}
+  Search(const PulseLibrary& pulse, bool waitsForSource)
+      : pulse_(pulse), waitsForSource_(waitsForSource), loop_(pulse.pa_threaded_mainloop_new()) {}
   Search(const Search&) = delete;
   Search& operator=(const Search&) = delete;
   ~Search();
 
-  SourceSearch run(std::chrono::milliseconds timeout);
+  /// Without a timeout it waits for ever.
+  SourceSearch run(std::optional<std::chrono::milliseconds> timeout);
 
  private:
   static Search& self(void* search) { return *static_cast<Search*>(search); }
   bool connect();
   void contextChanged();
+  void followChanges();
   void askForServer();
   void askForSource(const char* name);
   /// What was asked is answered by a callback; without the operation it never will.
@@ -32,6 +36,7 @@ class Search {
   void finishWithError();
 
   const PulseLibrary& pulse_;
+  const bool waitsForSource_;
   pa_threaded_mainloop* const loop_;
   pa_context* context_ = nullptr;
   bool isFinished_ = false;
@@ -49,11 +54,11 @@ Search::~Search() {
   pulse_.pa_threaded_mainloop_free(loop_);
 }
 
-SourceSearch Search::run(std::chrono::milliseconds timeout) {
+SourceSearch Search::run(std::optional<std::chrono::milliseconds> timeout) {
   if (loop_ == nullptr || !connect()) return SourceSearch::unknown;
   std::future<SourceSearch> result = result_.get_future();
   if (pulse_.pa_threaded_mainloop_start(loop_) < 0) return SourceSearch::unknown;
-  const bool isThere = result.wait_for(timeout) == std::future_status::ready;
+  const bool isThere = !timeout || result.wait_for(*timeout) == std::future_status::ready;
   return isThere ? result.get() : SourceSearch::unknown;
 }
 
@@ -74,8 +79,21 @@ bool Search::connect() {
 
 void Search::contextChanged() {
   const pa_context_state_t state = pulse_.pa_context_get_state(context_);
+  if (state == PA_CONTEXT_READY && waitsForSource_) followChanges();
   if (state == PA_CONTEXT_READY) askForServer();
   if (!PA_CONTEXT_IS_GOOD(state)) finishWithError();
+}
+
+void Search::followChanges() {
+  pulse_.pa_context_set_subscribe_callback(
+      context_,
+      [](pa_context*, pa_subscription_event_type_t, std::uint32_t, void* search) {
+        self(search).askForServer();
+      },
+      this);
+  constexpr auto kChanges = static_cast<pa_subscription_mask_t>(PA_SUBSCRIPTION_MASK_SERVER |
+                                                                PA_SUBSCRIPTION_MASK_SOURCE);
+  expect(pulse_.pa_context_subscribe(context_, kChanges, nullptr, nullptr));
 }
 
 void Search::askForServer() {
@@ -107,6 +125,7 @@ void Search::expect(pa_operation* question) {
 }
 
 void Search::finish(SourceSearch result) {
+  if (waitsForSource_ && result == SourceSearch::noSource) return;
   if (!std::exchange(isFinished_, true)) result_.set_value(result);
 }
 
@@ -119,7 +138,13 @@ void Search::finishWithError() {
 
 SourceSearch searchDefaultSource(std::chrono::milliseconds timeout) {
   const PulseLibrary* const pulse = PulseLibrary::get();
-  return pulse == nullptr ? SourceSearch::noServer : Search(*pulse).run(timeout);
+  return pulse == nullptr ? SourceSearch::noServer : Search(*pulse, false).run(timeout);
+}
+
+SourceSearch awaitDefaultSource() {
+  const PulseLibrary* const pulse = PulseLibrary::get();
+  const bool isFound = pulse != nullptr && Search(*pulse, true).run({}) == SourceSearch::found;
+  return isFound ? SourceSearch::found : SourceSearch::noServer;
 }
 
 }  // namespace voxtrel

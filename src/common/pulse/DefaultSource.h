@@ -17,4 +17,8 @@ enum class SourceSearch {
 /// Thread: any; waits up to `timeout`.
 [[nodiscard]] SourceSearch searchDefaultSource(std::chrono::milliseconds timeout);
 
+/// The same, but waits while there is no source, without polling, for as long as it takes. Any failure counts
+/// as `noServer`.
+[[nodiscard]] SourceSearch awaitDefaultSource();
+
 }  // namespace voxtrel

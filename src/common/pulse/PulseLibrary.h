@@ -7,6 +7,7 @@
 #include <pulse/proplist.h>
 #include <pulse/rtclock.h>
 #include <pulse/stream.h>
+#include <pulse/subscribe.h>
 #include <pulse/thread-mainloop.h>
 
 namespace voxtrel {
@@ -42,6 +43,8 @@ class PulseLibrary {
   VOXTREL_PULSE(pa_context_rttime_new);
   VOXTREL_PULSE(pa_context_rttime_restart);
   VOXTREL_PULSE(pa_context_set_state_callback);
+  VOXTREL_PULSE(pa_context_set_subscribe_callback);
+  VOXTREL_PULSE(pa_context_subscribe);
   VOXTREL_PULSE(pa_context_unref);
   VOXTREL_PULSE(pa_frame_size);
   VOXTREL_PULSE(pa_mainloop_api_once);

@@ -63,8 +63,8 @@ Parsed key(Words rest) {
   return tl::make_unexpected(R"("key" takes "press", "release" or "toggle")");
 }
 
-CommandLine recognise(Words rest) {
-  CommandLine line{Command::recognise, ""};
+CommandLine withAnything(Command command, Words rest) {
+  CommandLine line{command, ""};
   line.rest.assign(rest.begin(), rest.end());
   return line;
 }
@@ -120,9 +120,9 @@ tl::expected<CommandLine, std::string> parseCommandLine(std::span<const char* co
   if (words[0] == "retry") return withoutArguments(Command::retry, words[0], rest);
   if (words[0] == "check") return withoutArguments(Command::check, words[0], rest);
   if (words[0] == "key") return key(rest);
-  if (words[0] == "recognise") return recognise(rest);
+  if (words[0] == "recognise") return withAnything(Command::recognise, rest);
   if (words[0] == "advise") return withoutArguments(Command::advise, words[0], rest);
-  if (words[0] == "microphone") return withoutArguments(Command::microphone, words[0], rest);
+  if (words[0] == "microphone") return withAnything(Command::microphone, rest);
   if (words[0] == "--help" || words[0] == "-h")
     return withoutArguments(Command::help, words[0], rest);
   if (words[0] == "--version") return withoutArguments(Command::version, words[0], rest);

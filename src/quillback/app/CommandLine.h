@@ -33,7 +33,7 @@ struct CommandLine {
       argument;  ///< setup, use, remove: the model's name; transcribe: the file; key: the word
   std::string file = {};               ///< setup: the user's own weights; may be empty
   bool isJson = false;                 ///< models
-  std::vector<std::string> rest = {};  ///< recognise: which recogniser
+  std::vector<std::string> rest = {};  ///< recognise: which recogniser; microphone
 };
 
 /// The version of this build, such as "0.1.0".

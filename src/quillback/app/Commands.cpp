@@ -17,7 +17,7 @@
 #include "quillback/app/CommandLine.h"
 #include "quillback/app/Engine.h"
 #include "quillback/app/KeySource.h"
-#include "quillback/app/MissingParts.h"
+#include "quillback/app/MicrophoneSearch.h"
 #include "quillback/app/SlowModelAdvice.h"
 #include "quillback/app/Transcribe.h"
 #include "quillback/audio/TakeFolder.h"
@@ -234,7 +234,7 @@ int runCommand(const CommandLine& line) {
     case advise:
       return adviseQuietly();
     case microphone:
-      return searchMicrophone();
+      return searchMicrophone(line.rest);
     case help:
       return show(helpText());
     case version:

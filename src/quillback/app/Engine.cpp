@@ -16,10 +16,8 @@ Engine::Engine(EpollLoop& loop, Output& output, const EngineSettings& settings)
       lock_(loop, session_),
       sinks_(loop, ownKeys_, lock_, output),
       advice_(loop, output, homeDirectory()),
-      missing_(loop, output,
-               [this](const std::string& title, const std::string& body) {
-                 sinks_.notify(title, body);
-               }),
+      missing_(output, [this](const std::string& title,
+                              const std::string& body) { sinks_.notify(title, body); }),
       sink_(std::make_unique<ReplacingSink>(sinks_.make(settings, session_), settings.replace)),
       dictation_(loop, microphone_, *sink_, takes_, lock_, output),
       key_(loop, output, ownKeys_,
@@ -28,7 +26,9 @@ Engine::Engine(EpollLoop& loop, Output& output, const EngineSettings& settings)
            {[this] { seeKey(); }, [this](const std::string& text) { missing_.keyIsMissing(text); },
             [this](const std::string& title, const std::string& body) {
               sinks_.notify(title, body);
-            }}) {
+            }}),
+      search_(loop, {[this] { findMicrophone(); },
+                     [this](const std::string& text) { missing_.microphoneIsMissing(text); }}) {
   key_.watch(session_, settings.hotkey);
   loadModel(settings);
 }
@@ -38,6 +38,11 @@ void Engine::seeKey() {
   dictation_.keySeen();
 }
 
+void Engine::findMicrophone() {
+  missing_.microphoneIsThere();
+  dictation_.microphoneFound();
+}
+
 void Engine::loadModel(const EngineSettings& settings) {
   recogniser_ = std::make_unique<ThreadedRecogniser>(
       loop_, makeBackend(settings, homeDirectory()),
@@ -45,7 +50,7 @@ void Engine::loadModel(const EngineSettings& settings) {
         for (const std::string& line : report.lines) output_.print(line);
         if (report.isUsable) {
           dictation_.modelLoaded(*recogniser_);
-          missing_.lookForMicrophone();
+          missing_.modelIsLoaded();
           return advice_.giveIfNeeded(settings);
         }
         exitStatus_ = 1;

@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "quillback/app/EngineKey.h"
+#include "quillback/app/MicrophoneSearch.h"
 #include "quillback/app/MissingParts.h"
 #include "quillback/app/SlowModelAdvice.h"
 #include "quillback/audio/PulseMicrophone.h"
@@ -29,6 +30,7 @@ class Engine {
 
  private:
   void seeKey();
+  void findMicrophone();
   void loadModel(const EngineSettings& settings);
 
   EpollLoop& loop_;
@@ -47,6 +49,7 @@ class Engine {
   std::unique_ptr<Recogniser> recogniser_;
   Dictation dictation_;
   EngineKey key_;
+  MicrophoneSearch search_;
 };
 
 }  // namespace voxtrel::quillback

@@ -66,6 +66,11 @@ void Dictation::keySeen() {
   if (recogniser_ != nullptr) showState();
 }
 
+void Dictation::microphoneFound() {
+  if (std::exchange(hasMicrophone_, true)) return;
+  if (recogniser_ != nullptr) showState();
+}
+
 void Dictation::keyPressed() {
   isKeySeen_ = true;
   if (std::exchange(isKeyDown_, true)) return;
@@ -95,8 +100,7 @@ void Dictation::startTake() {
     output_.print("Too many recordings are waiting to be recognised; this one is not made.");
     return;
   }
-  output_.print(kRecordingLine);
-  shown_ = Shown::recording;
+  showRecording();
   const auto take = std::make_shared<Take>();
   take->pressedAt = loop_.now();
   takes_.push_back(take);
@@ -113,8 +117,11 @@ void Dictation::openMicrophone(const Handle& take) {
   Microphone::Listener listener;
   // The microphone's thread only copies; takes are touched on the loop's thread.
   listener.onSamples = [this, weak](std::span<const std::int16_t> samples) {
-    loop_.post([weak, copy = std::vector(samples.begin(), samples.end())] {
-      if (const Handle self = weak.lock()) self->feed(copy);
+    loop_.post([this, weak, copy = std::vector(samples.begin(), samples.end())] {
+      const Handle self = weak.lock();
+      if (!self) return;
+      microphoneFound();
+      self->feed(copy);
     });
   };
   // Runs after the samples posted before it.
@@ -244,13 +251,23 @@ void Dictation::reportAfterUnlock() {
   });
 }
 
-/// Prints the state of all takes together, unless it was printed last. The first "ready" waits for the key.
+/// Without a microphone the reader would wait in vain for the end of the recording: no line but "ready" is
+/// one, and that would not be true.
+void Dictation::showRecording() {
+  if (!hasMicrophone_) return;
+  output_.print(kRecordingLine);
+  shown_ = Shown::recording;
+}
+
+/// Prints the state of all takes together, unless it was printed last. The first "ready" waits for the key
+/// and the microphone.
 void Dictation::showState() {
   Shown now = takes_.empty() ? Shown::ready : Shown::processing;
   for (const Handle& take : takes_) {
     if (take->isRecording()) now = Shown::recording;
   }
   if (shown_ == Shown::loading && now == Shown::ready && !isKeySeen_) return;
+  if (!hasMicrophone_) return;
   if (std::exchange(shown_, now) == now) return;
   if (now == Shown::ready) output_.print(kReadyLine);
   if (now == Shown::recording) output_.print(kRecordingLine);

@@ -21,8 +21,8 @@ namespace voxtrel::quillback {
 /// recognised waits in a queue. Each complete recording is kept until its words were inserted. A press
 /// before the model is loaded only prints a line; if the key is still down when it is loaded, recording
 /// starts then. While the screen is locked, no recording begins, a running one is dropped, and words are
-/// neither printed nor inserted: their recordings stay for a retry. Not before the key can be seen does it
-/// say that it is ready.
+/// neither printed nor inserted: their recordings stay for a retry. Not before the key can be seen and a
+/// microphone is there does it say that it is ready; until then a press records only once sound arrives.
 /// Thread: the loop's.  Owns: the takes.  Borrows: the constructor's arguments (must outlive this).
 /// Fails by: a line of output; the next press works again.
 class Dictation {
@@ -48,6 +48,8 @@ class Dictation {
   void modelLoaded(Recogniser& recogniser);
   /// The key can be seen from now on; a press says the same.
   void keySeen();
+  /// A microphone is there; sound from it says the same.
+  void microphoneFound();
   void keyPressed();
   void keyReleased();
   /// Drops what the held key has recorded so far.
@@ -71,6 +73,7 @@ class Dictation {
   void advanceFirstTake();
   void finish(const Handle& take);
   void recognised(const Handle& take, const Transcription& result);
+  void showRecording();
   void showState();
   void holdBack(const Handle& take);
   void watchLock(const Handle& take);
@@ -85,6 +88,7 @@ class Dictation {
   Output& output_;
   Recogniser* recogniser_ = nullptr;
   bool isKeySeen_ = false;
+  bool hasMicrophone_ = false;
   bool isKeyDown_ = false;
   Shown shown_ = Shown::loading;
   bool hasHeldWordsBack_ = false;             ///< since the screen was locked

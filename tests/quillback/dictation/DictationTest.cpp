@@ -16,13 +16,14 @@ constexpr std::size_t kSecond = kSampleRateHz;
 class DictationTest : public DictationFixture {};
 
 TEST_F(DictationTest, ReadyIsPrintedOnceTheModelIsLoaded) {
-  dictation_->keySeen();
+  findKeyAndMicrophone();
   EXPECT_THAT(output_.take(), IsEmpty());
   dictation_->modelLoaded(recogniser_);
   EXPECT_THAT(output_.take(), ElementsAre("Ready."));
 }
 
 TEST_F(DictationTest, ReadyWaitsForTheKey) {
+  dictation_->microphoneFound();
   dictation_->modelLoaded(recogniser_);
   EXPECT_THAT(output_.take(), IsEmpty());
   dictation_->keySeen();
@@ -31,7 +32,44 @@ TEST_F(DictationTest, ReadyWaitsForTheKey) {
   EXPECT_THAT(output_.take(), IsEmpty());
 }
 
+TEST_F(DictationTest, ReadyWaitsForTheMicrophone) {
+  dictation_->keySeen();
+  dictation_->modelLoaded(recogniser_);
+  EXPECT_THAT(output_.take(), IsEmpty());
+  dictation_->microphoneFound();
+  EXPECT_THAT(output_.take(), ElementsAre("Ready."));
+  dictation_->microphoneFound();
+  EXPECT_THAT(output_.take(), IsEmpty());
+}
+
+TEST_F(DictationTest, APressWithoutAMicrophoneIsNoRecording) {
+  dictation_->keySeen();
+  dictation_->modelLoaded(recogniser_);
+  for (int press = 0; press < 2; ++press) {
+    dictation_->keyPressed();
+    EXPECT_THAT(output_.take(), IsEmpty());
+    microphone_.fail("there is no microphone");
+    loop_.runPosted();
+    dictation_->keyReleased();
+    loop_.advance(seconds(1));
+    EXPECT_THAT(output_.take(), ElementsAre("Audio capture failed: there is no microphone"));
+  }
+  dictation_->microphoneFound();
+  EXPECT_THAT(output_.take(), ElementsAre("Ready."));
+}
+
+TEST_F(DictationTest, SoundShowsThatThereIsAMicrophone) {
+  dictation_->keySeen();
+  dictation_->modelLoaded(recogniser_);
+  hold(seconds(1));
+  EXPECT_THAT(output_.take(), ElementsAre("Recording..."));
+  EXPECT_EQ(recogniser_.utterance->fed.size(), kSecond);
+  dictation_->keyCancelled();
+  EXPECT_THAT(output_.take(), ElementsAre("Ready."));
+}
+
 TEST_F(DictationTest, APressShowsThatTheKeyIsSeen) {
+  dictation_->microphoneFound();
   dictation_->modelLoaded(recogniser_);
   hold(seconds(1));
   EXPECT_THAT(output_.take(), ElementsAre("Recording..."));
@@ -228,6 +266,7 @@ TEST_F(DictationTest, AReleaseWithoutAPressChangesNothing) {
 }
 
 TEST_F(DictationTest, NothingIsRecordedBeforeTheModelIsLoaded) {
+  dictation_->microphoneFound();
   dictation_->keyPressed();
   EXPECT_EQ(output_.take().size(), 1U);
   EXPECT_EQ(microphone_.openings, 0);
@@ -238,6 +277,7 @@ TEST_F(DictationTest, NothingIsRecordedBeforeTheModelIsLoaded) {
 }
 
 TEST_F(DictationTest, AKeyStillHeldWhenTheModelIsLoadedStartsARecording) {
+  dictation_->microphoneFound();
   dictation_->keyPressed();
   output_.take();
   dictation_->modelLoaded(recogniser_);
@@ -246,6 +286,7 @@ TEST_F(DictationTest, AKeyStillHeldWhenTheModelIsLoadedStartsARecording) {
 }
 
 TEST_F(DictationTest, APressCancelledBeforeTheModelIsLoadedRecordsNothing) {
+  dictation_->microphoneFound();
   dictation_->keyPressed();
   dictation_->keyCancelled();
   output_.take();

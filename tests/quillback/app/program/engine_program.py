@@ -1,7 +1,6 @@
 """The engine's program: run to its end, or started as the application starts it and read line by line."""
 
 import contextlib
-import ctypes
 import os
 import signal
 import subprocess
@@ -11,19 +10,13 @@ import time
 import unittest
 
 from harness.polling import eventually, stays
-from harness.processes import is_sanitized
+from harness.processes import die_with_parent, is_sanitized
+from sound_server import silent_microphone
 
-PR_SET_PDEATHSIG = 1
-_LIBC = ctypes.CDLL(None, use_errno=True)
 EXECUTABLE = os.path.join(os.environ.get("VOXTREL_PROGRAMS", ""), "quillback")
 # The documented limit; sanitizers are slower.
 PROMPT_S = 3.0 if is_sanitized(EXECUTABLE) else 0.5
 PASSED_ON = ("ASAN_OPTIONS", "LSAN_OPTIONS", "TSAN_OPTIONS", "UBSAN_OPTIONS")
-
-
-def die_with_parent():
-    """A test that is killed must leave nothing behind."""
-    _LIBC.prctl(PR_SET_PDEATHSIG, signal.SIGKILL)
 
 
 def catches(pid, number):
@@ -83,17 +76,19 @@ def show_key(home):
 
 
 class EngineProgram:
-    """One running engine. `stdout`: a descriptor in place of the pipe that is read here. `sees_key`: whether
-    it can see a key even without a desktop, as it must to be ready."""
+    """One running engine. `stdout`: a descriptor in place of the pipe that is read here. To be ready it must
+    see a key and hear a microphone: `sees_key`, `hears`: whether it does, even without a desktop."""
 
     def __init__(self, *arguments, home=None, stdout=None, environment=None, user=None,
-                 executable=EXECUTABLE, sees_key=True):
+                 executable=EXECUTABLE, sees_key=True, hears=True):
         self._folder = None
         if home is None:
             self._folder = tempfile.TemporaryDirectory(prefix="quillback-test-")
             home = self._folder.name
         self.home = home
-        environment = environment or bare_environment(home)
+        environment = dict(environment or bare_environment(home))
+        if hears:
+            environment["PULSE_SERVER"] = silent_microphone()
         if sees_key:
             show_key(environment["HOME"])
         self.lines = []

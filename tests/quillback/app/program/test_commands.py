@@ -6,7 +6,14 @@ import tempfile
 
 from engine_program import (EXECUTABLE, ProgramCase, bare_environment, die_with_parent, run_command,
                             virtual_display, write_settings)
-from harness.polling import eventually
+from harness.polling import eventually, stays
+from sound_server import MICROPHONE, SPEAKER, SoundServer
+
+
+def open_lines(path, start):
+    """The lines of a file that begin so."""
+    with open(path, encoding="ascii") as file:
+        return [line for line in file if line.startswith(start)]
 
 
 class CommandLine(ProgramCase):
@@ -95,23 +102,24 @@ class Check(ProgramCase):
 class Microphone(ProgramCase):
     """How the engine looks for a microphone, with sound servers of the test's own."""
 
+    def start_server(self, *modules):
+        """A server that has these modules, and the environment of its clients."""
+        server = SoundServer(self.make_home(), modules).start()
+        self.addCleanup(server.stop)
+        return server, {**bare_environment(self.make_home()), "PULSE_SERVER": server.address}
+
     def search(self, *modules):
-        """The exit status, with a server that has these modules; no recording may begin meanwhile."""
-        home = self.make_home()
-        socket = os.path.join(home, "socket")
-        environment = {**bare_environment(home), "XDG_RUNTIME_DIR": home}
-        loaded = [f"module-native-protocol-unix auth-anonymous=1 socket={socket}", *modules]
-        server = subprocess.Popen(
-            ["pulseaudio", "-n", "--daemonize=no", "--exit-idle-time=-1", "--use-pid-file=no",
-             "--disable-shm=yes", *(word for module in loaded for word in ("-L", module))],
-            env=environment, stderr=subprocess.DEVNULL, preexec_fn=die_with_parent)
-        try:
-            environment["PULSE_SERVER"] = "unix:" + socket
-            eventually(lambda: self.pactl(environment, "info").returncode == 0, "the server", 20)
-            return self.search_unheard(environment, os.path.join(home, "events"))
-        finally:
-            server.kill()
-            server.wait()
+        """The exit status; no recording may begin meanwhile."""
+        _, environment = self.start_server(*modules)
+        return self.search_unheard(environment, os.path.join(environment["HOME"], "events"))
+
+    def wait(self, environment, parent):
+        """The command as the engine runs it to wait for a source."""
+        waiting = subprocess.Popen([EXECUTABLE, "microphone", str(parent)], env=environment,
+                                   preexec_fn=die_with_parent)
+        self.addCleanup(waiting.wait)
+        self.addCleanup(waiting.kill)
+        return waiting
 
     def search_unheard(self, environment, log):
         """Runs the search while all that happens in the server is written down."""
@@ -144,12 +152,39 @@ class Microphone(ProgramCase):
 
     def test_what_the_server_plays_is_no_microphone(self):
         self.assertEqual(self.search(), 4)
-        self.assertEqual(self.search("module-null-sink sink_name=speaker"), 4)
+        self.assertEqual(self.search(SPEAKER), 4)
 
     def test_a_source_is_found_and_not_opened(self):
-        self.assertEqual(self.search("module-null-sink sink_name=speaker",
-                                     "module-remap-source source_name=microphone "
-                                     "master=speaker.monitor"), 0)
+        self.assertEqual(self.search(SPEAKER, MICROPHONE), 0)
+
+    def test_a_source_that_comes_is_waited_for_without_polling(self):
+        server, environment = self.start_server(SPEAKER)
+        waiting = self.wait(environment, os.getpid())
+        eventually(lambda: "quillback check" in server.control("list", "clients").stdout, "its question")
+        eventually(lambda: self.sleeps(waiting.pid, 1), "a second without a step", 20)
+        server.load(MICROPHONE)
+        self.assertEqual(waiting.wait(10), 0)
+
+    def test_a_server_that_ends_is_not_waited_for(self):
+        server, environment = self.start_server(SPEAKER)
+        waiting = self.wait(environment, os.getpid())
+        eventually(lambda: "quillback check" in server.control("list", "clients").stdout, "its question")
+        server.stop()
+        self.assertEqual(waiting.wait(10), 3)
+
+    def test_nothing_is_waited_for_without_the_parent(self):
+        _, environment = self.start_server(SPEAKER)
+        self.assertEqual(self.wait(environment, 1).wait(10), 0)
+
+    @staticmethod
+    def sleeps(pid, for_s):
+        """Whether no thread of it ran in the meantime."""
+        def switches():
+            return [open_lines(f"/proc/{pid}/task/{task}/status", "voluntary_ctxt_switches")
+                    for task in sorted(os.listdir(f"/proc/{pid}/task"))]
+        before = switches()
+        stays(lambda: True, "time", for_s)
+        return switches() == before
 
 
 class Retry(ProgramCase):
@@ -208,8 +243,7 @@ class Key(ProgramCase):
         program.wait_for_line("Ready.")
         done = self.command("key", "press")
         self.assertEqual((done.returncode, done.stdout, done.stderr), (0, "", ""))
-        # There is no sound server here, so the recording fails at once.
-        program.wait_for_line("Audio capture failed")
+        program.wait_for_line("Recording...")
         self.assertEqual(self.command("key", "release").returncode, 0)
         self.ends_well(program)
         self.assertFalse(os.path.exists(self.socket))
@@ -221,5 +255,5 @@ class Key(ProgramCase):
         new.wait_for_line("Ready.")
         self.ends_well(old)
         self.assertEqual(self.command("key", "toggle").returncode, 0)
-        new.wait_for_line("Audio capture failed")
+        new.wait_for_line("Recording...")
         self.ends_well(new)

@@ -14,16 +14,141 @@ from engine_program import (EXECUTABLE, PROMPT_S, ProgramCase, bare_environment,
 from harness.buses import Bus
 from harness.monitor import BusMonitor
 from harness.polling import eventually, stays
+from harness.processes import alive
+from sound_server import MICROPHONE, SPEAKER, SoundServer, silent_microphone
 
 F_SETPIPE_SZ = 1031
-# Said once the model is loaded; no test has a sound server.
-LOADED = "There is no sound server."
+KEYBOARDS_MAY_BE_READ = os.path.isdir("/dev/input") and os.geteuid() == 0
+# Said once the model is loaded, where there is none.
+NO_SERVER = "There is no sound server."
 ERROR_MARKERS = ("[quillback] ERROR", "[quillback] Failed", "Audio capture failed", "Accessibility",
                  "Microphone permission")
 
 
+def arguments_of(pid):
+    """The command line of a process; empty if there is none."""
+    try:
+        with open(f"/proc/{pid}/cmdline", encoding="utf-8") as file:
+            return file.read().split("\0")[:-1]
+    except OSError:
+        return []
+
+
+def children(pid, command):
+    """The processes that the engine runs with this command."""
+    with open(f"/proc/{pid}/task/{pid}/children", encoding="ascii") as file:
+        return [child for child in file.read().split() if arguments_of(child)[1:2] == [command]]
+
+
+class Beginning(ProgramCase):
+    """What `quillback run` needs to be ready."""
+
+    def start_with_bus(self, **options):
+        """An engine with a session bus, and the bus's messages."""
+        home = self.make_home()
+        environment = bare_environment(home)
+        bus = Bus("session", home, environment)
+        self.addCleanup(bus.stop)
+        messages = BusMonitor(bus)
+        self.addCleanup(messages.close)
+        environment["DBUS_SESSION_BUS_ADDRESS"] = bus.address
+        return self.start(home=home, environment=environment, **options), messages
+
+    def is_told_once(self, messages, text):
+        """One notification begins so; it comes once the model is loaded."""
+        shown, = eventually(lambda: messages.calls("Notify"), "the notification", 20)
+        title, body = (str(shown.arguments[index]) for index in (3, 4))
+        self.assertEqual(title, "Dictation does not work yet")
+        self.assertRegex(body, "^" + text)
+        stays(lambda: len(messages.calls("Notify")) == 1, "one notification", 0.5)
+
+    @unittest.skipIf(KEYBOARDS_MAY_BE_READ, "keyboards may be read here")
+    def test_without_a_key_source_it_says_what_to_do_and_stays(self):
+        program, messages = self.start_with_bus(sees_key=False)
+        number = program.wait_for_line("Accessibility")
+        line = program.texts()[number]
+        self.assertIn("usermod -aG input", line)
+        self.is_told_once(messages, "The right Super key cannot be watched")
+        self.assertNotIn("Ready.", program.texts())
+        # A build with Whisper also says that it has no weights.
+        errors = [text for text in program.texts()
+                  if any(marker in text for marker in ERROR_MARKERS) and "weights" not in text]
+        self.assertEqual(errors, [line])
+        self.ends_well(program)
+
+    @unittest.skipIf(KEYBOARDS_MAY_BE_READ, "keyboards may be read here")
+    def test_the_x_server_of_a_wayland_session_is_no_key_source(self):
+        with virtual_display() as display:
+            for session, is_source in (("x11", True), ("wayland", False)):
+                with self.subTest(session):
+                    home = self.make_home()
+                    environment = {**bare_environment(home), "DISPLAY": display,
+                                   "XDG_SESSION_TYPE": session}
+                    program = self.start(home=home, environment=environment, sees_key=False)
+                    program.wait_for_line("Ready." if is_source else "Accessibility")
+                    says_so = any("Accessibility" in text for text in program.texts())
+                    self.assertNotEqual(says_so, is_source, program.texts())
+                    self.ends_well(program)
+
+    @unittest.skipIf(KEYBOARDS_MAY_BE_READ, "keyboards may be read here")
+    def test_it_is_ready_once_the_x_server_comes(self):
+        with virtual_display() as display:
+            pass
+        home = self.make_home()
+        program = self.start(home=home, environment={**bare_environment(home), "DISPLAY": display},
+                             sees_key=False)
+        program.wait_for_line("Accessibility")
+        stays(lambda: "Ready." not in program.texts(), "no readiness", 1)
+        with virtual_display(display):
+            program.wait_for_line("Ready.")
+            self.ends_well(program)
+
+    @unittest.skipIf(KEYBOARDS_MAY_BE_READ, "keyboards may be read here")
+    def test_what_is_missing_is_in_one_notification(self):
+        program, messages = self.start_with_bus(sees_key=False, hears=False)
+        self.is_told_once(messages, "There is no sound server. The right Super key cannot be watched")
+        self.ends_well(program)
+
+    def test_it_is_ready_once_a_microphone_comes(self):
+        server = SoundServer(os.path.join(self.make_home(), "sound"))
+        self.addCleanup(server.stop)
+        home = self.make_home()
+        program = self.start(home=home, hears=False,
+                             environment={**bare_environment(home), "PULSE_SERVER": server.address})
+        program.wait_for_line(NO_SERVER)
+        os.mkdir(os.path.dirname(server.path))
+        server.start()  # what it plays is no microphone
+        waiting = eventually(lambda: self.waits_for_source(program), "a process that waits", 10)
+        server.stop()
+        eventually(lambda: not alive(waiting), "its end without a server")
+        server.start()
+        eventually(lambda: self.waits_for_source(program), "a process that waits", 10)
+        stays(lambda: "Ready." not in program.texts(), "no readiness", 0.3)
+        server.load(SPEAKER)
+        server.load(MICROPHONE)
+        program.wait_for_line("Ready.")
+        self.assertEqual(len([text for text in program.texts() if "There is no" in text]), 1)
+        self.assertEqual(children(program.child.pid, "microphone"), [])
+        self.ends_well(program)
+
+    def test_a_process_that_waits_for_a_microphone_goes_with_the_engine(self):
+        server = SoundServer(self.make_home()).start()
+        self.addCleanup(server.stop)
+        home = self.make_home()
+        program = self.start(home=home, hears=False,
+                             environment={**bare_environment(home), "PULSE_SERVER": server.address})
+        waiting = eventually(lambda: self.waits_for_source(program), "a process that waits", 10)
+        program.child.kill()
+        eventually(lambda: not alive(waiting), "its end")
+
+    @staticmethod
+    def waits_for_source(program):
+        """The process that does, if it has come so far that it knows its parent."""
+        return next((pid for pid in children(program.child.pid, "microphone")
+                     if arguments_of(pid)[2:] == [str(program.child.pid)]), None)
+
 class BeginningAndEnd(ProgramCase):
-    """`quillback run` where there is nothing to work with."""
+    """`quillback run` without a desktop."""
 
     def test_it_can_gain_no_rights(self):
         program = self.start()
@@ -53,71 +178,6 @@ class BeginningAndEnd(ProgramCase):
         program = self.start()
         program.wait_for_line("Ready.")
         program.stays_alive(0.3)
-        self.ends_well(program)
-
-    @unittest.skipIf(os.path.isdir("/dev/input") and os.geteuid() == 0, "keyboards may be read here")
-    def test_without_a_key_source_it_says_what_to_do_and_stays(self):
-        program = self.start(sees_key=False)
-        number = program.wait_for_line("Accessibility")
-        line = program.texts()[number]
-        self.assertIn("usermod -aG input", line)
-        program.wait_for_line(LOADED)
-        self.assertNotIn("Ready.", program.texts())
-        # A build with Whisper also says that it has no weights.
-        errors = [text for text in program.texts()
-                  if any(marker in text for marker in ERROR_MARKERS) and "weights" not in text]
-        self.assertEqual(errors, [line])
-        self.ends_well(program)
-
-    @unittest.skipIf(os.path.isdir("/dev/input") and os.geteuid() == 0, "keyboards may be read here")
-    def test_the_x_server_of_a_wayland_session_is_no_key_source(self):
-        with virtual_display() as display:
-            for session, is_source in (("x11", True), ("wayland", False)):
-                with self.subTest(session):
-                    home = self.make_home()
-                    environment = {**bare_environment(home), "DISPLAY": display,
-                                   "XDG_SESSION_TYPE": session}
-                    program = self.start(home=home, environment=environment, sees_key=False)
-                    program.wait_for_line(LOADED)
-                    says_so = any("Accessibility" in text for text in program.texts())
-                    self.assertNotEqual(says_so, is_source, program.texts())
-                    self.assertEqual("Ready." in program.texts(), is_source, program.texts())
-                    self.ends_well(program)
-
-    @unittest.skipIf(os.path.isdir("/dev/input") and os.geteuid() == 0, "keyboards may be read here")
-    def test_it_is_ready_once_the_x_server_comes(self):
-        with virtual_display() as display:
-            pass
-        home = self.make_home()
-        program = self.start(home=home, environment={**bare_environment(home), "DISPLAY": display},
-                             sees_key=False)
-        program.wait_for_line(LOADED)
-        self.assertNotIn("Ready.", program.texts())
-        with virtual_display(display):
-            program.wait_for_line("Ready.")
-            self.ends_well(program)
-
-    @unittest.skipIf(os.path.isdir("/dev/input") and os.geteuid() == 0, "keyboards may be read here")
-    def test_what_is_missing_is_in_one_notification(self):
-        home = self.make_home()
-        environment = bare_environment(home)
-        bus = Bus("session", home, environment)
-        self.addCleanup(bus.stop)
-        messages = BusMonitor(bus)
-        self.addCleanup(messages.close)
-        environment["DBUS_SESSION_BUS_ADDRESS"] = bus.address
-        program = self.start(home=home, environment=environment, sees_key=False)
-        shown, = eventually(lambda: messages.calls("Notify"), "the notification")
-        title, body = (str(shown.arguments[index]) for index in (3, 4))
-        self.assertEqual(title, "Dictation does not work yet")
-        self.assertRegex(body, "^There is no sound server. The right Super key cannot be watched")
-        stays(lambda: len(messages.calls("Notify")) == 1, "one notification", 0.5)
-        self.ends_well(program)
-
-    def test_a_missing_microphone_does_not_keep_it_from_being_ready(self):
-        program = self.start()
-        program.wait_for_line("Ready.")
-        program.wait_for_line(LOADED)
         self.ends_well(program)
 
     def test_every_stopping_signal_ends_it(self):
@@ -165,8 +225,9 @@ class BeginningAndEnd(ProgramCase):
         with tempfile.TemporaryDirectory() as home, os.fdopen(ours, "rb") as lines:
             show_key(home)
             # The engine is the parent's child and holds the pipe's other end.
+            environment = {**bare_environment(home), "PULSE_SERVER": silent_microphone()}
             parent = subprocess.Popen(["/bin/sh", "-c", '"$0" run & wait', EXECUTABLE],
-                                      env=bare_environment(home), stdout=theirs, stderr=theirs,
+                                      env=environment, stdout=theirs, stderr=theirs,
                                       preexec_fn=die_with_parent)
             os.close(theirs)
             while b"Ready." not in lines.readline():
