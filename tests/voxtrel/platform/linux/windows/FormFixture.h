@@ -74,7 +74,13 @@ class FormFixture : public ::testing::Test {
     window = std::move(newWindow);
     window->makeKeyAndOrderFront();
     settle();
-    if (dialog() != nullptr) QApplication::setActiveWindow(dialog());
+    activate();
+  }
+  /// Gives the dialog the focus, if there is one.
+  static void activate() {
+    if (dialog() == nullptr) return;
+    dialog()->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(dialog()));
   }
   void openSettings() {
     open(windows.makeWindow({"Voxtrel Settings", 420, 280}, forms.settings()));

@@ -30,7 +30,7 @@ class AnAlert : public FormFixture {
         {"Microphone & More", "Privacy > <b>Microphone</b>.", {"Open Settings", "Quit"}},
         [this](std::size_t button) { answers.push_back(button); });
     settle();
-    QApplication::setActiveWindow(dialog());
+    activate();
   }
   static QPushButton* button(const char* text) { return withText<QPushButton>(text); }
 
