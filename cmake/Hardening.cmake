@@ -22,7 +22,10 @@ add_compile_options("$<${released}:-fPIE>")
 target_compile_options(
   voxtrel_hardening
   INTERFACE "$<${released}:-fstack-protector-strong;-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=${fortify};-D_GLIBCXX_ASSERTIONS>")
-target_link_options(voxtrel_hardening INTERFACE "$<${released}:-pie;-Wl,-z,relro;-Wl,-z,now>")
+# Apple's linker does all this unasked, and refuses what it does not know.
+if(NOT APPLE)
+  target_link_options(voxtrel_hardening INTERFACE "$<${released}:-pie;-Wl,-z,relro;-Wl,-z,now>")
+endif()
 
 # The processor's own branch protection has a flag of its own on each architecture.
 foreach(flag -fstack-clash-protection -fcf-protection=full -mbranch-protection=standard)

@@ -45,6 +45,12 @@ if(sanitized)
   return()
 endif()
 
+# The bundle's property lists, and the script that packs it, as far as that goes without a Mac.
+if(NOT APPLE)
+  add_test(NAME macos.bundle COMMAND ${python} "${CMAKE_CURRENT_SOURCE_DIR}/configure/test_macos_bundle.py")
+  set_tests_properties(macos.bundle PROPERTIES LABELS macos TIMEOUT 240 SKIP_RETURN_CODE 77)
+endif()
+
 # Children, with macOS's way to end them with the application. On a Mac these are the "child" tests.
 if(TARGET voxtrel_macos_shims)
   file(GLOB sources CONFIGURE_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/voxtrel/platform/posix/*.cpp")

@@ -8,7 +8,9 @@ find_library(SPARKLE Sparkle DOC "Sparkle.framework; without it the application 
 
 set(VOXTREL_UPDATE_KEYS "")
 if(VOXTREL_UPDATE_FEED AND VOXTREL_UPDATE_KEY)
-  set(VOXTREL_UPDATE_KEYS "<key>SUFeedURL</key><string>${VOXTREL_UPDATE_FEED}</string>\
+  # An address may have ampersands, which XML does not take as they are.
+  string(REPLACE "&" "&amp;" feed "${VOXTREL_UPDATE_FEED}")
+  set(VOXTREL_UPDATE_KEYS "<key>SUFeedURL</key><string>${feed}</string>\
 <key>SUPublicEDKey</key><string>${VOXTREL_UPDATE_KEY}</string>")
 endif()
 set(info "${CMAKE_CURRENT_BINARY_DIR}/Info.plist")
@@ -32,9 +34,9 @@ endif()
 if(SPARKLE)
   # No symbol of it is named: the application asks for its class.
   get_filename_component(sparkle_folder "${SPARKLE}" DIRECTORY)
-  target_link_options(voxtrel PRIVATE "-F${sparkle_folder}" "LINKER:-needed_framework,Sparkle")
-  set_target_properties(voxtrel PROPERTIES BUILD_RPATH "@executable_path/../Frameworks"
-                                           INSTALL_RPATH "@executable_path/../Frameworks")
+  # CMake's own properties for the path are lost where Objective-C++ links and Objective-C is no language.
+  target_link_options(voxtrel PRIVATE "-F${sparkle_folder}" "LINKER:-needed_framework,Sparkle"
+                                      "LINKER:-rpath,@executable_path/../Frameworks")
   put_into_bundle(Frameworks "${SPARKLE}")
 endif()
 install(TARGETS voxtrel BUNDLE DESTINATION .)
