@@ -28,6 +28,14 @@ inline void drain() {
   [NSRunLoop.mainRunLoop runMode:NSDefaultRunLoopMode beforeDate:[NSDate date]];
 }
 
+/// The same in every mode of the application; each keeps a timer that has ended until it runs.
+inline void drainAllModes() {
+  for (NSRunLoopMode mode in
+       @[ NSDefaultRunLoopMode, NSModalPanelRunLoopMode, NSEventTrackingRunLoopMode ]) {
+    [NSRunLoop.mainRunLoop runMode:mode beforeDate:[NSDate date]];
+  }
+}
+
 /// The visible window of this class; nil if there is none.
 inline NSWindow* visibleWindow(NSString* className) {
   for (NSWindow* window in NSApp.windows) {

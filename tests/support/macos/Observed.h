@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "support/macos/Controls.h"
+
 namespace voxtrel::testing {
 
 /// Another body for a method, as long as this lives.
@@ -45,6 +47,41 @@ class OpenedAddresses {
   }
 
   std::vector<std::string> opened_;
+  const ReplacedMethod replaced_;
+};
+
+/// Remembers the timers with a block that are made as long as it lives.
+/// Thread: the main thread.
+class MadeTimers {
+ public:
+  MadeTimers()
+      : replaced_(object_getClass(NSTimer.class), @selector(timerWithTimeInterval:repeats:block:),
+                  body(this)) {}
+
+  std::size_t count() const { return made_.size(); }
+  /// How many of them a run loop would still fire.
+  std::size_t countValid() const {
+    std::size_t valid = 0;
+    for (const WeakObject& each : made_) {
+      if ([static_cast<NSTimer*>(each.object) isValid]) ++valid;
+    }
+    return valid;
+  }
+
+ private:
+  using Make = NSTimer* (*)(id, SEL, NSTimeInterval, BOOL, void (^)(NSTimer*));
+
+  static id body(MadeTimers* self) {
+    return ^NSTimer*(Class timers, NSTimeInterval seconds, BOOL repeats, void (^fire)(NSTimer*)) {
+      const auto make = reinterpret_cast<Make>(self->replaced_.original());
+      NSTimer* const timer =
+          make(timers, @selector(timerWithTimeInterval:repeats:block:), seconds, repeats, fire);
+      self->made_.push_back({timer});
+      return timer;
+    };
+  }
+
+  std::vector<WeakObject> made_;
   const ReplacedMethod replaced_;
 };
 

@@ -1,8 +1,17 @@
+#include <poll.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
 #include <atomic>
 #include <csignal>
 #include <future>
 
+#include "common/posix/Pipe.h"
 #include "voxtrel/platform/posix/ChildTest.h"
+
+extern char** environ;  // NOLINT(readability-redundant-declaration)
 
 namespace voxtrel {
 namespace {
@@ -119,6 +128,42 @@ TEST_F(EndingTest, EndAndReapingDoNotWaitForTheOutputToBeTaken) {
   EXPECT_FALSE(isReported);
   release.set_value();
   EXPECT_TRUE(eventually([&] { return isReported.load(); }));
+}
+
+/// Starts ENGINE_OWNER with these as its standard input and output. Its engine inherits the input.
+pid_t startOwner(int input, int output) {
+  std::string owner = ENGINE_OWNER;
+  std::string engine = SCRIPTED_ENGINE;
+  const std::array<char*, 3> words{owner.data(), engine.data(), nullptr};
+  posix_spawn_file_actions_t streams;
+  ::posix_spawn_file_actions_init(&streams);
+  ::posix_spawn_file_actions_adddup2(&streams, input, STDIN_FILENO);
+  ::posix_spawn_file_actions_adddup2(&streams, output, STDOUT_FILENO);
+  pid_t pid = -1;
+  EXPECT_EQ(::posix_spawn(&pid, owner.c_str(), &streams, nullptr, words.data(), environ), 0);
+  ::posix_spawn_file_actions_destroy(&streams);
+  return pid;
+}
+
+/// Whether nobody holds the other end of a pipe that is never written to any more, within `limit`.
+bool isAbandoned(const FileDescriptor& readEnd, std::chrono::milliseconds limit) {
+  pollfd waiting{.fd = readEnd.get(), .events = POLLIN, .revents = 0};
+  return ::poll(&waiting, 1, static_cast<int>(limit.count())) == 1;
+}
+
+TEST_F(EndingTest, AnEngineIsGoneWithinASecondOfItsApplicationsViolentDeath) {
+  // Application and engine hold the other end; it closes with the last of them.
+  Pipe lives = Pipe::open().value();
+  Pipe output = Pipe::open().value();
+  const pid_t owner = startOwner(lives.writeEnd.get(), output.writeEnd.get());
+  lives.writeEnd.reset();
+  output.writeEnd.reset();
+  char said = 0;
+  ASSERT_EQ(::read(output.readEnd.get(), &said, 1), 1) << "the engine says nothing";
+  EXPECT_FALSE(isAbandoned(lives.readEnd, std::chrono::milliseconds(0)));
+  ::kill(owner, SIGKILL);
+  EXPECT_TRUE(isAbandoned(lives.readEnd, std::chrono::seconds(1)));
+  ::waitpid(owner, nullptr, 0);
 }
 
 }  // namespace

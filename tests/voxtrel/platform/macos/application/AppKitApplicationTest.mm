@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "support/macos/Controls.h"
+#include "support/macos/Growth.h"
 #include "support/macos/RunLoop.h"
 #import "voxtrel/platform/macos/application/AppKitApplication.h"
 #import "voxtrel/platform/macos/application/RunLoopMainLoop.h"
@@ -157,6 +158,13 @@ TEST_F(AppKitApplicationTest, KeepsNothingOfAThousandRuns) {
   EXPECT_EQ(delegates.size(), kRounds);
   EXPECT_EQ(countAlive(delegates), 0U);
   EXPECT_EQ(countDescriptors(), descriptors);
+}
+
+TEST_F(AppKitApplicationTest, KeepsNoMemoryOfAThousandRuns) {
+  expectNoGrowth([this] {
+    run([] {});
+    drainAllModes();
+  });
 }
 
 }  // namespace

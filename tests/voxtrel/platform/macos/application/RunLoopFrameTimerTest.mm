@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "support/macos/Observed.h"
 #import "support/macos/RunLoop.h"
 #import "voxtrel/platform/macos/application/RunLoopTimers.h"
 
@@ -10,7 +11,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-struct RunLoopFrameTimerTest : testing::Test {
+struct RunLoopFrameTimerTest : ::testing::Test {
   RunLoopFrameTimer frames;
 };
 
@@ -54,6 +55,17 @@ TEST_F(RunLoopFrameTimerTest, aThousandRoundsKeepNothing) {
     }
   }
   EXPECT_EQ(held.use_count(), 1);
+}
+
+TEST_F(RunLoopFrameTimerTest, aThousandTimersEndWithTheirHandles) {
+  const testing::MadeTimers timers;
+  for (int i = 0; i < 1000; ++i) {
+    @autoreleasepool {
+      const auto timer = frames.everyFrame(1h, [] {});
+    }
+  }
+  EXPECT_EQ(timers.count(), 1000U);
+  EXPECT_EQ(timers.countValid(), 0U);
 }
 
 }  // namespace

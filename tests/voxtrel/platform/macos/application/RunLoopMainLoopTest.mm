@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "support/macos/Observed.h"
 #import "support/macos/RunLoop.h"
 #import "voxtrel/platform/macos/application/RunLoopMainLoop.h"
 
@@ -15,7 +16,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-struct RunLoopMainLoopTest : testing::Test {
+struct RunLoopMainLoopTest : ::testing::Test {
   std::unique_ptr<RunLoopMainLoop> owner = std::make_unique<RunLoopMainLoop>();
   RunLoopMainLoop& loop = *owner;
 };
@@ -154,6 +155,18 @@ TEST_F(RunLoopMainLoopTest, aThousandRoundsKeepNothing) {
   }
   EXPECT_TRUE(runUntil([&] { return held.use_count() == 1; }));
   EXPECT_EQ(*held, 1000);
+}
+
+TEST_F(RunLoopMainLoopTest, aThousandTimersEndWithTheirHandles) {
+  const testing::MadeTimers timers;
+  for (int i = 0; i < 1000; ++i) {
+    @autoreleasepool {
+      const auto repeating = loop.every(1h, [] {});
+      const auto once = loop.at(std::chrono::steady_clock::now() + 1h, [] {});
+    }
+  }
+  EXPECT_EQ(timers.count(), 2000U);
+  EXPECT_EQ(timers.countValid(), 0U);
 }
 
 }  // namespace

@@ -5,6 +5,8 @@
 #include <thread>
 
 #import "rig_services.h"
+#include "support/macos/Controls.h"
+#include "support/macos/Growth.h"
 #include "support/macos/Observed.h"
 #import "support/macos/RunLoop.h"
 #import "voxtrel/platform/macos/application/RunLoopMainLoop.h"
@@ -190,6 +192,40 @@ TEST_F(UserNotificationCenterTest, aThousandRoundsKeepNothing) {
   }
   EXPECT_TRUE(reports == nil);
   EXPECT_EQ(delegate.use_count(), 1);
+}
+
+TEST_F(UserNotificationCenterTest, aThousandPostsKeepNothing) {
+  constexpr std::size_t kRounds = 1000;
+  __block std::vector<testing::WeakObject> requests;
+  const testing::ReplacedMethod replaced(
+      UNUserNotificationCenter.class, @selector(addNotificationRequest:withCompletionHandler:),
+      ^(UNUserNotificationCenter*, UNNotificationRequest* request, id) {
+        requests.push_back({request});
+        requests.push_back({request.content});
+      });
+  for (std::size_t round = 0; round < kRounds; ++round) {
+    @autoreleasepool {
+      notifications->post({std::to_string(round), "Voxtrel", "Process crashed.", "CRASH_CATEGORY"});
+    }
+  }
+  EXPECT_EQ(requests.size(), 2 * kRounds);
+  EXPECT_EQ(testing::countAlive(requests), 0U);
+}
+
+TEST_F(UserNotificationCenterTest, aThousandAnswersKeepNothing) {
+  notifications->setDelegate(delegate);
+  std::size_t completions = 0;
+  auto* const count = &completions;
+  expectNoGrowth([&] {
+    [center.delegate userNotificationCenter:center
+             didReceiveNotificationResponse:[UNNotificationResponse new]
+                      withCompletionHandler:^{
+                        ++*count;
+                      }];
+    testing::drain();
+    delegate->responses.clear();
+  });
+  EXPECT_TRUE(runUntil([&] { return completions == 1100; })) << completions;
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "support/macos/Controls.h"
+#include "support/macos/Observed.h"
 #include "support/macos/RunLoop.h"
 #include "voxtrel/platform/macos/overlay/AppKitOverlayStage.h"
 
@@ -37,6 +38,18 @@ TEST_F(AppKitOverlayStageTest, KnowsTheScreens) {
   EXPECT_GT(screen.width, 0);
   EXPECT_EQ(stage.mainScreenFrame(), screen);
   EXPECT_EQ(stage.screenFrames().front(), screen);
+}
+
+TEST_F(AppKitOverlayStageTest, SaysThatThereIsNoScreen) {
+  Class const screens = object_getClass(NSScreen.class);
+  const ReplacedMethod noMain(screens, @selector(mainScreen), ^NSScreen*(Class) {
+    return nil;
+  });
+  const ReplacedMethod none(screens, @selector(screens), ^NSArray*(Class) {
+    return @[];
+  });
+  EXPECT_EQ(stage.mainScreenFrame(), std::nullopt);
+  EXPECT_TRUE(stage.screenFrames().empty());
 }
 
 TEST_F(AppKitOverlayStageTest, MakesAHiddenWindowAtTheGivenPlace) {

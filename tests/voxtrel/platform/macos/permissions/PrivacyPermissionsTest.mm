@@ -85,5 +85,12 @@ TEST_F(PrivacyPermissionsTest, OpensThePanesOfSystemSettingsAndBearsARefusal) {
   EXPECT_EQ(opened.get(), (std::vector<std::string>{pane + "Microphone", pane + "Accessibility"}));
 }
 
+TEST_F(PrivacyPermissionsTest, KeepsNothingOfAThousandPanes) {
+  const ReplacedMethod refused(NSWorkspace.class, @selector(openURL:), ^BOOL(NSWorkspace*, NSURL*) {
+    return NO;
+  });
+  expectNoGrowth([] { SettingsPanes().open(PrivacyPane::microphone); });
+}
+
 }  // namespace
 }  // namespace voxtrel::testing

@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "support/macos/Growth.h"
 #import "support/macos/RunLoop.h"
 #import "voxtrel/platform/macos/session/WorkspaceSleepWatch.h"
 
@@ -13,7 +14,7 @@ void announce(NSNotificationName name) {
   [workspace.notificationCenter postNotificationName:name object:workspace];
 }
 
-struct WorkspaceSleepWatchTest : testing::Test {
+struct WorkspaceSleepWatchTest : ::testing::Test {
   WorkspaceSleepWatch watch;
   int sleeps = 0;
   int wakes = 0;
@@ -59,6 +60,13 @@ TEST_F(WorkspaceSleepWatchTest, aThousandRoundsKeepNothing) {
     }
   }
   EXPECT_EQ(held.use_count(), 1);
+}
+
+TEST_F(WorkspaceSleepWatchTest, aThousandObserversLeaveTheCenter) {
+  expectNoGrowth([this] {
+    const auto sleep = watch.onWillSleep([] {});
+    const auto wake = watch.onDidWake([] {});
+  });
 }
 
 }  // namespace

@@ -29,7 +29,7 @@ class AudioEngineMicrophoneTest : public ::testing::Test {
   std::unique_ptr<MicrophoneTap> open() {
     MicrophoneTapOptions options;
     options.bufferSizeFrames = 512;
-    options.onBuffer = [this](const AudioBuffer& buffer) {
+    options.onBuffer = [this, owner = owner](const AudioBuffer& buffer) {
       lengths.push_back(buffer.frameLength);
       rateHz = buffer.sampleRateHz;
       firstSample = buffer.floatChannels.empty() ? 0 : buffer.floatChannels[0][0];
@@ -40,6 +40,8 @@ class AudioEngineMicrophoneTest : public ::testing::Test {
 
   const StartedEngines started;
   AudioEngineMicrophone microphone;
+  /// What the callbacks hold.
+  const std::shared_ptr<int> owner = std::make_shared<int>(0);
   std::vector<std::size_t> lengths;
   std::vector<std::string> failures;
   double rateHz = 0;
@@ -141,6 +143,21 @@ TEST_F(AudioEngineMicrophoneTest, LeavesNothingBehindInAThousandRounds) {
   }
   EXPECT_EQ(StartedEngines::all().size(), kRounds);
   EXPECT_EQ(countAlive(StartedEngines::all()), 0U);
+  EXPECT_EQ(owner.use_count(), 1);
+}
+
+TEST_F(AudioEngineMicrophoneTest, LeavesNothingBehindInAThousandRefusals) {
+  [RigAudio setStartError:[NSError errorWithDomain:@"test" code:1 userInfo:@{}]];
+  constexpr std::size_t kRounds = 1000;
+  for (std::size_t round = 0; round < kRounds; ++round) {
+    @autoreleasepool {
+      EXPECT_FALSE(open());
+    }
+  }
+  EXPECT_EQ(failures.size(), kRounds);
+  EXPECT_EQ(StartedEngines::all().size(), kRounds);
+  EXPECT_EQ(countAlive(StartedEngines::all()), 0U);
+  EXPECT_EQ(owner.use_count(), 1);
 }
 
 }  // namespace

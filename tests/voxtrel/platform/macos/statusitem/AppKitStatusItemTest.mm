@@ -2,7 +2,9 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <vector>
 
+#include "support/macos/Controls.h"
 #import "support/macos/RunLoop.h"
 #import "support/macos/Sparkle.h"
 #import "support/macos/Symbols.h"
@@ -11,7 +13,7 @@
 namespace voxtrel {
 namespace {
 
-struct AppKitStatusItemTest : testing::Test {
+struct AppKitStatusItemTest : ::testing::Test {
   AppKitStatusItemTest() {
     item->setMenu({{.title = "Ready \u2014 hold Right Cmd", .enabled = false},
                    {.separator = true},
@@ -182,6 +184,22 @@ TEST_F(AppKitStatusItemTest, aThousandRoundsKeepNothing) {
   item.reset();
   runOnce();
   EXPECT_EQ(held.use_count(), 1);
+}
+
+TEST_F(AppKitStatusItemTest, aThousandItemsLeaveTheBar) {
+  constexpr std::size_t kRounds = 1000;
+  std::vector<testing::WeakObject> natives;
+  for (std::size_t round = 0; round < kRounds; ++round) {
+    @autoreleasepool {
+      item = std::make_unique<AppKitStatusItem>(AppKitStatusItem::SystemActions{});
+      item->setMenu({{.title = "Row", .action = [] {}}});
+      natives.push_back({native()});
+      natives.push_back({menu()});
+      item.reset();
+    }
+  }
+  EXPECT_TRUE(runUntil([&] { return testing::countAlive(natives) == 0; }));
+  EXPECT_EQ(natives.size(), 2 * kRounds);
 }
 
 }  // namespace
