@@ -2,7 +2,8 @@
 # one. An installed library is used where it is recent enough, else the pinned release is built along:
 # static and for this processor, or for packages with modules for all kinds of processors; optimised in every
 # kind of build, and without install rules of its own. QUILLBACK_GGML_MODULES is the folder of the modules,
-# if relative then to the program's folder; empty if there are none.
+# if relative then to the program's folder; empty if there are none. QUILLBACK_WHISPER_CODE says then which
+# code there is.
 
 set(VOXTREL_WHISPER "auto" CACHE STRING "Whisper: auto, system (installed), fetch (built along) or off")
 set_property(CACHE VOXTREL_WHISPER PROPERTY STRINGS auto system fetch off)
@@ -26,6 +27,13 @@ function(find_installed_modules folder)
   foreach(place "${VOXTREL_GGML_MODULES}" "${GGML_BACKEND_DIR}" "${folder}" "${ggml_folder}")
     foreach(below "" "/ggml" "/ggml/*" "/../bin")
       file(GLOB modules "${place}${below}/libggml-cpu*.so")
+      # A library that the program is linked with has a version, a module has none.
+      foreach(module IN LISTS modules)
+        file(GLOB versions "${module}.*")
+        if(versions)
+          list(REMOVE_ITEM modules "${module}")
+        endif()
+      endforeach()
       if(NOT place OR NOT modules)
         continue()
       endif()
@@ -73,6 +81,7 @@ function(use_installed_whisper)
   find_installed_modules("${folder}")
   set(QUILLBACK_GGML_MODULES "${QUILLBACK_GGML_MODULES}" PARENT_SCOPE)
   set(QUILLBACK_WHISPER "installed, ${version}" PARENT_SCOPE)
+  set(QUILLBACK_WHISPER_CODE "code as installed" PARENT_SCOPE)
 endfunction()
 
 # The sources' folder in `whisper_source`; empty if they cannot be had.
@@ -185,6 +194,7 @@ if(VOXTREL_WHISPER MATCHES "^(auto|fetch)$" AND NOT QUILLBACK_WHISPER)
       set(QUILLBACK_GGML_MODULES "${whisper_from_program}")
     endif()
     set(QUILLBACK_WHISPER "built along, 1.9.3")
+    set(QUILLBACK_WHISPER_CODE "native code")
   elseif(VOXTREL_WHISPER STREQUAL "fetch")
     message(FATAL_ERROR "VOXTREL_WHISPER=fetch, but ${whisper_repository} cannot be reached")
   else()

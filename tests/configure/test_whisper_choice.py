@@ -13,6 +13,7 @@ set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${{CMAKE_BINARY_DIR}}/bin")
 include(GNUInstallDirs)
 find_package(PkgConfig REQUIRED)
 include({ROOT}/cmake/Whisper.cmake)
+message(STATUS "modules '${{QUILLBACK_GGML_MODULES}}', ${{QUILLBACK_WHISPER_CODE}}")
 """
 PC = """libdir={folder}/lib
 Name: {name}
@@ -61,6 +62,15 @@ class WhisperChoice(unittest.TestCase):
         status, said = self.configure("system")
         self.assertEqual(status, 0, said)
         self.assertIn("Whisper: installed, 1.9.5", said)
+
+    def test_one_that_has_its_code_within_needs_no_modules(self):
+        libraries = self.install("1.9.3")
+        for name in ("ggml", "ggml-base", "ggml-cpu"):
+            self.make(libraries / f"lib{name}.so.0")
+            (libraries / f"lib{name}.so").symlink_to(f"lib{name}.so.0")
+        status, said = self.configure("system")
+        self.assertEqual(status, 0, said)
+        self.assertIn("modules '', code as installed", said)
 
     def test_one_that_is_too_old_is_not_used(self):
         self.install("1.9.1")

@@ -24,6 +24,7 @@
 #include "quillback/keys/command/KeyCommands.h"
 #include "quillback/loop/EndWatch.h"
 #include "quillback/loop/LineOutput.h"
+#include "quillback/model/ModelStore.h"
 #include "quillback/model/Setup.h"
 #include "quillback/model/commands/ModelCommands.h"
 #include "quillback/model/commands/ModelTable.h"
@@ -47,10 +48,14 @@ TranscribeExit unwritten(Output& notes) {
   return TranscribeExit::unwritten;
 }
 
-/// What the settings say about models. What is wrong with them is printed when the engine runs.
+/// The same in silence: what is wrong with them is printed when the engine runs.
+EngineSettings settingsQuietly() {
+  return readEngineSettings(ConfigManager(homeDirectory()).configPath()).settings;
+}
+
+/// What the settings say about models.
 ModelContext modelContext() {
-  const EngineSettings settings =
-      readEngineSettings(ConfigManager(homeDirectory()).configPath()).settings;
+  const EngineSettings settings = settingsQuietly();
   ModelContext context;
   context.home = homeDirectory();
   context.names = {settings.engineModel, settings.model};
@@ -123,9 +128,17 @@ int setUpModel(const std::string& model, const std::string& file) {
   return status;
 }
 
+/// What runs the model of the settings; empty in a build without Whisper.
+std::string describeRecogniser(const ModelContext& context) {
+  std::string text = describeWhisper(settingsQuietly().threads);
+  const auto stored = inspectStore(context.home, context.names.inUse());
+  if (text.empty() || !stored) return text;
+  return text + (stored->voiceDetectionFile.empty() ? ", without" : ", with") + " voice detection";
+}
+
 int printModels(bool isJson) {
   ModelContext context = modelContext();
-  context.runsOn = describeWhisper();
+  context.runsOn = describeRecogniser(context);
   LineOutput output(STDOUT_FILENO);
   return listModels(context, isJson, output);
 }
@@ -170,8 +183,7 @@ int checkDesktop() {
   // A sound server or an X server that goes away must not kill the check.
   const StopSignals signals(StopSignals::InheritedIgnores::keep, {SIGPIPE});
   LineOutput output(STDOUT_FILENO);
-  const auto settings = readEngineSettings(ConfigManager(homeDirectory()).configPath()).settings;
-  return printCheck(settings, output);
+  return printCheck(settingsQuietly(), output);
 }
 
 /// Tells the running engine that the key is pressed or released.
@@ -187,9 +199,7 @@ int sendKey(const std::string& word) {
 int serveRecogniserCommand(const std::vector<std::string>& arguments) {
   protectMemory();
   confineWriting({"/dev"});  // for graphics cards
-  const EngineSettings settings =
-      readEngineSettings(ConfigManager(homeDirectory()).configPath()).settings;
-  const auto backend = makeServedBackend(arguments, settings, homeDirectory());
+  const auto backend = makeServedBackend(arguments, settingsQuietly(), homeDirectory());
   return backend ? serveRecogniser(STDIN_FILENO, *backend) : 2;
 }
 

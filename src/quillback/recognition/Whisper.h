@@ -35,9 +35,9 @@ std::unique_ptr<RecogniserBackend> makeWhisperBackend(const RecogniserOptions& o
 /// How many kinds of processors the library has code for; 1 if it was built for this one.
 int processorVariants();
 
-/// For one line about what runs: the library's version and the processor's features it uses. Empty in a
-/// build without Whisper.
-std::string describeWhisper();
+/// For one line about what runs: the library's version, what it computes on, with how many threads (0: one
+/// per core) and with which code. Empty in a build without Whisper.
+std::string describeWhisper(int threads);
 
 /// How many times as long as on the machine of the pinned models' figures a product of matrices takes here,
 /// measured in a tenth of a second. Nothing in a build without Whisper.

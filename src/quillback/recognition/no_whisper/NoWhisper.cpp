@@ -14,7 +14,7 @@ int processorVariants() {
   return 1;
 }
 
-std::string describeWhisper() {
+std::string describeWhisper(int /*threads*/) {
   return {};
 }
 

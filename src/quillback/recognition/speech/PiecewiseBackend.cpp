@@ -100,6 +100,7 @@ LoadReport PiecewiseBackend::load() {
   LoadReport report = model_->load();
   if (!report.isUsable) return report;
   detector_ = loadDetector_();
+  report.lines.front() += detector_ ? ", with voice detection." : ", without voice detection.";
   if (detector_) return report;
   detector_ = std::make_unique<LoudnessDetector>();
   report.lines.emplace_back(

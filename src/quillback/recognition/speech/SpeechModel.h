@@ -28,6 +28,7 @@ class SpeechModel {
  public:
   virtual ~SpeechModel() = default;
 
+  /// The first line of a usable model says what runs and has no full stop.
   virtual LoadReport load() = 0;
   /// Starts an utterance: nothing found out about an earlier one, such as its language, holds.
   virtual void begin() = 0;

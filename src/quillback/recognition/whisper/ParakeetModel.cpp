@@ -55,7 +55,7 @@ LoadReport ParakeetModel::load() {
   const auto loaded = loadChecked(
       options_, load, [this](std::span<const float> samples) { recognise(samples, false); });
   if (!loaded) return {false, {loaded.error()}};
-  LoadReport report{true, {"Using Parakeet."}};
+  LoadReport report{true, {usingLine("Parakeet", options_)}};
   for (std::string& line : unknownSettings(options_)) report.lines.push_back(std::move(line));
   return report;
 }

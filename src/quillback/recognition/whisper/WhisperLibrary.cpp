@@ -67,6 +67,21 @@ std::vector<float> trialSound() {
   return samples;
 }
 
+int threadsFor(int wanted) {
+  return wanted > 0 ? wanted : physicalCores(kCpuFolder);
+}
+
+/// What computes, for one line. Within a process the module stays the same.
+std::string description(const fs::path& module, int threads) {
+  std::string text = std::string("whisper.cpp ") + whisper_version();
+  for (std::size_t at = 0; at < ggml_backend_dev_count(); ++at) {
+    text += std::string(at == 0 ? " on " : ", ") +
+            ggml_backend_dev_description(ggml_backend_dev_get(at));
+  }
+  text += ", " + std::to_string(threads) + (threads == 1 ? " thread" : " threads");
+  return text + (module.empty() ? ", " QUILLBACK_WHISPER_CODE : ", code for " + kindOf(module));
+}
+
 std::optional<int> readNumber(const fs::path& file) {
   std::ifstream input(file);
   int number = 0;
@@ -185,6 +200,11 @@ int physicalCores(const char* cpuFolder) {
   return std::max(1, static_cast<int>(std::thread::hardware_concurrency()));
 }
 
+std::string usingLine(const std::string& kind, const RecogniserOptions& options) {
+  return "Using " + kind + ". It runs in " +
+         description(prepareLibrary(options.processorVariant), options.threads);
+}
+
 bool isFlagSet(void* flag) {
   return static_cast<const std::atomic<bool>*>(flag)->load();
 }
@@ -224,7 +244,7 @@ bool isWhisperBuiltIn() {
 
 std::unique_ptr<RecogniserBackend> makeWhisperBackend(const RecogniserOptions& options) {
   RecogniserOptions complete = options;
-  if (complete.threads <= 0) complete.threads = physicalCores(kCpuFolder);
+  complete.threads = threadsFor(complete.threads);
   return std::make_unique<PiecewiseBackend>(
       makeModel(complete),
       [file = complete.voiceDetectionFile]() -> std::unique_ptr<VoiceDetector> {
@@ -232,15 +252,8 @@ std::unique_ptr<RecogniserBackend> makeWhisperBackend(const RecogniserOptions& o
       });
 }
 
-std::string describeWhisper() {
-  const fs::path& module = prepareLibrary(usableVariant());
-  std::string text = std::string("whisper.cpp ") + whisper_version();
-  for (std::size_t at = 0; at < ggml_backend_dev_count(); ++at) {
-    text += std::string(at == 0 ? " on " : ", ") +
-            ggml_backend_dev_description(ggml_backend_dev_get(at));
-  }
-  if (!module.empty()) text += ", code for " + kindOf(module);
-  return text;
+std::string describeWhisper(int threads) {
+  return description(prepareLibrary(usableVariant()), threadsFor(threads));
 }
 
 }  // namespace voxtrel::quillback

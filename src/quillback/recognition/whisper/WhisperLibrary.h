@@ -26,6 +26,9 @@ tl::expected<void, std::string> loadChecked(
     const RecogniserOptions& options, const std::function<bool()>& load,
     const std::function<void(std::span<const float>)>& recognise);
 
+/// Begins the line at the start: "Using " and the model's kind, and what runs it.
+std::string usingLine(const std::string& kind, const RecogniserOptions& options);
+
 /// For the library's abort callbacks: whether `flag`, a `std::atomic<bool>`, is set.
 bool isFlagSet(void* flag);
 

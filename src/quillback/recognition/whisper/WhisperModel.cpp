@@ -49,7 +49,7 @@ LoadReport WhisperModel::load() {
     begin();
   });
   if (!loaded) return {false, {loaded.error()}};
-  LoadReport report{true, {"Using Whisper."}};
+  LoadReport report{true, {usingLine("Whisper", options_)}};
   if (options_.language != "auto" && !knows(options_.language)) {
     options_.language = "auto";
     report.lines.emplace_back(

@@ -12,6 +12,9 @@ import unittest
 from engine_program import EXECUTABLE, bare_environment
 from harness.recordings import WEIGHTS, recording
 
+# The line that says what runs.
+RUNS = (r"Using Whisper\. It runs in whisper\.cpp \d+\.\d+\.\d+ on .+, \d+ threads?, "
+        r"(native code|code as installed|code for \w+), with voice detection\.\n")
 STORE = ".local/share/quillback/weights/whisper-base"
 
 

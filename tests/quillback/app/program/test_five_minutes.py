@@ -10,7 +10,7 @@ import unittest
 from engine_program import EXECUTABLE, die_with_parent
 from harness.recordings import (RATE_HZ, plain_words, recordings, word_error_rate, word_errors,
                                 write_wav)
-from real_model import RealModelCase, children_of, peak_kilobytes
+from real_model import RUNS, RealModelCase, children_of, peak_kilobytes
 
 
 class English(RealModelCase):
@@ -39,7 +39,8 @@ class English(RealModelCase):
         finally:
             ended.set()
             watcher.join()
-        self.assertEqual((program.returncode, notes), (0, "Using Whisper.\n"))
+        self.assertEqual(program.returncode, 0, notes)
+        self.assertRegex(notes, rf"\A{RUNS}\Z")
         return words, sum(peaks.values())
 
     def take_by_take(self):

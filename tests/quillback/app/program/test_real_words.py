@@ -12,7 +12,16 @@ from engine_program import EXECUTABLE, EngineProgram, die_with_parent
 from harness.buses import Bus
 from harness.monitor import BusMonitor
 from harness.polling import eventually, stays
-from real_model import RealModelCase, children_of, peak_kilobytes
+from harness.recordings import recording
+from real_model import RUNS, RealModelCase, children_of, peak_kilobytes
+
+
+def count_threads(pid):
+    """0 if the process has ended."""
+    try:
+        return len(os.listdir(f"/proc/{pid}/task"))
+    except OSError:
+        return 0
 
 
 class Words(RealModelCase):
@@ -24,7 +33,7 @@ class Words(RealModelCase):
             self.assertEqual(done.returncode, 0, done)
             self.assertIn(words, done.stdout)
             self.assertEqual(len(done.stdout.splitlines()), 1)
-            self.assertEqual(done.stderr, "Using Whisper.\n")
+            self.assertRegex(done.stderr, rf"\A{RUNS}\Z")
 
     def test_names_of_the_settings_are_spelled_as_there(self):
         self.settings('[model]\nlanguage = "fr"\n')
@@ -44,7 +53,30 @@ class Words(RealModelCase):
         self.assertTrue(base["here"] and base["in_use"])
         self.assertGreater(base["seconds_for_5_s_of_speech"], 0)
         self.assertEqual([m["name"] for m in shown["models"] if m["here"]], ["base"])
-        self.assertTrue(shown["runs_on"].startswith("whisper.cpp "))
+        self.assertIn(f"It runs in {shown['runs_on']}.\n", self.transcribe("en_rear_left").stderr)
+
+    def test_as_many_threads_compute_as_the_settings_say(self):
+        for threads in (1, 3):
+            self.settings(f"[model]\nthreads = {threads}\n")
+            most, notes = self.most_threads("en_libri_2412_153948_0000")
+            self.assertEqual(most, threads)
+            self.assertIn(f", {threads} thread", notes)
+
+    def most_threads(self, name):
+        """How many threads the recogniser has at most, and what is printed beside the words."""
+        program = subprocess.Popen([EXECUTABLE, "transcribe", recording(name).path], env=self.environment,
+                                   text=True, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE,
+                                   preexec_fn=die_with_parent)
+        most = 0
+        while True:
+            try:
+                program.wait(0.02)
+                break
+            except subprocess.TimeoutExpired:
+                most = max([most, *map(count_threads, children_of(program.pid))])
+        self.assertEqual(program.returncode, 0)
+        with program.stderr:
+            return most, program.stderr.read()
 
 
 class Kept(RealModelCase):

@@ -24,7 +24,7 @@ struct FakeModel {
   std::vector<std::vector<float>> pieces;
   std::function<Heard()> answer = [] { return Heard{.text = " word"}; };
   std::size_t maxSamples = std::size_t{kSampleRateHz} * 24;
-  LoadReport report{true, {"Using a fake."}};
+  LoadReport report{true, {"Using a fake"}};
 };
 
 struct FakeModelAdapter final : SpeechModel {
@@ -218,12 +218,18 @@ TEST_F(PiecewiseBackendTest, SoundThatTheModelFailsOnIsReportedOnce) {
 TEST_F(PiecewiseBackendTest, WithoutVoiceDetectionTheLoudnessDecidesAndALineSaysSo) {
   PiecewiseBackend plain(std::make_unique<FakeModelAdapter>(model), [] { return nullptr; });
   EXPECT_THAT(plain.load().lines,
-              ElementsAre("Using a fake.",
+              ElementsAre("Using a fake, without voice detection.",
                           "The voice detection is missing, so noise may become words. Run "
                           "\"quillback setup\" to fetch it."));
   plain.begin(isDropped);
   plain.feed(std::vector<std::int16_t>(32'000, kLoud));
   EXPECT_EQ(plain.finish().text, "word");
+}
+
+TEST_F(PiecewiseBackendTest, TheLineAtTheStartSaysThatThereIsVoiceDetection) {
+  PiecewiseBackend detecting(std::make_unique<FakeModelAdapter>(model),
+                             [] { return std::make_unique<PeakDetector>(); });
+  EXPECT_THAT(detecting.load().lines, ElementsAre("Using a fake, with voice detection."));
 }
 
 TEST_F(PiecewiseBackendTest, AModelThatDoesNotLoadNeedsNoDetector) {

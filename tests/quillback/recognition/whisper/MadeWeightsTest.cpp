@@ -14,6 +14,7 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::SizeIs;
+using testing::StartsWith;
 
 constexpr const char* kEnglish = "Hello from the real library, na\u00EFve \u6771\u4EAC.";
 constexpr const char* kGerman = "Guten Tag aus K\u00F6ln";
@@ -72,7 +73,8 @@ TEST_F(MadeWeights, TheLanguageThatTheModelFindsIsUsed) {
 TEST_F(MadeWeights, ALanguageThatTheModelLacksIsReportedAndFound) {
   // The library knows it, but only the largest models do.
   const RecogniserOptions cantonese = made("script", "yue");
-  EXPECT_THAT(linesOf(cantonese), ElementsAre("Using Whisper.", HasSubstr("does not know")));
+  EXPECT_THAT(linesOf(cantonese),
+              ElementsAre(StartsWith("Using Whisper. "), HasSubstr("does not know")));
   EXPECT_EQ(said(cantonese, "en_jfk"), kGerman);
 }
 
@@ -89,7 +91,7 @@ TEST_F(MadeWeights, ATextWithoutAnEndIsCutAndReportedOnce) {
 struct MadeParakeet : MadeWeights {};
 
 TEST_F(MadeParakeet, TheSameSoundGivesTheSameWordsWhateverCameBefore) {
-  EXPECT_THAT(linesOf(made("parakeet")), ElementsAre("Using Parakeet."));
+  EXPECT_THAT(linesOf(made("parakeet")), ElementsAre(StartsWith("Using Parakeet. ")));
   const auto backend = load(made("parakeet"));
   const Samples samples = recording("en_goforward").samples;
   const std::string text = recognise(*backend, samples).text;

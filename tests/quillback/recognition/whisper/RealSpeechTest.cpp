@@ -5,6 +5,8 @@
 #include <fstream>
 #include <random>
 
+#include "quillback/recognition/speech/PiecewiseBackend.h"
+#include "quillback/recognition/whisper/SileroDetector.h"
 #include "quillback/recognition/whisper/WhisperModel.h"
 #include "support/RealSpeech.h"
 #include "support/ScratchFolder.h"
@@ -14,6 +16,42 @@ namespace {
 
 using testing::HasSubstr;
 using testing::Not;
+
+/// Counts what it is given.
+struct CountingModel final : SpeechModel {
+  explicit CountingModel(std::size_t& samples) : given(samples) {}
+  LoadReport load() override { return {true, {"Counting"}}; }
+  void begin() override {}
+  Heard recognise(std::span<const float> samples, const std::atomic<bool>& /*isDropped*/) override {
+    given += samples.size();
+    return {.text = " word", .tokens = 1000};
+  }
+  [[nodiscard]] std::size_t maxSamples() const override { return kSampleRateHz * 24U; }
+  std::size_t& given;
+};
+
+// What is left then is what one waits for.
+TEST_F(RealSpeech, WheneverALongTakeEndsMostOfItWasRecognisedBefore) {
+  constexpr std::size_t kMostLeft = kSampleRateHz * 20U;
+  constexpr std::size_t kStep = kSampleRateHz / 10;
+  for (const char* name : {"es_veneno_long", "en_michael_talk"}) {
+    const Samples samples = recording(name).samples;
+    std::size_t given = 0;
+    PiecewiseBackend backend(
+        std::make_unique<CountingModel>(given),
+        [file = options("en").voiceDetectionFile] { return SileroDetector::load(file); });
+    backend.load();
+    const std::atomic<bool> isDropped{false};
+    backend.begin(isDropped);
+    for (std::size_t at = 0; at < samples.size(); at += kStep) {
+      backend.feed(std::span(samples).subspan(at, std::min(kStep, samples.size() - at)));
+      EXPECT_LE(at - std::min(at, given), kMostLeft) << name;
+    }
+    EXPECT_GT(given, 0U);
+    backend.finish();
+    EXPECT_LE(samples.size() - given, std::size_t{kSampleRateHz}) << "more than a silent end";
+  }
+}
 
 TEST_F(RealSpeech, EnglishIsHeardWordForWord) {
   const auto backend = load(options("en"));

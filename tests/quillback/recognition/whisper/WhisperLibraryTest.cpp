@@ -15,7 +15,25 @@ namespace fs = std::filesystem;
 
 TEST(WhisperLibraryTest, ThisBuildHasWhisperAndSaysOnWhatItRuns) {
   EXPECT_TRUE(isWhisperBuiltIn());
-  EXPECT_TRUE(describeWhisper().starts_with("whisper.cpp 1.")) << describeWhisper();
+  const std::string text = describeWhisper(3);
+  EXPECT_TRUE(text.starts_with("whisper.cpp 1.")) << text;
+  EXPECT_NE(text.find(", 3 threads, "), std::string::npos) << text;
+  EXPECT_NE(describeWhisper(1).find(", 1 thread, "), std::string::npos);
+  const std::string cores = ", " + std::to_string(physicalCores(kCpuFolder)) + " thread";
+  EXPECT_NE(describeWhisper(0).find(cores), std::string::npos) << cores;
+}
+
+TEST(WhisperLibraryTest, TheLineAtTheStartHasNoWordsOfOtherLines) {
+  RecogniserOptions options;
+  options.threads = 2;
+  for (const char* const kind : {"Whisper", "Parakeet"}) {
+    const std::string line = usingLine(kind, options) + ", without voice detection.";
+    for (const char* const marker :
+         {"Ready.", "Recording...", "Processing", "audio", "encode=", "ERROR", "Failed", "failed",
+          "Accessibility", "Microphone", "[gpu-decode]"}) {
+      EXPECT_EQ(line.find(marker), std::string::npos) << line;
+    }
+  }
 }
 
 struct PhysicalCoresFixture : testing::Test {
