@@ -78,6 +78,8 @@ function(use_installed_whisper)
   endif()
   add_library(quillback_whisper_library INTERFACE)
   target_link_libraries(quillback_whisper_library INTERFACE ${libraries})
+  # The program's search path must also count for the libraries that the library needs.
+  target_link_options(quillback_whisper_library INTERFACE LINKER:--disable-new-dtags)
   find_installed_modules("${folder}")
   set(QUILLBACK_GGML_MODULES "${QUILLBACK_GGML_MODULES}" PARENT_SCOPE)
   set(QUILLBACK_WHISPER "installed, ${version}" PARENT_SCOPE)

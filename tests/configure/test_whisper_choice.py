@@ -15,6 +15,12 @@ find_package(PkgConfig REQUIRED)
 include({ROOT}/cmake/Whisper.cmake)
 message(STATUS "modules '${{QUILLBACK_GGML_MODULES}}', ${{QUILLBACK_WHISPER_CODE}}")
 """
+PROGRAM = """
+add_executable(program program.cpp)
+target_link_libraries(program PRIVATE quillback_whisper_library)
+set_target_properties(program PROPERTIES INSTALL_RPATH_USE_LINK_PATH ON)
+install(TARGETS program)
+"""
 PC = """libdir={folder}/lib
 Name: {name}
 Description: made up
@@ -31,7 +37,9 @@ class WhisperChoice(unittest.TestCase):
         self.addCleanup(folder.cleanup)
         self.folder = pathlib.Path(folder.name)
         self.prefix = self.folder / "prefix"
-        (self.folder / "CMakeLists.txt").write_text(PROJECT)
+        self.project = self.folder / "project"
+        self.project.mkdir()
+        (self.project / "CMakeLists.txt").write_text(PROJECT)
 
     def install(self, version, names=("whisper", "parakeet")):
         """Makes up an installed library; returns its folder."""
@@ -51,7 +59,7 @@ class WhisperChoice(unittest.TestCase):
     def configure(self, choice, *options):
         """The exit status, and what is said about Whisper."""
         done = subprocess.run(
-            ["cmake", "-S", self.folder, "-B", self.folder / "build", f"-DVOXTREL_WHISPER={choice}",
+            ["cmake", "-S", self.project, "-B", self.project / "build", f"-DVOXTREL_WHISPER={choice}",
              f"-DCMAKE_PREFIX_PATH={self.prefix}", "-DGIT_EXECUTABLE=/bin/false", *options],
             text=True, capture_output=True, check=False, timeout=60)
         said = " ".join(line.strip() for line in (done.stdout + done.stderr).splitlines())
@@ -71,6 +79,32 @@ class WhisperChoice(unittest.TestCase):
         status, said = self.configure("system")
         self.assertEqual(status, 0, said)
         self.assertIn("modules '', code as installed", said)
+
+    def compile(self, name, source, *needed):
+        """A real library, which finds those that it needs by the linker's path only."""
+        folder = self.prefix / "lib"
+        file = folder / f"lib{name}.so.0"
+        subprocess.run(["cc", "-shared", "-fPIC", "-xc", "-", "-o", file, f"-Wl,-soname,{file.name}",
+                        f"-L{folder}", *(f"-l{other}" for other in needed)],
+                       input=source, text=True, check=True)
+        (folder / f"lib{name}.so").unlink(missing_ok=True)
+        (folder / f"lib{name}.so").symlink_to(file.name)
+
+    def test_a_program_finds_it_and_what_it_needs_outside_the_linkers_path(self):
+        self.install("1.9.3")
+        self.compile("ggml-cpu", "int compute(void) { return 7; }")
+        self.compile("whisper", "int compute(void); int whisper(void) { return compute(); }", "ggml-cpu")
+        self.compile("parakeet", "int parakeet(void) { return 0; }")
+        (self.project / "CMakeLists.txt").write_text(PROJECT + PROGRAM)
+        (self.project / "program.cpp").write_text(
+            'extern "C" int whisper(); int main() { return whisper(); }')
+        status, said = self.configure("system", f"-DCMAKE_INSTALL_PREFIX={self.folder}/installed")
+        self.assertEqual(status, 0, said)
+        for words in (["--build"], ["--install"]):
+            subprocess.run(["cmake", *words, self.project / "build"], check=True, stdout=subprocess.DEVNULL)
+        for program in ("project/build/bin/program", "installed/bin/program"):
+            done = subprocess.run([self.folder / program], text=True, capture_output=True, check=False)
+            self.assertEqual(done.returncode, 7, done)
 
     def test_one_that_is_too_old_is_not_used(self):
         self.install("1.9.1")

@@ -13,7 +13,7 @@ from engine_program import EXECUTABLE, bare_environment
 from harness.recordings import WEIGHTS, recording
 
 # The line that says what runs.
-RUNS = (r"Using Whisper\. It runs in whisper\.cpp \d+\.\d+\.\d+ on .+, \d+ threads?, "
+RUNS = (r"Using Whisper\. It runs in whisper\.cpp \S+ on .+, \d+ threads?, "
         r"(native code|code as installed|code for \w+), with voice detection\.\n")
 STORE = ".local/share/quillback/weights/whisper-base"
 
