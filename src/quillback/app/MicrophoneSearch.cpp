@@ -16,8 +16,8 @@ namespace {
 
 constexpr std::chrono::seconds kSearchTime{3};
 /// A server makes its socket a moment before it listens.
-constexpr std::chrono::milliseconds kRetryAfter{200};
-constexpr int kRetries = 10;
+constexpr std::chrono::milliseconds kNextLook{200};
+constexpr int kMaxLooks = 10;
 // Exit statuses.
 constexpr int kNoServer = 3;
 constexpr int kNoSource = 4;
@@ -51,7 +51,7 @@ MicrophoneSearch::MicrophoneSearch(Loop& loop, Reports reports)
   const std::string socket = serverSocket();
   if (!socket.empty()) {
     server_ = std::make_unique<PathArrival>(socket, loop_, [this] {
-      retriesLeft_ = kRetries;
+      retriesLeft_ = kMaxLooks;
       look();
     });
   }
@@ -87,7 +87,7 @@ void MicrophoneSearch::ended(int exitStatus) {
   if (exitStatus == kNoSource && !wasWaiting) return waitForSource();
   if (retriesLeft_ == 0) return;
   --retriesLeft_;
-  retryTimer_ = loop_.after(kRetryAfter, [this] { look(); });
+  retryTimer_ = loop_.after(kNextLook, [this] { look(); });
 }
 
 void MicrophoneSearch::found() {

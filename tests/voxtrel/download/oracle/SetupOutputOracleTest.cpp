@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <unicode/uchar.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -91,13 +92,20 @@ TEST(ProgressBesideIcu, IsTheSameWithEachCharacterOfAllUnicodeInEveryPlace) {
   EXPECT_EQ(asBlank, 18);  // the tab and category Zs, no more
 }
 
+/// A newer ICU knows digits of later versions too.
+bool isInUnicode15(UChar32 character) {
+  UVersionInfo version;
+  u_charAge(character, version);
+  return version[0] <= 15;
+}
+
 TEST(ProgressBesideIcu, HasTheSameDigitsOfAllUnicode) {
   IcuPattern digit(R"(\d)");
   int digits = 0;
   for (UChar32 character = 0; character <= UCHAR_MAX_VALUE; ++character) {
     if (character == 0xD800) character = 0xE000;
     const std::string c = utf8Of(character);
-    const bool isDigit = digit.matches(icu::UnicodeString(character));
+    const bool isDigit = isInUnicode15(character) && digit.matches(icu::UnicodeString(character));
     ASSERT_EQ(decimalDigitLength(c), isDigit ? c.size() : 0U) << std::hex << character;
     digits += isDigit ? 1 : 0;
   }
