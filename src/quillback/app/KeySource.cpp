@@ -20,18 +20,6 @@ constexpr const char* kByPortal = "the desktop's global shortcuts";
 /// A portal that is started for the question may take this long.
 constexpr std::chrono::seconds kPortalTime{5};
 
-bool hasPortalShortcuts(EpollLoop& loop) {
-  bool hasThem = false;
-  const auto bus = PortalKey::askForShortcuts(loop, [&](bool has) {
-    hasThem = has;
-    loop.stop();
-  });
-  if (!bus) return false;
-  const auto limit = loop.after(kPortalTime, [&] { loop.stop(); });
-  loop.run();
-  return hasThem;
-}
-
 }  // namespace
 
 tl::expected<OpenedKeySource, std::string> openKeySource(SessionKind session, const Hotkey& hotkey,
@@ -57,14 +45,27 @@ tl::expected<OpenedKeySource, std::string> openKeySource(SessionKind session, co
 }
 
 tl::expected<std::string, std::string> findKeySource(SessionKind session, const Hotkey& hotkey) {
+  if (session == SessionKind::wayland && portalHas(PortalKey::kInterface)) return kByPortal;
   EpollLoop loop;
-  if (session == SessionKind::wayland && hasPortalShortcuts(loop)) return kByPortal;
   OwnKeys ownKeys(loop);
   const auto source =
       openKeySource(session, hotkey, {[] {}, [] {}, [] {}}, ownKeys, loop, {[] {}, [] {}});
   if (source && source->name) return source->name;
   if (isKeyByCommand()) return kByCommand;
   return tl::unexpected(source ? source->name.error() : source.error());
+}
+
+bool portalHas(const char* interface) {
+  EpollLoop loop;
+  bool hasIt = false;
+  const auto portal = Portal::ask(interface, loop, [&](bool has) {
+    hasIt = has;
+    loop.stop();
+  });
+  if (!portal) return false;
+  const auto limit = loop.after(kPortalTime, [&] { loop.stop(); });
+  loop.run();
+  return hasIt;
 }
 
 std::string keyLine(const Hotkey& hotkey, const tl::expected<std::string, std::string>& source) {

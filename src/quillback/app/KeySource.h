@@ -39,6 +39,9 @@ inline constexpr const char* kByKeyboards = "the keyboards in /dev/input";
 [[nodiscard]] tl::expected<std::string, std::string> findKeySource(SessionKind session,
                                                                    const Hotkey& hotkey);
 
+/// Whether the desktop's portal has an interface. Waits for its answer.
+bool portalHas(const char* interface);
+
 /// What `quillback check` prints about the key: begins with kKeyIsSeen or "key: no, ".
 std::string keyLine(const Hotkey& hotkey, const tl::expected<std::string, std::string>& source);
 inline constexpr std::string_view kKeyIsSeen = "key: yes, ";

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -14,11 +13,7 @@ inline constexpr const char* kShortcutId = "push-to-talk";
 
 /// Appends our shortcut with the trigger that is asked for, as a(sa{sv}).
 void appendShortcuts(sd_bus_message& message, std::string_view trigger);
-/// Appends one entry of an a{sv} that is open.
-void appendEntry(sd_bus_message& message, const char* key, const std::string& text);
 
-/// The text under `key` in the a{sv} that is next.
-std::optional<std::string> textEntry(sd_bus_message& message, std::string_view key);
 /// The desktop's description of our shortcut's trigger in the a(sa{sv}) that is next, empty if it has
 /// none; nothing if our shortcut is not in it.
 std::optional<std::string> readTrigger(sd_bus_message& message);
