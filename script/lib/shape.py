@@ -20,7 +20,6 @@ SMALL_UNITS = {
     "src/common/posix/linux/SystemPipe": "one system call, another one on each system",
     "src/common/posix/macos/SystemPipe": "the same",
     "src/common/x11/XcbXkb": "works around a C header; four users",
-    "src/quillback/app/Check": "a command of its own",
     "src/quillback/recognition/no_whisper/NoWhisper": "stands in for a library that is not installed",
     "src/voxtrel/platform/linux/dbus/DBusStructure": "used by the item and by the menu",
     "src/voxtrel/supervisor/AppState": "the status that most rooms show; needs nothing",

@@ -19,7 +19,8 @@ int printCheck(const EngineSettings& settings, Output& output) {
   output.print(line);
   output.print(session == SessionKind::x11 ? "session: X11" : "session: Wayland");
   EpollLoop loop;
-  output.print("words: " + describeInsertion(settings.insert, session, loop));
+  output.print("words: " + describeInsertion(settings, session, loop,
+                                             [] { return portalHas(RemoteDesktop::kInterface); }));
   return line.starts_with(kKeyIsSeen) ? 0 : 1;
 }
 

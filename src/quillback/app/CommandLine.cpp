@@ -84,6 +84,7 @@ std::string helpText() {
          "       quillback retry\n"
          "       quillback check\n"
          "       quillback key press | release | toggle\n"
+         "       quillback ask\n"
          "       quillback --help | --version\n"
          "Turns speech into text: hold a key, speak, and the words are typed.\n"
          "\n"
@@ -96,6 +97,7 @@ std::string helpText() {
          "  retry       print the words of recordings whose words got lost\n"
          "  check       say whether the key can be seen here, and how words are inserted\n"
          "  key         be the key, for desktops whose settings run a program at a key\n"
+         "  ask         after a refusal, have the desktop ask again whether words may be pasted\n"
          "\n"
          "The settings are in ~/.config/quillback/config.toml:\n"
          "  [model]   whisper_model = \"large-v3\", language = \"auto\", translate = false\n"
@@ -103,6 +105,7 @@ std::string helpText() {
          "  [audio]   hotkey = 'right_cmd' (the right Super key), or hotkey_code = 54\n"
          "  [engine]  model = \"base\" (instead of whisper_model), unload_after = 600 (seconds)\n"
          "  [output]  insert = \"type\", \"clipboard\" or \"none\"\n"
+         "            paste = \"ctrl+v\", \"ctrl+shift+v\" (terminals) or \"shift+insert\"\n"
          "            replace = { \"new line\" = \"\\n\", \"full stop\" = \".\" }\n"
          "Escape drops the recording while the key is held.\n";
 }
@@ -120,6 +123,7 @@ tl::expected<CommandLine, std::string> parseCommandLine(std::span<const char* co
   if (words[0] == "retry") return withoutArguments(Command::retry, words[0], rest);
   if (words[0] == "check") return withoutArguments(Command::check, words[0], rest);
   if (words[0] == "key") return key(rest);
+  if (words[0] == "ask") return withoutArguments(Command::ask, words[0], rest);
   if (words[0] == "recognise") return withAnything(Command::recognise, rest);
   if (words[0] == "advise") return withoutArguments(Command::advise, words[0], rest);
   if (words[0] == "microphone") return withAnything(Command::microphone, rest);

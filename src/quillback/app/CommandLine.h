@@ -21,6 +21,7 @@ struct CommandLine {
     retry,
     check,
     key,
+    ask,
     recognise,
     advise,
     microphone,

@@ -21,6 +21,7 @@
 #include "quillback/app/SlowModelAdvice.h"
 #include "quillback/app/Transcribe.h"
 #include "quillback/audio/TakeFolder.h"
+#include "quillback/insertion/portal/RemoteDesktop.h"
 #include "quillback/keys/command/KeyCommands.h"
 #include "quillback/loop/EndWatch.h"
 #include "quillback/loop/LineOutput.h"
@@ -203,14 +204,20 @@ int serveRecogniserCommand(const std::vector<std::string>& arguments) {
   return backend ? serveRecogniser(STDIN_FILENO, *backend) : 2;
 }
 
-/// The advice of a process that the engine starts for it.
-int adviseQuietly() {
-  return writeSlowModelAdvice(modelContext());
-}
-
 /// Returns the exit status.
 int show(const std::string& text) {
   return std::fputs(text.c_str(), stdout) < 0 || std::fflush(stdout) != 0 ? 1 : 0;
+}
+
+/// A running engine sees it with its next words.
+int askAgain() {
+  RemoteDesktop::forgetRefusal();
+  return show("The desktop asks again with the next words, where it is needed.\n");
+}
+
+/// The advice of a process that the engine starts for it.
+int adviseQuietly() {
+  return writeSlowModelAdvice(modelContext());
 }
 
 }  // namespace
@@ -239,6 +246,8 @@ int runCommand(const CommandLine& line) {
       return checkDesktop();
     case key:
       return sendKey(line.argument);
+    case ask:
+      return askAgain();
     case recognise:
       return serveRecogniserCommand(line.rest);
     case advise:

@@ -86,6 +86,23 @@ class TypedUnderWayland final : public TextSink {
   std::unique_ptr<TextSink> otherwise_;
 };
 
+/// Pastes each dictation by the desktop's portal, as long as that lets us; otherwise leaves it to the other
+/// sink.
+/// Thread: the loop's.  Owns: the other sink.  Borrows: PortalPaste (must outlive this).
+class PastedText final : public TextSink {
+ public:
+  PastedText(PortalPaste& paste, std::unique_ptr<TextSink> otherwise)
+      : paste_(paste), otherwise_(std::move(otherwise)) {}
+
+  void insert(const std::string& text, OnInserted onInserted) override {
+    if (!paste_.paste(text, onInserted)) otherwise_->insert(text, std::move(onInserted));
+  }
+
+ private:
+  PortalPaste& paste_;
+  std::unique_ptr<TextSink> otherwise_;
+};
+
 }  // namespace
 
 TextSinks::TextSinks(Loop& loop, OwnKeys& ownKeys, ScreenLock& lock, Output& output)
@@ -95,10 +112,15 @@ TextSinks::TextSinks(Loop& loop, OwnKeys& ownKeys, ScreenLock& lock, Output& out
       output_(output),
       programs_(loop, output),
       notifier_(loop, output),
-      wayland_(loop, [this](const std::string& text, const std::string& why) {
-        clipboardOf(SessionKind::wayland)(text);
-        reportCopiedRest(why);
-      }) {}
+      wayland_(loop,
+               [this](const std::string& text, const std::string& why) { copyRest(text, why); }),
+      lastClipboard_(programs_, loop),
+      paste_(loop,
+             {[this] { return wayland_.clipboard(); },
+              [this](std::uint32_t symbol, int usual) { return wayland_.keyOf(symbol, usual); },
+              lastClipboard_,
+              [this](const std::string& text, const std::string& why) { copyRest(text, why); },
+              [this] { reportRefusedConsent(); }}) {}
 
 std::unique_ptr<TextSink> TextSinks::make(const EngineSettings& settings, SessionKind session) {
   if (settings.insert == EngineSettings::Insert::none) return std::make_unique<NoInsertion>();
@@ -115,7 +137,9 @@ std::unique_ptr<TextSink> TextSinks::makeOnDesktop(const EngineSettings& setting
   auto copying = std::make_unique<CopiedText>(copy, notifier_, settings.notifyText);
   if (settings.insert == EngineSettings::Insert::clipboard) return copying;
   if (session == SessionKind::wayland) {
-    return std::make_unique<TypedUnderWayland>(wayland_, std::move(copying));
+    if (!wayland_.canType()) paste_.open(settings.paste);
+    auto pasting = std::make_unique<PastedText>(paste_, std::move(copying));
+    return std::make_unique<TypedUnderWayland>(wayland_, std::move(pasting));
   }
   auto typer = XTestTyper::open(loop_, ownKeys_, lock_,
                                 [this, copy](const std::string& text, const std::string& why) {
@@ -130,7 +154,7 @@ std::unique_ptr<TextSink> TextSinks::makeOnDesktop(const EngineSettings& setting
 TextSinks::Copy TextSinks::clipboardOf(SessionKind session) {
   if (session == SessionKind::wayland) {
     return [this](const std::string& text) {
-      if (!wayland_.copy(text)) programs_.copy(text);
+      if (!wayland_.copy(text) && !paste_.copy(text)) programs_.copy(text);
     };
   }
   const std::shared_ptr clipboard = X11Clipboard::open(loop_);
@@ -138,17 +162,37 @@ TextSinks::Copy TextSinks::clipboardOf(SessionKind session) {
   return [clipboard](const std::string& text) { clipboard->put(text); };
 }
 
-std::string describeInsertion(EngineSettings::Insert insert, SessionKind session, Loop& loop) {
+std::string describeInsertion(const EngineSettings& settings, SessionKind session, Loop& loop,
+                              const std::function<bool()>& hasRemoteDesktop) {
   using enum EngineSettings::Insert;
+  const EngineSettings::Insert insert = settings.insert;
   if (insert == none) return "only printed, as the settings say";
   std::string copied = "copied";
   if (session == SessionKind::wayland) {
     WaylandInsertion wayland(loop, [](const std::string&, const std::string&) {});
     if (insert == type && wayland.canType()) return "typed on a virtual keyboard";
+    if (insert == type && hasRemoteDesktop()) {
+      const std::string key(pasteKeyName(settings.paste));
+      if (!RemoteDesktop::isRefused()) return "pasted by the desktop's portal with " + key;
+      copied = "not pasted, because you have refused it (\"quillback ask\" asks again), but copied";
+    }
     copied += wayland.canCopy() ? " by the engine itself" : " with wl-copy";
   }
   if (insert == clipboard) return copied + ", as the settings say";
   return session == SessionKind::x11 ? "typed into the focused window" : copied;
+}
+
+void TextSinks::copyRest(const std::string& text, const std::string& why) {
+  clipboardOf(SessionKind::wayland)(text);
+  reportCopiedRest(why);
+}
+
+void TextSinks::reportRefusedConsent() {
+  output_.print(
+      "[quillback] Words are copied from now on, because you have refused to let them be pasted. "
+      "\"quillback ask\" has the desktop ask again");
+  notifier_.notify("Words are copied from now on",
+                   "To let the desktop ask again whether they may be pasted, run: quillback ask");
 }
 
 void TextSinks::reportCopiedRest(const std::string& why) {

@@ -3,7 +3,8 @@
 #include <functional>
 
 #include "common/base/SessionKind.h"
-#include "quillback/insertion/clipboard/DesktopPrograms.h"
+#include "quillback/insertion/clipboard/WlCopyClipboard.h"
+#include "quillback/insertion/portal/PortalPaste.h"
 #include "quillback/insertion/wayland/WaylandInsertion.h"
 #include "quillback/keys/OwnKeys.h"
 #include "quillback/notifications/Notifier.h"
@@ -14,8 +15,9 @@
 namespace voxtrel::quillback {
 
 /// Makes the sink that the settings ask for and the desktop allows. Under Wayland words are typed where the
-/// compositor has virtual keyboards, else copied. What cannot be typed is copied; a line and a notification
-/// say why. Words are only printed until there is a desktop. No notification has the words in it, unless the settings ask for that.
+/// compositor has virtual keyboards, else pasted by the desktop's portal where it lets us, else copied. What
+/// cannot be typed or pasted is copied; a line and a notification say why. Words are only printed until there
+/// is a desktop. No notification has the words in it, unless the settings ask for that.
 /// Thread: the loop's.  Owns: the running desktop programs, the notifier.  Borrows: Loop, OwnKeys,
 /// ScreenLock, Output (must outlive this). The sinks borrow this.
 /// Fails by: a line of output, and the next best sink.
@@ -35,7 +37,9 @@ class TextSinks {
   /// Null without a desktop.
   std::unique_ptr<TextSink> makeOnDesktop(const EngineSettings& settings, SessionKind session);
   Copy clipboardOf(SessionKind session);
+  void copyRest(const std::string& text, const std::string& why);
   void reportCopiedRest(const std::string& why);
+  void reportRefusedConsent();
 
   Loop& loop_;
   OwnKeys& ownKeys_;
@@ -44,9 +48,12 @@ class TextSinks {
   DesktopPrograms programs_;
   Notifier notifier_;
   WaylandInsertion wayland_;
+  WlCopyClipboard lastClipboard_;
+  PortalPaste paste_;
 };
 
-/// What `make` would use, for people.
-std::string describeInsertion(EngineSettings::Insert insert, SessionKind session, Loop& loop);
+/// What `make` would use, for people. `hasRemoteDesktop` asks the desktop's portal.
+std::string describeInsertion(const EngineSettings& settings, SessionKind session, Loop& loop,
+                              const std::function<bool()>& hasRemoteDesktop);
 
 }  // namespace voxtrel::quillback

@@ -15,6 +15,7 @@ namespace voxtrel::quillback {
 /// Thread: any, as a value.
 struct EngineSettings {
   enum class Insert { type, clipboard, none };
+  enum class PasteKey { ctrlV, ctrlShiftV, shiftInsert };
 
   // Read by the same rules as in the application's settings window.
   std::string model = "large-v3";  ///< also names the folder of its weights
@@ -25,10 +26,11 @@ struct EngineSettings {
   // The engine's own, in TOML.
   std::string engineModel;                          ///< [engine] model; empty: none
   std::optional<std::chrono::seconds> unloadAfter;  ///< [engine] unload_after; none: stays loaded
-  std::string prompt;              ///< [model] prompt: text that the recogniser takes for said
-  std::vector<std::string> words;  ///< [model] words that may be said, such as names
-  int threads = 0;                 ///< [model] threads, up to 256; 0: one per physical core
-  Insert insert = Insert::type;    ///< [output] insert: "type", "clipboard" or "none"
+  std::string prompt;                ///< [model] prompt: text that the recogniser takes for said
+  std::vector<std::string> words;    ///< [model] words that may be said, such as names
+  int threads = 0;                   ///< [model] threads, up to 256; 0: one per physical core
+  Insert insert = Insert::type;      ///< [output] insert: "type", "clipboard" or "none"
+  PasteKey paste = PasteKey::ctrlV;  ///< [output] paste: the key that pastes in the user's programs
   bool notifyText = false;  ///< [output] notify_text: notifications of copied words show the words
   std::vector<TextRule> replace;  ///< [output] replace
 

@@ -13,9 +13,14 @@ namespace voxtrel::quillback {
 namespace {
 
 using Insert = EngineSettings::Insert;
+using PasteKey = EngineSettings::PasteKey;
 
 constexpr std::array<std::pair<std::string_view, Insert>, 3> kInserts = {
     {{"type", Insert::type}, {"clipboard", Insert::clipboard}, {"none", Insert::none}}};
+constexpr std::array<std::pair<std::string_view, PasteKey>, 3> kPasteKeys = {
+    {{"ctrl+v", PasteKey::ctrlV},
+     {"ctrl+shift+v", PasteKey::ctrlShiftV},
+     {"shift+insert", PasteKey::shiftInsert}}};
 
 /// A table of the file, whose keys are read one by one.
 /// Thread: one.  Borrows: the file, the list of errors.
@@ -64,6 +69,16 @@ std::optional<std::string> textOf(const toml::node& node, std::size_t maxBytes) 
 std::optional<std::int64_t> numberOf(const toml::node& node, std::int64_t min, std::int64_t max) {
   const auto number = node.value_exact<std::int64_t>();
   return number && min <= *number && *number <= max ? number : std::nullopt;
+}
+
+/// Takes over the choice that the value names.
+template <typename Choices, typename Choice>
+const toml::node* readChoice(const toml::node& node, const Choices& choices, Choice& choice) {
+  const auto name = node.value_exact<std::string>().value_or("");
+  const auto* found = std::ranges::find(choices, name, &Choices::value_type::first);
+  if (found == choices.end()) return &node;
+  choice = found->second;
+  return nullptr;
 }
 
 const toml::node* readWords(const toml::node& node, std::vector<std::string>& words) {
@@ -136,14 +151,10 @@ void readModel(Section section, EngineSettings& settings) {
 
 void readOutput(Section section, EngineSettings& settings) {
   section.read("insert", R"(insert must be "type", "clipboard" or "none")",
-               [&](const toml::node& node) {
-                 const auto value = node.value_exact<std::string>().value_or("");
-                 const auto* found =
-                     std::ranges::find(kInserts, value, &decltype(kInserts)::value_type::first);
-                 if (found == kInserts.end()) return &node;
-                 settings.insert = found->second;
-                 return static_cast<const toml::node*>(nullptr);
-               });
+               [&](const toml::node& node) { return readChoice(node, kInserts, settings.insert); });
+  section.read(
+      "paste", R"(paste must be "ctrl+v", "ctrl+shift+v" or "shift+insert")",
+      [&](const toml::node& node) { return readChoice(node, kPasteKeys, settings.paste); });
   section.read("notify_text", "notify_text must be true or false", [&](const toml::node& node) {
     const auto value = node.value_exact<bool>();
     if (!value) return &node;

@@ -18,6 +18,8 @@ TEST(CommandLineTest, KnowsItsCommands) {
   EXPECT_EQ(parse({"retry"})->command, Command::retry);
   EXPECT_EQ(parse({"check"})->command, Command::check);
   EXPECT_FALSE(parse({"check", "x"}));
+  EXPECT_EQ(parse({"ask"})->command, Command::ask);
+  EXPECT_FALSE(parse({"ask", "x"}));
   for (const char* word : {"press", "release", "toggle"}) {
     const auto key = parse({"key", word});
     ASSERT_TRUE(key);

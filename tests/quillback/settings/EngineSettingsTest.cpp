@@ -49,6 +49,14 @@ TEST(EngineSettings, KnowEveryWayToInsert) {
   EXPECT_EQ(insertOf("[output]\ninsert = \"type\""), Insert::type);
   EXPECT_EQ(insertOf("[output]\ninsert = \"clipboard\""), Insert::clipboard);
   EXPECT_EQ(insertOf("[output]\ninsert = 'none'"), Insert::none);
+  const auto pasteOf = [](const char* text) { return parseEngineSettings(text).settings.paste; };
+  using PasteKey = EngineSettings::PasteKey;
+  EXPECT_EQ(pasteOf(""), PasteKey::ctrlV);
+  EXPECT_EQ(pasteOf("[output]\npaste = 'ctrl+v'"), PasteKey::ctrlV);
+  EXPECT_EQ(pasteOf("[output]\npaste = 'ctrl+shift+v'"), PasteKey::ctrlShiftV);
+  EXPECT_EQ(pasteOf("[output]\npaste = 'shift+insert'"), PasteKey::shiftInsert);
+  EXPECT_THAT(parseEngineSettings("[output]\npaste = 'ctrl+p'").errors,
+              ElementsAre(errorInLine(2, "paste")));
 }
 
 TEST(EngineSettings, TheNameOfAHotkeyCountsMoreThanItsCodeUnlessItIsTheDefault) {

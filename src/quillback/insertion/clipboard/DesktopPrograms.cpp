@@ -5,17 +5,20 @@
 namespace voxtrel::quillback {
 
 void DesktopPrograms::copy(const std::string& text) {
+  copy(text, [this](bool isThere) {
+    if (!isThere) reportCopyFailure();
+  });
+}
+
+void DesktopPrograms::copy(const std::string& text, OnCopied onCopied) {
   const int id = nextRun_++;
   auto child = ChildRun::start({"wl-copy", "--type", "text/plain;charset=utf-8"}, text, loop_,
                                [=, this](int exitStatus) {
                                  const auto ended = runs_.extract(id);
-                                 if (exitStatus != 0) reportCopyFailure();
+                                 onCopied(exitStatus == 0);
                                });
-  if (child) {
-    runs_.emplace(id, std::move(child));
-  } else {
-    reportCopyFailure();
-  }
+  if (!child) return onCopied(false);
+  runs_.emplace(id, std::move(child));
 }
 
 void DesktopPrograms::reportCopyFailure() {

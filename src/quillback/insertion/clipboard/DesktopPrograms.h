@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <map>
 #include <string>
 
@@ -16,8 +17,12 @@ class DesktopPrograms {
  public:
   DesktopPrograms(Loop& loop, Output& output) : loop_(loop), output_(output) {}
 
+  using OnCopied = std::function<void(bool isThere)>;
+
   /// Copies with wl-copy, of Debian's package wl-clipboard.
   void copy(const std::string& text);
+  /// The same for a caller that is told of the end, instead of a line of output.
+  void copy(const std::string& text, OnCopied onCopied);
 
  private:
   void reportCopyFailure();

@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "quillback/insertion/paste/PasteQueue.h"
+
 namespace voxtrel::quillback {
 
 void WaylandInsertion::connect() {
@@ -11,12 +13,16 @@ void WaylandInsertion::connect() {
   auto keyboard = VirtualKeyboard::open(*compositor_, loop_, onRefused_);
   if (keyboard) keyboard_ = std::move(*keyboard);
   clipboard_ = DataControlClipboard::open(*compositor_, loop_);
+  if (keyboard_ || compositor_->seat() == nullptr) return;
+  keymap_ = std::make_unique<SeatKeymap>(*compositor_);
+  compositor_->flush();
 }
 
 void WaylandInsertion::lose() {
   const auto compositor = std::exchange(compositor_, nullptr);
   // What was made over the connection must not outlive it.
   const auto clipboard = std::exchange(clipboard_, nullptr);
+  const auto keymap = std::exchange(keymap_, nullptr);
   const auto keyboard = std::exchange(keyboard_, nullptr);
   if (keyboard) keyboard->giveUp("the compositor is gone");
 }
@@ -33,7 +39,7 @@ bool WaylandInsertion::canCopy() {
 
 bool WaylandInsertion::copy(const std::string& text) {
   if (!canCopy()) return false;
-  clipboard_->put(text);
+  clipboard_->offer(textContent(text), {}, {});
   return true;
 }
 

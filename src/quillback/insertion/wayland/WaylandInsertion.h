@@ -4,6 +4,7 @@
 #include <string>
 
 #include "quillback/insertion/wayland/DataControlClipboard.h"
+#include "quillback/insertion/wayland/SeatKeymap.h"
 #include "quillback/insertion/wayland/VirtualKeyboard.h"
 
 namespace voxtrel::quillback {
@@ -27,6 +28,12 @@ class WaylandInsertion {
   }
   /// False if the compositor lets no program copy without a window.
   [[nodiscard]] bool copy(const std::string& text);
+  /// The same clipboard, or null; it goes with the connection.
+  [[nodiscard]] PasteClipboard* clipboard() { return canCopy() ? clipboard_.get() : nullptr; }
+  /// See SeatKeymap; `usual` without a compositor.
+  int keyOf(std::uint32_t symbol, int usual) const {
+    return keymap_ ? keymap_->keyOf(symbol, usual) : usual;
+  }
 
  private:
   void connect();
@@ -38,6 +45,7 @@ class WaylandInsertion {
   std::unique_ptr<Compositor> compositor_;
   std::unique_ptr<VirtualKeyboard> keyboard_;
   std::unique_ptr<DataControlClipboard> clipboard_;
+  std::unique_ptr<SeatKeymap> keymap_;  // where nothing can be typed
 };
 
 }  // namespace voxtrel::quillback

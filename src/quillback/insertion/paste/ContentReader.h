@@ -1,0 +1,52 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "quillback/insertion/paste/Pipes.h"
+#include "quillback/ports/PasteClipboard.h"
+
+namespace voxtrel::quillback {
+
+/// Reads all types of what another program has copied, one after the other: GNOME refuses two at once. Text
+/// comes first.
+/// Thread: the loop's.  Borrows: Loop (must outlive this).
+/// Fails by: leaving out what cannot be read.
+class ContentReader {
+ public:
+  using OnPipe = std::function<void(FileDescriptor pipe)>;
+  /// Asks for one type; the pipe may come later, and is not open if the type cannot be had.
+  using OpenPipe = std::function<void(const std::string& type, OnPipe onPipe)>;
+
+  /// Nothing is read before `start`.
+  ContentReader(const std::vector<std::string>& types, OpenPipe openPipe, Loop& loop);
+  ContentReader(const ContentReader&) = delete;
+  ContentReader& operator=(const ContentReader&) = delete;
+
+  /// `onContent` is called once, maybe before this returns, and may destroy this.
+  void start(PasteClipboard::OnContent onContent);
+  /// What has come so far.
+  ClipboardContent stop();
+
+ private:
+  void readNext();
+  void open();
+  void readFrom(FileDescriptor pipe);
+  void add(std::string bytes);
+
+  std::vector<std::string> types_;  // that are still to be read, the last one first
+  OpenPipe openPipe_;
+  Loop& loop_;
+  PasteClipboard::OnContent onContent_;
+  std::string type_;  // that is being read
+  int refusals_ = 0;  // of the type
+  std::unique_ptr<Loop::Timer> retry_;
+  std::size_t size_ = 0;
+  ClipboardContent content_;
+  std::unique_ptr<PipeReader> reader_;
+  std::shared_ptr<bool> isAlive_ = std::make_shared<bool>(true);
+};
+
+}  // namespace voxtrel::quillback

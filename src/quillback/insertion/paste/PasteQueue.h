@@ -1,0 +1,84 @@
+#pragma once
+
+#include <chrono>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "quillback/ports/Loop.h"
+#include "quillback/ports/PasteClipboard.h"
+
+namespace voxtrel::quillback {
+
+/// A text as programs ask for it, old X11 ones too.
+ClipboardContent textContent(const std::string& text);
+
+/// Pastes texts, one after the other, into the window that has the focus: puts a text into the clipboard,
+/// presses the paste key, and puts back what was there once a window has read the text. A text that soon
+/// follows another begins with a space, because no desktop tells whether the window is still the same.
+/// Thread: the loop's.  Borrows: Loop (must outlive this); a clipboard for the time of a text.
+/// Fails by: `onRefused` with the text and a reason for people.
+class PasteQueue {
+ public:
+  struct Ways {
+    /// Asked for again and again; null if there is none.
+    std::function<PasteClipboard*()> clipboard;
+    std::function<void()> pressPasteKey;
+    std::function<void(const std::string& text, const std::string& why)> onRefused;
+  };
+  using OnEnd = std::function<void()>;
+
+  PasteQueue(Loop& loop, Ways ways) : loop_(loop), ways_(std::move(ways)) {}
+  PasteQueue(const PasteQueue&) = delete;
+  PasteQueue& operator=(const PasteQueue&) = delete;
+
+  /// Returns at once. `onEnd` is called once the text was read or refused.
+  void add(const std::string& text, OnEnd onEnd);
+  /// From now on texts are pasted; before, they wait.
+  void open();
+  /// Refuses all that was not read yet; later texts wait.
+  void close(const std::string& why);
+
+ private:
+  /// Of the first text; `quiet` follows it, until the clipboard can be changed again.
+  enum class Phase { idle, reading, offering, settling, pasting, quiet };
+  struct Text {
+    std::string text;
+    OnEnd onEnd;
+  };
+
+  void begin();
+  bool isClipboardThere();
+  void onContent(ClipboardContent content);
+  void offerText();
+  void onOffered(bool isThere);
+  void onRead(const std::string& type);
+  void press();
+  void endText();
+  void endQuiet();
+  void putBack();
+  void refuse(const std::string& why);
+  void stop();
+  /// Moves on and, after a time, runs `next` unless that was replaced by then.
+  void enter(Phase phase, std::chrono::milliseconds limit, std::function<void()> next);
+  /// Calls a member as long as the text is the same one and this is there.
+  template <typename Argument, typename Step>
+  std::function<void(Argument)> whileSame(Step step);
+
+  Loop& loop_;
+  Ways ways_;
+  bool isOpen_ = false;
+  Phase phase_ = Phase::idle;
+  std::deque<Text> texts_;
+  PasteClipboard* clipboard_ = nullptr;     // of the first text
+  std::optional<ClipboardContent> before_;  // what to put back
+  std::string lastText_;
+  Loop::TimePoint lastTime_{};
+  Loop::TimePoint settled_{};  // at the latest
+  std::unique_ptr<Loop::Timer> timer_;
+  std::shared_ptr<unsigned> number_ = std::make_shared<unsigned>(0);  // of the text
+};
+
+}  // namespace voxtrel::quillback

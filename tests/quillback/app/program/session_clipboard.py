@@ -1,0 +1,101 @@
+"""The clipboard of a portal's session, as GNOME has it."""
+
+import itertools
+import json
+import os
+import threading
+
+import dbus
+from gi.repository import GLib
+
+UTF8 = "text/plain;charset=utf-8"
+
+
+def failure(name, text):
+    """An error for the caller."""
+    return dbus.DBusException(text, name="org.freedesktop.DBus.Error." + name)
+
+
+class SessionClipboard:
+    """GNOME's clipboard. A watcher reads each new text at once; a session reads one type at a time and never
+    what it holds itself."""
+
+    def __init__(self, portal, say):
+        self._portal = portal
+        self._say = say
+        self.content = {}
+        self.is_sessions = False
+        self._reading = False
+        self._serials = itertools.count(1)
+        self._waiting = {}
+
+    def tell(self):
+        """Who holds it, and which types."""
+        options = {"session_is_owner": dbus.Boolean(self.is_sessions, variant_level=1)}
+        if self.content:
+            # A structure around the list, as the compositor sends it.
+            options["mime_types"] = dbus.Struct((dbus.Array(self.content, signature="s"),),
+                                                signature="as", variant_level=1)
+        self._portal.SelectionOwnerChanged(self._portal.session.path,
+                                           dbus.Dictionary(options, signature="sv"))
+
+    def set_by_session(self, types):
+        """The session offers these types."""
+        self.content, self.is_sessions = dict.fromkeys(types), bool(types)
+        self.tell()
+        if types:
+            self.read(UTF8, lambda text: self._say("watched", json.dumps(text.decode())))
+
+    def set_by_other(self, content):
+        """Another program copies."""
+        self.content = {kind: value.encode() for kind, value in content.items()}
+        self.is_sessions = False
+        if self._portal.session:
+            self.tell()
+
+    def read(self, kind, then):
+        """Another program reads."""
+        if not self.is_sessions:
+            return then(self.content.get(kind, b""))
+        serial = next(self._serials)
+        self._waiting[serial] = then
+        self._portal.SelectionTransfer(self._portal.session.path, kind, dbus.UInt32(serial))
+        return None
+
+    def pipe_for_writing(self, serial):
+        """The session answers a reader."""
+        reading, writing = os.pipe()
+        then = self._waiting.pop(int(serial))
+
+        def drain():
+            with os.fdopen(reading, "rb") as pipe:
+                data = pipe.read()
+            GLib.idle_add(then, data)
+        threading.Thread(target=drain, daemon=True).start()
+        descriptor = dbus.types.UnixFd(writing)
+        os.close(writing)
+        return descriptor
+
+    def pipe_for_reading(self, kind):
+        """The session reads what another program has copied."""
+        if self.is_sessions:
+            raise failure("Failed", "Tried to read own selection")
+        if not self.content:
+            raise failure("FileNotFound", "No selection owner available")
+        if self._reading:
+            raise failure("LimitsExceeded", "Tried to read in parallel")
+        self._reading = True
+        reading, writing = os.pipe()
+        os.set_blocking(reading, False)
+
+        def feed():
+            try:
+                with os.fdopen(writing, "wb") as pipe:
+                    pipe.write(self.content.get(kind, b""))
+            except BrokenPipeError:
+                pass  # the session has stopped reading
+            self._reading = False
+        threading.Thread(target=feed, daemon=True).start()
+        descriptor = dbus.types.UnixFd(reading)
+        os.close(reading)
+        return descriptor

@@ -1,0 +1,189 @@
+"""Words on Plasma: pasted by its portal's double from the clipboard of a real compositor, in which virtual
+keyboards are hidden, because Plasma has none."""
+
+import base64
+import os
+import subprocess
+import unittest
+
+from engine_program import EngineProgram, run_command
+from harness.polling import eventually
+from harness.sound import SoundServer
+from harness.sway import SwayDesk
+from harness.wayland_filter import WaylandFilter
+from words_case import TEXTS, THEIRS, Talker, WordsCase
+
+KEYBOARDS = {"zwp_virtual_keyboard_manager_v1"}
+PICTURE = base64.b64decode("iVBORw0KGgoAAAANSUhEUgAAAAEAAAABCAYAAAAfFcSJAAAADUlEQVR42mNk+M9QDwADhgGAWjR9awAAAABJRU5E"
+                           "rkJggg==")
+TYPER = os.path.join(os.environ.get("VOXTREL_PROGRAMS", ""), "quillback-wayland-typer")
+SPOKEN = "how are you today"
+
+
+class PlasmaCase(WordsCase):
+    """One compositor a class, one portal a test."""
+
+    @classmethod
+    def setUpClass(cls):
+        cls.desk = SwayDesk(login_manager=False, xwayland=False)
+        cls.enterClassContext(cls.desk)
+        cls.filter = WaylandFilter(cls.desk.path("filtered"), cls.desk.environment["WAYLAND_DISPLAY"],
+                                   KEYBOARDS)
+        cls.addClassCleanup(cls.filter.close)
+
+    def setUp(self):
+        super().setUp()
+        mine = {name: self.environment[name] for name in ("HOME", "XDG_RUNTIME_DIR")}
+        self.environment = dict(self.desk.environment, WAYLAND_DISPLAY=self.filter.path, **mine)
+        for name in ("XDG_STATE_HOME", "XDG_CONFIG_HOME"):
+            self.environment.pop(name, None)
+        self.copy(THEIRS.encode())
+
+    def copy(self, data, *options):
+        """Another program copies."""
+        subprocess.run(["wl-copy", *options], env=self.desk.environment, input=data, check=True,
+                       timeout=20)
+
+    def plasma(self, kind="plasma6"):
+        """The portal, beside the whole compositor."""
+        return self.desktop(kind, self.desk.environment)
+
+    def start(self, kind="plasma6"):
+        """An open session and its portal."""
+        plasma = self.plasma(kind)
+        inserter = self.inserter()
+        self.wait_until_open(plasma)
+        return inserter, plasma
+
+
+class Plasma6(PlasmaCase):
+    """With tokens."""
+
+    def test_any_text_arrives_exactly_and_the_old_clipboard_comes_back(self):
+        inserter, plasma = self.start()
+        self.inserts(inserter, plasma, TEXTS)
+        eventually(lambda: plasma.clipboard() == THEIRS, "the old clipboard")
+
+    def test_a_picture_comes_back_too(self):
+        self.copy(PICTURE, "--type", "image/png")
+        inserter, plasma = self.start()
+        inserter.send(b"words\0")
+        self.assertEqual(plasma.pasted(1)[0], "words")
+
+        def picture():
+            return subprocess.run(["wl-paste", "--type", "image/png"], env=self.desk.environment,
+                                  capture_output=True, check=False, timeout=20).stdout
+        eventually(lambda: picture() == PICTURE, "the picture")
+
+    def test_sixty_characters_arrive_in_time(self):
+        self.arrives_in_time(*self.start())
+
+    def test_a_program_that_watches_the_clipboard_is_not_taken_for_the_window(self):
+        self.desk.spawn("wl-paste", "--watch", "sh", "-c", "cat > /dev/null")
+        inserter, plasma = self.start()
+        for number, text in enumerate(("one", " two", " three"), 1):
+            inserter.send(text.strip().encode() + b"\0")
+            self.assertEqual(plasma.pasted(number)[0], text)
+            eventually(lambda: plasma.clipboard() == THEIRS, "the old clipboard")
+
+    def test_where_no_window_takes_the_words_they_stay_in_the_clipboard_and_a_notification_says_so(self):
+        inserter, plasma = self.start()
+        plasma.do("deaf")
+        shown = len(self.desk.notifications.shown())
+        inserter.send(b"words\0")
+        inserter.wait_for("inserted")
+        self.assertEqual(plasma.clipboard(), "words")
+        eventually(lambda: len(self.desk.notifications.shown()) > shown, "the notification")
+        last = self.desk.notifications.shown()[-1]
+        self.assertIn("no window has taken it", last.body)
+        self.assertNotIn("words", last.body.replace("What was not typed", ""))
+
+    def test_the_paste_key_is_where_the_layout_has_it(self):
+        typer = Talker(TYPER, environment=self.desk.environment)  # a keyboard
+        self.addCleanup(typer.stop)
+        typer.wait_for("type 1")
+        inserter, plasma = self.start()
+        for variant, key in (("dvorak", 52), ("''", 47)):
+            self.desk.sway("input", "*", "xkb_layout", "us")
+            self.desk.sway("input", "*", "xkb_variant", variant)
+            inserter.send(b"words\0")
+            plasma.wait_for(f"pressed 29 {key}")
+            inserter.wait_for("inserted")
+
+    def test_nothing_wakes_the_idle_program(self):
+        inserter, plasma = self.start()
+        inserter.send(b"words\0")
+        plasma.pasted(1)
+        eventually(lambda: plasma.clipboard() == THEIRS, "the old clipboard")
+        self.sleeps(inserter.pid)
+
+    def test_the_check_names_the_way(self):
+        self.plasma()
+        done = run_command("check", environment=self.environment)
+        self.assertIn("words: pasted by the desktop's portal with Ctrl+V", done.stdout.splitlines())
+
+
+class Plasma5(PlasmaCase):
+    """Without tokens: the desktop asks at each start."""
+
+    def test_words_are_pasted_and_the_old_clipboard_comes_back(self):
+        plasma = self.plasma("plasma5")
+        inserter = self.inserter()
+        self.open_without_token(inserter, plasma)
+        self.assertEqual(plasma.wait_for("devices"), "1 persist 0")
+        self.copy(THEIRS.encode())
+        inserter.send(b"words\0")
+        plasma.wait_until_pasted(" words")
+        eventually(lambda: plasma.clipboard() == THEIRS, "the old clipboard")
+
+    def test_a_session_that_ended_asks_with_the_next_words_which_are_copied(self):
+        plasma = self.plasma("plasma5")
+        inserter = self.inserter()
+        plasma.wait_for("asked")
+        plasma.do("close")
+        plasma.wait_for("left down")
+        inserter.send(b"words\0")
+        inserter.wait_for("inserted")
+        plasma.wait_for("asked", 2)
+        eventually(lambda: plasma.clipboard() == "words", "the copy")
+        self.assertEqual(plasma.lines("pasted"), [])
+
+
+class WithoutPortal(PlasmaCase):
+    """Words are copied."""
+
+    def test_six_copies_leave_one_notification(self):
+        inserter = self.inserter()
+        for number in range(1, 7):
+            inserter.send(b"words\0")
+            inserter.wait_for("inserted", number)
+        eventually(lambda: any(n.title.startswith("Copied") for n in self.desk.notifications.shown()),
+                   "a notification")
+        self.desk.notifications.wait_until_displayed(1)
+
+
+class Engine(PlasmaCase):
+    """The whole engine."""
+
+    def test_spoken_words_end_in_the_text_field(self):
+        sound = SoundServer(self.desk).start()
+        self.addCleanup(sound.stop)
+        self.environment["PULSE_SERVER"] = self.desk.environment["PULSE_SERVER"]
+        self.environment["PULSE_COOKIE"] = self.desk.environment["PULSE_COOKIE"]
+        plasma = self.plasma()
+        engine = EngineProgram("run", home=self.environment["HOME"], environment=self.environment)
+        self.addCleanup(engine.close)
+        engine.wait_for_line("Ready.", 30)
+        self.wait_until_open(plasma)
+        for number in (1, 2):
+            run_command("key", "press", environment=self.environment)
+            engine.wait_for_line("Recording...", after=len(engine.texts()) - 1)
+            sound.say(SPOKEN, latency_ms=500).exit_status(30)
+            run_command("key", "release", environment=self.environment)
+            self.assertEqual(plasma.pasted(number)[0].strip(), SPOKEN)
+            eventually(lambda: plasma.clipboard() == THEIRS, "the old clipboard")
+        self.assertEqual(engine.end()[0], 0)
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,285 @@
+"""A double of the portal's remote desktop and clipboard that behaves as one of the desktops does, with a text
+field that has the focus.
+
+Usage: words_portal.py KIND FOLDER, with KIND plasma5 and gnome43 (version 1: no tokens), plasma6 (version 2),
+gnome48 (version 2, with the clipboard), refusing, mouse-only (the user leaves the keyboard out), older (no
+remote desktop). The folder keeps the tokens. On the Plasmas the field pastes from the compositor that
+WAYLAND_DISPLAY names, on gnome43 from the file "clipboard" in the folder, on gnome48 from its own clipboard.
+Commands on standard input, one a line: copy JSON (another program copies these types), show, terminal (from
+now on the field wants Ctrl+Shift+V), deaf, close. It prints what it was asked for and what was pasted.
+"""
+
+import json
+import os
+import subprocess
+import sys
+import threading
+import time
+
+import dbus
+import dbus.lowlevel
+import dbus.mainloop.glib
+import dbus.service
+from gi.repository import GLib
+
+from session_clipboard import UTF8, SessionClipboard, failure
+
+NAME = "org.freedesktop.portal.Desktop"
+PATH = "/org/freedesktop/portal/desktop"
+REMOTE = "org.freedesktop.portal.RemoteDesktop"
+CLIPBOARD = "org.freedesktop.portal.Clipboard"
+KIND, FOLDER = sys.argv[1:3]
+VERSIONS = {"plasma5": 1, "gnome43": 1, "older": None}
+CTRL, SHIFT, KEY_V, INSERT = 29, 42, 47, 110
+PASTE = {"field": {frozenset((CTRL, KEY_V))},
+         "terminal": {frozenset((CTRL, SHIFT, KEY_V)), frozenset((SHIFT, INSERT))}}
+
+
+def say(*words):
+    """One line for the test."""
+    print(*words, flush=True)
+
+
+class Session(dbus.service.Object):
+    """A session that its owner or the desktop closes."""
+
+    def __init__(self, bus, path, owner):
+        super().__init__(bus, path)
+        self.path, self.owner = path, owner
+        self.asks_for_clipboard = self.is_started = False
+        self.token = None
+
+    @dbus.service.method("org.freedesktop.portal.Session")
+    def Close(self):
+        """The owner is done."""
+        say("closed")
+        self.remove_from_connection()
+
+    @dbus.service.signal("org.freedesktop.portal.Session")
+    def Closed(self):
+        """The desktop ends it."""
+
+
+class TextField:
+    """The window with the focus: on its paste key it reads the clipboard."""
+
+    def __init__(self, clipboard):
+        self._clipboard = clipboard
+        self._down = set()
+        self.kind, self.is_deaf = "field", False
+
+    def key(self, code, is_down):
+        """A key of the keyboard."""
+        if not is_down:
+            self._down.discard(code)
+            return
+        self._down.add(code)
+        say("pressed", *sorted(self._down))
+        if not self.is_deaf and frozenset(self._down) in PASTE[self.kind]:
+            self._read(lambda text: say("pasted", time.monotonic_ns(), json.dumps(text.decode())))
+
+    def keys_left_down(self):
+        """Of the session that ended."""
+        return sorted(self._down)
+
+    def show(self):
+        """The clipboard, as another program reads it."""
+        self._read(lambda text: say("clipboard", json.dumps(text.decode())))
+
+    def _read(self, then):
+        if KIND == "gnome48":
+            self._clipboard.read(UTF8, then)
+        elif KIND.startswith("gnome"):
+            with open(os.path.join(FOLDER, "clipboard"), "rb") as file:
+                then(file.read())
+        else:
+            def paste():
+                done = subprocess.run(["wl-paste", "--no-newline"], capture_output=True, check=False)
+                GLib.idle_add(then, done.stdout)
+            threading.Thread(target=paste, daemon=True).start()
+
+
+class Portal(dbus.service.Object):
+    """The desktop's side."""
+
+    def __init__(self, bus):
+        super().__init__(bus, PATH)
+        self._bus = bus
+        self.session = None
+        self.clipboard = SessionClipboard(self, say)
+        self.field = TextField(self.clipboard)
+
+    def _request(self, sender, options, code, results):
+        """The answer comes later, by a signal for the caller alone."""
+        path = f"{PATH}/request/{sender[1:].replace('.', '_')}/{options['handle_token']}"
+
+        def respond():
+            message = dbus.lowlevel.SignalMessage(path, "org.freedesktop.portal.Request", "Response")
+            message.set_destination(sender)
+            message.append(dbus.UInt32(code), dbus.Dictionary(results, signature="sv"),
+                           signature="ua{sv}")
+            self._bus.send_message(message)
+        GLib.idle_add(respond)
+        return dbus.ObjectPath(path)
+
+    def _checked(self, path, sender):
+        if not self.session or (self.session.path, self.session.owner) != (path, sender):
+            raise failure("AccessDenied", "Invalid session")
+        return self.session
+
+    def _checked_clipboard(self, path, sender):
+        session = self._checked(path, sender)
+        if not (session.is_started and session.asks_for_clipboard):
+            raise failure("AccessDenied", "Clipboard not enabled")
+        return self.clipboard
+
+    @dbus.service.method("org.freedesktop.DBus.Properties", "ss", "v")
+    def Get(self, interface, name):
+        """Only the versions are asked for."""
+        version = VERSIONS.get(KIND, 2) if interface == REMOTE else None
+        if interface == CLIPBOARD and KIND == "gnome48":
+            version = 1
+        if version is None or name != "version":
+            raise failure("InvalidArgs", "not here")
+        return dbus.UInt32(version, variant_level=1)
+
+    @dbus.service.method(REMOTE, "a{sv}", "o", sender_keyword="sender")
+    def CreateSession(self, options, sender=None):
+        """Nothing is asked yet."""
+        path = f"{PATH}/session/{sender[1:].replace('.', '_')}/{options['session_handle_token']}"
+        self.session = Session(self._bus, path, sender)
+        return self._request(sender, options, 0, {"session_handle": path})
+
+    @dbus.service.method(REMOTE, "oa{sv}", "o", sender_keyword="sender")
+    def SelectDevices(self, path, options, sender=None):
+        """Older portals know neither tokens nor how long a permission lasts."""
+        session = self._checked(path, sender)
+        known = {"handle_token", "types"}
+        if VERSIONS.get(KIND, 2) == 2:
+            known |= {"persist_mode", "restore_token"}
+        if set(options) - known:
+            raise failure("InvalidArgs", f"unknown: {set(options) - known}")
+        session.token = options.get("restore_token")
+        say("devices", options["types"], "persist", options.get("persist_mode", 0))
+        return self._request(sender, options, 0, {})
+
+    @dbus.service.method(REMOTE, "osa{sv}", "o", sender_keyword="sender")
+    def Start(self, path, _parent, options, sender=None):
+        """Asks the user, unless a token of an earlier session is still good."""
+        session = self._checked(path, sender)
+        tokens = os.path.join(FOLDER, "tokens")
+        os.makedirs(tokens, exist_ok=True)
+        if session.token and os.path.exists(os.path.join(tokens, session.token)):
+            os.unlink(os.path.join(tokens, session.token))
+            say("restored")
+        else:
+            say("asked")
+        if KIND == "refusing":
+            return self._request(sender, options, 1, {})
+        session.is_started = True
+        results = {"devices": dbus.UInt32(2 if KIND == "mouse-only" else 1)}
+        if VERSIONS.get(KIND, 2) == 2:
+            token = f"token-{time.monotonic_ns()}"
+            with open(os.path.join(tokens, token), "w", encoding="ascii"):
+                results["restore_token"] = token
+            results["clipboard_enabled"] = session.asks_for_clipboard
+        if session.asks_for_clipboard:
+            self.clipboard.tell()
+        return self._request(sender, options, 0, results)
+
+    @dbus.service.method(REMOTE, "oa{sv}iu", "", sender_keyword="sender")
+    def NotifyKeyboardKeycode(self, path, _options, code, state, sender=None):
+        """A key by its place."""
+        if not self._checked(path, sender).is_started:
+            raise failure("AccessDenied", "Session is not started")
+        self.field.key(int(code), state == 1)
+
+    @dbus.service.method(CLIPBOARD, "oa{sv}", "", sender_keyword="sender")
+    def RequestClipboard(self, path, _options, sender=None):
+        """Only before the session starts."""
+        session = self._checked(path, sender)
+        if KIND != "gnome48":
+            raise failure("UnknownMethod", "not here")
+        if session.is_started:
+            raise failure("AccessDenied", "too late")
+        session.asks_for_clipboard = True
+
+    @dbus.service.method(CLIPBOARD, "oa{sv}", "", sender_keyword="sender")
+    def SetSelection(self, path, options, sender=None):
+        """The session offers these types, or none."""
+        self._checked_clipboard(path, sender).set_by_session(list(options.get("mime_types", [])))
+
+    @dbus.service.method(CLIPBOARD, "ou", "h", sender_keyword="sender")
+    def SelectionWrite(self, path, serial, sender=None):
+        """A pipe for a reader."""
+        return self._checked_clipboard(path, sender).pipe_for_writing(serial)
+
+    @dbus.service.method(CLIPBOARD, "oub", "", sender_keyword="sender")
+    def SelectionWriteDone(self, path, _serial, success, sender=None):
+        """The reader has all of it."""
+        self._checked_clipboard(path, sender)
+        if not success:
+            say("unwritten")
+
+    @dbus.service.method(CLIPBOARD, "os", "h", sender_keyword="sender")
+    def SelectionRead(self, path, kind, sender=None):
+        """A pipe from another program."""
+        return self._checked_clipboard(path, sender).pipe_for_reading(str(kind))
+
+    @dbus.service.signal(CLIPBOARD, "oa{sv}")
+    def SelectionOwnerChanged(self, session, options):
+        """Somebody has copied."""
+
+    @dbus.service.signal(CLIPBOARD, "osu")
+    def SelectionTransfer(self, session, kind, serial):
+        """Somebody reads what the session offers."""
+
+    def command(self, line):
+        """What the test wants to happen."""
+        word, _, rest = line.partition(" ")
+        if word == "copy":
+            self.clipboard.set_by_other(json.loads(rest))
+        elif word == "show":
+            self.field.show()
+        elif word == "types":
+            say("types", json.dumps(sorted(self.clipboard.content)))
+        elif word == "read":
+            self.clipboard.read(rest, lambda text: say("read", json.dumps(text.decode())))
+        elif word == "terminal":
+            self.field.kind = "terminal"
+        elif word == "deaf":
+            self.field.is_deaf = True
+        elif word == "close":
+            say("left down", self.field.keys_left_down())
+            self.session.Closed()
+            self.session.remove_from_connection()
+            self.session = None
+
+
+def main():
+    """Until standard input ends."""
+    dbus.mainloop.glib.DBusGMainLoop(set_as_default=True)
+    bus = dbus.SessionBus()
+    portal = Portal(bus)
+    name = dbus.service.BusName(NAME, bus)
+    loop = GLib.MainLoop()
+    rest = b""
+
+    def read(stream, _condition):
+        # Not by lines: one that has come along with another would wait in Python's buffer.
+        nonlocal rest
+        data = os.read(stream.fileno(), 65536)
+        if not data:
+            loop.quit()
+            return False
+        *lines, rest = (rest + data).split(b"\n")
+        for line in lines:
+            portal.command(line.decode())
+        return True
+    GLib.io_add_watch(sys.stdin, GLib.PRIORITY_DEFAULT, GLib.IO_IN | GLib.IO_HUP, read)
+    say("portal", name.get_name())
+    loop.run()
+
+
+if __name__ == "__main__":
+    main()
