@@ -10,6 +10,8 @@ namespace voxtrel::quillback::test {
 
 /// A clipboard that answers when the test says so.
 struct FakePasteClipboard final : PasteClipboard {
+  explicit FakePasteClipboard(Loop& time) : loop(time) {}
+
   void read(OnContent onContent) override {
     ++reads;
     if (isSlow) {
@@ -42,10 +44,11 @@ struct FakePasteClipboard final : PasteClipboard {
   /// Another program reads; returns what it gets.
   std::string readElsewhere(const std::string& type = "text/plain;charset=utf-8") const {
     const std::string got = text();
-    if (const OnRead reader = onRead) reader(type);
+    if (const OnRead reader = onRead; reader && tellsReads) reader(type, loop.now());
     return got;
   }
 
+  Loop& loop;
   ClipboardContent content;
   ClipboardContent part;  ///< what has come of a slow one
   bool isSlow = false;

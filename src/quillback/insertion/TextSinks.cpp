@@ -118,7 +118,7 @@ TextSinks::TextSinks(Loop& loop, OwnKeys& ownKeys, ScreenLock& lock, Output& out
       paste_(loop,
              {[this] { return wayland_.clipboard(); },
               [this](std::uint32_t symbol, int usual) { return wayland_.keyOf(symbol, usual); },
-              lastClipboard_,
+              lastClipboard_, lock_,
               [this](const std::string& text, const std::string& why) { copyRest(text, why); },
               [this] { reportRefusedConsent(); }}) {}
 

@@ -5,6 +5,8 @@
 #include <utility>
 #include <vector>
 
+#include "quillback/ports/Loop.h"
+
 namespace voxtrel::quillback {
 
 /// What a clipboard has: each type, such as "text/plain", with its bytes.
@@ -18,7 +20,7 @@ class PasteClipboard {
 
   using OnContent = std::function<void(ClipboardContent content)>;
   using OnOffered = std::function<void(bool isThere)>;
-  using OnRead = std::function<void(const std::string& type)>;
+  using OnRead = std::function<void(const std::string& type, Loop::TimePoint begun)>;
 
   /// Reads what is there. Calls `onContent`, maybe before this returns. A call drops the one before.
   virtual void read(OnContent onContent) = 0;
@@ -26,7 +28,7 @@ class PasteClipboard {
   virtual ClipboardContent stopReading() = 0;
 
   /// Puts content there; nothing empties the clipboard. `onOffered` is called once; `onRead` each time that
-  /// another program has got all of one type, as long as the content is there.
+  /// another program has got all of one type, as long as the content is there, with the time when it asked.
   virtual void offer(ClipboardContent content, OnOffered onOffered, OnRead onRead) = 0;
   /// Whether what was offered last is still there.
   virtual bool holdsOffer() const = 0;

@@ -26,6 +26,9 @@ constexpr milliseconds kMaxSettleTime{200};
 constexpr milliseconds kPasteTimeout{2000};
 /// The same where nothing tells that it has read.
 constexpr milliseconds kUnseenPasteTime{300};
+constexpr const char* kNobodyRead =
+    "no window has taken it (terminals want another paste key: see paste in the settings' "
+    "[output])";
 /// Some programs read a text several times.
 constexpr milliseconds kQuietTime{150};
 constexpr milliseconds kMaxQuietTime{1000};
@@ -46,12 +49,12 @@ ClipboardContent textContent(const std::string& text) {
   return content;
 }
 
-template <typename Argument, typename Step>
-std::function<void(Argument)> PasteQueue::whileSame(Step step) {
+template <typename... Arguments>
+std::function<void(Arguments...)> PasteQueue::whileSame(void (PasteQueue::*step)(Arguments...)) {
   const std::weak_ptr<unsigned> number = number_;
-  return [this, step, number, same = *number_](Argument argument) {
+  return [this, step, number, same = *number_](Arguments... arguments) {
     const auto now = number.lock();
-    if (now && *now == same) (this->*step)(std::forward<Argument>(argument));
+    if (now && *now == same) (this->*step)(std::forward<Arguments>(arguments)...);
   };
 }
 
@@ -81,7 +84,7 @@ void PasteQueue::begin() {
   enter(Phase::reading, kReadTimeout, [this] {
     if (isClipboardThere()) onContent(clipboard_->stopReading());
   });
-  clipboard_->read(whileSame<ClipboardContent>(&PasteQueue::onContent));
+  clipboard_->read(whileSame(&PasteQueue::onContent));
 }
 
 /// A clipboard goes with its compositor or its session, and then the text is refused.
@@ -102,8 +105,8 @@ void PasteQueue::offerText() {
   const std::string& text = texts_.front().text;
   const std::string whole = std::string(separatorBetween(follows ? lastText_ : "", text)) + text;
   enter(Phase::offering, kOfferTimeout, [this] { refuse("the clipboard does not answer"); });
-  clipboard_->offer(hiddenTextContent(whole), whileSame<bool>(&PasteQueue::onOffered),
-                    whileSame<const std::string&>(&PasteQueue::onRead));
+  clipboard_->offer(hiddenTextContent(whole), whileSame(&PasteQueue::onOffered),
+                    whileSame(&PasteQueue::onRead));
 }
 
 void PasteQueue::onOffered(bool isThere) {
@@ -113,11 +116,12 @@ void PasteQueue::onOffered(bool isThere) {
   enter(Phase::settling, kSettleTime, [this] { press(); });
 }
 
-void PasteQueue::onRead(const std::string& type) {
+/// A program that watches the clipboard may have asked before the key and still read after it.
+void PasteQueue::onRead(const std::string& type, Loop::TimePoint begun) {
   if (type == kHistoryHint) return;
   if (phase_ == Phase::settling && loop_.now() < settled_) {
     enter(Phase::settling, kSettleTime, [this] { press(); });
-  } else if (phase_ == Phase::pasting) {
+  } else if (phase_ == Phase::pasting && begun >= pressed_) {
     endText();
   } else if (phase_ == Phase::quiet && loop_.now() < lastTime_ + kMaxQuietTime) {
     enter(Phase::quiet, kQuietTime, [this] { endQuiet(); });
@@ -126,8 +130,10 @@ void PasteQueue::onRead(const std::string& type) {
 
 void PasteQueue::press() {
   if (!isClipboardThere()) return;
+  if (ways_.isLocked()) return refuse("the screen is locked");
+  pressed_ = loop_.now();
   if (clipboard_->seesReads()) {
-    enter(Phase::pasting, kPasteTimeout, [this] { refuse("no window has taken it"); });
+    enter(Phase::pasting, kPasteTimeout, [this] { refuse(kNobodyRead); });
   } else {
     enter(Phase::pasting, kUnseenPasteTime, [this] { endText(); });
   }
@@ -154,8 +160,7 @@ void PasteQueue::putBack() {
   const auto before = std::exchange(before_, std::nullopt);
   if (!before || clipboard_ == nullptr || ways_.clipboard() != clipboard_) return;
   if (!clipboard_->seesReads() || !clipboard_->holdsOffer()) return;
-  clipboard_->offer(
-      *before, [](bool /*isThere*/) {}, [](const std::string& /*type*/) {});
+  clipboard_->offer(*before, nullptr, nullptr);
 }
 
 /// Nothing that was begun is continued.

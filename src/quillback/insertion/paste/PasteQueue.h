@@ -18,6 +18,7 @@ ClipboardContent textContent(const std::string& text);
 /// Pastes texts, one after the other, into the window that has the focus: puts a text into the clipboard,
 /// presses the paste key, and puts back what was there once a window has read the text. A text that soon
 /// follows another begins with a space, because no desktop tells whether the window is still the same.
+/// No key is pressed while the screen is locked.
 /// Thread: the loop's.  Borrows: Loop (must outlive this); a clipboard for the time of a text.
 /// Fails by: `onRefused` with the text and a reason for people.
 class PasteQueue {
@@ -25,6 +26,7 @@ class PasteQueue {
   struct Ways {
     /// Asked for again and again; null if there is none.
     std::function<PasteClipboard*()> clipboard;
+    std::function<bool()> isLocked;
     std::function<void()> pressPasteKey;
     std::function<void(const std::string& text, const std::string& why)> onRefused;
   };
@@ -54,7 +56,7 @@ class PasteQueue {
   void onContent(ClipboardContent content);
   void offerText();
   void onOffered(bool isThere);
-  void onRead(const std::string& type);
+  void onRead(const std::string& type, Loop::TimePoint begun);
   void press();
   void endText();
   void endQuiet();
@@ -64,8 +66,8 @@ class PasteQueue {
   /// Moves on and, after a time, runs `next` unless that was replaced by then.
   void enter(Phase phase, std::chrono::milliseconds limit, std::function<void()> next);
   /// Calls a member as long as the text is the same one and this is there.
-  template <typename Argument, typename Step>
-  std::function<void(Argument)> whileSame(Step step);
+  template <typename... Arguments>
+  std::function<void(Arguments...)> whileSame(void (PasteQueue::*step)(Arguments...));
 
   Loop& loop_;
   Ways ways_;
@@ -77,6 +79,7 @@ class PasteQueue {
   std::string lastText_;
   Loop::TimePoint lastTime_{};
   Loop::TimePoint settled_{};  // at the latest
+  Loop::TimePoint pressed_{};  // the paste key for the first text
   std::unique_ptr<Loop::Timer> timer_;
   std::shared_ptr<unsigned> number_ = std::make_shared<unsigned>(0);  // of the text
 };

@@ -102,19 +102,20 @@ void PortalClipboard::onTransfer(sd_bus_message& signal) {
   portal_.call(
       kInterface, "SelectionWrite",
       [&](sd_bus_message& call) { sd_bus_message_append(&call, "ou", session_.c_str(), serial); },
-      [this, serial, type = std::string(type)](sd_bus_message& reply) {
-        send(type, serial, pipeOf(reply));
+      [this, serial, begun = loop_.now(), type = std::string(type)](sd_bus_message& reply) {
+        send({type, serial, begun}, pipeOf(reply));
       });
 }
 
-void PortalClipboard::send(const std::string& type, std::uint32_t serial, FileDescriptor pipe) {
-  const auto entry = std::ranges::find(content_, type, &ClipboardContent::value_type::first);
-  if (entry == content_.end() || !pipe.isOpen()) return endTransfer(serial, false);
+void PortalClipboard::send(const Transfer& transfer, FileDescriptor pipe) {
+  const auto entry =
+      std::ranges::find(content_, transfer.type, &ClipboardContent::value_type::first);
+  if (entry == content_.end() || !pipe.isOpen()) return endTransfer(transfer.serial, false);
   writers_.remove_if([](const PipeWriter& writer) { return writer.isDone(); });
   writers_.emplace_back(std::move(pipe), entry->second, loop_,
-                        [this, serial, type, onRead = onRead_](bool isWhole) {
-                          endTransfer(serial, isWhole);
-                          if (isWhole && onRead) onRead(type);
+                        [this, transfer, onRead = onRead_](bool isWhole) {
+                          endTransfer(transfer.serial, isWhole);
+                          if (isWhole && onRead) onRead(transfer.type, transfer.begun);
                         });
 }
 

@@ -34,9 +34,16 @@ class PortalClipboard final : public PasteClipboard {
   bool seesReads() const override { return true; }
 
  private:
+  /// A program that reads what we offered.
+  struct Transfer {
+    std::string type;
+    std::uint32_t serial;
+    Loop::TimePoint begun;
+  };
+
   void onOwner(sd_bus_message& signal);
   void onTransfer(sd_bus_message& signal);
-  void send(const std::string& type, std::uint32_t serial, FileDescriptor pipe);
+  void send(const Transfer& transfer, FileDescriptor pipe);
   void endTransfer(std::uint32_t serial, bool isWhole);
   void openPipe(const std::string& type, const ContentReader::OnPipe& onPipe);
   bool isOfOurSession(sd_bus_message& signal) const;

@@ -17,7 +17,8 @@ constexpr std::chrono::seconds kOpeningTimeout{2};
 PortalPaste::PortalPaste(Loop& loop, Parts parts)
     : loop_(loop),
       parts_(std::move(parts)),
-      queue_(loop, {[this] { return clipboard(); }, [this] { pressPasteKey(); },
+      queue_(loop, {[this] { return clipboard(); }, [this] { return parts_.lock.isLocked(); },
+                    [this] { pressPasteKey(); },
                     [this](const std::string& text, const std::string& why) {
                       parts_.onRefused(text, why);
                     }}) {}

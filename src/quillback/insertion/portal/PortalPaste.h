@@ -8,13 +8,14 @@
 
 #include "quillback/insertion/paste/PasteQueue.h"
 #include "quillback/insertion/portal/RemoteDesktop.h"
+#include "quillback/ports/ScreenLock.h"
 #include "quillback/settings/EngineSettings.h"
 
 namespace voxtrel::quillback {
 
 /// Pastes texts into the focused window on desktops without virtual keyboards: the portal's remote desktop
 /// presses the paste key. The session is opened once; one that ended is opened again with the next text.
-/// Thread: the loop's.  Owns: the session.  Borrows: Loop, the clipboards (must outlive this).
+/// Thread: the loop's.  Owns: the session.  Borrows: Loop, ScreenLock, the clipboards (must outlive this).
 /// Fails by: false from `paste`; for a text that was taken, `onRefused` with the text and the reason.
 class PortalPaste {
  public:
@@ -25,6 +26,7 @@ class PortalPaste {
     std::function<int(std::uint32_t symbol, int usual)> keyOf;
     /// Where neither the compositor nor the session has one.
     PasteClipboard& lastClipboard;
+    ScreenLock& lock;
     std::function<void(const std::string& text, const std::string& why)> onRefused;
     /// The user has answered the desktop's question with no, just now.
     std::function<void()> onConsentRefused;

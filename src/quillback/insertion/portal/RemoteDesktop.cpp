@@ -156,6 +156,7 @@ void RemoteDesktop::lose(const std::string& why) {
   if (std::exchange(state_, State::closed) == State::closed) return;
   portal_->dropRequest();
   clipboard_->detach();
+  keys_.clear();
   if (const std::string session = std::exchange(session_, ""); !session.empty()) {
     portal_->close(session, [] {});
   }
@@ -163,18 +164,27 @@ void RemoteDesktop::lose(const std::string& why) {
 }
 
 void RemoteDesktop::press(std::span<const int> keys) {
-  for (const int key : keys) notifyKey(key, true);
-  for (const int key : keys | std::views::reverse) notifyKey(key, false);
+  const bool isSending = !keys_.empty();
+  for (const int key : keys) keys_.push_back({key, true});
+  for (const int key : keys | std::views::reverse) keys_.push_back({key, false});
+  if (!isSending) sendKey();
 }
 
-void RemoteDesktop::notifyKey(int key, bool isDown) {
+/// The portal handles calls that come together in several threads, and so in any order. A key that was
+/// released before it was pressed would stay down.
+void RemoteDesktop::sendKey() {
+  if (keys_.empty()) return;
   portal_->call(
       kInterface, "NotifyKeyboardKeycode",
-      [&](sd_bus_message& call) {
-        sd_bus_message_append(&call, "oa{sv}iu", session_.c_str(), 0, key, isDown ? 1U : 0U);
+      [this](sd_bus_message& call) {
+        sd_bus_message_append(&call, "oa{sv}iu", session_.c_str(), 0, keys_.front().key,
+                              keys_.front().isDown ? 1U : 0U);
       },
       [this, session = session_](sd_bus_message& reply) {
-        if (isError(reply) && session == session_) lose("the desktop refused the paste key");
+        if (session != session_ || keys_.empty()) return;
+        if (isError(reply)) return lose("the desktop refused the paste key");
+        keys_.pop_front();
+        sendKey();
       });
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
 #include <functional>
 #include <memory>
 #include <span>
@@ -49,6 +50,10 @@ class RemoteDesktop {
 
  private:
   enum class State { closed, opening, ready };
+  struct KeyEvent {
+    int key;
+    bool isDown;
+  };
 
   void comeBack();
   void createSession();
@@ -59,7 +64,7 @@ class RemoteDesktop {
   void onStarted(std::uint32_t code, sd_bus_message& results);
   void lose(const std::string& why);
   void refuse();
-  void notifyKey(int key, bool isDown);
+  void sendKey();
 
   Loop& loop_;
   const bool wantsClipboard_;
@@ -70,7 +75,8 @@ class RemoteDesktop {
   bool hasClipboard_ = false;
   std::uint32_t version_ = 0;
   int sessions_ = 0;
-  std::string session_;  // its path; empty while there is none
+  std::string session_;        // its path; empty while there is none
+  std::deque<KeyEvent> keys_;  // the first one is being sent
   std::unique_ptr<Portal> portal_;
   std::unique_ptr<PortalClipboard> clipboard_;
 };

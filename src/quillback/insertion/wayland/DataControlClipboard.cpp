@@ -113,8 +113,8 @@ void DataControlClipboard::send(const std::string& type, FileDescriptor pipe) {
   if (entry == content_.end()) return;
   writers_.remove_if([](const PipeWriter& writer) { return writer.isDone(); });
   writers_.emplace_back(std::move(pipe), entry->second, loop_,
-                        [type, onRead = onRead_](bool isWhole) {
-                          if (isWhole && onRead) onRead(type);
+                        [type, begun = loop_.now(), onRead = onRead_](bool isWhole) {
+                          if (isWhole && onRead) onRead(type, begun);
                         });
 }
 

@@ -106,6 +106,7 @@ class Portal(dbus.service.Object):
         super().__init__(bus, PATH)
         self._bus = bus
         self.session = None
+        self._keys = []
         self.clipboard = SessionClipboard(self, say)
         self.field = TextField(self.clipboard)
 
@@ -187,12 +188,22 @@ class Portal(dbus.service.Object):
             self.clipboard.tell()
         return self._request(sender, options, 0, results)
 
-    @dbus.service.method(REMOTE, "oa{sv}iu", "", sender_keyword="sender")
-    def NotifyKeyboardKeycode(self, path, _options, code, state, sender=None):
-        """A key by its place."""
+    @dbus.service.method(REMOTE, "oa{sv}iu", "", sender_keyword="sender",
+                         async_callbacks=("done", "_fail"))
+    def NotifyKeyboardKeycode(self, path, _options, code, state, done, _fail, sender=None):
+        """A key by its place. The portal has several threads, so calls that come together change places."""
         if not self._checked(path, sender).is_started:
             raise failure("AccessDenied", "Session is not started")
-        self.field.key(int(code), state == 1)
+        self._keys.append((int(code), state == 1, done))
+        if len(self._keys) == 1:
+            GLib.timeout_add(1, self._press_keys)
+
+    def _press_keys(self):
+        keys, self._keys = self._keys, []
+        for code, is_down, done in reversed(keys):
+            self.field.key(code, is_down)
+            done()
+        return False
 
     @dbus.service.method(CLIPBOARD, "oa{sv}", "", sender_keyword="sender")
     def RequestClipboard(self, path, _options, sender=None):
