@@ -2,8 +2,11 @@
 
 #include <systemd/sd-bus.h>
 
+#include <cstdlib>
 #include <string_view>
 #include <utility>
+
+#include "common/base/SessionKind.h"
 
 namespace voxtrel::quillback {
 namespace {
@@ -11,6 +14,14 @@ namespace {
 constexpr const char* kService = "org.freedesktop.portal.Desktop";
 constexpr const char* kPath = "/org/freedesktop/portal/desktop";
 constexpr const char* kApplication = "org.voxtrel.Voxtrel";
+
+/// The name of the desktop's own program behind the portal. Its end closes our sessions without a word.
+std::string backend() {
+  const char* const desktops = std::getenv("XDG_CURRENT_DESKTOP");
+  const DesktopFamily family = desktopFamily(desktops == nullptr ? "" : desktops);
+  return std::string("org.freedesktop.impl.portal.desktop.") +
+         (family == DesktopFamily::kde ? "kde" : "gnome");
+}
 
 }  // namespace
 
@@ -42,6 +53,10 @@ void Portal::subscribe() {
                              "member='NameOwnerChanged',arg0='") +
                      kService + "'",
                  [this](auto& signal) { onOwner(signal); });
+  bus_->onSignal(std::string("type='signal',sender='org.freedesktop.DBus',"
+                             "member='NameOwnerChanged',arg0='") +
+                     backend() + "'",
+                 [this](auto& signal) { onBackend(signal); });
 }
 
 /// An older portal refuses the call.
@@ -61,9 +76,9 @@ void Portal::askVersion(const char* interface,
         sd_bus_message_append(&call, "ss", interface, "version");
       },
       [this, onVersion](sd_bus_message& reply) {
-        open_.reset();
         std::uint32_t version = 0;
         const bool isThere = !isError(reply);
+        if (!isThere) open_.reset();
         if (isThere) sd_bus_message_read(&reply, "v", "u", &version);
         onVersion(isThere ? std::optional(version) : std::nullopt);
       });
@@ -81,6 +96,7 @@ void Portal::request(const char* interface, const char* method, const WriteReque
   call(
       interface, method, [&](sd_bus_message& message) { write(message, token_); },
       [this, token = token_](sd_bus_message& reply) {
+        open_.reset();
         if (!isError(reply) || token != token_) return;
         token_.clear();
         std::exchange(onResponse_, nullptr)(kRefused, reply);
@@ -108,6 +124,19 @@ void Portal::onOwner(sd_bus_message& signal) {
     callbacks_.onGone("the desktop's portal is gone");
   }
   if (*after != '\0') callbacks_.onThere();
+}
+
+/// One that ended at our request is not asked the same again.
+void Portal::onBackend(sd_bus_message& signal) {
+  const char* name = nullptr;
+  const char* before = nullptr;
+  const char* after = nullptr;
+  if (sd_bus_message_read(&signal, "sss", &name, &before, &after) <= 0) return;
+  if (*before == '\0') return;
+  const bool wasAsking = isAsking();
+  dropRequest();
+  callbacks_.onGone("the desktop's portal has ended");
+  if (!wasAsking) callbacks_.onThere();
 }
 
 void Portal::onSignal(const char* interface, const char* member, Bus::Handler handler) {

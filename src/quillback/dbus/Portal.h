@@ -40,8 +40,8 @@ class Portal {
   Portal(const Portal&) = delete;
   Portal& operator=(const Portal&) = delete;
 
-  /// Says who we are, which newer portals want first of all. Until the answer of `askVersion` the portal may
-  /// look at this process. It does so once.
+  /// Says who we are, which newer portals want first of all. The portal may look at this process, which it
+  /// does once: newer ones now, older ones at the first request.
   void introduce(const std::function<void()>& then);
   /// No version: it does not have the interface.
   void askVersion(const char* interface,
@@ -66,6 +66,7 @@ class Portal {
   void subscribe();
   void onAnswer(sd_bus_message& signal);
   void onOwner(sd_bus_message& signal);
+  void onBackend(sd_bus_message& signal);
 
   Callbacks callbacks_;
   std::string token_;  // of the request that runs

@@ -95,7 +95,22 @@ void PortalKey::onCreated(std::uint32_t code, sd_bus_message& results) {
   const auto session = textEntry(results, "session_handle");
   if (code != 0 || !session) return hide("the desktop's portal gave no session");
   session_ = *session;
-  bind();
+  askForBound();
+}
+
+void PortalKey::writeSession(sd_bus_message& call, const std::string& token) const {
+  sd_bus_message_append(&call, "oa{sv}", session_.c_str(), 1, "handle_token", "s", token.c_str());
+}
+
+/// What was bound at an earlier start counts. Plasma 6 opens its settings each time that something is bound.
+void PortalKey::askForBound() {
+  portal_->request(
+      kInterface, "ListShortcuts",
+      [this](auto& call, const std::string& token) { writeSession(call, token); },
+      [this](std::uint32_t code, sd_bus_message& results) {
+        const auto trigger = code == 0 ? triggerEntry(results) : std::nullopt;
+        trigger.value_or("").empty() ? bind() : accept(*trigger);
+      });
 }
 
 void PortalKey::bind() {
@@ -118,11 +133,7 @@ void PortalKey::onBound(std::uint32_t code, sd_bus_message& results) {
 
 void PortalKey::listShortcuts() {
   request(
-      "ListShortcuts",
-      [this](sd_bus_message& call, const std::string& token) {
-        sd_bus_message_append(&call, "oa{sv}", session_.c_str(), 1, "handle_token", "s",
-                              token.c_str());
-      },
+      "ListShortcuts", [this](auto& call, const std::string& token) { writeSession(call, token); },
       &PortalKey::onListed);
 }
 

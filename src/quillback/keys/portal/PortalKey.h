@@ -45,6 +45,8 @@ class PortalKey final : public KeyWatch {
   void begin();
   void comeBack();
   void createSession();
+  void writeSession(sd_bus_message& call, const std::string& token) const;
+  void askForBound();
   void bind();
   void listShortcuts();
   void onCreated(std::uint32_t code, sd_bus_message& results);

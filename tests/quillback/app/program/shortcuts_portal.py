@@ -49,6 +49,7 @@ class Portal(dbus.service.Object):
         self._registered = set()
         self._bound = None
         self._given = None
+        self._bindings = 0
         self.session = None
 
     def _request(self, sender, options, code, results):
@@ -72,6 +73,7 @@ class Portal(dbus.service.Object):
 
     def _bind(self, shortcuts):
         self._bound = shortcuts[0][0]
+        self._bindings += 1
         wanted = str(shortcuts[0][1]["preferred_trigger"])
         self._given = "" if KIND == "no-trigger" and wanted == "F8" else f"Press {wanted}"
         say("bound", wanted)
@@ -81,16 +83,20 @@ class Portal(dbus.service.Object):
         """Newer portals want to know who calls."""
         if KIND == "plasma5":
             raise dbus.DBusException("not here", name="org.freedesktop.DBus.Error.UnknownMethod")
+        self._look_at(sender)
         self._registered.add(sender)
         say("registered", application)
 
-    @dbus.service.method("org.freedesktop.DBus.Properties", "ss", "v", sender_keyword="sender")
-    def Get(self, interface, name, sender=None):
-        """Only the version is asked for. A real portal looks at its caller as this does."""
+    def _look_at(self, sender):
+        """A portal looks at its caller once: newer ones when it says who it is, older ones at its first call."""
         pid = self._bus.call_blocking("org.freedesktop.DBus", "/org/freedesktop/DBus",
                                       "org.freedesktop.DBus", "GetConnectionUnixProcessID", "s",
                                       (sender,))
         say("caller", os.stat(f"/proc/{pid}/environ").st_uid)
+
+    @dbus.service.method("org.freedesktop.DBus.Properties", "ss", "v")
+    def Get(self, interface, name):
+        """Only the version is asked for."""
         if KIND == "older" or (interface, name) != (SHORTCUTS, "version"):
             raise dbus.DBusException("not here", name="org.freedesktop.DBus.Error.InvalidArgs")
         return dbus.UInt32(1, variant_level=1)
@@ -104,7 +110,10 @@ class Portal(dbus.service.Object):
         path = f"{PATH}/session/{sender[1:].replace('.', '_')}/{token}"
         say("session", token)
         self.session = Session(self._bus, path)
+        if KIND == "gnome48":
+            self._bound = None  # of an earlier session
         if KIND == "plasma5":
+            self._look_at(sender)
             self._bind(options["shortcuts"])
         return self._request(sender, options, dbus.UInt32(0), {"session_handle": path})
 
@@ -147,6 +156,8 @@ class Portal(dbus.service.Object):
             self.Deactivated(path, "push-to-talk", dbus.UInt64(2), none)
         if word == "stranger":
             self.Activated(path, "another", dbus.UInt64(1), none)
+        if word == "count":
+            say("bindings", self._bindings)
         if word == "close":
             self.session.Closed()
         if word == "trigger":

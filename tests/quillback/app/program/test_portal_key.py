@@ -148,6 +148,15 @@ class PortalKey(unittest.TestCase):
         self.wait_until("key: yes")
         self.assertFalse(any("Push to talk" in text for text in again.texts()), again.texts())
 
+    def test_what_was_bound_at_an_earlier_start_is_not_bound_again(self):
+        portal, engine = self.works("plasma6")
+        self.assertEqual(engine.end()[0], 0)
+        again = self.engine()
+        self.wait_until("key: yes")
+        self.presses(again, portal, 2)
+        portal.do("count")
+        self.assertEqual(portal.wait_for("bindings"), "bindings 1")
+
     def test_a_portal_that_goes_away_and_comes_back_is_used_again(self):
         portal, engine = self.works("plasma6")
         portal.do("press")
@@ -167,13 +176,20 @@ class PortalKey(unittest.TestCase):
         engine.wait_for_line("Ready.")
 
     def test_only_the_portal_may_look_at_the_engine(self):
+        self.is_looked_at_by("gnome48")
+
+    def test_only_an_older_portal_may_look_at_the_engine(self):
+        self.is_looked_at_by("plasma5")
+
+    def is_looked_at_by(self, kind):
+        """The portal may, once; then nobody may."""
         # Root may look at everything, so the engine runs as another user. What nobody may look at is root's.
         user = 65534 if os.geteuid() == 0 else os.geteuid()
         home = self.environment["HOME"]
         os.chmod(home, 0o777)
         os.chmod(self.environment["XDG_RUNTIME_DIR"], 0o777)
         self.environment.pop("VOXTREL_CORE", None)
-        portal = self.portal("gnome48")
+        portal = self.portal(kind)
         engine = EngineProgram("run", environment=self.environment, sees_key=False, user=user,
                                executable=shutil.copy(EXECUTABLE, home))
         self.addCleanup(engine.close)
