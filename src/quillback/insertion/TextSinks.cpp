@@ -120,7 +120,7 @@ TextSinks::TextSinks(Loop& loop, OwnKeys& ownKeys, ScreenLock& lock, Output& out
               [this](std::uint32_t symbol, int usual) { return wayland_.keyOf(symbol, usual); },
               lastClipboard_, lock_,
               [this](const std::string& text, const std::string& why) { copyRest(text, why); },
-              [this] { reportRefusedConsent(); }}) {}
+              [this] { reportQuestion(); }, [this] { reportRefusedConsent(); }}) {}
 
 std::unique_ptr<TextSink> TextSinks::make(const EngineSettings& settings, SessionKind session) {
   if (settings.insert == EngineSettings::Insert::none) return std::make_unique<NoInsertion>();
@@ -185,6 +185,13 @@ std::string describeInsertion(const EngineSettings& settings, SessionKind sessio
 void TextSinks::copyRest(const std::string& text, const std::string& why) {
   clipboardOf(SessionKind::wayland)(text);
   reportCopiedRest(why);
+}
+
+void TextSinks::reportQuestion() {
+  output_.print("[quillback] The desktop asks whether words may be pasted");
+  notifier_.notify("The desktop asks about remote control",
+                   "It is Voxtrel: switch remote interaction on, then share. So your words are "
+                   "pasted; otherwise they are copied.");
 }
 
 void TextSinks::reportRefusedConsent() {

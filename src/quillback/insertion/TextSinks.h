@@ -39,6 +39,7 @@ class TextSinks {
   Copy clipboardOf(SessionKind session);
   void copyRest(const std::string& text, const std::string& why);
   void reportCopiedRest(const std::string& why);
+  void reportQuestion();
   void reportRefusedConsent();
 
   Loop& loop_;

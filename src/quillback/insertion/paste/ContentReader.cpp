@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <iterator>
 #include <string_view>
 #include <utility>
 
@@ -10,32 +11,35 @@ namespace {
 
 constexpr std::size_t kMaxBytes = std::size_t{64} << 20U;
 constexpr std::size_t kMaxTypes = 24;
-/// GNOME may count a read as running for a moment after its end.
-constexpr int kMaxRefusals = 5;
-constexpr std::chrono::milliseconds kRetryDelay{10};
+/// Names of one and the same text, the best one first.
+constexpr std::array<std::string_view, 5> kTexts{"text/plain;charset=utf-8", "UTF8_STRING",
+                                                 "text/plain", "STRING", "TEXT"};
 
-/// X11's clipboard lists what it can do among the types.
-bool isType(std::string_view name) {
-  constexpr std::array<std::string_view, 5> kOthers{"TARGETS", "MULTIPLE", "TIMESTAMP",
-                                                    "SAVE_TARGETS", "DELETE"};
-  return std::ranges::find(kOthers, name) == kOthers.end();
+bool isText(std::string_view type) {
+  return std::ranges::find(kTexts, type) != kTexts.end();
 }
 
-std::vector<std::string> typesToRead(const std::vector<std::string>& types) {
-  std::vector<std::string> wanted;
-  std::ranges::copy_if(types, std::back_inserter(wanted), isType);
-  std::ranges::stable_partition(wanted, [](std::string_view type) {
-    return type.starts_with("text/plain") || type == "UTF8_STRING";
-  });
-  wanted.resize(std::min(wanted.size(), kMaxTypes));
-  std::ranges::reverse(wanted);
-  return wanted;
+/// X11's clipboard lists what it can do among the types.
+bool isOther(std::string_view type) {
+  constexpr std::array<std::string_view, 6> kOthers{"TARGETS",      "MULTIPLE", "TIMESTAMP",
+                                                    "SAVE_TARGETS", "DELETE",   "COMPOUND_TEXT"};
+  return !isText(type) && std::ranges::find(kOthers, type) == kOthers.end();
 }
 
 }  // namespace
 
-ContentReader::ContentReader(const std::vector<std::string>& types, OpenPipe openPipe, Loop& loop)
-    : types_(typesToRead(types)), openPipe_(std::move(openPipe)), loop_(loop) {}
+ContentReader::ContentReader(const std::vector<std::string>& types, OpenPipe openPipe,
+                             std::chrono::milliseconds pause, Loop& loop)
+    : openPipe_(std::move(openPipe)), pause_(pause), loop_(loop) {
+  std::ranges::copy_if(types, std::back_inserter(texts_), isText);
+  std::ranges::copy_if(types, std::back_inserter(types_), isOther);
+  types_.resize(std::min(types_.size(), kMaxTypes));
+  std::ranges::reverse(types_);
+  if (texts_.empty()) return;
+  const auto* const best = std::ranges::find_if(
+      kTexts, [&](auto text) { return std::ranges::find(texts_, text) != texts_.end(); });
+  types_.emplace_back(*best);
+}
 
 void ContentReader::start(PasteClipboard::OnContent onContent) {
   onContent_ = std::move(onContent);
@@ -44,10 +48,9 @@ void ContentReader::start(PasteClipboard::OnContent onContent) {
 
 ClipboardContent ContentReader::stop() {
   types_.clear();
-  reader_.reset();
-  retry_.reset();
+  timer_.reset();
   onContent_ = nullptr;
-  return std::move(content_);
+  return std::exchange(content_, {});
 }
 
 void ContentReader::readNext() {
@@ -58,32 +61,29 @@ void ContentReader::readNext() {
   }
   type_ = std::move(types_.back());
   types_.pop_back();
-  refusals_ = 0;
-  open();
-}
-
-void ContentReader::open() {
+  isBusy_ = true;
   openPipe_(type_, [this, isAlive = std::weak_ptr(isAlive_)](FileDescriptor pipe) {
     if (!isAlive.expired()) readFrom(std::move(pipe));
   });
 }
 
 void ContentReader::readFrom(FileDescriptor pipe) {
-  if (!onContent_) return;
-  if (!pipe.isOpen()) {
-    if (++refusals_ == kMaxRefusals) return readNext();
-    retry_ = loop_.after(kRetryDelay, [this] { open(); });
-    return;
-  }
+  if (!pipe.isOpen()) return add({});
   reader_ = std::make_unique<PipeReader>(std::move(pipe), kMaxBytes, loop_,
                                          [this](std::string bytes) { add(std::move(bytes)); });
 }
 
 void ContentReader::add(std::string bytes) {
   reader_.reset();
+  isBusy_ = false;
   size_ += bytes.size();
-  if (!bytes.empty()) content_.emplace_back(std::move(type_), std::move(bytes));
-  readNext();
+  if (isText(type_) && !bytes.empty()) {
+    for (const std::string& text : texts_) content_.emplace_back(text, bytes);
+  } else if (!bytes.empty()) {
+    content_.emplace_back(std::move(type_), std::move(bytes));
+  }
+  if (pause_.count() == 0 || types_.empty()) return readNext();
+  timer_ = loop_.after(pause_, [this] { readNext(); });
 }
 
 }  // namespace voxtrel::quillback

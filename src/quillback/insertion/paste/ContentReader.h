@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <string>
@@ -10,8 +11,8 @@
 
 namespace voxtrel::quillback {
 
-/// Reads all types of what another program has copied, one after the other: GNOME refuses two at once. Text
-/// comes first.
+/// Reads all types of what another program has copied, one after the other. Text comes first, and is read
+/// under one of its names only.
 /// Thread: the loop's.  Borrows: Loop (must outlive this).
 /// Fails by: leaving out what cannot be read.
 class ContentReader {
@@ -20,29 +21,32 @@ class ContentReader {
   /// Asks for one type; the pipe may come later, and is not open if the type cannot be had.
   using OpenPipe = std::function<void(const std::string& type, OnPipe onPipe)>;
 
-  /// Nothing is read before `start`.
-  ContentReader(const std::vector<std::string>& types, OpenPipe openPipe, Loop& loop);
+  /// Nothing is read before `start`. `pause`: between one type and the next.
+  ContentReader(const std::vector<std::string>& types, OpenPipe openPipe,
+                std::chrono::milliseconds pause, Loop& loop);
   ContentReader(const ContentReader&) = delete;
   ContentReader& operator=(const ContentReader&) = delete;
 
   /// `onContent` is called once, maybe before this returns, and may destroy this.
   void start(PasteClipboard::OnContent onContent);
-  /// What has come so far.
+  /// What has come so far. The type that is being read is still read to its end, for nothing.
   ClipboardContent stop();
+  bool isBusy() const { return isBusy_; }
 
  private:
   void readNext();
-  void open();
   void readFrom(FileDescriptor pipe);
   void add(std::string bytes);
 
   std::vector<std::string> types_;  // that are still to be read, the last one first
+  std::vector<std::string> texts_;  // the names of the text
   OpenPipe openPipe_;
+  std::chrono::milliseconds pause_;
   Loop& loop_;
   PasteClipboard::OnContent onContent_;
   std::string type_;  // that is being read
-  int refusals_ = 0;  // of the type
-  std::unique_ptr<Loop::Timer> retry_;
+  bool isBusy_ = false;
+  std::unique_ptr<Loop::Timer> timer_;
   std::size_t size_ = 0;
   ClipboardContent content_;
   std::unique_ptr<PipeReader> reader_;

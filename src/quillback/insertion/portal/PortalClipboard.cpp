@@ -11,7 +11,8 @@
 namespace voxtrel::quillback {
 namespace {
 
-constexpr const char* kUsualType = "text/plain;charset=utf-8";
+/// GNOME counts a read as running for a moment after its end, and its portal crashes at one that is refused.
+constexpr std::chrono::milliseconds kReadPause{100};
 
 /// The descriptor in a reply, ours now; not open if there is none.
 FileDescriptor pipeOf(sd_bus_message& reply) {
@@ -47,7 +48,7 @@ void PortalClipboard::attach(const std::string& session) {
 
 void PortalClipboard::detach() {
   session_.clear();
-  types_.reset();
+  types_.clear();
   isOurs_ = false;
   content_.clear();
   onRead_ = nullptr;
@@ -62,7 +63,7 @@ bool PortalClipboard::isOfOurSession(sd_bus_message& signal) const {
 /// Without types the clipboard is empty.
 void PortalClipboard::onOwner(sd_bus_message& signal) {
   if (!isOfOurSession(signal)) return;
-  types_.emplace();
+  types_.clear();
   isOurs_ = false;
   forEntries(signal, [&](std::string_view key) {
     if (key == "session_is_owner") {
@@ -129,16 +130,17 @@ void PortalClipboard::endTransfer(std::uint32_t serial, bool isWhole) {
       ignoreReply);
 }
 
-/// A session may not read what it holds itself.
+/// Only what is surely granted: a session may not read what it holds itself, nor an empty clipboard, nor
+/// two types at once.
 void PortalClipboard::read(OnContent onContent) {
-  reader_.reset();
   if (isOurs_) return onContent(content_);
+  if (types_.empty() || (reader_ && reader_->isBusy())) return onContent({});
   reader_ = std::make_unique<ContentReader>(
-      types_.value_or(std::vector<std::string>{kUsualType}),
+      types_,
       [this](const std::string& type, const ContentReader::OnPipe& onPipe) {
         openPipe(type, onPipe);
       },
-      loop_);
+      kReadPause, loop_);
   reader_->start(std::move(onContent));
 }
 

@@ -3,7 +3,6 @@
 #include <cstdint>
 #include <list>
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -50,8 +49,8 @@ class PortalClipboard final : public PasteClipboard {
 
   Portal& portal_;
   Loop& loop_;
-  std::string session_;                            // its path; empty while there is none
-  std::optional<std::vector<std::string>> types_;  // that others offer, once the desktop has told
+  std::string session_;             // its path; empty while there is none
+  std::vector<std::string> types_;  // that others offer
   bool isOurs_ = false;
   ClipboardContent content_;
   OnRead onRead_;

@@ -35,7 +35,7 @@ void PortalPaste::open(EngineSettings::PasteKey key) {
                                  openingTimeout_.reset();
                                  queue_.close(why);
                                },
-                               [this] { parts_.onConsentRefused(); }});
+                               parts_.onAsking, parts_.onConsentRefused});
   desktop_->open();
 }
 

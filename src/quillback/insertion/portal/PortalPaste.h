@@ -28,6 +28,8 @@ class PortalPaste {
     PasteClipboard& lastClipboard;
     ScreenLock& lock;
     std::function<void(const std::string& text, const std::string& why)> onRefused;
+    /// The desktop asks the user for the first time.
+    std::function<void()> onAsking;
     /// The user has answered the desktop's question with no, just now.
     std::function<void()> onConsentRefused;
   };

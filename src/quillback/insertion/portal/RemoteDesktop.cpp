@@ -14,6 +14,9 @@ constexpr std::uint32_t kKeyboard = 1;
 constexpr std::uint32_t kUntilRevoked = 2;
 constexpr std::uint32_t kFirstWithToken = 2;
 constexpr const char* kRefusal = "paste-refused";
+constexpr const char* kToldQuestion = "told-paste";
+/// A desktop that has not answered by then asks the user. Plasma 5.27 never does.
+constexpr std::chrono::milliseconds kAnswerTime{500};
 
 }  // namespace
 
@@ -23,6 +26,7 @@ bool RemoteDesktop::isRefused() {
 
 void RemoteDesktop::forgetRefusal() {
   StateFile(kRefusal).remove();
+  StateFile(kToldQuestion).remove();
 }
 
 RemoteDesktop::RemoteDesktop(Loop& loop, bool wantsClipboard, Callbacks callbacks)
@@ -110,6 +114,7 @@ void RemoteDesktop::askForClipboard() {
 }
 
 void RemoteDesktop::start() {
+  if (!token_.exists()) question_ = loop_.after(kAnswerTime, [this] { tellQuestion(); });
   portal_->request(
       kInterface, "Start",
       [this](sd_bus_message& call, const std::string& token) {
@@ -119,7 +124,17 @@ void RemoteDesktop::start() {
       [this](auto code, auto& results) { onStarted(code, results); });
 }
 
+/// Once, because GNOME 43 asks at each start.
+void RemoteDesktop::tellQuestion() {
+  question_.reset();
+  const StateFile told(kToldQuestion);
+  if (told.exists()) return;
+  static_cast<void>(told.write(""));
+  callbacks_.onAsking();
+}
+
 void RemoteDesktop::onStarted(std::uint32_t code, sd_bus_message& results) {
+  question_.reset();
   if (code == Portal::kCancelled) return refuse();
   if (code != 0) return lose("the desktop did not start the session");
   std::uint32_t devices = kKeyboard;
@@ -157,6 +172,7 @@ void RemoteDesktop::lose(const std::string& why) {
   portal_->dropRequest();
   clipboard_->detach();
   keys_.clear();
+  question_.reset();
   if (const std::string session = std::exchange(session_, ""); !session.empty()) {
     portal_->close(session, [] {});
   }

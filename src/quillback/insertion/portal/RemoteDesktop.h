@@ -22,6 +22,8 @@ class RemoteDesktop {
   struct Callbacks {
     std::function<void()> onReady;
     std::function<void(const std::string& why)> onLost;
+    /// The desktop asks the user, for the first time. GNOME's question names no program.
+    std::function<void()> onAsking;
     /// The user said no; after `onLost`.
     std::function<void()> onRefused;
   };
@@ -61,6 +63,7 @@ class RemoteDesktop {
   void selectDevices();
   void askForClipboard();
   void start();
+  void tellQuestion();
   void onStarted(std::uint32_t code, sd_bus_message& results);
   void lose(const std::string& why);
   void refuse();
@@ -77,6 +80,7 @@ class RemoteDesktop {
   int sessions_ = 0;
   std::string session_;        // its path; empty while there is none
   std::deque<KeyEvent> keys_;  // the first one is being sent
+  std::unique_ptr<Loop::Timer> question_;
   std::unique_ptr<Portal> portal_;
   std::unique_ptr<PortalClipboard> clipboard_;
 };

@@ -127,7 +127,7 @@ void DataControlClipboard::read(OnContent onContent) {
       [this](const std::string& type, const ContentReader::OnPipe& onPipe) {
         onPipe(receive(type));
       },
-      loop_);
+      std::chrono::milliseconds(0), loop_);
   reader_->start(std::move(onContent));
 }
 

@@ -9,6 +9,7 @@ import dbus
 from gi.repository import GLib
 
 UTF8 = "text/plain;charset=utf-8"
+END_MS = 30
 
 
 def failure(name, text):
@@ -17,8 +18,8 @@ def failure(name, text):
 
 
 class SessionClipboard:
-    """GNOME's clipboard. A watcher reads each new text at once; a session reads one type at a time and never
-    what it holds itself."""
+    """GNOME's clipboard. A watcher reads each new text at once. A session reads one type at a time and never
+    what it holds itself or what is not there: at that the portal crashes."""
 
     def __init__(self, portal, say):
         self._portal = portal
@@ -76,14 +77,15 @@ class SessionClipboard:
         os.close(writing)
         return descriptor
 
+    def _end_reading(self):
+        self._reading = False
+        return False
+
     def pipe_for_reading(self, kind):
         """The session reads what another program has copied."""
-        if self.is_sessions:
-            raise failure("Failed", "Tried to read own selection")
-        if not self.content:
-            raise failure("FileNotFound", "No selection owner available")
-        if self._reading:
-            raise failure("LimitsExceeded", "Tried to read in parallel")
+        if self.is_sessions or not self.content or self._reading:
+            self._portal.crash()
+            raise failure("NoReply", "Message recipient disconnected from message bus")
         self._reading = True
         reading, writing = os.pipe()
         os.set_blocking(reading, False)
@@ -94,7 +96,8 @@ class SessionClipboard:
                     pipe.write(self.content.get(kind, b""))
             except BrokenPipeError:
                 pass  # the session has stopped reading
-            self._reading = False
+            # The end is noticed a moment later.
+            GLib.timeout_add(END_MS, self._end_reading)
         threading.Thread(target=feed, daemon=True).start()
         descriptor = dbus.types.UnixFd(reading)
         os.close(reading)

@@ -66,8 +66,21 @@ class Gnome48(WordsCase):
         again.send(b"words\0")
         self.assertEqual(self.gnome.pasted(1)[0], "words")
         self.assertEqual(len(self.gnome.lines("asked")), 1)
+        self.assertEqual(again.lines("[quillback]"), [])
         with open(token, encoding="ascii") as file:
             self.assertNotEqual(file.read(), first)
+
+    def test_the_question_is_told_once(self):
+        self.gnome.stop()
+        slow = self.desktop("gnome48+thinking")
+        inserter = self.inserter()
+        inserter.wait_for("[quillback] The desktop asks whether words may be pasted")
+        self.wait_until_open(slow)
+        inserter.stop()
+        os.unlink(self.state("paste-token"))
+        again = self.inserter()
+        self.wait_until_open(slow, count=2)
+        self.assertEqual(again.lines("[quillback]"), [])
 
     def test_words_that_come_while_the_session_is_restored_are_pasted(self):
         self.start().stop()
@@ -90,6 +103,7 @@ class Gnome48(WordsCase):
         self.gnome.do("terminal")
         inserter.send(b"ls -l\0")
         self.assertEqual(self.gnome.pasted(1)[0], "ls -l")
+        self.gnome.wait_for("released")
         self.gnome.do("close")
         self.assertEqual(self.gnome.wait_for("left down"), "[]")
 
@@ -107,9 +121,15 @@ class Gnome48(WordsCase):
         eventually(lambda: self.gnome.clipboard() == THEIRS, "the old clipboard")
         self.gnome.do("close")
         self.gnome.wait_for("left down")
-        inserter.send(b"two\0")
-        self.gnome.wait_for("restored")
-        self.assertEqual(self.gnome.pasted(2)[0], " two")
+
+        def is_restored():
+            # The first words may come before the program knows that the session has ended.
+            inserted = len(inserter.lines("inserted"))
+            inserter.send(b"two\0")
+            inserter.wait_for("inserted", inserted + 1)
+            return self.gnome.lines("restored")
+        eventually(is_restored, "the session", 20)
+        self.assertEqual(self.gnome.pasted(2)[0].strip(), "two")
         self.assertEqual(len(self.gnome.lines("asked")), 1)
 
     def test_a_portal_that_goes_and_comes_back_is_used_again(self):
@@ -122,6 +142,24 @@ class Gnome48(WordsCase):
         again.wait_for("restored")
         inserter.send(b"words\0")
         self.assertEqual(again.pasted(1)[0].removeprefix(" "), "words")
+
+    def test_a_session_that_ended_with_the_program_behind_the_portal_is_opened_again(self):
+        inserter = self.start()
+        self.gnome.do("crash")
+        self.gnome.wait_for("restored")
+        inserter.send(b"words\0")
+        self.assertEqual(self.gnome.pasted(1)[0], "words")
+
+    def test_a_copy_of_a_x11_program_does_not_crash_the_portal(self):
+        types = ("TARGETS", "UTF8_STRING", "text/plain;charset=utf-8", "text/plain", "STRING", "text/html")
+        self.gnome.do("copy " + json.dumps({kind: THEIRS for kind in types}))
+        inserter = self.start()
+        inserter.send(b"words\0")
+        self.assertEqual(self.gnome.pasted(1)[0], "words")
+        eventually(lambda: self.gnome.clipboard() == THEIRS, "the old clipboard")
+        self.gnome.do("types")
+        self.assertEqual(json.loads(self.gnome.wait_for("types")), sorted(set(types) - {"TARGETS"}))
+        self.assertEqual(self.gnome.lines("crashed"), [])
 
     def test_what_another_program_copies_meanwhile_is_left(self):
         inserter = self.start()

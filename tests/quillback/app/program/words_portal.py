@@ -1,12 +1,12 @@
 """A double of the portal's remote desktop and clipboard that behaves as one of the desktops does, with a text
 field that has the focus.
 
-Usage: words_portal.py KIND FOLDER, with KIND plasma5 and gnome43 (version 1: no tokens), plasma6 (version 2),
-gnome48 (version 2, with the clipboard), refusing, mouse-only (the user leaves the keyboard out), older (no
-remote desktop). The folder keeps the tokens. On the Plasmas the field pastes from the compositor that
-WAYLAND_DISPLAY names, on gnome43 from the file "clipboard" in the folder, on gnome48 from its own clipboard.
+Usage: words_portal.py KIND FOLDER, with KIND plasma5 (version 1, asks nothing), gnome43 (version 1: no tokens),
+plasma6 (version 2), gnome48 (version 2, with the clipboard; gnome48+thinking takes its time with the answer),
+refusing, mouse-only (the user leaves the keyboard out), older (no remote desktop). The folder keeps the
+tokens. On the Plasmas the field pastes from the compositor that WAYLAND_DISPLAY names, on gnome43 from the file "clipboard" in the folder, on gnome48 from its own clipboard.
 Commands on standard input, one a line: copy JSON (another program copies these types), show, terminal (from
-now on the field wants Ctrl+Shift+V), deaf, close. It prints what it was asked for and what was pasted.
+now on the field wants Ctrl+Shift+V), deaf, close, crash. It prints what it was asked for and what was pasted.
 """
 
 import json
@@ -25,10 +25,13 @@ from gi.repository import GLib
 from session_clipboard import UTF8, SessionClipboard, failure
 
 NAME = "org.freedesktop.portal.Desktop"
+BACKEND = "org.freedesktop.impl.portal.desktop.gnome"
 PATH = "/org/freedesktop/portal/desktop"
 REMOTE = "org.freedesktop.portal.RemoteDesktop"
 CLIPBOARD = "org.freedesktop.portal.Clipboard"
-KIND, FOLDER = sys.argv[1:3]
+KIND, _, HABIT = sys.argv[1].partition("+")
+FOLDER = sys.argv[2]
+THINKING_MS = 800
 VERSIONS = {"plasma5": 1, "gnome43": 1, "older": None}
 CTRL, SHIFT, KEY_V, INSERT = 29, 42, 47, 110
 PASTE = {"field": {frozenset((CTRL, KEY_V))},
@@ -72,6 +75,8 @@ class TextField:
         """A key of the keyboard."""
         if not is_down:
             self._down.discard(code)
+            if not self._down:
+                say("released")
             return
         self._down.add(code)
         say("pressed", *sorted(self._down))
@@ -110,7 +115,7 @@ class Portal(dbus.service.Object):
         self.clipboard = SessionClipboard(self, say)
         self.field = TextField(self.clipboard)
 
-    def _request(self, sender, options, code, results):
+    def _request(self, sender, options, code, results, delay_ms=0):
         """The answer comes later, by a signal for the caller alone."""
         path = f"{PATH}/request/{sender[1:].replace('.', '_')}/{options['handle_token']}"
 
@@ -120,7 +125,7 @@ class Portal(dbus.service.Object):
             message.append(dbus.UInt32(code), dbus.Dictionary(results, signature="sv"),
                            signature="ua{sv}")
             self._bus.send_message(message)
-        GLib.idle_add(respond)
+        GLib.timeout_add(delay_ms, respond)
         return dbus.ObjectPath(path)
 
     def _checked(self, path, sender):
@@ -168,13 +173,15 @@ class Portal(dbus.service.Object):
     def Start(self, path, _parent, options, sender=None):
         """Asks the user, unless a token of an earlier session is still good."""
         session = self._checked(path, sender)
+        thinks = False
         tokens = os.path.join(FOLDER, "tokens")
         os.makedirs(tokens, exist_ok=True)
         if session.token and os.path.exists(os.path.join(tokens, session.token)):
             os.unlink(os.path.join(tokens, session.token))
             say("restored")
         else:
-            say("asked")
+            say("started" if KIND == "plasma5" else "asked")
+            thinks = HABIT == "thinking"
         if KIND == "refusing":
             return self._request(sender, options, 1, {})
         session.is_started = True
@@ -186,7 +193,7 @@ class Portal(dbus.service.Object):
             results["clipboard_enabled"] = session.asks_for_clipboard
         if session.asks_for_clipboard:
             self.clipboard.tell()
-        return self._request(sender, options, 0, results)
+        return self._request(sender, options, 0, results, THINKING_MS if thinks else 0)
 
     @dbus.service.method(REMOTE, "oa{sv}iu", "", sender_keyword="sender",
                          async_callbacks=("done", "_fail"))
@@ -245,6 +252,14 @@ class Portal(dbus.service.Object):
     def SelectionTransfer(self, session, kind, serial):
         """Somebody reads what the session offers."""
 
+    def crash(self):
+        """The program behind the portal ends; the session is gone and nobody is told."""
+        say("crashed")
+        self.session.remove_from_connection()
+        self.session = None
+        self._bus.release_name(BACKEND)
+        self._bus.request_name(BACKEND)
+
     def command(self, line):
         """What the test wants to happen."""
         word, _, rest = line.partition(" ")
@@ -260,6 +275,8 @@ class Portal(dbus.service.Object):
             self.field.kind = "terminal"
         elif word == "deaf":
             self.field.is_deaf = True
+        elif word == "crash":
+            self.crash()
         elif word == "close":
             say("left down", self.field.keys_left_down())
             self.session.Closed()
@@ -288,6 +305,7 @@ def main():
             portal.command(line.decode())
         return True
     GLib.io_add_watch(sys.stdin, GLib.PRIORITY_DEFAULT, GLib.IO_IN | GLib.IO_HUP, read)
+    bus.request_name(BACKEND)
     say("portal", name.get_name())
     loop.run()
 
