@@ -77,6 +77,13 @@ void Bus::call(const Method& method, const Write& write, Handler onReply) {
   waitForMore();
 }
 
+std::string Bus::name() const {
+  const char* name = nullptr;
+  // Before that it would wait for the bus.
+  if (sd_bus_is_ready(bus_.get()) <= 0) return {};
+  return sd_bus_get_unique_name(bus_.get(), &name) < 0 ? "" : name;
+}
+
 void Bus::onSignal(const std::string& rule, Handler handler) {
   signalHandlers_.push_back(std::make_unique<Handler>(std::move(handler)));
   sd_bus_add_match_async(bus_.get(), nullptr, rule.c_str(), runHandler, nullptr,

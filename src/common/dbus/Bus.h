@@ -50,7 +50,9 @@ class Bus {
 
   /// `onReply` gets the reply, which may be an error.
   void call(const Method& method, const Write& write, Handler onReply);
-  /// Calls `handler` for every signal that matches `rule`.
+  /// How others call this connection; empty before the bus has answered anything.
+  std::string name() const;
+  /// Calls `handler` for every signal or other message that matches `rule`.
   void onSignal(const std::string& rule, Handler handler);
 
  private:

@@ -27,9 +27,8 @@ class TextsToInsert {
  public:
   explicit TextsToInsert(EpollLoop& loop)
       : loop_(loop),
-        sink_(sinks_.make(
-            readEngineSettings(ConfigManager(homeDirectory()).configPath()).settings,
-            SessionKind::wayland)),
+        sink_(sinks_.make(readEngineSettings(ConfigManager(homeDirectory()).configPath()).settings,
+                          SessionKind::wayland)),
         watch_(loop.watch(STDIN_FILENO, [this] { read(); })) {
     output_.print("started");
   }

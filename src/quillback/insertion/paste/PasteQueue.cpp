@@ -130,6 +130,9 @@ void PasteQueue::onRead(const std::string& type, Loop::TimePoint begun) {
 
 void PasteQueue::press() {
   if (!isClipboardThere()) return;
+  if (!ways_.knowsPasteKey() && loop_.now() < settled_) {
+    return enter(Phase::settling, kSettleTime, [this] { press(); });
+  }
   if (ways_.isLocked()) return refuse("the screen is locked");
   pressed_ = loop_.now();
   if (clipboard_->seesReads()) {

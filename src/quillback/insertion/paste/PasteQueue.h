@@ -27,6 +27,8 @@ class PasteQueue {
     /// Asked for again and again; null if there is none.
     std::function<PasteClipboard*()> clipboard;
     std::function<bool()> isLocked;
+    /// Whether it is known which key pastes; waited for, but not long.
+    std::function<bool()> knowsPasteKey;
     std::function<void()> pressPasteKey;
     std::function<void(const std::string& text, const std::string& why)> onRefused;
   };

@@ -17,8 +17,9 @@ constexpr std::chrono::seconds kOpeningTimeout{2};
 PortalPaste::PortalPaste(Loop& loop, Parts parts)
     : loop_(loop),
       parts_(std::move(parts)),
+      focused_(loop),
       queue_(loop, {[this] { return clipboard(); }, [this] { return parts_.lock.isLocked(); },
-                    [this] { pressPasteKey(); },
+                    [this] { return !focused_.isAsking(); }, [this] { pressPasteKey(); },
                     [this](const std::string& text, const std::string& why) {
                       parts_.onRefused(text, why);
                     }}) {}
@@ -49,11 +50,12 @@ PasteClipboard* PortalPaste::clipboard() {
 /// Latin letters goes by the usual places.
 void PortalPaste::pressPasteKey() {
   using enum EngineSettings::PasteKey;
+  const auto key = key_ == ctrlV && focused_.isTerminal() ? ctrlShiftV : key_;
   std::vector<int> keys;
-  if (key_ != shiftInsert) keys.push_back(parts_.keyOf(XKB_KEY_Control_L, KEY_LEFTCTRL));
-  if (key_ != ctrlV) keys.push_back(parts_.keyOf(XKB_KEY_Shift_L, KEY_LEFTSHIFT));
-  keys.push_back(key_ == shiftInsert ? parts_.keyOf(XKB_KEY_Insert, KEY_INSERT)
-                                     : parts_.keyOf(XKB_KEY_v, KEY_V));
+  if (key != shiftInsert) keys.push_back(parts_.keyOf(XKB_KEY_Control_L, KEY_LEFTCTRL));
+  if (key != ctrlV) keys.push_back(parts_.keyOf(XKB_KEY_Shift_L, KEY_LEFTSHIFT));
+  keys.push_back(key == shiftInsert ? parts_.keyOf(XKB_KEY_Insert, KEY_INSERT)
+                                    : parts_.keyOf(XKB_KEY_v, KEY_V));
   desktop_->press(keys);
 }
 
@@ -65,6 +67,7 @@ bool PortalPaste::paste(const std::string& text, PasteQueue::OnEnd onEnd) {
     openingTimeout_ =
         loop_.after(kOpeningTimeout, [this] { queue_.close("the desktop does not answer"); });
   }
+  focused_.ask();
   queue_.add(text, std::move(onEnd));
   return true;
 }

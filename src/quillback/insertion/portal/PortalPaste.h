@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "quillback/insertion/paste/PasteQueue.h"
+#include "quillback/insertion/portal/FocusedApp.h"
 #include "quillback/insertion/portal/RemoteDesktop.h"
 #include "quillback/ports/ScreenLock.h"
 #include "quillback/settings/EngineSettings.h"
@@ -52,6 +53,7 @@ class PortalPaste {
   Loop& loop_;
   Parts parts_;
   EngineSettings::PasteKey key_ = EngineSettings::PasteKey::ctrlV;
+  FocusedApp focused_;
   PasteQueue queue_;
   std::unique_ptr<RemoteDesktop> desktop_;
   std::unique_ptr<Loop::Timer> openingTimeout_;

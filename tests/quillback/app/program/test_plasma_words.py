@@ -34,7 +34,8 @@ class PlasmaCase(WordsCase):
     def setUp(self):
         super().setUp()
         mine = {name: self.environment[name] for name in ("HOME", "XDG_RUNTIME_DIR")}
-        self.environment = dict(self.desk.environment, WAYLAND_DISPLAY=self.filter.path, **mine)
+        self.environment = dict(self.desk.environment, WAYLAND_DISPLAY=self.filter.path,
+                                XDG_CURRENT_DESKTOP="KDE", **mine)
         for name in ("XDG_STATE_HOME", "XDG_CONFIG_HOME"):
             self.environment.pop(name, None)
         self.copy(THEIRS.encode())
@@ -110,6 +111,14 @@ class Plasma6(PlasmaCase):
             plasma.wait_for(f"pressed 29 {key}")
             inserter.wait_for("inserted")
 
+    def test_terminals_get_their_own_key(self):
+        inserter, plasma = self.start()
+        plasma.do("terminal")
+        for number, text in enumerate(("ls", " -l"), 1):
+            inserter.send(text.strip().encode() + b"\0")
+            self.assertEqual(plasma.pasted(number)[0], text)
+        self.assertEqual(plasma.lines("pressed 29 47"), [])
+
     def test_nothing_wakes_the_idle_program(self):
         inserter, plasma = self.start()
         inserter.send(b"words\0")
@@ -129,6 +138,7 @@ class Plasma5(PlasmaCase):
     def test_words_are_pasted_and_the_old_clipboard_comes_back(self):
         plasma = self.plasma("plasma5")
         inserter = self.inserter()
+        plasma.do("terminal")
         self.open_without_token(inserter, plasma, "started")
         self.assertEqual(plasma.wait_for("devices"), "1 persist 0")
         self.copy(THEIRS.encode())

@@ -22,6 +22,7 @@ import dbus.mainloop.glib
 import dbus.service
 from gi.repository import GLib
 
+from compositor_scripts import CompositorScripts
 from session_clipboard import UTF8, SessionClipboard, failure
 
 NAME = "org.freedesktop.portal.Desktop"
@@ -83,6 +84,10 @@ class TextField:
         if not self.is_deaf and frozenset(self._down) in PASTE[self.kind]:
             self._read(lambda text: say("pasted", time.monotonic_ns(), json.dumps(text.decode())))
 
+    def app(self):
+        """The program that the field belongs to."""
+        return "org.kde.konsole" if self.kind == "terminal" else "org.kde.kwrite"
+
     def keys_left_down(self):
         """Of the session that ended."""
         return sorted(self._down)
@@ -114,6 +119,8 @@ class Portal(dbus.service.Object):
         self._keys = []
         self.clipboard = SessionClipboard(self, say)
         self.field = TextField(self.clipboard)
+        folder = {"plasma5": "/", "plasma6": "/Scripting/Script"}.get(KIND)
+        self.scripts = folder and CompositorScripts(bus, folder, self.field.app)
 
     def _request(self, sender, options, code, results, delay_ms=0):
         """The answer comes later, by a signal for the caller alone."""

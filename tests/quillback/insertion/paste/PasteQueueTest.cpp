@@ -33,19 +33,21 @@ class PasteQueueTest : public ::testing::Test {
   PasteClipboard* given_ = &clipboard_;
   bool isDeaf_ = false;
   bool isLocked_ = false;
+  bool knowsKey_ = true;
   int pressed_ = 0;
   int ended_ = 0;
   std::vector<std::string> pasted_;
   std::vector<std::string> refused_;
-  PasteQueue queue_{loop_,
-                    {[this] { return given_; }, [this] { return isLocked_; },
-                     [this] {
-                       ++pressed_;
-                       if (!isDeaf_) pasted_.push_back(clipboard_.readElsewhere());
-                     },
-                     [this](const std::string& text, const std::string& why) {
-                       refused_.push_back(text + ": " + why);
-                     }}};
+  PasteQueue queue_{
+      loop_,
+      {[this] { return given_; }, [this] { return isLocked_; }, [this] { return knowsKey_; },
+       [this] {
+         ++pressed_;
+         if (!isDeaf_) pasted_.push_back(clipboard_.readElsewhere());
+       },
+       [this](const std::string& text, const std::string& why) {
+         refused_.push_back(text + ": " + why);
+       }}};
 };
 
 TEST_F(PasteQueueTest, PastesAndThenPutsBackWhatWasThere) {
@@ -109,6 +111,23 @@ TEST_F(PasteQueueTest, NoKeyIsPressedUnderALockedScreen) {
   add("two");
   loop_.advance(kSettled);
   EXPECT_THAT(pasted_, ElementsAre("two"));
+}
+
+TEST_F(PasteQueueTest, TheKeyWaitsUntilItIsKnownWhichOne) {
+  knowsKey_ = false;
+  add("one");
+  loop_.advance(milliseconds(100));
+  EXPECT_EQ(pressed_, 0);
+  knowsKey_ = true;
+  loop_.advance(kSettled);
+  EXPECT_THAT(pasted_, ElementsAre("one"));
+}
+
+TEST_F(PasteQueueTest, AnUnknownKeyDoesNotHoldTheWordsUpForLong) {
+  knowsKey_ = false;
+  add("one");
+  loop_.advance(milliseconds(250));
+  EXPECT_THAT(pasted_, ElementsAre("one"));
 }
 
 TEST_F(PasteQueueTest, ReadersBeforeTheKeyDoNotHoldItUpForLong) {

@@ -1,0 +1,142 @@
+#include "quillback/insertion/portal/FocusedApp.h"
+
+#include <systemd/sd-bus.h>
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <cstdint>
+#include <cstdlib>
+
+#include "common/base/SessionKind.h"
+#include "quillback/settings/StateFile.h"
+
+namespace voxtrel::quillback {
+namespace {
+
+/// A compositor that has not answered by then is busy.
+constexpr std::chrono::milliseconds kAnswerLimit{500};
+constexpr const char* kCompositor = "org.kde.KWin";
+constexpr const char* kScriptName = "voxtrel-focus";
+constexpr const char* kScriptFile = "focused-app.js";
+constexpr const char* kTellRule =
+    "type='method_call',interface='org.voxtrel.FocusedApp',member='Tell'";
+
+constexpr Bus::Method scripting(const char* name) {
+  return {kCompositor, "/Scripting", "org.kde.kwin.Scripting", name};
+}
+
+bool isPlasma() {
+  const char* const desktops = std::getenv("XDG_CURRENT_DESKTOP");
+  return desktops != nullptr && desktopFamily(desktops) == DesktopFamily::kde;
+}
+
+/// Plasma 5 has clients in place of windows.
+std::string scriptFor(const std::string& listener) {
+  return "var w = workspace.activeWindow || workspace.activeClient;\n"
+         "callDBus(\"" +
+         listener +
+         "\", \"/\", \"org.voxtrel.FocusedApp\", \"Tell\",\n"
+         "         w ? String(w.desktopFileName || w.resourceClass) : \"\");\n";
+}
+
+void writeName(sd_bus_message& call) {
+  sd_bus_message_append(&call, "s", kScriptName);
+}
+
+}  // namespace
+
+void FocusedApp::ask() {
+  app_.clear();
+  limit_.reset();
+  if (!isPlasma()) return;
+  if (!bus_) open();
+  if (!bus_) return;
+  limit_ = loop_.after(kAnswerLimit, [this] { end(); });
+  // An engine that was killed may have left it there.
+  bus_->call(scripting("unloadScript"), writeName,
+             [this](sd_bus_message& reply) { isError(reply) ? end() : load(); });
+}
+
+void FocusedApp::open() {
+  bus_ = openBus(Bus::Kind::session, loop_, [this] {
+    end();
+    bus_.reset();
+  });
+  if (!bus_) return;
+  bus_->onSignal(kTellRule, [this](sd_bus_message& call) {
+    const char* app = nullptr;
+    if (isAsking() && sd_bus_message_read(&call, "s", &app) > 0) app_ = app;
+    end();
+    bus_->call(scripting("unloadScript"), writeName, [](auto& /*reply*/) {});
+  });
+}
+
+void FocusedApp::load() {
+  if (!isAsking()) return;
+  const std::string path = makeStateFolder() + '/' + kScriptFile;
+  if (!StateFile(kScriptFile).write(scriptFor(bus_->name()))) return end();
+  bus_->call(
+      scripting("loadScript"),
+      [&](sd_bus_message& call) { sd_bus_message_append(&call, "ss", path.c_str(), kScriptName); },
+      [this](sd_bus_message& reply) {
+        std::int32_t id = -1;
+        if (isError(reply) || sd_bus_message_read(&reply, "i", &id) <= 0 || id < 0) return end();
+        run(std::to_string(id), false);
+      });
+}
+
+/// Plasma 6 has put the scripts into a folder.
+void FocusedApp::run(const std::string& script, bool isLastTry) {
+  const std::string path = (isLastTry ? "/" : "/Scripting/Script") + script;
+  bus_->call(
+      {kCompositor, path.c_str(), "org.kde.kwin.Script", "run"}, [](auto& /*call*/) {},
+      [this, script, isLastTry](sd_bus_message& reply) {
+        if (isError(reply)) isLastTry ? end() : run(script, true);
+      });
+}
+
+void FocusedApp::end() {
+  limit_.reset();
+  StateFile(kScriptFile).remove();
+}
+
+bool FocusedApp::isTerminal() const {
+  return isTerminalApp(app_);
+}
+
+bool isTerminalApp(std::string_view app) {
+  constexpr std::array<std::string_view, 26> kTerminals{"alacritty",
+                                                        "com.gexperts.tilix",
+                                                        "com.mitchellh.ghostty",
+                                                        "com.raggesilver.blackbox",
+                                                        "deepin-terminal",
+                                                        "foot",
+                                                        "footclient",
+                                                        "gnome-terminal",
+                                                        "gnome-terminal-server",
+                                                        "kgx",
+                                                        "kitty",
+                                                        "konsole",
+                                                        "lxterminal",
+                                                        "mate-terminal",
+                                                        "org.gnome.console",
+                                                        "org.gnome.ptyxis",
+                                                        "org.gnome.terminal",
+                                                        "org.kde.konsole",
+                                                        "org.kde.yakuake",
+                                                        "org.wezfurlong.wezterm",
+                                                        "qterminal",
+                                                        "terminator",
+                                                        "terminology",
+                                                        "tilix",
+                                                        "xfce4-terminal",
+                                                        "yakuake"};
+  std::string name(app);
+  std::ranges::transform(name, name.begin(), [](unsigned char letter) {
+    return static_cast<char>(std::tolower(letter));
+  });
+  return std::ranges::find(kTerminals, name) != kTerminals.end();
+}
+
+}  // namespace voxtrel::quillback
