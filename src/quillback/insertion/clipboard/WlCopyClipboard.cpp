@@ -6,7 +6,7 @@ namespace voxtrel::quillback {
 namespace {
 
 /// How long the desktop gets for giving the focus back to the window that had it.
-constexpr std::chrono::milliseconds kFocusTime{100};
+constexpr std::chrono::milliseconds kFocusTime{250};
 
 }  // namespace
 

@@ -188,7 +188,8 @@ class Engine(PlasmaCase):
         self.environment["PULSE_SERVER"] = self.desk.environment["PULSE_SERVER"]
         self.environment["PULSE_COOKIE"] = self.desk.environment["PULSE_COOKIE"]
         plasma = self.plasma()
-        engine = EngineProgram("run", home=self.environment["HOME"], environment=self.environment)
+        engine = EngineProgram("run", home=self.environment["HOME"], environment=self.environment,
+                               hears=False)
         self.addCleanup(engine.close)
         engine.wait_for_line("Ready.", 30)
         self.wait_until_open(plasma)

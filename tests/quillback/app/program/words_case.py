@@ -10,9 +10,10 @@ import threading
 import time
 import unittest
 
-from engine_program import bare_environment, die_with_parent, write_settings
+from engine_program import bare_environment, write_settings
 from harness.buses import Bus
 from harness.polling import eventually, stays
+from harness.processes import die_with_parent
 
 FOLDER = os.path.dirname(os.path.abspath(__file__))
 INSERTER = os.path.join(os.environ.get("VOXTREL_PROGRAMS", ""), "quillback-inserter")
