@@ -51,7 +51,10 @@ class FormFixture : public ::testing::Test {
         window = make();
         natives.push_back({newestWindow(@"VoxtrelFormWindow")});
         natives.push_back({newestWindow(@"VoxtrelFormWindow").contentView});
-        if (round % kRoundsForEachShown == 0) window->makeKeyAndOrderFront();
+        if (round % kRoundsForEachShown == 0) {
+          restartTestLimit();
+          window->makeKeyAndOrderFront();
+        }
         window.reset();
         drain();
       }

@@ -1,11 +1,20 @@
 #pragma once
 
 #import <AppKit/AppKit.h>
+#include <unistd.h>
 
 #include <chrono>
 #include <functional>
 
 namespace voxtrel {
+
+/// A test that takes longer hangs.
+constexpr unsigned kTestLimitSeconds = 40;
+
+/// Counts the limit from now on, in a test that does much.
+inline void restartTestLimit() {
+  ::alarm(kTestLimitSeconds);
+}
 
 /// Runs the main run loop, events included, until `condition` holds; false after `limit`.
 inline bool runUntil(const std::function<bool()>& condition,

@@ -6,13 +6,13 @@
 #include <csignal>
 #include <cstdio>
 
-namespace {
+#include "support/macos/RunLoop.h"
 
-constexpr unsigned kLimitSeconds = 40;
+namespace {
 
 /// Ends a run in which a test hangs, for instance in a modal loop.
 class Alarm : public testing::EmptyTestEventListener {
-  void OnTestStart(const testing::TestInfo&) override { ::alarm(kLimitSeconds); }
+  void OnTestStart(const testing::TestInfo&) override { voxtrel::restartTestLimit(); }
   void OnTestEnd(const testing::TestInfo&) override { ::alarm(0); }
 };
 

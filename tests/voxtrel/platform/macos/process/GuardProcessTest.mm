@@ -52,12 +52,17 @@ TEST(GuardProcessTest, LetsNoChildStartThatItCannotKnow) {
 TEST(GuardProcessTest, LeavesTheChildAloneOnceItIsGone) {
   auto guard = GuardProcess::start();
   ASSERT_TRUE(guard.has_value());
+  const Pipe attached = Pipe::open().value();
   const pid_t child = ::fork();
   if (child == 0) {
     ::alarm(10);
-    (*guard)->attach(::getppid());
+    const bool isAttached = (*guard)->attach(::getppid());
+    [[maybe_unused]] const ssize_t written = ::write(attached.writeEnd.get(), &isAttached, 1);
     for (;;) ::pause();
   }
+  bool isAttached = false;
+  ASSERT_EQ(::read(attached.readEnd.get(), &isAttached, 1), 1);
+  ASSERT_TRUE(isAttached);
   guard->reset();
   runFor(std::chrono::milliseconds(100));
   EXPECT_EQ(::waitpid(child, nullptr, WNOHANG), 0) << "it still runs";
