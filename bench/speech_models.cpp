@@ -1,8 +1,10 @@
 // Recognises recordings with the real library and weights, the engine's way and the library's own, in
-// turn: speech_models WEIGHTS VOICE_DETECTION CLIPS.tsv [auto] [ours | library]. CLIPS.tsv names, in a table
-// with a headline, sound files beside it and their languages. Per recording and way one line, separated by
-// tabs: way, recording, language, seconds of sound, 0, seconds from the release of the key to the words,
-// 0, 0, words. The recording "load" is the loading of the weights.
+// turn: speech_models WEIGHTS VOICE_DETECTION CLIPS.tsv [auto] [parakeet] [ours | library] [prompt=TEXT]
+// [clip=NAME]... CLIPS.tsv names, in a table with a headline, sound files beside it and their languages;
+// only the recordings NAME are taken, in that order, if there are such. Per recording and way one line,
+// separated by tabs: way, recording, language, seconds of sound, 0, seconds from the release of the key to
+// the words, 0, 0, words. The recording "load" is the loading of the weights.
+#include <parakeet.h>
 #include <whisper.h>
 
 #include <algorithm>
@@ -53,6 +55,17 @@ std::vector<Clip> readClips(const std::string& table) {
     clips.push_back(std::move(clip));
   }
   return clips;
+}
+
+/// The recordings of these names, in their order; all if there are no names.
+std::vector<Clip> chosen(const std::vector<Clip>& all, const std::vector<std::string>& names) {
+  if (names.empty()) return all;
+  std::vector<Clip> some;
+  for (const std::string& name : names) {
+    const auto found = std::ranges::find(all, name, &Clip::name);
+    if (found != all.end()) some.push_back(*found);
+  }
+  return some;
 }
 
 void report(const char* way, const Clip& clip, double seconds, const std::string& words) {
@@ -106,6 +119,15 @@ void recogniseLibraryWay(whisper_context* model, const Clip& clip, bool detect, 
   report("library", clip, now() - start, words);
 }
 
+void recogniseLibraryWay(parakeet_context* model, const Clip& clip, int threads) {
+  parakeet_full_params parameters = parakeet_full_default_params(PARAKEET_SAMPLING_GREEDY);
+  parameters.n_threads = threads;
+  parameters.no_context = true;
+  const double start = now();
+  parakeet_full(model, parameters, clip.samples.data(), static_cast<int>(clip.samples.size()));
+  report("library", clip, now() - start, "");
+}
+
 /// The library's context and our backend for a language, loaded when first needed.
 class Ways {
  public:
@@ -113,12 +135,16 @@ class Ways {
       : options_(std::move(options)), only_(std::move(only)) {}
   Ways(const Ways&) = delete;
   Ways& operator=(const Ways&) = delete;
-  ~Ways() { whisper_free(library_); }
+  ~Ways() {
+    whisper_free(whisper_);
+    parakeet_free(parakeet_);
+  }
 
   void recognise(const Clip& clip, bool detect) {
     if (only_ != "ours") {
-      if (library_ == nullptr) loadLibrary();
-      recogniseLibraryWay(library_, clip, detect, options_.threads);
+      if (whisper_ == nullptr && parakeet_ == nullptr) loadLibrary();
+      if (whisper_ != nullptr) recogniseLibraryWay(whisper_, clip, detect, options_.threads);
+      if (parakeet_ != nullptr) recogniseLibraryWay(parakeet_, clip, options_.threads);
     }
     if (only_ == "library") return;
     const std::string language = detect ? "auto" : clip.language;
@@ -129,8 +155,12 @@ class Ways {
  private:
   void loadLibrary() {
     const double start = now();
-    library_ = whisper_init_from_file_with_params(options_.weightsFile.c_str(),
-                                                  whisper_context_default_params());
+    const char* const file = options_.weightsFile.c_str();
+    if (options_.family == RecogniserOptions::Family::parakeet) {
+      parakeet_ = parakeet_init_from_file_with_params(file, parakeet_context_default_params());
+    } else {
+      whisper_ = whisper_init_from_file_with_params(file, whisper_context_default_params());
+    }
     report("library", {"load", "", {}}, now() - start, "");
   }
   void loadOurs(const std::string& language) {
@@ -143,7 +173,8 @@ class Ways {
 
   RecogniserOptions options_;
   const std::string only_;
-  whisper_context* library_ = nullptr;
+  whisper_context* whisper_ = nullptr;
+  parakeet_context* parakeet_ = nullptr;
   std::unique_ptr<RecogniserBackend> backend_;
 };
 
@@ -152,16 +183,28 @@ class Ways {
 int main(int count, char** words) {
   const std::vector<std::string> arguments(words + 1, words + count);
   if (arguments.size() < 3) {
-    std::puts("speech_models WEIGHTS VOICE_DETECTION CLIPS.tsv [auto] [ours | library]");
+    std::puts(
+        "speech_models WEIGHTS VOICE_DETECTION CLIPS.tsv [auto] [parakeet] [ours | library]"
+        " [clip=NAME]...");
     return 2;
   }
   RecogniserOptions options;
   options.weightsFile = arguments[0];
   options.voiceDetectionFile = arguments[1];
   options.threads = physicalCores(kCpuFolder);
-  whisper_log_set([](ggml_log_level, const char*, void*) {}, nullptr);
-  const bool detect = std::ranges::count(arguments, "auto") > 0;
-  const bool isOne = arguments.back() == "ours" || arguments.back() == "library";
-  Ways ways(options, isOne ? arguments.back() : "");
-  for (const Clip& clip : readClips(arguments[2])) ways.recognise(clip, detect);
+  const auto quiet = [](ggml_log_level, const char*, void*) {};
+  whisper_log_set(quiet, nullptr);
+  parakeet_log_set(quiet, nullptr);
+  bool detect = false;
+  std::string only;
+  std::vector<std::string> names;
+  for (const std::string& word : std::span(arguments).subspan(3)) {
+    if (word == "auto") detect = true;
+    if (word == "parakeet") options.family = RecogniserOptions::Family::parakeet;
+    if (word == "ours" || word == "library") only = word;
+    if (word.starts_with("clip=")) names.push_back(word.substr(5));
+    if (word.starts_with("prompt=")) options.prompt = word.substr(7);
+  }
+  Ways ways(options, only);
+  for (const Clip& clip : chosen(readClips(arguments[2]), names)) ways.recognise(clip, detect);
 }

@@ -69,11 +69,11 @@ def without_timestamps(script_class):
     return Script
 
 
-def write_script(data, out, loops):
-    """Whisper's smallest shape."""
+def write_script(data, out, loops, model="tiny", english=ENGLISH):
+    """The shape of one of Whisper's models, by default the smallest."""
     names = generator(data)
-    shape, vocabulary = names["SHAPES"]["tiny"], names["vocabulary"](data / "ggml-base.bin")
-    args = argparse.Namespace(text=GERMAN, english=ENGLISH, translated=TRANSLATED, lang="de",
+    shape, vocabulary = names["SHAPES"][model], names["vocabulary"](data / "ggml-base.bin")
+    args = argparse.Namespace(text=GERMAN, english=english, translated=TRANSLATED, lang="de",
                               loop=loops)
     script = without_timestamps(names["Script"])(shape, vocabulary, args)
     rng = names["np"].random.default_rng(1)
