@@ -8,6 +8,7 @@ parakeet make weights of their own that have the true shape, and take some minut
 
 Ratios are ours / the library's; word error rates are percent of the spoken words."""
 
+import array
 import collections
 import os
 import pathlib
@@ -25,7 +26,8 @@ sys.path[:0] = [os.path.join(TESTS, "desktop"), os.path.join(TESTS, "support")]
 import made_weights
 from harness.desk import Desk
 from harness.polling import eventually
-from harness.recordings import FOLDER, WEIGHTS, plain_words, recordings, run_quillback, word_errors
+from harness.recordings import (FOLDER, RATE_HZ, WEIGHTS, Recording, plain_words, recording, recordings,
+                                run_quillback, word_errors, write_wav)
 from run_tray import pss_mib, wake_ups
 
 DEFAULT_PARTS = ("base", "q8_0", "engine")
@@ -33,9 +35,13 @@ LONG_SECONDS = 20
 ROUNDS = 5
 IDLE_S = 30.0
 UNLOAD_S = 5
+PAUSE_SAMPLES = RATE_HZ * 6 // 10
 # Of 5.7, 11 and 26.7 seconds.
 FEW = ("en_lj001_0006", "en_jfk", "en_michael_talk")
 FIFTEEN = "es_mls_austen"
+# What is said before a long recording, so that its pieces end elsewhere: where they do is chance.
+BEFORE = {"es_veneno_long": ("es_veneno_c", "es_css10", FIFTEEN),
+          "en_michael_talk": ("en_jfk", "en_lj001_0006", "en_libri_2412_153948_0000")}
 UNSAID = "Quorvex, Blenwick"
 GROUPS = ("en", "de", "fr", "es", "others")
 # What weights of a true shape say: as many words as people in those recordings, and none of them twice.
@@ -48,10 +54,10 @@ Spoken = collections.namedtuple("Spoken", "way name seconds text")
 class Weights:
     """One file of weights, and the program that runs it both ways."""
 
-    def __init__(self, programs, title, path, *options):
+    def __init__(self, programs, title, path, *options, table=f"{FOLDER}/speech/clips.tsv"):
         self.title = title
-        self._command = [f"{programs}/speech_models", path, f"{FOLDER}/ggml-silero-v6.2.0.bin",
-                         f"{FOLDER}/speech/clips.tsv", *options]
+        self._command = [f"{programs}/speech_models", path, f"{FOLDER}/ggml-silero-v6.2.0.bin", table,
+                         *options]
 
     def run(self, *options, clips=()):
         """What was recognised, and the loads, which have the name "load"."""
@@ -118,6 +124,12 @@ class Weights:
         names = [group for group in ("all", *GROUPS) if words["ours", group]]
         self.show(f"{what}, words wrong in percent, ours and library's",
                   "; ".join(f"{name} {pair}" for name, pair in zip(names, rates)))
+
+    def measure_joined(self, clips):
+        """The words of recordings that are not in the usual table."""
+        found = [each for each in self.run() if each.name != "load"]
+        self._show_words(f"{len(clips)} times long speech after short speech", found,
+                         {clip.name: clip for clip in clips})
 
     def measure_unsaid_words(self):
         """What words in the settings change that nobody says."""
@@ -204,6 +216,24 @@ def measure_engine(programs):
 # Parts -------------------------------------------------------------------------------------------
 
 
+def joined(folder):
+    """Writes the long recordings of BEFORE, each after each of its short ones; returns them and their table."""
+    clips = []
+    for name, earlier in BEFORE.items():
+        last = recording(name)
+        for first in map(recording, earlier):
+            path = os.path.join(folder, f"{name}-{first.name}.wav")
+            samples = first.samples() + array.array("h", bytes(2 * PAUSE_SAMPLES)) + last.samples()
+            write_wav(path, samples)
+            clips.append(Recording(pathlib.Path(path).stem, last.language, path, len(samples) / RATE_HZ,
+                                   f"{first.text} {last.text}"))
+    table = os.path.join(folder, "joined.tsv")
+    with open(table, "w", encoding="utf-8") as file:
+        file.write("name\tlanguage\n")
+        file.writelines(f"{clip.name}\t{clip.language}\n" for clip in clips)
+    return clips, table
+
+
 def quantized(program, path, kind):
     """Smaller weights of the same content, beside the file."""
     smaller = f"{path.removesuffix('.bin')}-{kind}.bin"
@@ -226,6 +256,8 @@ def measure(part, programs, folder):
         weights.measure_costs()
         if part == "base":
             weights.measure_unsaid_words()
+            clips, table = joined(folder)
+            Weights(programs, "base", path, table=table).measure_joined(clips)
     elif part in ("small", "turbo"):
         shape = {"turbo": "large-v3-turbo"}.get(part, part)
         path = os.path.join(folder, f"{shape}.bin")
