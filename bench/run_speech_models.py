@@ -3,7 +3,7 @@ after the sound has ended): the same weights and threads, in turn. VOXTREL_WHISP
 with ggml-base.bin, ggml-silero-v6.2.0.bin and speech/clips.tsv; without it nothing is measured.
 
 run_speech_models.py PROGRAMS [PART...], or VOXTREL_BENCH_PARTS: base and q8_0 (the recordings), engine (its
-start and its idling with base); these by default, in about 10 minutes on two cores. small, turbo and
+start and its idling with base); these by default, in more than 10 minutes on two cores. small, turbo and
 parakeet make weights of their own that have the true shape, and take some minutes each: a few recordings.
 
 Ratios are ours / the library's; word error rates are percent of the spoken words."""
