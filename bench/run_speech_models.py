@@ -47,7 +47,7 @@ GROUPS = ("en", "de", "fr", "es", "others")
 # What weights of a true shape say: as many words as people in those recordings, and none of them twice.
 SPOKEN = (" My friend told us about some old books which they found under that big tree near her house last"
           " summer because nobody wanted them when we came home after work with two bags full of apples while"
-          " rain was falling on every street outside")
+          " rain kept falling on every street outside")
 
 Spoken = collections.namedtuple("Spoken", "way name seconds text")
 
