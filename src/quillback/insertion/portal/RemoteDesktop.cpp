@@ -2,7 +2,7 @@
 
 #include <systemd/sd-bus.h>
 
-#include <ranges>
+#include <algorithm>
 #include <utility>
 
 #include "quillback/dbus/BusEntries.h"
@@ -182,7 +182,7 @@ void RemoteDesktop::lose(const std::string& why) {
 void RemoteDesktop::press(std::span<const int> keys) {
   const bool isSending = !keys_.empty();
   for (const int key : keys) keys_.push_back({key, true});
-  for (const int key : keys | std::views::reverse) keys_.push_back({key, false});
+  std::for_each(keys.rbegin(), keys.rend(), [this](int key) { keys_.push_back({key, false}); });
   if (!isSending) sendKey();
 }
 
