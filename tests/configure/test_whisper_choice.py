@@ -59,8 +59,9 @@ class WhisperChoice(unittest.TestCase):
     def configure(self, choice, *options):
         """The exit status, and what is said about Whisper."""
         done = subprocess.run(
-            ["cmake", "-S", self.project, "-B", self.project / "build", f"-DVOXTREL_WHISPER={choice}",
-             f"-DCMAKE_PREFIX_PATH={self.prefix}", "-DGIT_EXECUTABLE=/bin/false", *options],
+            ["cmake", "-G", "Ninja", "-S", self.project, "-B", self.project / "build",
+             f"-DVOXTREL_WHISPER={choice}", f"-DCMAKE_PREFIX_PATH={self.prefix}",
+             "-DGIT_EXECUTABLE=/bin/false", *options],
             text=True, capture_output=True, check=False, timeout=60)
         said = " ".join(line.strip() for line in (done.stdout + done.stderr).splitlines())
         return done.returncode, said

@@ -1,6 +1,7 @@
 """Setup against a server, a network or a disk that fails: how it ends, and what it keeps."""
 
 import json
+import os
 import pathlib
 import resource
 import shutil
@@ -173,7 +174,7 @@ class Disks(SetupCase):
     def test_that_are_read_only_are_named(self):
         self.home.chmod(0o555)
         # Permissions do not apply to root unless it gives up that capability.
-        prefix = ["setpriv", "--bounding-set", "-dac_override"] if not pathlib.os.geteuid() else []
+        prefix = ["setpriv", "--bounding-set", "-dac_override"] if not os.geteuid() else []
         run = self.setup(prefix=prefix)
         self.home.chmod(0o755)
         self.assert_ends(run, UNWRITABLE, f"{self.folder} cannot be written (Permission denied)")
