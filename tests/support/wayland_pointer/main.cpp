@@ -83,4 +83,7 @@ int main() {
     carryOut(line, connection->get(), pointer);
     std::cout << "done" << std::endl;
   }
+  zwlr_virtual_pointer_v1_destroy(pointer);
+  zwlr_virtual_pointer_manager_v1_destroy(manager);
+  wl_registry_destroy(registry);
 }

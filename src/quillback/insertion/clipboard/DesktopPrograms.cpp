@@ -10,7 +10,7 @@ void DesktopPrograms::copy(const std::string& text) {
   });
 }
 
-void DesktopPrograms::copy(const std::string& text, OnCopied onCopied) {
+void DesktopPrograms::copy(const std::string& text, const OnCopied& onCopied) {
   const int id = nextRun_++;
   auto child = ChildRun::start({"wl-copy", "--type", "text/plain;charset=utf-8"}, text, loop_,
                                [=, this](int exitStatus) {

@@ -22,7 +22,7 @@ class DesktopPrograms {
   /// Copies with wl-copy, of Debian's package wl-clipboard.
   void copy(const std::string& text);
   /// The same for a caller that is told of the end, instead of a line of output.
-  void copy(const std::string& text, OnCopied onCopied);
+  void copy(const std::string& text, const OnCopied& onCopied);
 
  private:
   void reportCopyFailure();
