@@ -45,4 +45,8 @@ DesktopFamily desktopFamily(std::string_view desktops) {
   return DesktopFamily::other;
 }
 
+DesktopFamily currentDesktopFamily() {
+  return desktopFamily(orEmpty(std::getenv("XDG_CURRENT_DESKTOP")));
+}
+
 }  // namespace voxtrel

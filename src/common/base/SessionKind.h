@@ -28,5 +28,8 @@ enum class DesktopFamily { gnome, kde, other };
 
 /// `desktops`: separated by colons, as in XDG_CURRENT_DESKTOP; the first known one counts.
 DesktopFamily desktopFamily(std::string_view desktops);
+/// That of the session this process runs in.
+/// Thread: any, as long as none changes the environment.
+DesktopFamily currentDesktopFamily();
 
 }  // namespace voxtrel

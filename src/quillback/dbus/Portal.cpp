@@ -2,7 +2,6 @@
 
 #include <systemd/sd-bus.h>
 
-#include <cstdlib>
 #include <string_view>
 #include <utility>
 
@@ -17,10 +16,8 @@ constexpr const char* kApplication = "org.voxtrel.Voxtrel";
 
 /// The name of the desktop's own program behind the portal. Its end closes our sessions without a word.
 std::string backend() {
-  const char* const desktops = std::getenv("XDG_CURRENT_DESKTOP");
-  const DesktopFamily family = desktopFamily(desktops == nullptr ? "" : desktops);
   return std::string("org.freedesktop.impl.portal.desktop.") +
-         (family == DesktopFamily::kde ? "kde" : "gnome");
+         (currentDesktopFamily() == DesktopFamily::kde ? "kde" : "gnome");
 }
 
 }  // namespace
@@ -49,14 +46,22 @@ std::unique_ptr<Portal> Portal::ask(const char* interface, Loop& loop,
 void Portal::subscribe() {
   onSignal("org.freedesktop.portal.Request", "Response",
            [this](auto& signal) { onAnswer(signal); });
-  bus_->onSignal(std::string("type='signal',sender='org.freedesktop.DBus',"
-                             "member='NameOwnerChanged',arg0='") +
-                     kService + "'",
-                 [this](auto& signal) { onOwner(signal); });
-  bus_->onSignal(std::string("type='signal',sender='org.freedesktop.DBus',"
-                             "member='NameOwnerChanged',arg0='") +
-                     backend() + "'",
-                 [this](auto& signal) { onBackend(signal); });
+  onOwner(kService, [this](bool wasThere, bool isThere) { portalChanged(wasThere, isThere); });
+  onOwner(backend(), [this](bool wasThere, bool /*isThere*/) {
+    if (wasThere) backendEnded();
+  });
+}
+
+void Portal::onOwner(const std::string& service, const OnOwner& onChange) {
+  bus_->onSignal("type='signal',sender='org.freedesktop.DBus',member='NameOwnerChanged',arg0='" +
+                     service + "'",
+                 [onChange](sd_bus_message& signal) {
+                   const char* name = nullptr;
+                   const char* before = nullptr;
+                   const char* after = nullptr;
+                   if (sd_bus_message_read(&signal, "sss", &name, &before, &after) <= 0) return;
+                   onChange(*before != '\0', *after != '\0');
+                 });
 }
 
 /// An older portal refuses the call.
@@ -112,27 +117,18 @@ void Portal::onAnswer(sd_bus_message& signal) {
   std::exchange(onResponse_, nullptr)(code, signal);
 }
 
-void Portal::onOwner(sd_bus_message& signal) {
-  const char* name = nullptr;
-  const char* before = nullptr;
-  const char* after = nullptr;
-  if (sd_bus_message_read(&signal, "sss", &name, &before, &after) <= 0) return;
-  // A portal that was started for our first call has had no owner before.
-  if (*before != '\0') {
+/// A portal that was started for our first call was not there before.
+void Portal::portalChanged(bool wasThere, bool isThere) {
+  if (wasThere) {
     dropRequest();
     open_.reset();
     callbacks_.onGone("the desktop's portal is gone");
   }
-  if (*after != '\0') callbacks_.onThere();
+  if (isThere) callbacks_.onThere();
 }
 
 /// One that ended at our request is not asked the same again.
-void Portal::onBackend(sd_bus_message& signal) {
-  const char* name = nullptr;
-  const char* before = nullptr;
-  const char* after = nullptr;
-  if (sd_bus_message_read(&signal, "sss", &name, &before, &after) <= 0) return;
-  if (*before == '\0') return;
+void Portal::backendEnded() {
   const bool wasAsking = isAsking();
   dropRequest();
   callbacks_.onGone("the desktop's portal has ended");

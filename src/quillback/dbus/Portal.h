@@ -65,8 +65,11 @@ class Portal {
   explicit Portal(Callbacks callbacks) : callbacks_(std::move(callbacks)) {}
   void subscribe();
   void onAnswer(sd_bus_message& signal);
-  void onOwner(sd_bus_message& signal);
-  void onBackend(sd_bus_message& signal);
+  /// Calls `onChange` when a service comes or goes.
+  using OnOwner = std::function<void(bool wasThere, bool isThere)>;
+  void onOwner(const std::string& service, const OnOwner& onChange);
+  void portalChanged(bool wasThere, bool isThere);
+  void backendEnded();
 
   Callbacks callbacks_;
   std::string token_;  // of the request that runs

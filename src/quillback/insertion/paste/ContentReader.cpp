@@ -28,6 +28,12 @@ bool isOther(std::string_view type) {
 
 }  // namespace
 
+ClipboardContent textContent(const std::string& text) {
+  ClipboardContent content;
+  for (const std::string_view type : kTexts) content.emplace_back(type, text);
+  return content;
+}
+
 ContentReader::ContentReader(const std::vector<std::string>& types, OpenPipe openPipe,
                              std::chrono::milliseconds pause, Loop& loop)
     : openPipe_(std::move(openPipe)), pause_(pause), loop_(loop) {

@@ -11,6 +11,9 @@
 
 namespace voxtrel::quillback {
 
+/// A text as programs ask for it, old X11 ones too.
+ClipboardContent textContent(const std::string& text);
+
 /// Reads all types of what another program has copied, one after the other. Text comes first, and is read
 /// under one of its names only.
 /// Thread: the loop's.  Borrows: Loop (must outlive this).

@@ -1,9 +1,8 @@
 #include "quillback/insertion/paste/PasteQueue.h"
 
-#include <algorithm>
-#include <array>
 #include <utility>
 
+#include "quillback/insertion/paste/ContentReader.h"
 #include "quillback/text/Typeable.h"
 
 namespace voxtrel::quillback {
@@ -11,8 +10,6 @@ namespace {
 
 using std::chrono::milliseconds;
 
-constexpr std::array kTextTypes{"text/plain;charset=utf-8", "text/plain", "UTF8_STRING", "STRING",
-                                "TEXT"};
 /// With this, Plasma's clipboard does not keep the text in its history.
 constexpr const char* kHistoryHint = "x-kde-passwordManagerHint";
 
@@ -42,12 +39,6 @@ ClipboardContent hiddenTextContent(const std::string& text) {
 }
 
 }  // namespace
-
-ClipboardContent textContent(const std::string& text) {
-  ClipboardContent content;
-  for (const char* const type : kTextTypes) content.emplace_back(type, text);
-  return content;
-}
 
 template <typename... Arguments>
 std::function<void(Arguments...)> PasteQueue::whileSame(void (PasteQueue::*step)(Arguments...)) {

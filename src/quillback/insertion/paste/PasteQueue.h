@@ -12,9 +12,6 @@
 
 namespace voxtrel::quillback {
 
-/// A text as programs ask for it, old X11 ones too.
-ClipboardContent textContent(const std::string& text);
-
 /// Pastes texts, one after the other, into the window that has the focus: puts a text into the clipboard,
 /// presses the paste key, and puts back what was there once a window has read the text. A text that soon
 /// follows another begins with a space, because no desktop tells whether the window is still the same.

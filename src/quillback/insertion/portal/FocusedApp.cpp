@@ -6,7 +6,6 @@
 #include <array>
 #include <cctype>
 #include <cstdint>
-#include <cstdlib>
 
 #include "common/base/SessionKind.h"
 #include "quillback/settings/StateFile.h"
@@ -24,11 +23,6 @@ constexpr const char* kTellRule =
 
 constexpr Bus::Method scripting(const char* name) {
   return {kCompositor, "/Scripting", "org.kde.kwin.Scripting", name};
-}
-
-bool isPlasma() {
-  const char* const desktops = std::getenv("XDG_CURRENT_DESKTOP");
-  return desktops != nullptr && desktopFamily(desktops) == DesktopFamily::kde;
 }
 
 /// Plasma 5 has clients in place of windows.
@@ -49,7 +43,7 @@ void writeName(sd_bus_message& call) {
 void FocusedApp::ask() {
   app_.clear();
   limit_.reset();
-  if (!isPlasma()) return;
+  if (currentDesktopFamily() != DesktopFamily::kde) return;
   if (!bus_) open();
   if (!bus_) return;
   limit_ = loop_.after(kAnswerLimit, [this] { end(); });

@@ -10,34 +10,14 @@ import os
 import sys
 
 import dbus
-import dbus.lowlevel
 import dbus.mainloop.glib
 import dbus.service
 from gi.repository import GLib
 
-NAME = "org.freedesktop.portal.Desktop"
-PATH = "/org/freedesktop/portal/desktop"
+from portal_double import NAME, PATH, Session, answer_later, say
+
 SHORTCUTS = "org.freedesktop.portal.GlobalShortcuts"
 KIND = sys.argv[1]
-
-
-def say(*words):
-    """One line for the test."""
-    print(*words, flush=True)
-
-
-class Session(dbus.service.Object):
-    """A session that its owner or the desktop closes."""
-
-    @dbus.service.method("org.freedesktop.portal.Session")
-    def Close(self):
-        """The owner is done."""
-        say("closed")
-        self.remove_from_connection()
-
-    @dbus.service.signal("org.freedesktop.portal.Session")
-    def Closed(self):
-        """The desktop ends it."""
 
 
 class Portal(dbus.service.Object):
@@ -52,17 +32,8 @@ class Portal(dbus.service.Object):
         self._bindings = 0
         self.session = None
 
-    def _request(self, sender, options, code, results):
-        """The answer comes later, by a signal for the caller alone."""
-        path = f"{PATH}/request/{sender[1:].replace('.', '_')}/{options['handle_token']}"
-
-        def respond():
-            message = dbus.lowlevel.SignalMessage(path, "org.freedesktop.portal.Request", "Response")
-            message.set_destination(sender)
-            message.append(code, results, signature="ua{sv}")
-            self._bus.send_message(message)
-        GLib.idle_add(respond)
-        return dbus.ObjectPath(path)
+    def _request(self, *arguments):
+        return answer_later(self._bus, *arguments)
 
     def _shortcuts(self):
         if self._bound is None:

@@ -17,17 +17,15 @@ import threading
 import time
 
 import dbus
-import dbus.lowlevel
 import dbus.mainloop.glib
 import dbus.service
 from gi.repository import GLib
 
 from compositor_scripts import CompositorScripts
+from portal_double import NAME, PATH, Session, answer_later, say
 from session_clipboard import UTF8, SessionClipboard, failure
 
-NAME = "org.freedesktop.portal.Desktop"
 BACKEND = "org.freedesktop.impl.portal.desktop.gnome"
-PATH = "/org/freedesktop/portal/desktop"
 REMOTE = "org.freedesktop.portal.RemoteDesktop"
 CLIPBOARD = "org.freedesktop.portal.Clipboard"
 KIND, _, HABIT = sys.argv[1].partition("+")
@@ -39,29 +37,14 @@ PASTE = {"field": {frozenset((CTRL, KEY_V))},
          "terminal": {frozenset((CTRL, SHIFT, KEY_V)), frozenset((SHIFT, INSERT))}}
 
 
-def say(*words):
-    """One line for the test."""
-    print(*words, flush=True)
-
-
-class Session(dbus.service.Object):
-    """A session that its owner or the desktop closes."""
+class RemoteSession(Session):
+    """A session in which keys can be pressed."""
 
     def __init__(self, bus, path, owner):
         super().__init__(bus, path)
         self.path, self.owner = path, owner
         self.asks_for_clipboard = self.is_started = False
         self.token = None
-
-    @dbus.service.method("org.freedesktop.portal.Session")
-    def Close(self):
-        """The owner is done."""
-        say("closed")
-        self.remove_from_connection()
-
-    @dbus.service.signal("org.freedesktop.portal.Session")
-    def Closed(self):
-        """The desktop ends it."""
 
 
 class TextField:
@@ -122,18 +105,8 @@ class Portal(dbus.service.Object):
         folder = {"plasma5": "/", "plasma6": "/Scripting/Script"}.get(KIND)
         self.scripts = folder and CompositorScripts(bus, folder, self.field.app)
 
-    def _request(self, sender, options, code, results, delay_ms=0):
-        """The answer comes later, by a signal for the caller alone."""
-        path = f"{PATH}/request/{sender[1:].replace('.', '_')}/{options['handle_token']}"
-
-        def respond():
-            message = dbus.lowlevel.SignalMessage(path, "org.freedesktop.portal.Request", "Response")
-            message.set_destination(sender)
-            message.append(dbus.UInt32(code), dbus.Dictionary(results, signature="sv"),
-                           signature="ua{sv}")
-            self._bus.send_message(message)
-        GLib.timeout_add(delay_ms, respond)
-        return dbus.ObjectPath(path)
+    def _request(self, *arguments):
+        return answer_later(self._bus, *arguments)
 
     def _checked(self, path, sender):
         if not self.session or (self.session.path, self.session.owner) != (path, sender):
@@ -160,7 +133,7 @@ class Portal(dbus.service.Object):
     def CreateSession(self, options, sender=None):
         """Nothing is asked yet."""
         path = f"{PATH}/session/{sender[1:].replace('.', '_')}/{options['session_handle_token']}"
-        self.session = Session(self._bus, path, sender)
+        self.session = RemoteSession(self._bus, path, sender)
         return self._request(sender, options, 0, {"session_handle": path})
 
     @dbus.service.method(REMOTE, "oa{sv}", "o", sender_keyword="sender")
