@@ -7,8 +7,8 @@
 
 #include "quillback/app/KeySource.h"
 #include "quillback/keys/SharedKey.h"
-#include "quillback/keys/evdev/PathArrival.h"
 #include "quillback/keys/portal/PortalKey.h"
+#include "quillback/loop/PathArrival.h"
 #include "quillback/ports/Output.h"
 
 namespace voxtrel::quillback {

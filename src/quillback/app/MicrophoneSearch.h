@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "quillback/insertion/clipboard/ChildRun.h"
-#include "quillback/keys/evdev/PathArrival.h"
+#include "quillback/loop/PathArrival.h"
 #include "quillback/ports/Loop.h"
 
 namespace voxtrel::quillback {

@@ -7,8 +7,8 @@
 
 #include "common/settings/HotkeyTable.h"
 #include "quillback/keys/PushToTalk.h"
-#include "quillback/keys/evdev/FolderWatch.h"
 #include "quillback/keys/evdev/Keyboard.h"
+#include "quillback/loop/FolderWatch.h"
 #include "quillback/ports/Loop.h"
 
 namespace voxtrel::quillback {

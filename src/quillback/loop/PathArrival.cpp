@@ -1,4 +1,4 @@
-#include "quillback/keys/evdev/PathArrival.h"
+#include "quillback/loop/PathArrival.h"
 
 #include <utility>
 

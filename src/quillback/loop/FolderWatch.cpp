@@ -1,4 +1,4 @@
-#include "quillback/keys/evdev/FolderWatch.h"
+#include "quillback/loop/FolderWatch.h"
 
 #include <sys/inotify.h>
 #include <unistd.h>

@@ -4,7 +4,7 @@
 #include <fstream>
 #include <memory>
 
-#include "quillback/keys/evdev/PathArrival.h"
+#include "quillback/loop/PathArrival.h"
 #include "support/PollLoop.h"
 #include "support/ScratchFolder.h"
 

@@ -6,7 +6,7 @@
 #include <optional>
 #include <string>
 
-#include "quillback/keys/evdev/FolderWatch.h"
+#include "quillback/loop/FolderWatch.h"
 #include "quillback/ports/Loop.h"
 
 namespace voxtrel::quillback {
