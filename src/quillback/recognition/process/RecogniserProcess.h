@@ -15,7 +15,7 @@ namespace voxtrel::quillback {
 
 /// How long the recogniser's process may take.
 struct RecogniserLimits {
-  std::chrono::milliseconds drop{300};  ///< to leave an utterance that is not wanted
+  std::chrono::milliseconds drop{200};  ///< to leave an utterance that is not wanted
   std::chrono::milliseconds load{std::chrono::minutes(5)};
   /// From the end of an utterance to its text; longer if `answerPerSound` times its length is.
   std::chrono::milliseconds answer{std::chrono::seconds(60)};

@@ -131,7 +131,7 @@ TEST_F(RecogniserProcessTest, AChildThatDoesNotLeaveADroppedUtteranceIsReplaced)
   isDropped_ = true;
   const auto before = steady_clock::now();
   process_->drop();
-  EXPECT_GE(steady_clock::now() - before, 300ms);
+  EXPECT_GE(steady_clock::now() - before, 200ms);
   EXPECT_LT(steady_clock::now() - before, 2s);
   isDropped_ = false;
   const Transcription result = recognise({1, 2});
