@@ -34,17 +34,6 @@ RecogniserOptions::Family familyOf(ModelFamily family) {
                                          : RecogniserOptions::Family::whisper;
 }
 
-/// The settings' text and the words that may be said, as one text.
-std::string promptOf(const EngineSettings& settings) {
-  std::string prompt = settings.prompt;
-  for (const std::string& word : settings.words) {
-    const bool isFirst = &word == &settings.words.front();
-    if (!prompt.empty()) prompt += isFirst ? " " : ", ";
-    prompt += word;
-  }
-  return prompt;
-}
-
 std::unique_ptr<RecogniserBackend> makeEmbedded() {
   return std::make_unique<SphinxBackend>(sphinxModelFolder());
 }
@@ -120,8 +109,8 @@ std::unique_ptr<RecogniserBackend> makeServedBackend(const std::vector<std::stri
     const auto stored = inspectStore(home, words[1]);
     if (!stored) return nullptr;
     options = {familyOf(stored->family), stored->weightsFile, stored->voiceDetectionFile,
-               settings.language,        settings.translate,  promptOf(settings),
-               settings.threads};
+               settings.language,        settings.translate,  settings.prompt,
+               settings.words,           settings.threads};
     used = 2;
   } else if (words.size() > 2 && words[0] == "file") {
     const bool isParakeet = words[1] == kParakeet;

@@ -3,6 +3,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "quillback/recognition/RecogniserBackend.h"
 
@@ -20,7 +21,8 @@ struct RecogniserOptions {
   std::string voiceDetectionFile;  ///< path; empty: the loudness decides what is speech
   std::string language = "auto";   ///< a language code; "auto" detects the language
   bool translate = false;          ///< to English
-  std::string prompt;              ///< what the words are likely to be about, and names in it
+  std::string prompt;              ///< what the recogniser takes for said before
+  std::vector<std::string> words;  ///< names and other words that may be said
   int threads = 0;                 ///< 0: as many as the processor has cores
   int processorVariant = 0;        ///< of processorVariants, the best first
 };

@@ -29,7 +29,7 @@ std::vector<std::string> unknownSettings(const RecogniserOptions& options) {
     lines.push_back("[quillback] ERROR Parakeet " + what + "; choose a Whisper model for that.");
   };
   if (options.translate) add("does not translate");
-  if (!options.prompt.empty()) add("takes no prompt and no words");
+  if (!options.prompt.empty() || !options.words.empty()) add("takes no prompt and no words");
   const bool isKnown =
       options.language == "auto" || std::ranges::count(kLanguages, options.language) > 0;
   if (!isKnown) add("does not know the language of the settings");

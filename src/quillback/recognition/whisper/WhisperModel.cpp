@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "quillback/ports/Microphone.h"
+#include "quillback/recognition/speech/ExpectedWords.h"
 #include "quillback/recognition/whisper/WhisperLibrary.h"
 
 namespace voxtrel::quillback {
@@ -55,8 +56,9 @@ LoadReport WhisperModel::load() {
     report.lines.emplace_back(
         "[quillback] ERROR Whisper does not know the language of the settings; it is detected.");
   }
-  prompt_ = promptTokens();
   whisper_tokenize(model_.get(), " ", &blank_, 1);
+  prompt_ = promptOf(options_.prompt);
+  expected_ = expectedWords();
   return report;
 }
 
@@ -89,8 +91,7 @@ int WhisperModel::maxTokens(std::size_t samples) {
 
 Heard WhisperModel::recognise(std::span<const float> samples, const std::atomic<bool>& isDropped) {
   const auto start = steady_clock::now();
-  Heard heard;
-  if (isDropped) return heard;
+  if (isDropped) return {};
   // Of less than a tenth of a second the library computes nothing, and the size of an earlier piece stays.
   std::vector<float> padded;
   if (samples.size() < kMinSamples) {
@@ -98,22 +99,19 @@ Heard WhisperModel::recognise(std::span<const float> samples, const std::atomic<
     padded.resize(kMinSamples);
     samples = padded;
   }
-  if (!encode(samples)) {
-    heard.hasFailed = true;
-    return heard;
-  }
+  if (!encode(samples)) return {.text = {}, .hasFailed = true};
   const auto encoded = steady_clock::now();
-  heard.encode = duration_cast<microseconds>(encoded - start);
-  std::vector<Token> words;
-  heard.hasFailed =
-      !decodeAll(static_cast<std::size_t>(maxTokens(samples.size())), isDropped, words);
-  const std::size_t length = lengthWithoutRepetition(words);
-  heard.wasCut = length < words.size();
-  words.resize(length);
-  heard.tokens = words.size();
-  for (const Token token : words) heard.text += whisper_token_to_str(model_.get(), token);
-  heard.decode = duration_cast<microseconds>(steady_clock::now() - encoded);
-  return heard;
+  for (Expected& each : expected_) each.isNear = false;
+  const auto limit = static_cast<std::size_t>(maxTokens(samples.size()));
+  Heard decoded = decodeAll(prompt_, limit, isDropped);
+  const std::string hint = hintAt(decoded.text);
+  if (!hint.empty() && !decoded.hasFailed && !isDropped) {
+    const Heard hinted = decodeAll(promptOf(hint), limit, isDropped);
+    decoded.text = withExpectedWords(decoded.text, hinted.text, options_.words);
+  }
+  decoded.encode = duration_cast<microseconds>(encoded - start);
+  decoded.decode = duration_cast<microseconds>(steady_clock::now() - encoded);
+  return decoded;
 }
 
 bool WhisperModel::findsLanguage() const {
@@ -132,32 +130,64 @@ bool WhisperModel::encode(std::span<const float> samples) {
          whisper_encode(model_.get(), 0, options_.threads) == 0;
 }
 
-/// The settings' prompt as what was said before; the decoder then prefers its words.
-std::vector<WhisperModel::Token> WhisperModel::promptTokens() {
-  if (options_.prompt.empty()) return {};
-  constexpr std::size_t kMaxPrompt = 200;
-  const std::string text = " " + options_.prompt;
-  std::vector<Token> tokens(text.size() + 1);  // a token has at least one byte
+WhisperModel::Tokens WhisperModel::tokensOf(const std::string& text) const {
+  Tokens tokens(text.size() + 1);  // a token has at least one byte
   const int count =
       whisper_tokenize(model_.get(), text.c_str(), tokens.data(), static_cast<int>(tokens.size()));
   tokens.resize(static_cast<std::size_t>(std::max(0, count)));
+  return tokens;
+}
+
+/// A text as what was said before; the decoder then prefers its words.
+WhisperModel::Tokens WhisperModel::promptOf(const std::string& text) const {
+  constexpr std::size_t kMaxPrompt = 200;
+  if (text.empty()) return {};
+  Tokens tokens = tokensOf(" " + text);
   if (tokens.size() > kMaxPrompt) tokens.erase(tokens.begin(), tokens.end() - kMaxPrompt);
   tokens.insert(tokens.begin(), whisper_token_prev(model_.get()));
   return tokens;
 }
 
-bool WhisperModel::decode(const std::vector<Token>& tokens, int position) {
+std::vector<WhisperModel::Expected> WhisperModel::expectedWords() const {
+  std::vector<Expected> words;
+  for (const std::string& word : options_.words) {
+    Expected expected{word, {}};
+    for (const std::string& written : {" " + word, word}) {
+      const Tokens tokens = tokensOf(written);
+      if (!tokens.empty() && tokens.front() != blank_) expected.starts.push_back(tokens.front());
+    }
+    words.push_back(std::move(expected));
+  }
+  return words;
+}
+
+/// The words that were nearly said and are not in the text, as a sentence behind the settings' prompt: behind
+/// half a sentence the decoder may write another half. Nothing if there are none.
+std::string WhisperModel::hintAt(const std::string& heard) const {
+  std::string hint;
+  for (const Expected& each : expected_) {
+    if (!each.isNear || hasWord(heard, each.word)) continue;
+    hint += (hint.empty() ? "" : ", ") + each.word;
+  }
+  if (hint.empty()) return {};
+  return (options_.prompt.empty() ? "" : options_.prompt + " ") + hint + ".";
+}
+
+bool WhisperModel::decode(const Tokens& tokens, int position) {
   return whisper_decode(model_.get(), tokens.data(), static_cast<int>(tokens.size()), position,
                         options_.threads) == 0;
 }
 
-/// The most probable next token after the last of `inputs` decoded tokens: a part of a word, or the end
-/// of the text. The tokens behind that one steer the decoder and are no text.
-WhisperModel::Token WhisperModel::bestToken(std::size_t inputs, bool isFirst) const {
-  const Token end = whisper_token_eot(model_.get());
+/// What the decoder thinks of each token as the next after the last of so many that it was given.
+std::span<const float> WhisperModel::logits(std::size_t inputs) const {
   const auto width = static_cast<std::size_t>(whisper_n_vocab(model_.get()));
-  const std::span all(whisper_get_logits(model_.get()), inputs * width);
-  const auto logits = all.last(width);
+  return std::span(whisper_get_logits(model_.get()), inputs * width).last(width);
+}
+
+/// The most probable next token: a part of a word, or the end of the text. The tokens behind that one steer
+/// the decoder and are no text.
+WhisperModel::Token WhisperModel::bestToken(std::span<const float> logits, bool isFirst) const {
+  const Token end = whisper_token_eot(model_.get());
   Token best = -1;
   // A text does not begin with a lone blank or with its end.
   for (Token token = 0; token <= end; ++token) {
@@ -170,19 +200,30 @@ WhisperModel::Token WhisperModel::bestToken(std::size_t inputs, bool isFirst) co
   return best;
 }
 
+/// Notes which words of the settings are nearly as probable here as the best token.
+void WhisperModel::noteNearWords(std::span<const float> logits, Token best) {
+  constexpr float kNear = 7.0F;  // at least a thousandth as probable
+  const float least = logits[static_cast<std::size_t>(best)] - kNear;
+  for (Expected& each : expected_) {
+    for (const Token start : each.starts) {
+      if (logits[static_cast<std::size_t>(start)] >= least) each.isNear = true;
+    }
+  }
+}
+
 /// The language that the decoder finds most probable at the start, from the sound that is encoded.
 void WhisperModel::detectLanguage() {
   language_ = "en";
   if (!decode({whisper_token_sot(model_.get())}, 0)) return;
-  const float* const first = whisper_get_logits(model_.get()) + whisper_token_lang(model_.get(), 0);
-  language_ =
-      whisper_lang_str(static_cast<int>(std::max_element(first, first + languages()) - first));
+  const auto all = logits(1).subspan(static_cast<std::size_t>(whisper_token_lang(model_.get(), 0)),
+                                     static_cast<std::size_t>(languages()));
+  language_ = whisper_lang_str(static_cast<int>(std::ranges::max_element(all) - all.begin()));
 }
 
 /// What the decoder is told first: what was said before, language and task.
-std::vector<WhisperModel::Token> WhisperModel::opening() {
+WhisperModel::Tokens WhisperModel::opening(const Tokens& prompt) {
   whisper_context* const model = model_.get();
-  std::vector<Token> tokens = prompt_;
+  Tokens tokens = prompt;
   tokens.push_back(whisper_token_sot(model));
   if (whisper_is_multilingual(model) != 0) {
     if (findsLanguage() && language_.empty()) detectLanguage();
@@ -196,21 +237,29 @@ std::vector<WhisperModel::Token> WhisperModel::opening() {
   return tokens;
 }
 
-/// The words of the sound that is encoded, each the most probable one. False: the library gave up.
-bool WhisperModel::decodeAll(std::size_t maxTokens, const std::atomic<bool>& isDropped,
-                             std::vector<Token>& words) {
-  std::vector<Token> input = opening();
+/// The words of the sound that is encoded, each the most probable one.
+Heard WhisperModel::decodeAll(const Tokens& prompt, std::size_t maxTokens,
+                              const std::atomic<bool>& isDropped) {
+  Heard heard;
+  Tokens input = opening(prompt);
+  Tokens words;
   int position = 0;
-  while (words.size() < maxTokens && !isDropped) {
-    if (!decode(input, position)) return false;
+  while (words.size() < maxTokens && !isDropped && !heard.wasCut) {
+    heard.hasFailed = !decode(input, position);
+    if (heard.hasFailed) break;
     position += static_cast<int>(input.size());
-    const Token next = bestToken(input.size(), words.empty());
-    if (next == whisper_token_eot(model_.get())) break;
-    words.push_back(next);
-    if (lengthWithoutRepetition(words) < words.size()) break;
-    input = {next};
+    const auto next = logits(input.size());
+    const Token best = bestToken(next, words.empty());
+    noteNearWords(next, best);
+    if (best == whisper_token_eot(model_.get())) break;
+    words.push_back(best);
+    heard.wasCut = lengthWithoutRepetition(words) < words.size();
+    input = {best};
   }
-  return true;
+  words.resize(lengthWithoutRepetition(words));
+  heard.tokens = words.size();
+  for (const Token token : words) heard.text += whisper_token_to_str(model_.get(), token);
+  return heard;
 }
 
 std::size_t lengthWithoutRepetition(std::span<const int> tokens) {

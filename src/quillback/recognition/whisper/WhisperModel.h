@@ -35,26 +35,38 @@ class WhisperModel final : public SpeechModel {
 
  private:
   using Token = int;  // whisper_token
+  using Tokens = std::vector<Token>;
   struct Free {
     void operator()(whisper_context* context) const;
   };
+  /// A word of the settings, and the tokens that it may begin with.
+  struct Expected {
+    std::string word;
+    Tokens starts;
+    bool isNear = false;  ///< the decoder nearly began it, or did
+  };
 
   bool encode(std::span<const float> samples);
-  std::vector<Token> promptTokens();
-  bool decode(const std::vector<Token>& tokens, int position);
-  Token bestToken(std::size_t inputs, bool isFirst) const;
+  [[nodiscard]] Tokens tokensOf(const std::string& text) const;
+  [[nodiscard]] Tokens promptOf(const std::string& text) const;
+  [[nodiscard]] std::vector<Expected> expectedWords() const;
+  bool decode(const Tokens& tokens, int position);
+  [[nodiscard]] std::span<const float> logits(std::size_t inputs) const;
+  [[nodiscard]] Token bestToken(std::span<const float> logits, bool isFirst) const;
+  void noteNearWords(std::span<const float> logits, Token best);
   [[nodiscard]] bool findsLanguage() const;
   [[nodiscard]] bool knows(const std::string& language) const;
   [[nodiscard]] int languages() const;
   void detectLanguage();
-  std::vector<Token> opening();
-  bool decodeAll(std::size_t maxTokens, const std::atomic<bool>& isDropped,
-                 std::vector<Token>& words);
+  Tokens opening(const Tokens& prompt);
+  Heard decodeAll(const Tokens& prompt, std::size_t maxTokens, const std::atomic<bool>& isDropped);
+  [[nodiscard]] std::string hintAt(const std::string& heard) const;
 
   RecogniserOptions options_;
   std::unique_ptr<whisper_context, Free> model_;
-  std::string language_;       ///< that was found in the utterance; empty until then
-  std::vector<Token> prompt_;  ///< what the settings put before the words
+  std::string language_;  ///< that was found in the utterance; empty until then
+  Tokens prompt_;         ///< what the settings put before the words
+  std::vector<Expected> expected_;
   Token blank_ = 0;
 };
 

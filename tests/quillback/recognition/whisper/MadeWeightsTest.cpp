@@ -124,7 +124,7 @@ TEST_F(MadeParakeet, ADroppedTakeGivesNothingAndTheNextIsWhole) {
 TEST_F(MadeParakeet, EachSettingThatItCannotFollowGivesOneLine) {
   RecogniserOptions asked = made("parakeet", "ja");
   asked.translate = true;
-  asked.prompt = "Joanis";
+  asked.words = {"Joanis"};
   const std::vector<std::string> lines = linesOf(asked);
   ASSERT_THAT(lines, SizeIs(4));
   EXPECT_THAT(lines[1], HasSubstr("does not translate"));
