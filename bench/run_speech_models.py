@@ -28,6 +28,7 @@ from harness.desk import Desk
 from harness.polling import eventually
 from harness.recordings import (FOLDER, RATE_HZ, WEIGHTS, Recording, plain_words, recording, recordings,
                                 run_quillback, word_errors, write_wav)
+from harness.sound import SoundServer
 from run_tray import pss_mib, wake_ups
 
 DEFAULT_PARTS = ("base", "q8_0", "engine")
@@ -42,7 +43,9 @@ FIFTEEN = "es_mls_austen"
 # What is said before a long recording, so that its pieces end elsewhere: where they do is chance.
 BEFORE = {"es_veneno_long": ("es_veneno_c", "es_css10", FIFTEEN),
           "en_michael_talk": ("en_jfk", "en_lj001_0006", "en_libri_2412_153948_0000")}
-UNSAID = "Quorvex, Blenwick"
+UNSAID = ("Quorvex", "Blenwick")
+# What people say in the recordings, and is not recognised without them.
+SAID = ("Joanis", "Wentworth", "Hanake", "Alcuten", "Bradamano", "Ariel", "pillangok")
 GROUPS = ("en", "de", "fr", "es", "others")
 # What weights of a true shape say: as many words as people in those recordings, and none of them twice.
 SPOKEN = (" My friend told us about some old books which they found under that big tree near her house last"
@@ -85,7 +88,6 @@ class Weights:
     def measure_speech(self):
         """Times and words of all recordings, with the language set and found."""
         spoken = {clip.name: clip for clip in recordings()}
-        waits = {}
         for title, options in (("language set", ()), ("language found", ("auto",))):
             found = [each for each in self.run(*options) if each.name != "load"]
             for kind in ("short", "long"):
@@ -94,7 +96,6 @@ class Weights:
                 times = collections.Counter()
                 for each in some:
                     times[each.way] += each.seconds
-                waits[title, kind] = times["ours"]
                 self.show(f"{kind} speech, {title}, key up to text",
                           f"{times['ours'] / times['library']:.2f}")
                 self._show_words(f"{kind} speech, {title}", some, spoken)
@@ -103,8 +104,6 @@ class Weights:
                           if spoken[name].seconds >= LONG_SECONDS)
             self.show(f"{title}, the longest wait of long speech / that of 15 s",
                       f"{longest / ours[FIFTEEN]:.2f} ({longest:.2f} s, {ours[FIFTEEN]:.2f} s)")
-        ratio = waits["language found", "short"] / waits["language set", "short"]
-        self.show("short speech, language found / set", f"{ratio:.2f}")
 
     def _show_words(self, what, some, spoken):
         wrong, words = collections.Counter(), collections.Counter()
@@ -132,20 +131,34 @@ class Weights:
         self._show_words(f"{len(clips)} times long speech after short speech", found,
                          {clip.name: clip for clip in clips})
 
-    def measure_unsaid_words(self):
-        """What words in the settings change that nobody says."""
+    def measure_finding(self):
+        """What it costs to find the language, both ways in turn."""
+        clips = [clip.name for clip in recordings()
+                 if clip.seconds < LONG_SECONDS and clip.language in ("de", "fr", "es", "it")]
+        times = {(): [], ("auto",): []}
+        for _ in range(ROUNDS):
+            for options, rounds in times.items():
+                rounds.append(sum(each.seconds for each in self.run("ours", *options, clips=clips)
+                                  if each.name != "load"))
+        known, found = map(statistics.median, times.values())
+        self.show(f"{len(clips)} short recordings, language found / set", f"{found / known:.2f}")
+
+    def measure_expected_words(self, title, words):
+        """What words in the settings change in all recordings."""
         spoken = {clip.name: clip for clip in recordings()}
-        without, told = ({each.name: each.text for each in self.run("ours", *options) if each.name != "load"}
-                         for options in ((), (f"prompt={UNSAID}",)))
-        changed = [name for name in without
-                   if plain_words(without[name]) != plain_words(told[name])]
-        heard = [name for name in told if set(plain_words(UNSAID)) & set(plain_words(told[name]))]
-        errors = [sum(word_errors(plain_words(texts[name], spoken[name].language),
-                                  plain_words(spoken[name].text, spoken[name].language)) for name in texts)
-                  for texts in (without, told)]
-        self.show("words that nobody says",
-                  f"{len(heard)} of {len(told)} recordings have them, {len(changed)} have other words than "
-                  f"without; {errors[0]} words wrong without, {errors[1]} with")
+        found = [{each.name: each for each in self.run("ours", *options) if each.name != "load"}
+                 for options in ((), [f"word={word}" for word in words])]
+        without, told = found
+        changed = [name for name in without if without[name].text != told[name].text]
+        heard = [sum(word.casefold() in plain_words(each.text) for word in words
+                     for each in some.values()) for some in found]
+        errors = [sum(word_errors(plain_words(each.text, spoken[name].language),
+                                  plain_words(spoken[name].text, spoken[name].language))
+                      for name, each in some.items()) for some in found]
+        seconds = [sum(each.seconds for each in some.values()) for some in found]
+        self.show(title, f"heard {heard[0]} times without and {heard[1]} with them; {len(changed)} of "
+                         f"{len(told)} recordings have another text: {' '.join(changed)}; {errors[0]} words "
+                         f"wrong without, {errors[1]} with; time {seconds[1] / seconds[0]:.2f}")
 
     def measure_costs(self):
         """Memory, loading, and the first dictation."""
@@ -186,6 +199,7 @@ def measure_engine(programs):
     """From the start to "Ready.", wake-ups of the idle engine, and the memory that it gives back."""
     executable = os.path.join(programs, "quillback")
     with Desk(panel=False, notifications=False) as desk:
+        sound = SoundServer(desk).start()
         home = desk.environment["HOME"]
         for words in (("setup", "--model", "base", "--file", WEIGHTS), ("use", "base")):
             done = run_quillback(executable, home, *words, environment=desk.environment)
@@ -212,6 +226,7 @@ def measure_engine(programs):
         eventually(lambda: len(processes_of(engine.pid)) == 1, "the end of the recogniser", UNLOAD_S + 5)
         print(f"engine after unload_after, PSS: {pss_mib(engine.pid):.0f} MiB", flush=True)
         engine.stop()
+        sound.stop()
 
 
 # Parts -------------------------------------------------------------------------------------------
@@ -255,8 +270,10 @@ def measure(part, programs, folder):
         weights = Weights(programs, "base" if part == "base" else "base q8_0", path)
         weights.measure_speech()
         weights.measure_costs()
+        weights.measure_finding()
         if part == "base":
-            weights.measure_unsaid_words()
+            weights.measure_expected_words("words that nobody says", UNSAID)
+            weights.measure_expected_words("words that somebody says", SAID)
             clips, table = joined(folder)
             Weights(programs, "base", path, table=table).measure_joined(clips)
     elif part in ("small", "turbo"):

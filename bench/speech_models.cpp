@@ -1,6 +1,6 @@
 // Recognises recordings with the real library and weights, the engine's way and the library's own, in
 // turn: speech_models WEIGHTS VOICE_DETECTION CLIPS.tsv [auto] [parakeet] [ours | library] [prompt=TEXT]
-// [clip=NAME]... CLIPS.tsv names, in a table with a headline, sound files beside it and their languages;
+// [word=WORD]... [clip=NAME]... CLIPS.tsv names, in a table with a headline, sound files beside it and their languages;
 // only the recordings NAME are taken, in that order, if there are such. Per recording and way one line,
 // separated by tabs: way, recording, language, seconds of sound, 0, seconds from the release of the key to
 // the words, 0, 0, words. The recording "load" is the loading of the weights.
@@ -185,7 +185,7 @@ int main(int count, char** words) {
   if (arguments.size() < 3) {
     std::puts(
         "speech_models WEIGHTS VOICE_DETECTION CLIPS.tsv [auto] [parakeet] [ours | library]"
-        " [clip=NAME]...");
+        " [prompt=TEXT] [word=WORD]... [clip=NAME]...");
     return 2;
   }
   RecogniserOptions options;
@@ -204,6 +204,7 @@ int main(int count, char** words) {
     if (word == "ours" || word == "library") only = word;
     if (word.starts_with("clip=")) names.push_back(word.substr(5));
     if (word.starts_with("prompt=")) options.prompt = word.substr(7);
+    if (word.starts_with("word=")) options.words.push_back(word.substr(5));
   }
   Ways ways(options, only);
   for (const Clip& clip : chosen(readClips(arguments[2]), names)) ways.recognise(clip, detect);
