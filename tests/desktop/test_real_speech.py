@@ -49,6 +49,23 @@ class RealSpeech(SpeechCase):
         self.assertEqual(self.app.texts(), [], "the recognition was over before")
         self.assertEqual(len(self.app.kept_recordings()), 1)
 
+    def test_sleep_in_the_middle_of_a_recognition(self):
+        logind = self.desk.login_manager
+        eventually(logind.inhibitors, "the delay lock")
+        self.say("en_libri_2412_153948_0000")
+        processes = [*self.app.engine_pids(), *self.app.recogniser_pids()]
+        self.assertEqual(len(processes), 2)
+        started = time.monotonic()
+        logind.announce_sleep()
+        eventually(lambda: not logind.inhibitors() and not any(map(alive, processes)),
+                   "the engine's end, and leave to sleep", QUIT_LIMIT_S)
+        print(f"may sleep after {time.monotonic() - started:.2f} s")
+        self.assertEqual(self.app.texts(), [], "the recognition was over before")
+        logind.announce_wake()
+        self.app.wait_for_count("Ready.", 2)
+        words = self.quillback(self.app.engine.executable, self.app.home, "retry")
+        self.assertIn("antecedents", words)
+
     def test_the_words_come_although_the_recogniser_is_killed(self):
         self.start_saying(SHORT)
         first = self.hold_up_the_recogniser()
