@@ -32,6 +32,7 @@ struct FakePasteClipboard final : PasteClipboard {
   }
   bool holdsOffer() const override { return isOurs; }
   bool seesReads() const override { return tellsReads; }
+  bool isWatched() const override { return isWatchedByDesktop; }
 
   /// The text that another program would get; empty without one.
   std::string text() const { return content.empty() ? "" : content.front().second; }
@@ -55,6 +56,7 @@ struct FakePasteClipboard final : PasteClipboard {
   bool answersOffers = true;
   bool takesOffers = true;
   bool tellsReads = true;
+  bool isWatchedByDesktop = false;
   bool isOurs = false;
   int reads = 0;
   OnContent reading;

@@ -2,7 +2,6 @@
 
 #include <utility>
 
-#include "quillback/insertion/clipboard/X11Clipboard.h"
 #include "quillback/insertion/x11/XTestTyper.h"
 
 namespace voxtrel::quillback {
@@ -114,11 +113,11 @@ TextSinks::TextSinks(Loop& loop, OwnKeys& ownKeys, ScreenLock& lock, Output& out
       notifier_(loop, output),
       wayland_(loop,
                [this](const std::string& text, const std::string& why) { copyRest(text, why); }),
-      lastClipboard_(programs_, loop),
+      wlCopyClipboard_(programs_, loop),
       paste_(loop,
              {[this] { return wayland_.clipboard(); },
               [this](std::uint32_t symbol, int usual) { return wayland_.keyOf(symbol, usual); },
-              lastClipboard_, lock_,
+              [this]() -> PasteClipboard& { return lastClipboard(); }, lock_,
               [this](const std::string& text, const std::string& why) { copyRest(text, why); },
               [this] { reportQuestion(); }, [this] { reportRefusedConsent(); }}) {}
 
@@ -154,12 +153,23 @@ std::unique_ptr<TextSink> TextSinks::makeOnDesktop(const EngineSettings& setting
 TextSinks::Copy TextSinks::clipboardOf(SessionKind session) {
   if (session == SessionKind::wayland) {
     return [this](const std::string& text) {
-      if (!wayland_.copy(text) && !paste_.copy(text)) programs_.copy(text);
+      if (wayland_.copy(text) || paste_.copy(text)) return;
+      const bool isXWaylands = xwaylandsClipboard_ && &lastClipboard() == xwaylandsClipboard_.get();
+      isXWaylands ? xwaylandsClipboard_->put(text) : programs_.copy(text);
     };
   }
   const std::shared_ptr clipboard = X11Clipboard::open(loop_);
   if (!clipboard) return nullptr;
   return [clipboard](const std::string& text) { clipboard->put(text); };
+}
+
+/// GNOME keeps XWayland's clipboard the same as its own, and takes it without a window that has the focus.
+PasteClipboard& TextSinks::lastClipboard() {
+  if (!xwaylandsClipboard_ || !xwaylandsClipboard_->isConnected()) {
+    xwaylandsClipboard_ = X11Clipboard::open(loop_);
+  }
+  if (xwaylandsClipboard_ && xwaylandsClipboard_->isDesktops()) return *xwaylandsClipboard_;
+  return wlCopyClipboard_;
 }
 
 std::string describeInsertion(const EngineSettings& settings, SessionKind session, Loop& loop,

@@ -4,6 +4,7 @@
 
 #include "common/base/SessionKind.h"
 #include "quillback/insertion/clipboard/WlCopyClipboard.h"
+#include "quillback/insertion/clipboard/X11Clipboard.h"
 #include "quillback/insertion/portal/PortalPaste.h"
 #include "quillback/insertion/wayland/WaylandInsertion.h"
 #include "quillback/keys/OwnKeys.h"
@@ -37,6 +38,8 @@ class TextSinks {
   /// Null without a desktop.
   std::unique_ptr<TextSink> makeOnDesktop(const EngineSettings& settings, SessionKind session);
   Copy clipboardOf(SessionKind session);
+  /// Where neither the compositor nor the portal has one.
+  PasteClipboard& lastClipboard();
   void copyRest(const std::string& text, const std::string& why);
   void reportCopiedRest(const std::string& why);
   void reportQuestion();
@@ -49,7 +52,8 @@ class TextSinks {
   DesktopPrograms programs_;
   Notifier notifier_;
   WaylandInsertion wayland_;
-  WlCopyClipboard lastClipboard_;
+  std::unique_ptr<X11Clipboard> xwaylandsClipboard_;  // once there was no other
+  WlCopyClipboard wlCopyClipboard_;
   PortalPaste paste_;
 };
 

@@ -35,6 +35,8 @@ class PasteClipboard {
   /// Whether it reads what is there and tells who reads what was offered. If not, `read` gives nothing and
   /// what was there is lost.
   virtual bool seesReads() const = 0;
+  /// Whether the desktop itself reads each new text, before any window does.
+  virtual bool isWatched() const = 0;
 };
 
 }  // namespace voxtrel::quillback

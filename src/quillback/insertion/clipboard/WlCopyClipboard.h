@@ -19,6 +19,7 @@ class WlCopyClipboard final : public PasteClipboard {
   void offer(ClipboardContent content, OnOffered onOffered, OnRead onRead) override;
   bool holdsOffer() const override { return false; }
   bool seesReads() const override { return false; }
+  bool isWatched() const override { return false; }
 
  private:
   DesktopPrograms& programs_;

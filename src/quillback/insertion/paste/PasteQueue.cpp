@@ -19,6 +19,9 @@ constexpr milliseconds kOfferTimeout{3000};
 /// Programs that watch the clipboard read a new text at once. They must have done so before the key.
 constexpr milliseconds kSettleTime{25};
 constexpr milliseconds kMaxSettleTime{200};
+/// How long the desktop gets for that where it surely reads. A busy one takes its time, and its read after
+/// the key would be taken for the window's.
+constexpr milliseconds kWatcherTimeout{1000};
 /// How long a window gets for reading the text.
 constexpr milliseconds kPasteTimeout{2000};
 /// The same where nothing tells that it has read.
@@ -103,13 +106,17 @@ void PasteQueue::offerText() {
 void PasteQueue::onOffered(bool isThere) {
   if (phase_ != Phase::offering) return;
   if (!isThere) return refuse("the desktop did not take it into the clipboard");
+  awaitsWatcher_ = clipboard_->isWatched();
   settled_ = loop_.now() + kMaxSettleTime;
-  enter(Phase::settling, kSettleTime, [this] { press(); });
+  enter(Phase::settling, awaitsWatcher_ ? kWatcherTimeout : kSettleTime, [this] { press(); });
 }
 
 /// A program that watches the clipboard may have asked before the key and still read after it.
 void PasteQueue::onRead(const std::string& type, Loop::TimePoint begun) {
   if (type == kHistoryHint) return;
+  if (phase_ == Phase::settling && std::exchange(awaitsWatcher_, false)) {
+    settled_ = loop_.now() + kMaxSettleTime;
+  }
   if (phase_ == Phase::settling && loop_.now() < settled_) {
     enter(Phase::settling, kSettleTime, [this] { press(); });
   } else if (phase_ == Phase::pasting && begun >= pressed_) {

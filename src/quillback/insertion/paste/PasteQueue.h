@@ -77,8 +77,9 @@ class PasteQueue {
   std::optional<ClipboardContent> before_;  // what to put back
   std::string lastText_;
   Loop::TimePoint lastTime_{};
-  Loop::TimePoint settled_{};  // at the latest
-  Loop::TimePoint pressed_{};  // the paste key for the first text
+  Loop::TimePoint settled_{};   // at the latest
+  bool awaitsWatcher_ = false;  // the desktop has not read the first text yet
+  Loop::TimePoint pressed_{};   // the paste key for the first text
   std::unique_ptr<Loop::Timer> timer_;
   std::shared_ptr<unsigned> number_ = std::make_shared<unsigned>(0);  // of the text
 };

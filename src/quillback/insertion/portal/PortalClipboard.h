@@ -31,6 +31,7 @@ class PortalClipboard final : public PasteClipboard {
   void offer(ClipboardContent content, OnOffered onOffered, OnRead onRead) override;
   bool holdsOffer() const override { return isOurs_; }
   bool seesReads() const override { return true; }
+  bool isWatched() const override { return true; }
 
  private:
   /// A program that reads what we offered.

@@ -43,7 +43,7 @@ void PortalPaste::open(EngineSettings::PasteKey key) {
 PasteClipboard* PortalPaste::clipboard() {
   if (PasteClipboard* const compositors = parts_.compositorsClipboard()) return compositors;
   if (PasteClipboard* const sessions = desktop_->clipboard()) return sessions;
-  return &parts_.lastClipboard;
+  return &parts_.lastClipboard();
 }
 
 /// Places and not symbols: desktops lose a symbol that the layout lacks. A program under a layout without

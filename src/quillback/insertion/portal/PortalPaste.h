@@ -26,7 +26,7 @@ class PortalPaste {
     /// The key that writes a symbol, which is `usual` in most layouts; both as the kernel's numbers.
     std::function<int(std::uint32_t symbol, int usual)> keyOf;
     /// Where neither the compositor nor the session has one.
-    PasteClipboard& lastClipboard;
+    std::function<PasteClipboard&()> lastClipboard;
     ScreenLock& lock;
     std::function<void(const std::string& text, const std::string& why)> onRefused;
     /// The desktop asks the user for the first time.

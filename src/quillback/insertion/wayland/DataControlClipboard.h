@@ -33,6 +33,7 @@ class DataControlClipboard final : public PasteClipboard {
   void offer(ClipboardContent content, OnOffered onOffered, OnRead onRead) override;
   bool holdsOffer() const override { return source_ != nullptr; }
   bool seesReads() const override { return true; }
+  bool isWatched() const override { return false; }
 
  private:
   struct Callbacks;

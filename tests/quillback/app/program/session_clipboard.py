@@ -21,9 +21,10 @@ class SessionClipboard:
     """GNOME's clipboard. A watcher reads each new text at once. A session reads one type at a time and never
     what it holds itself or what is not there: at that the portal crashes."""
 
-    def __init__(self, portal, say):
+    def __init__(self, portal, say, watcher_ms):
         self._portal = portal
         self._say = say
+        self._watcher_ms = watcher_ms
         self.content = {}
         self.is_sessions = False
         self._reading = False
@@ -44,8 +45,14 @@ class SessionClipboard:
         """The session offers these types."""
         self.content, self.is_sessions = dict.fromkeys(types), bool(types)
         self.tell()
-        if types:
-            self.read(UTF8, lambda text: self._say("watched", json.dumps(text.decode())))
+        if types and self._watcher_ms:
+            GLib.timeout_add(self._watcher_ms, self._watch)
+        elif types:
+            self._watch()
+
+    def _watch(self):
+        self.read(UTF8, lambda text: self._say("watched", json.dumps(text.decode())))
+        return False
 
     def set_by_other(self, content):
         """Another program copies."""

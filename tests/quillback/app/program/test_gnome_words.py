@@ -7,11 +7,7 @@ import unittest
 
 from engine_program import run_command
 from harness.polling import eventually, stays
-from words_case import TEXTS, THEIRS, WordsCase
-
-WL_COPY = """#!/bin/sh
-cat > "{folder}/clipboard.new" && mv "{folder}/clipboard.new" "{folder}/clipboard"
-"""
+from words_case import TEXTS, THEIRS, LastWay, WordsCase
 
 
 class Gnome48(WordsCase):
@@ -97,6 +93,17 @@ class Gnome48(WordsCase):
         inserter.wait_for("inserted")
         self.assertEqual(self.gnome.clipboard(), "words")
 
+    def test_a_busy_desktops_own_read_is_not_taken_for_the_windows(self):
+        self.gnome.stop()
+        busy = self.desktop("gnome48+busy")
+        busy.do("copy " + json.dumps({"text/plain;charset=utf-8": THEIRS}))
+        busy.do("deaf")
+        inserter = self.inserter()
+        self.wait_until_open(busy)
+        inserter.send(b"words\0")
+        self.assertIn("no window has taken it",
+                      inserter.wait_for("[quillback] What was not typed is copied:"))
+
     def test_terminals_get_their_own_key(self):
         self.settings('[output]\npaste = "ctrl+shift+v"\n')
         inserter = self.start()
@@ -179,27 +186,6 @@ class Gnome48(WordsCase):
         done = run_command("check", environment=self.environment)
         self.assertIn("words: pasted by the desktop's portal with Ctrl+V", done.stdout.splitlines())
         self.assertEqual(self.gnome.lines("asked"), [])
-
-
-class LastWay(WordsCase):
-    """With a wl-copy that writes a file."""
-
-    def setUp(self):
-        super().setUp()
-        programs = os.path.join(self.folder, "programs")
-        os.mkdir(programs)
-        with open(os.path.join(programs, "wl-copy"), "w", encoding="utf-8") as file:
-            file.write(WL_COPY.format(folder=self.folder))
-        os.chmod(os.path.join(programs, "wl-copy"), 0o755)
-        self.environment["PATH"] = programs + ":" + self.environment["PATH"]
-
-    def copied(self):
-        """The text of the last way to copy."""
-        try:
-            with open(os.path.join(self.folder, "clipboard"), encoding="utf-8") as file:
-                return file.read()
-        except FileNotFoundError:
-            return None
 
 
 class Refused(LastWay):

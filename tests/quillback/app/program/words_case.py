@@ -28,6 +28,9 @@ TEXTS = {"ASCII": "The quick brown fox jumps over the lazy dog: 1234567890 #@!~ 
 SIXTY = "This sentence has sixty characters, no more and no fewer: ok"
 AIM_MS = 150.0
 THEIRS = "what the user had copied"
+WL_COPY = """#!/bin/sh
+cat > "{folder}/clipboard.new" && mv "{folder}/clipboard.new" "{folder}/clipboard"
+"""
 
 
 class Talker:
@@ -198,3 +201,24 @@ class WordsCase(unittest.TestCase):
                 return False
             return True
         eventually(rests, "three seconds without a wake-up", 20)
+
+
+class LastWay(WordsCase):
+    """With a wl-copy that writes a file."""
+
+    def setUp(self):
+        super().setUp()
+        programs = os.path.join(self.folder, "programs")
+        os.mkdir(programs)
+        with open(os.path.join(programs, "wl-copy"), "w", encoding="utf-8") as file:
+            file.write(WL_COPY.format(folder=self.folder))
+        os.chmod(os.path.join(programs, "wl-copy"), 0o755)
+        self.environment["PATH"] = programs + ":" + self.environment["PATH"]
+
+    def copied(self):
+        """The text of the last way to copy."""
+        try:
+            with open(os.path.join(self.folder, "clipboard"), encoding="utf-8") as file:
+                return file.read()
+        except FileNotFoundError:
+            return None

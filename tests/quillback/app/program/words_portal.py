@@ -2,9 +2,11 @@
 field that has the focus.
 
 Usage: words_portal.py KIND FOLDER, with KIND plasma5 (version 1, asks nothing), gnome43 (version 1: no tokens),
-plasma6 (version 2), gnome48 (version 2, with the clipboard; gnome48+thinking takes its time with the answer),
+plasma6 (version 2), gnome48 (version 2, with the clipboard; gnome48+thinking takes its time with the answer,
+gnome48+busy with its own read of each new text; gnome43+apart leaves X11's clipboard alone),
 refusing, mouse-only (the user leaves the keyboard out), older (no remote desktop). The folder keeps the
-tokens. On the Plasmas the field pastes from the compositor that WAYLAND_DISPLAY names, on gnome43 from the file "clipboard" in the folder, on gnome48 from its own clipboard.
+tokens. On the Plasmas the field pastes from the compositor that WAYLAND_DISPLAY names, on gnome43 from the X
+server that DISPLAY names, else from the file "clipboard" in the folder, on gnome48 from its own clipboard.
 Commands on standard input, one a line: copy JSON (another program copies these types), show, terminal (from
 now on the field wants Ctrl+Shift+V), deaf, close, crash. It prints what it was asked for and what was pasted.
 """
@@ -24,6 +26,7 @@ from gi.repository import GLib
 from compositor_scripts import CompositorScripts
 from portal_double import NAME, PATH, Session, answer_later, say
 from session_clipboard import UTF8, SessionClipboard, failure
+from x11_watcher import X11Watcher, x11_clipboard
 
 BACKEND = "org.freedesktop.impl.portal.desktop.gnome"
 REMOTE = "org.freedesktop.portal.RemoteDesktop"
@@ -31,6 +34,8 @@ CLIPBOARD = "org.freedesktop.portal.Clipboard"
 KIND, _, HABIT = sys.argv[1].partition("+")
 FOLDER = sys.argv[2]
 THINKING_MS = 800
+BUSY_MS = 150
+HAS_X11 = KIND == "gnome43" and HABIT != "apart" and "DISPLAY" in os.environ
 VERSIONS = {"plasma5": 1, "gnome43": 1, "older": None}
 CTRL, SHIFT, KEY_V, INSERT = 29, 42, 47, 110
 PASTE = {"field": {frozenset((CTRL, KEY_V))},
@@ -82,6 +87,8 @@ class TextField:
     def _read(self, then):
         if KIND == "gnome48":
             self._clipboard.read(UTF8, then)
+        elif HAS_X11:
+            then(x11_clipboard())
         elif KIND.startswith("gnome"):
             with open(os.path.join(FOLDER, "clipboard"), "rb") as file:
                 then(file.read())
@@ -100,7 +107,7 @@ class Portal(dbus.service.Object):
         self._bus = bus
         self.session = None
         self._keys = []
-        self.clipboard = SessionClipboard(self, say)
+        self.clipboard = SessionClipboard(self, say, BUSY_MS if HABIT == "busy" else 0)
         self.field = TextField(self.clipboard)
         folder = {"plasma5": "/", "plasma6": "/Scripting/Script"}.get(KIND)
         self.scripts = folder and CompositorScripts(bus, folder, self.field.app)
@@ -286,8 +293,11 @@ def main():
         return True
     GLib.io_add_watch(sys.stdin, GLib.PRIORITY_DEFAULT, GLib.IO_IN | GLib.IO_HUP, read)
     bus.request_name(BACKEND)
+    watcher = X11Watcher(say) if HAS_X11 else None
     say("portal", name.get_name())
     loop.run()
+    if watcher:
+        watcher.stop()
 
 
 if __name__ == "__main__":

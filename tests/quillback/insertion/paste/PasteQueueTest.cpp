@@ -139,6 +139,30 @@ TEST_F(PasteQueueTest, ReadersBeforeTheKeyDoNotHoldItUpForLong) {
   EXPECT_EQ(pressed_, 1);
 }
 
+TEST_F(PasteQueueTest, TheKeyWaitsForTheDesktopsOwnReadHoweverLateItComes) {
+  clipboard_.isWatchedByDesktop = true;
+  isDeaf_ = true;
+  add("words");
+  loop_.advance(milliseconds(600));
+  EXPECT_EQ(pressed_, 0);
+  clipboard_.readElsewhere();
+  EXPECT_EQ(ended_, 0);
+  loop_.advance(kSettled);
+  EXPECT_EQ(pressed_, 1);
+  EXPECT_EQ(ended_, 0);
+  clipboard_.readElsewhere();
+  EXPECT_EQ(ended_, 1);
+}
+
+TEST_F(PasteQueueTest, ADesktopThatDoesNotReadAsItUsedToHoldsTheWordsUpForASecondOnly) {
+  clipboard_.isWatchedByDesktop = true;
+  add("words");
+  loop_.advance(milliseconds(900));
+  EXPECT_EQ(pressed_, 0);
+  loop_.advance(milliseconds(200));
+  EXPECT_THAT(pasted_, ElementsAre("words"));
+}
+
 TEST_F(PasteQueueTest, TheHintForClipboardHistoriesIsNotThePaste) {
   isDeaf_ = true;
   add("words");
