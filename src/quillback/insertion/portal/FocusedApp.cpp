@@ -40,16 +40,20 @@ void writeName(sd_bus_message& call) {
 
 }  // namespace
 
+FocusedApp::~FocusedApp() {
+  if (bus_) StateFile(kScriptFile).remove();
+}
+
 void FocusedApp::ask() {
   app_.clear();
   limit_.reset();
   if (currentDesktopFamily() != DesktopFamily::kde) return;
   if (!bus_) open();
   if (!bus_) return;
-  limit_ = loop_.after(kAnswerLimit, [this] { end(); });
+  limit_ = loop_.after(kAnswerLimit, [this] { fail(); });
   // An engine that was killed may have left it there.
   bus_->call(scripting("unloadScript"), writeName,
-             [this](sd_bus_message& reply) { isError(reply) ? end() : load(); });
+             [this](sd_bus_message& reply) { isError(reply) ? fail() : load(); });
 }
 
 void FocusedApp::open() {
@@ -58,6 +62,7 @@ void FocusedApp::open() {
     bus_.reset();
   });
   if (!bus_) return;
+  isWritten_ = false;
   bus_->onSignal(kTellRule, [this](sd_bus_message& call) {
     const char* app = nullptr;
     if (isAsking() && sd_bus_message_read(&call, "s", &app) > 0) app_ = app;
@@ -69,13 +74,15 @@ void FocusedApp::open() {
 void FocusedApp::load() {
   if (!isAsking()) return;
   const std::string path = makeStateFolder() + '/' + kScriptFile;
-  if (!StateFile(kScriptFile).write(scriptFor(bus_->name()))) return end();
+  // Written once, because the listener's name is that of the connection.
+  isWritten_ = isWritten_ || StateFile(kScriptFile).write(scriptFor(bus_->name()));
+  if (!isWritten_) return fail();
   bus_->call(
       scripting("loadScript"),
       [&](sd_bus_message& call) { sd_bus_message_append(&call, "ss", path.c_str(), kScriptName); },
       [this](sd_bus_message& reply) {
         std::int32_t id = -1;
-        if (isError(reply) || sd_bus_message_read(&reply, "i", &id) <= 0 || id < 0) return end();
+        if (isError(reply) || sd_bus_message_read(&reply, "i", &id) <= 0 || id < 0) return fail();
         run(std::to_string(id), false);
       });
 }
@@ -86,13 +93,14 @@ void FocusedApp::run(const std::string& script, bool isLastTry) {
   bus_->call(
       {kCompositor, path.c_str(), "org.kde.kwin.Script", "run"}, [](auto& /*call*/) {},
       [this, script, isLastTry](sd_bus_message& reply) {
-        if (isError(reply)) isLastTry ? end() : run(script, true);
+        if (isError(reply)) isLastTry ? fail() : run(script, true);
       });
 }
 
-void FocusedApp::end() {
-  limit_.reset();
-  StateFile(kScriptFile).remove();
+/// The script's file may be gone.
+void FocusedApp::fail() {
+  isWritten_ = false;
+  end();
 }
 
 bool FocusedApp::isTerminal() const {

@@ -18,6 +18,7 @@ class FocusedApp {
   explicit FocusedApp(Loop& loop) : loop_(loop) {}
   FocusedApp(const FocusedApp&) = delete;
   FocusedApp& operator=(const FocusedApp&) = delete;
+  ~FocusedApp();
 
   /// Asks again. What was answered before is forgotten.
   void ask();
@@ -30,10 +31,12 @@ class FocusedApp {
   void open();
   void load();
   void run(const std::string& script, bool isLastTry);
-  void end();
+  void fail();
+  void end() { limit_.reset(); }
 
   Loop& loop_;
   std::string app_;
+  bool isWritten_ = false;  // the script's file, for this connection
   std::unique_ptr<Loop::Timer> limit_;
   std::unique_ptr<Bus> bus_;
 };

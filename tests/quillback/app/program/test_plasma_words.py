@@ -119,6 +119,25 @@ class Plasma6(PlasmaCase):
             self.assertEqual(plasma.pasted(number)[0], text)
         self.assertEqual(plasma.lines("pressed 29 47"), [])
 
+    def test_the_compositors_script_is_written_once_and_goes_with_the_program(self):
+        inserter, plasma = self.start()
+        script = self.state("focused-app.js")
+        written = []
+        for number, text in enumerate(("one", "two"), 1):
+            inserter.send(text.encode() + b"\0")
+            plasma.pasted(number)
+            written.append(os.stat(script).st_ino)
+        self.assertEqual(written[0], written[1])
+        os.unlink(script)
+        inserter.send(b"three\0")
+        plasma.pasted(3)
+        plasma.do("terminal")
+        inserter.send(b"four\0")
+        self.assertEqual(plasma.pasted(4)[0], " four")
+        self.assertTrue(os.path.exists(script))
+        inserter.stop()
+        self.assertFalse(os.path.exists(script))
+
     def test_nothing_wakes_the_idle_program(self):
         inserter, plasma = self.start()
         inserter.send(b"words\0")
