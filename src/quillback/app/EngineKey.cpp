@@ -89,9 +89,8 @@ void EngineKey::lose(const std::string& why) {
   line_ = keyLine(hotkey_, tl::unexpected(why));
   awaitSource();
   if (std::exchange(isTold_, true)) return;
-  const std::string text = noKeySourceText(hotkey_, session_, why);
-  output_.print("[quillback] Accessibility: " + text);
-  reports_.onMissing(text);
+  output_.print("[quillback] Accessibility: " + noKeySourceText(hotkey_, session_, why));
+  reports_.onMissing(noKeySourceAdvice(hotkey_, session_, why));
 }
 
 /// A portal that comes back and a keyboard in a folder that is there report themselves.

@@ -20,6 +20,15 @@ constexpr const char* kByPortal = "the desktop's global shortcuts";
 /// A portal that is started for the question may take this long.
 constexpr std::chrono::seconds kPortalTime{5};
 
+std::string wayToKey(SessionKind session) {
+  const std::string way = session == SessionKind::wayland
+                              ? "Let your desktop run \"quillback key press\" and \"quillback key "
+                                "release\" at a key"
+                              : "Run it in an X11 session";
+  return way +
+         ", or let your user read the keyboards: sudo usermod -aG input $USER, then log in again.";
+}
+
 }  // namespace
 
 tl::expected<OpenedKeySource, std::string> openKeySource(SessionKind session, const Hotkey& hotkey,
@@ -95,12 +104,11 @@ std::string portalLine(const std::string& trigger) {
 }
 
 std::string noKeySourceText(const Hotkey& hotkey, SessionKind session, const std::string& why) {
-  const std::string way = session == SessionKind::wayland
-                              ? "Let your desktop run \"quillback key press\" and \"quillback key "
-                                "release\" at a key"
-                              : "Run it in an X11 session";
-  return std::string(hotkey.label) + " cannot be watched (" + why + "). " + way +
-         ", or let your user read the keyboards: sudo usermod -aG input $USER, then log in again.";
+  return std::string(hotkey.label) + " cannot be watched (" + why + "). " + wayToKey(session);
+}
+
+std::string noKeySourceAdvice(const Hotkey& hotkey, SessionKind session, const std::string& why) {
+  return std::string(hotkey.label) + " cannot be watched. " + wayToKey(session) + " (" + why + ")";
 }
 
 std::string xServerSocket() {

@@ -61,6 +61,8 @@ std::string portalLine(const std::string& trigger);
 
 /// For people: that the key cannot be watched, why and what to do.
 std::string noKeySourceText(const Hotkey& hotkey, SessionKind session, const std::string& why);
+/// The same for a notification, which may be cut: why comes last.
+std::string noKeySourceAdvice(const Hotkey& hotkey, SessionKind session, const std::string& why);
 
 /// Where the server of $DISPLAY will listen if it is on this machine; else empty.
 std::string xServerSocket();
