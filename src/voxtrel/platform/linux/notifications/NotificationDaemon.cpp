@@ -35,10 +35,23 @@ void NotificationDaemon::queryCapabilities(
   listen();
   callAsync<QStringList>(
       QDBusConnection::sessionBus(), methodCall("GetCapabilities"), *this,
-      [onReply = std::move(onReply)](const QDBusPendingReply<QStringList>& reply) {
-        onReply(reply.isValid() ? std::optional(NotificationCapabilities::parse(reply.value()))
-                                : std::nullopt);
+      [this, onReply = std::move(onReply)](const QDBusPendingReply<QStringList>& reply) {
+        if (!reply.isValid()) return onReply(std::nullopt);
+        queryOwner([onReply, capabilities = NotificationCapabilities::parse(reply.value())] {
+          onReply(capabilities);
+        });
       });
+}
+
+void NotificationDaemon::queryOwner(std::function<void()> then) {
+  QDBusMessage message = QDBusMessage::createMethodCall(
+      "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "GetNameOwner");
+  message << QString(kName);
+  callAsync<QString>(QDBusConnection::sessionBus(), message, *this,
+                     [this, then = std::move(then)](const QDBusPendingReply<QString>& reply) {
+                       owner_ = reply.isValid() ? reply.value() : QString();
+                       then();
+                     });
 }
 
 void NotificationDaemon::notify(const NotificationRequest& request, quint32 replaces,
@@ -47,12 +60,12 @@ void NotificationDaemon::notify(const NotificationRequest& request, quint32 repl
   QDBusMessage message = methodCall("Notify");
   message << QString("Voxtrel") << replaces << QString(kBundleIdentifier) << request.summary
           << request.body << request.actions << request.hints << kDaemonChoosesTimeout;
-  callAsync<quint32>(QDBusConnection::sessionBus(), message, *this,
-                     [onReply = std::move(onReply)](const QDBusPendingReply<quint32>& reply) {
-                       onReply(reply.isValid() ? std::optional(ShownNotification{
-                                                     reply.reply().service(), reply.value()})
-                                               : std::nullopt);
-                     });
+  callAsync<quint32>(
+      QDBusConnection::sessionBus(), message, *this,
+      [owner = owner_, onReply = std::move(onReply)](const QDBusPendingReply<quint32>& reply) {
+        onReply(reply.isValid() ? std::optional(ShownNotification{owner, reply.value()})
+                                : std::nullopt);
+      });
 }
 
 void NotificationDaemon::close(const ShownNotification& shown) {

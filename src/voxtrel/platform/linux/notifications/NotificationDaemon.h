@@ -45,8 +45,11 @@ class NotificationDaemon final : public QObject, protected QDBusContext {
   Q_SLOT void onActivationToken(quint32 id, const QString& token);
   Q_SLOT void onNotificationClosed(quint32 id, quint32 reason);
   void listen();
+  void queryOwner(std::function<void()> then);
 
   Events events_;
+  /// The daemon's unique name, the sender of its signals. Asked for, because Qt 6.8's replies lack theirs.
+  QString owner_;
   bool isListening_ = false;
   ShownNotification tokenOwner_;
   QString token_;  ///< permission to take the focus; sent just before the action it belongs to
