@@ -16,7 +16,7 @@ from words_case import TEXTS, THEIRS, Talker, WordsCase
 KEYBOARDS = {"zwp_virtual_keyboard_manager_v1"}
 PICTURE = base64.b64decode("iVBORw0KGgoAAAANSUhEUgAAAAEAAAABCAYAAAAfFcSJAAAADUlEQVR42mNk+M9QDwADhgGAWjR9awAAAABJRU5E"
                            "rkJggg==")
-TYPER = os.path.join(os.environ.get("VOXTREL_PROGRAMS", ""), "quillback-wayland-typer")
+KEYBOARD = os.path.join(os.environ.get("VOXTREL_PROGRAMS", ""), "wayland-keyboard")
 SPOKEN = "how are you today"
 
 
@@ -100,16 +100,17 @@ class Plasma6(PlasmaCase):
         self.assertNotIn("words", last.body.replace("What was not typed", ""))
 
     def test_the_paste_key_is_where_the_layout_has_it(self):
-        typer = Talker(TYPER, environment=self.desk.environment)  # a keyboard
-        self.addCleanup(typer.stop)
-        typer.wait_for("type 1")
+        keyboard = Talker(KEYBOARD, environment=self.desk.environment)
+        self.addCleanup(keyboard.stop)
+        keyboard.send(b"us\n")
+        keyboard.wait_for("done")
         inserter, plasma = self.start()
-        for variant, key in (("dvorak", 52), ("''", 47)):
-            self.desk.sway("input", "*", "xkb_layout", "us")
-            self.desk.sway("input", "*", "xkb_variant", variant)
+        for count, (layout, key) in enumerate(((b"us dvorak", 52), (b"us", 47)), 1):
+            keyboard.send(layout + b"\n")
+            keyboard.wait_for("done", count + 1)
             inserter.send(b"words\0")
             plasma.wait_for(f"pressed 29 {key}")
-            inserter.wait_for("inserted")
+            inserter.wait_for("inserted", count)
 
     def test_terminals_get_their_own_key(self):
         inserter, plasma = self.start()
