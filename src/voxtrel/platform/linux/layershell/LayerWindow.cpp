@@ -103,7 +103,7 @@ void LayerWindow::onConfigure(std::uint32_t serial) {
   zwlr_layer_surface_v1_ack_configure(layerSurface_.get(), serial);
   isConfigured_ = true;
   compositor_->wakeForEvents(false);
-  shown_ = QImage();  // a configured surface waits for a picture
+  if (painter_) unshown_ = painter_->picture().rect();  // a configured surface waits for a picture
   paint();
 }
 
@@ -127,31 +127,26 @@ void LayerWindow::preparePainter() {
                    wholePoints(contentRect_.height * scale_));
   if (painter_ && painter_->sizePx() == size && painter_->scale() == scale_) return;
   painter_.emplace(size, scale_, cornerRadius_);
-  picture_ = QImage(size, QImage::Format_ARGB32_Premultiplied);
+  unshown_ = QRect();  // its first picture is new as a whole
   pictures_ = std::make_unique<SharedPictures>(compositor_->shm(), size);
 }
 
 void LayerWindow::paint() {
   if (!isConfigured_ || !layerSurface_ || !draw_ || compositor_->isBroken()) return;
   preparePainter();
-  // Bars at rest cost nothing.
-  if (!painter_->setContent(draw_) && !shown_.isNull()) return;
-  painter_->paint(picture_);
-  if (picture_ == shown_) return;
-  wl_buffer* const buffer = pictures_->put(picture_);
-  if (buffer == nullptr) {
-    shown_ = QImage();  // the next frame tries again
-    return;
-  }
+  unshown_ |= painter_->paint(draw_);
+  if (unshown_.isEmpty()) return;
+  wl_buffer* const buffer = pictures_->put(painter_->picture());
+  if (buffer == nullptr) return;  // the next frame tries again
   present(buffer);
-  shown_.swap(picture_);
-  if (picture_.size() != shown_.size()) picture_ = shown_.copy();
+  unshown_ = QRect();
 }
 
 void LayerWindow::present(wl_buffer* buffer) {
   if (!viewport_) wl_surface_set_buffer_scale(surface_.get(), static_cast<std::int32_t>(scale_));
   wl_surface_attach(surface_.get(), buffer, 0, 0);
-  wl_surface_damage_buffer(surface_.get(), 0, 0, picture_.width(), picture_.height());
+  wl_surface_damage_buffer(surface_.get(), unshown_.x(), unshown_.y(), unshown_.width(),
+                           unshown_.height());
   wl_surface_commit(surface_.get());
   compositor_->flush();
 }

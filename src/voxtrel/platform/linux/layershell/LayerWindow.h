@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QImage>
+#include <QRect>
 #include <memory>
 #include <optional>
 
@@ -47,8 +47,7 @@ class LayerWindow final : public OverlayWindow {
   double scale_ = 1;
   std::optional<PillPainter> painter_;
   std::unique_ptr<SharedPictures> pictures_;
-  QImage picture_;
-  QImage shown_;
+  QRect unshown_;  ///< pixels of the picture that the compositor does not have
 };
 
 }  // namespace voxtrel

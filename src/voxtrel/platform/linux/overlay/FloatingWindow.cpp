@@ -54,7 +54,7 @@ void FloatingWindow::preparePainter() {
                      static_cast<int>(std::lround(height() * scale)));
   if (painter_ && painter_->sizePx() == sizePx && painter_->scale() == scale) return;
   painter_.emplace(sizePx, scale, cornerRadius_);
-  picture_ = QImage(sizePx, QImage::Format_ARGB32_Premultiplied);
+  unshown_ = QRect();  // its first picture is new as a whole
   // Without transparency, leave out the pixels that are mostly outside the pill.
   const int coverage = hasCompositor() ? kAnyCoverage : kHalfCoverage;
   server_.setShape(static_cast<xcb_window_t>(winId()), painter_->pixels(coverage));
@@ -85,30 +85,27 @@ void FloatingWindow::stayInFront() {
 
 void FloatingWindow::exposeEvent(QExposeEvent* /*event*/) {
   if (!isExposed()) return;
-  shown_ = QImage();  // the server may have dropped its pixels
+  if (painter_) unshown_ = painter_->picture().rect();  // the server may have dropped its pixels
   paint();
 }
 
 void FloatingWindow::paint() {
   if (!draw_) return;
   preparePainter();
-  // Bars at rest cost nothing.
-  if (!painter_->setContent(draw_) && !shown_.isNull()) return;
-  painter_->paint(picture_);
-  if (picture_ == shown_) return;
+  unshown_ |= painter_->paint(draw_);
+  if (unshown_.isEmpty()) return;
   present();
-  shown_.swap(picture_);
-  if (picture_.size() != shown_.size()) picture_ = shown_.copy();
+  unshown_ = QRect();
 }
 
 void FloatingWindow::present() {
-  if (surface_) return surface_->put(picture_);
+  if (surface_) return surface_->put(painter_->picture(), unshown_);
   const QRect all(QPoint(0, 0), size());
   if (fallback_->size() != size()) fallback_->resize(size());
   fallback_->beginPaint(all);
   QPainter painter(fallback_->paintDevice());
   painter.setCompositionMode(QPainter::CompositionMode_Source);
-  painter.drawImage(all, picture_);
+  painter.drawImage(all, painter_->picture());
   painter.end();
   fallback_->endPaint();
   fallback_->flush(all);

@@ -42,8 +42,7 @@ class FloatingWindow final : public OverlayWindow, private QWindow {
   double cornerRadius_ = 0;
   Draw draw_;
   std::optional<PillPainter> painter_;
-  QImage picture_;
-  QImage shown_;
+  QRect unshown_;  ///< pixels of the picture that the server does not have
   int framesSinceRaised_ = 0;
 };
 

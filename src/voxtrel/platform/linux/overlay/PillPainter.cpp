@@ -2,7 +2,9 @@
 
 #include <QPainter>
 #include <algorithm>
+#include <cstring>
 #include <span>
+#include <utility>
 
 namespace voxtrel {
 namespace {
@@ -58,9 +60,14 @@ void paintShapes(QPainter& painter, double scale, std::span<const PaintedShape> 
   painter.resetTransform();
 }
 
+QImage emptyImage(QSize sizePx) {
+  QImage image(sizePx, QImage::Format_ARGB32_Premultiplied);
+  image.fill(Qt::transparent);
+  return image;
+}
+
 QImage roundedShape(QSize sizePx, double radiusPx) {
-  QImage shape(sizePx, QImage::Format_ARGB32_Premultiplied);
-  shape.fill(Qt::transparent);
+  QImage shape = emptyImage(sizePx);
   QPainter painter(&shape);
   painter.setRenderHint(QPainter::Antialiasing);
   painter.setPen(Qt::NoPen);
@@ -69,12 +76,51 @@ QImage roundedShape(QSize sizePx, double radiusPx) {
   return shape;
 }
 
+std::span<const QRgb> pixelRow(const QImage& image, int y) {
+  return {reinterpret_cast<const QRgb*>(image.constScanLine(y)),
+          static_cast<std::size_t>(image.width())};
+}
+
+/// The pixels of a row that differ: the first, and the one behind the last; equal if there are none.
+std::pair<int, int> differentPixels(const QImage& one, const QImage& other, int y) {
+  const auto a = pixelRow(one, y), b = pixelRow(other, y);
+  const auto first = std::mismatch(a.begin(), a.end(), b.begin()).first - a.begin();
+  if (first == one.width()) return {};
+  const auto behind = a.rend() - std::mismatch(a.rbegin(), a.rend(), b.rbegin()).first;
+  return {static_cast<int>(first), static_cast<int>(behind)};
+}
+
+/// Of two pictures of one size: a rectangle around the pixels that differ.
+QRect difference(const QImage& one, const QImage& other) {
+  QRect all;
+  for (int y = 0; y < one.height(); ++y) {
+    const auto [first, behind] = differentPixels(one, other, y);
+    if (first < behind) all |= QRect(first, y, behind - first, 1);
+  }
+  return all;
+}
+
 }  // namespace
 
 PillPainter::PillPainter(QSize sizePx, double scale, double cornerRadius)
-    : scale_(scale), shape_(roundedShape(sizePx, cornerRadius * scale)) {}
+    : scale_(scale),
+      shape_(roundedShape(sizePx, cornerRadius * scale)),
+      foreground_(scale, shape_),
+      picture_(emptyImage(sizePx)),
+      next_(emptyImage(sizePx)) {}
 
-bool PillPainter::setContent(const Draw& draw) {
+QRect PillPainter::paint(const Draw& draw) {
+  const bool isFirst = !std::exchange(isPainted_, true);
+  if (!record(draw) && !isFirst) return {};  // bars at rest cost nothing
+  keepBackground();
+  std::memcpy(next_.bits(), background_.constBits(), static_cast<std::size_t>(next_.sizeInBytes()));
+  for (const PaintedShape& shape : std::span(shapes_).subspan(backgroundShapes_)) fill(shape);
+  picture_.swap(next_);
+  return isFirst ? picture_.rect() : difference(picture_, next_);
+}
+
+/// Returns whether anything is to be painted that was not before.
+bool PillPainter::record(const Draw& draw) {
   shapes_.swap(shapesBefore_);
   ShapeList canvas(shapes_);
   draw(canvas);
@@ -84,25 +130,26 @@ bool PillPainter::setContent(const Draw& draw) {
   return differs.first != shapes_.end() || differs.second != shapesBefore_.end();
 }
 
-/// A background that has changed, or is unknown, becomes what has not changed since the last picture.
 void PillPainter::keepBackground() {
-  if (backgroundShapes_ > 0 && sameShapes_ >= backgroundShapes_) return;
-  backgroundShapes_ = sameShapes_;
-  background_ = QImage(sizePx(), QImage::Format_ARGB32_Premultiplied);
-  background_.fill(Qt::transparent);
+  const auto last = std::find_if(shapes_.rbegin(), shapes_.rend(), [](const PaintedShape& shape) {
+    return shape.kind == PaintedShape::Kind::strokedRect;
+  });
+  const auto count = static_cast<std::size_t>(shapes_.rend() - last);
+  if (!background_.isNull() && count == backgroundShapes_ && count <= sameShapes_) return;
+  backgroundShapes_ = count;
+  background_ = emptyImage(sizePx());
   QPainter painter(&background_);
-  paintShapes(painter, scale_, std::span(shapes_).first(backgroundShapes_));
-}
-
-void PillPainter::paint(QImage& target) {
-  keepBackground();
-  QPainter painter(&target);
-  painter.setCompositionMode(QPainter::CompositionMode_Source);
-  painter.drawImage(0, 0, background_);
-  painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
-  paintShapes(painter, scale_, std::span(shapes_).subspan(backgroundShapes_));
+  paintShapes(painter, scale_, std::span(shapes_).first(count));
   painter.setCompositionMode(QPainter::CompositionMode_DestinationIn);
   painter.drawImage(0, 0, shape_);
+}
+
+void PillPainter::fill(const PaintedShape& shape) {
+  if (shape.kind == PaintedShape::Kind::filledOval) {
+    foreground_.fillOval(next_, shape.rect, shape.color);
+  } else {
+    foreground_.fillRoundedRect(next_, shape.rect, shape.radius, shape.color);
+  }
 }
 
 std::vector<QRect> PillPainter::pixels(int coverage) const {

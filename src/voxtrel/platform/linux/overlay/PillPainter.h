@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "voxtrel/platform/Canvas.h"
+#include "voxtrel/platform/linux/overlay/RoundedFill.h"
 
 namespace voxtrel {
 
@@ -23,21 +24,20 @@ struct PaintedShape {
   friend bool operator==(const PaintedShape&, const PaintedShape&) = default;
 };
 
-/// Paints content clipped to a rounded rectangle with smooth edges, as pixels with alpha. The shapes at
-/// its beginning that stay the same, the background, are painted once.
-/// Thread: the main thread.  Owns: images of the clip's shape and of the background.
+/// Paints content clipped to a rounded rectangle with smooth edges, as pixels with alpha. The background, up
+/// to the last line in it, is painted once for as long as it stays the same.
+/// Thread: the main thread.  Owns: the picture; images of the clip's shape and of the background.
 class PillPainter {
  public:
   using Draw = std::function<void(Canvas&)>;
 
-  /// `sizePx` is the target's size; a point is `scale` pixels, `cornerRadius` is in points.
+  /// `sizePx` is the picture's size; a point is `scale` pixels, `cornerRadius` is in points.
   PillPainter(QSize sizePx, double scale, double cornerRadius);
 
-  /// What is painted from now on. Returns whether it differs from what was painted before.
-  bool setContent(const Draw& draw);
-
-  /// Replaces everything in `target`, whose size must be `sizePx`.
-  void paint(QImage& target);
+  /// Paints the picture as `draw` says. Returns a rectangle around the pixels that differ from the picture
+  /// before: the first time all, else none if there are none.
+  QRect paint(const Draw& draw);
+  const QImage& picture() const { return picture_; }
 
   /// The shape as rectangles of whole pixels: every pixel of which at least `coverage` of 255 lies
   /// inside.
@@ -47,14 +47,20 @@ class PillPainter {
   double scale() const { return scale_; }
 
  private:
+  bool record(const Draw& draw);
   void keepBackground();
+  void fill(const PaintedShape& shape);
 
   double scale_;
   QImage shape_;  // opaque inside, transparent outside
+  RoundedFill foreground_;
+  QImage picture_;
+  QImage next_;
+  bool isPainted_ = false;
   std::vector<PaintedShape> shapes_;
   std::vector<PaintedShape> shapesBefore_;
   std::size_t sameShapes_ = 0;  // how many of the first shapes are as before
-  QImage background_;           // the first shapes of these, not yet clipped
+  QImage background_;           // the first shapes of these, clipped
   std::size_t backgroundShapes_ = 0;
 };
 

@@ -33,9 +33,11 @@ FileDescriptor startedTimer(std::chrono::nanoseconds interval) {
 /// Thread: the main thread.  Owns: the timer's descriptor.
 class Ticker {
  public:
-  Ticker(std::chrono::nanoseconds interval, std::function<void()> task)
+  using Task = std::function<void()>;
+
+  Ticker(std::chrono::nanoseconds interval, Task task)
       : timer_(startedTimer(interval)),
-        task_(std::move(task)),
+        task_(std::make_shared<const Task>(std::move(task))),
         notifier_(new QSocketNotifier(timer_.get(), QSocketNotifier::Read)) {
     QObject::connect(notifier_, &QSocketNotifier::activated, notifier_, [this] { tick(); });
   }
@@ -54,13 +56,13 @@ class Ticker {
     const auto alive = std::weak_ptr(alive_);
     const auto task = task_;
     for (auto due = std::min(expirations, kMaxTicksAtOnce); due > 0 && !alive.expired(); --due) {
-      task();
+      (*task)();
     }
   }
 
   FileDescriptor timer_;
   std::shared_ptr<bool> alive_ = std::make_shared<bool>();
-  std::function<void()> task_;
+  std::shared_ptr<const Task> task_;
   QSocketNotifier* notifier_;
 };
 

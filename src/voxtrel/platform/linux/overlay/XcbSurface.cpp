@@ -41,11 +41,13 @@ XcbSurface::~XcbSurface() {
   xcb_free_gc(connection_, context_);
 }
 
-void XcbSurface::put(const QImage& picture) const {
+void XcbSurface::put(const QImage& picture, const QRect& part) const {
+  const auto rows = static_cast<std::uint32_t>(part.height());
   xcb_put_image(connection_, XCB_IMAGE_FORMAT_Z_PIXMAP, window_, context_,
-                static_cast<std::uint16_t>(picture.width()),
-                static_cast<std::uint16_t>(picture.height()), 0, 0, 0, depth_,
-                static_cast<std::uint32_t>(picture.sizeInBytes()), picture.constBits());
+                static_cast<std::uint16_t>(picture.width()), static_cast<std::uint16_t>(rows), 0,
+                static_cast<std::int16_t>(part.y()), 0, depth_,
+                rows * static_cast<std::uint32_t>(picture.bytesPerLine()),
+                picture.constScanLine(part.y()));
   xcb_flush(connection_);
 }
 

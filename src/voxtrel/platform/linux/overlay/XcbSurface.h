@@ -25,8 +25,8 @@ class XcbSurface {
   XcbSurface& operator=(const XcbSurface&) = delete;
   ~XcbSurface();
 
-  /// `picture` has 32-bit pixels with premultiplied alpha.
-  void put(const QImage& picture) const;
+  /// Sends the rows of `picture` that `part` touches. It has 32-bit pixels with premultiplied alpha.
+  void put(const QImage& picture, const QRect& part) const;
 
  private:
   XcbSurface(xcb_connection_t* connection, xcb_window_t window, std::uint8_t depth);

@@ -52,13 +52,9 @@ QImage picture(double scale) {
   view.processAudio(testing::BufferOver(samples));
   const QSize size(static_cast<int>(std::lround(kFrame.width * scale)),
                    static_cast<int>(std::lround(kFrame.height * scale)));
-  QImage image(size, QImage::Format_ARGB32_Premultiplied);
   PillPainter painter(size, scale, view.cornerRadius());
-  for (int frame = 0; frame < 8; ++frame) {
-    painter.setContent([&](Canvas& canvas) { view.draw(canvas); });
-    painter.paint(image);
-  }
-  return image.convertToFormat(QImage::Format_ARGB32);
+  for (int frame = 0; frame < 8; ++frame) painter.paint([&](Canvas& canvas) { view.draw(canvas); });
+  return painter.picture().convertToFormat(QImage::Format_ARGB32);
 }
 
 int farthestComponents(QRgb one, QRgb two) {
@@ -98,21 +94,6 @@ TEST(PillPainter, LeavesTheCornersEmptyAndPaintsNothingOutsideThePill) {
   EXPECT_NEAR(qAlpha(image.pixel(90, 4)), 235, 1) << "the pill is slightly transparent";
 }
 
-TEST(PillPainter, ReplacesTheOldPicture) {
-  QImage image(90, 21, QImage::Format_ARGB32_Premultiplied);
-  image.fill(Qt::white);
-  PillPainter({90, 21}, 1.0, 10.5).paint(image);
-  for (const QPoint place : {QPoint(0, 0), QPoint(45, 10)}) {
-    EXPECT_EQ(qAlpha(image.pixel(place)), 0);
-  }
-}
-
-QImage emptyPicture() {
-  QImage image(90, 21, QImage::Format_ARGB32_Premultiplied);
-  image.fill(Qt::transparent);
-  return image;
-}
-
 // A background, and a bar and a dot that may change.
 PillPainter::Draw pill(double red, double barHeight, double dot) {
   return [=](Canvas& canvas) {
@@ -123,29 +104,57 @@ PillPainter::Draw pill(double red, double barHeight, double dot) {
   };
 }
 
+const PillPainter::Draw kNothing = [](Canvas&) {};
+
 TEST(PillPainter, PaintsEachPictureAsIfItWereItsFirst) {
   PillPainter painter({90, 21}, 1.0, 10.5);
-  QImage image = emptyPicture();
   for (const auto& draw :
        {pill(0.1, 5, 5), pill(0.1, 9, 5), pill(0.1, 9, 5), pill(0.1, 9, 3), pill(0.6, 9, 3),
-        pill(0.6, 4, 3), pill(0.1, 4, 3), PillPainter::Draw([](Canvas&) {}), pill(0.1, 4, 3)}) {
-    painter.setContent(draw);
-    painter.paint(image);
+        pill(0.6, 4, 3), pill(0.1, 4, 3), kNothing, pill(0.1, 4, 3)}) {
+    painter.paint(draw);
     PillPainter another({90, 21}, 1.0, 10.5);
-    another.setContent(draw);
-    QImage first = emptyPicture();
-    another.paint(first);
-    EXPECT_EQ(image, first);
+    another.paint(draw);
+    EXPECT_EQ(painter.picture(), another.picture());
   }
 }
 
-TEST(PillPainter, KnowsWhetherTheContentHasChanged) {
+TEST(PillPainter, TellsAroundWhichPixelsThePictureHasChanged) {
   PillPainter painter({90, 21}, 1.0, 10.5);
-  EXPECT_TRUE(painter.setContent(pill(0.1, 5, 5)));
-  EXPECT_FALSE(painter.setContent(pill(0.1, 5, 5)));
-  EXPECT_TRUE(painter.setContent(pill(0.1, 5, 4)));
-  EXPECT_TRUE(painter.setContent([](Canvas&) {}));
-  EXPECT_FALSE(painter.setContent([](Canvas&) {}));
+  EXPECT_EQ(painter.paint(pill(0.1, 5, 5)), QRect(0, 0, 90, 21)) << "the first picture";
+  EXPECT_EQ(painter.paint(pill(0.1, 5, 5)), QRect());
+  EXPECT_EQ(painter.paint(pill(0.1, 9, 5)), QRect(20, 6, 2, 5)) << "a bar from 2 to 11, not 7";
+  EXPECT_EQ(painter.paint(pill(0.1, 9, 0)), QRect(80, 8, 5, 5)) << "a dot less";
+  EXPECT_EQ(painter.paint(pill(0.1, 5, 5)), QRect(20, 6, 65, 7)) << "both";
+  EXPECT_EQ(painter.paint(kNothing), QRect(0, 0, 90, 21));
+  EXPECT_EQ(painter.paint(kNothing), QRect());
+}
+
+TEST(PillPainter, TellsNoChangeWhereShapesDifferByLessThanAPixelShows) {
+  PillPainter painter({90, 21}, 1.0, 10.5);
+  painter.paint(pill(0.1, 5, 5));
+  EXPECT_EQ(painter.paint(pill(0.1, 5.0001, 5)), QRect());
+}
+
+// Speech, then silence: how many frames, and how many of their pixels, are new to the screen.
+TEST(PillPainter, ChangesOnlyTheBarsAndOnlyWhileTheyMove) {
+  const PlainVectorMath math{};
+  FFTBarView view(kFrame, math);
+  const PillPainter::Draw draw = [&](Canvas& canvas) { view.draw(canvas); };
+  PillPainter painter({90, 21}, 1.0, view.cornerRadius());
+  painter.paint(draw);
+  const std::vector<float> samples = chord();
+  view.processAudio(testing::BufferOver(samples));
+  const QRect barsPlace(8, 3, 69, 15);
+  int moving = 0;
+  for (int frame = 0; frame < 60; ++frame) {
+    if (frame == 30) view.clear();
+    const QRect changed = painter.paint(draw);
+    EXPECT_TRUE(changed.isEmpty() || barsPlace.contains(changed)) << frame;
+    moving += changed.isEmpty() ? 0 : 1;
+  }
+  EXPECT_GT(moving, 20);
+  EXPECT_LT(moving, 50) << "bars that stand still are painted";
+  for (int frame = 0; frame < 60; ++frame) EXPECT_TRUE(painter.paint(draw).isEmpty()) << frame;
 }
 
 TEST(PillPainter, GivesAPixelShapeThatNarrowsTowardsTopAndBottom) {
