@@ -13,6 +13,9 @@ namespace {
 
 /// GNOME counts a read as running for a moment after its end, and its portal crashes at one that is refused.
 constexpr std::chrono::milliseconds kReadPause{100};
+/// Stands for an empty clipboard: GNOME fills one that nobody holds with the last text, which is ours. No
+/// program takes this type.
+const ClipboardContent kNothing{{"application/x-voxtrel-nothing", ""}};
 
 /// The descriptor in a reply, ours now; not open if there is none.
 FileDescriptor pipeOf(sd_bus_message& reply) {
@@ -86,13 +89,12 @@ void PortalClipboard::offer(ClipboardContent content, OnOffered onOffered, OnRea
       [this](sd_bus_message& call) {
         sd_bus_message_append(&call, "o", session_.c_str());
         sd_bus_message_open_container(&call, 'a', "{sv}");
-        if (!content_.empty()) appendTypes(call, content_);
+        appendTypes(call, content_.empty() ? kNothing : content_);
         sd_bus_message_close_container(&call);
       },
       [this, onOffered = std::move(onOffered), session = session_](sd_bus_message& reply) {
-        const bool isThere = !isError(reply) && session == session_;
-        isOurs_ = isThere && !content_.empty();
-        if (onOffered) onOffered(isThere);
+        isOurs_ = !isError(reply) && session == session_;
+        if (onOffered) onOffered(isOurs_);
       });
 }
 

@@ -25,6 +25,7 @@ class SessionClipboard:
         self._portal = portal
         self._say = say
         self._watcher_ms = watcher_ms
+        self._watched = b""
         self.content = {}
         self.is_sessions = False
         self._reading = False
@@ -42,16 +43,23 @@ class SessionClipboard:
                                            dbus.Dictionary(options, signature="sv"))
 
     def set_by_session(self, types):
-        """The session offers these types."""
-        self.content, self.is_sessions = dict.fromkeys(types), bool(types)
+        """The session offers these types. Without any the desktop offers the last text that it has read."""
+        if types or not self._watched:
+            self.content, self.is_sessions = dict.fromkeys(types), bool(types)
+            self._watched = b""
+        else:
+            self.content, self.is_sessions = {UTF8: self._watched}, False
         self.tell()
-        if types and self._watcher_ms:
+        if UTF8 in types and self._watcher_ms:
             GLib.timeout_add(self._watcher_ms, self._watch)
-        elif types:
+        elif UTF8 in types:
             self._watch()
 
     def _watch(self):
-        self.read(UTF8, lambda text: self._say("watched", json.dumps(text.decode())))
+        def keep(text):
+            self._watched = text
+            self._say("watched", json.dumps(text.decode()))
+        self.read(UTF8, keep)
         return False
 
     def set_by_other(self, content):
@@ -63,7 +71,7 @@ class SessionClipboard:
 
     def read(self, kind, then):
         """Another program reads."""
-        if not self.is_sessions:
+        if not self.is_sessions or kind not in self.content:
             return then(self.content.get(kind, b""))
         serial = next(self._serials)
         self._waiting[serial] = then
