@@ -167,7 +167,8 @@ class Desk:
 
     def processes(self, *names):
         """The desktop's own programs of these names."""
-        return [process for process in [self._x_server, *self._running] if process.name in names]
+        running = [self._x_server, *self._running] if self._x_server else self._running
+        return [process for process in running if process.name in names]
 
     _x_server = None
 
