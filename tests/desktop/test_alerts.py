@@ -212,7 +212,7 @@ class Keyboard(AlertCase):
                                PATH=self.opener.path(self.desk.environment))
             self.notifications(count)
             body = self.bodies()[-1]
-            self.assertIn("Right Cmd cannot be seen: a double forbids it. ", body)
+            self.assertTrue(body.endswith(" Right Cmd cannot be seen: a double forbids it."), body)
             self.assertIn(word, body)
             self.assertNotIn("Privacy", body)
             self.app.process.send(signal.SIGTERM)

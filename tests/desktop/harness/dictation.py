@@ -33,7 +33,9 @@ class Dictating(Application):
         # Where Whisper is built in, its setup finds no server: no test fetches gigabytes.
         self.start(VOXTREL_LOG="debug,words", QUILLBACK_MODEL_URL="http://127.0.0.1:9")
         self.item = self._desk.tray.wait_for_item(self.process.pid)
-        self.wait_for_count("Ready.", 1)  # the tray reads so before the engine has said anything
+        # The tray reads so before the engine has said anything. Under the address sanitizer each word of
+        # the recogniser's dictionary takes its time.
+        self.wait_for_count("Ready.", 1, limit_s=60.0)
         self.wait_until_ready()
         return self
 
