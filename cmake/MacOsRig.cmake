@@ -3,9 +3,12 @@ find_program(CMAKE_OBJCXX_COMPILER clang++-14 REQUIRED)
 if(NOT CMAKE_OBJCXX_COMPILER_LAUNCHER)
   set(CMAKE_OBJCXX_COMPILER_LAUNCHER "${CMAKE_CXX_COMPILER_LAUNCHER}")
 endif()
-# Clang writes a pragma of its own into headers that are compiled once, of all languages.
+# Clang names and begins headers that are compiled once in a way of its own, of all languages. GCC finds none
+# of that name.
+set(pch_extension "${CMAKE_PCH_EXTENSION}")
 set(pch_prologue "${CMAKE_PCH_PROLOGUE}")
 enable_language(OBJCXX)
+set(CMAKE_PCH_EXTENSION "${pch_extension}")
 set(CMAKE_PCH_PROLOGUE "${pch_prologue}")
 
 # Unpacked once; its configuration names the folder in which it was built.
