@@ -38,7 +38,7 @@ class EpollLoop::TimerHandle final : public Loop::Timer {
   TimerHandle(EpollLoop& loop, TimerKey key) : loop_(loop), key_(std::move(key)) {}
   TimerHandle(const TimerHandle&) = delete;
   TimerHandle& operator=(const TimerHandle&) = delete;
-  // The alarm is not reset: one that finds nothing due does nothing.
+  // The alarm stays set as long as there are other timers: one that finds nothing due does nothing.
   ~TimerHandle() override { loop_.timers_.erase(key_); }
 
  private:
@@ -104,6 +104,7 @@ std::unique_ptr<Loop::Watch> EpollLoop::watch(int descriptor, Task onReadable) {
 void EpollLoop::run() {
   std::array<epoll_event, 16> events{};
   while (!stopped_) {
+    if (timers_.empty()) stopAlarm();
     const int count =
         ::epoll_wait(epoll_.get(), events.data(), static_cast<int>(events.size()), -1);
     for (int i = 0; i < count && !stopped_; ++i) {
@@ -163,6 +164,14 @@ void EpollLoop::armTimers() {
   spec.it_value.tv_sec = seconds.count();
   spec.it_value.tv_nsec = std::chrono::nanoseconds(since - seconds).count();
   ::timerfd_settime(alarm_.get(), TFD_TIMER_ABSTIME, &spec, nullptr);
+}
+
+/// Set for a timer that is gone, it would wake an idle process.
+void EpollLoop::stopAlarm() {
+  if (alarmAt_ == TimePoint::max()) return;
+  alarmAt_ = TimePoint::max();
+  const itimerspec never{};
+  ::timerfd_settime(alarm_.get(), 0, &never, nullptr);
 }
 
 void EpollLoop::add(int fd, std::uint64_t id) {

@@ -40,6 +40,7 @@ class EpollLoop final : public Loop {
   void runTimers();
   void runWatch(std::uint64_t id);
   void armTimers();
+  void stopAlarm();
   void add(int fd, std::uint64_t id);
 
   FileDescriptor epoll_;

@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <array>
+#include <filesystem>
+#include <fstream>
+#include <string>
 #include <thread>
 
 #include "quillback/loop/EpollLoop.h"
@@ -24,6 +27,30 @@ class EpollLoopTest : public testing::Test {
   EpollLoop loop_;
   std::vector<int> noted_;
 };
+
+/// Whether the kernel would wake this process by a timer descriptor.
+bool isAnAlarmSet() {
+  for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fdinfo")) {
+    std::ifstream info(entry.path());
+    for (std::string line; std::getline(info, line);) {
+      if (line.starts_with("it_value:")) return line != "it_value: (0, 0)";
+    }
+  }
+  return false;
+}
+
+TEST_F(EpollLoopTest, ATimerThatIsGoneLeavesNoAlarm) {
+  auto timer = loop_.after(std::chrono::hours(1), note(0));
+  EXPECT_TRUE(isAnAlarmSet());
+  timer.reset();
+  bool isSet = true;
+  loop_.post([this, &isSet] {
+    isSet = isAnAlarmSet();
+    loop_.stop();
+  });
+  loop_.run();
+  EXPECT_FALSE(isSet);
+}
 
 TEST_F(EpollLoopTest, RunsTasksInTheirOrder) {
   for (int i = 0; i < 3; ++i) loop_.post(note(i));
