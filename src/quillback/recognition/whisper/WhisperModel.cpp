@@ -104,11 +104,7 @@ Heard WhisperModel::recognise(std::span<const float> samples, const std::atomic<
   for (Expected& each : expected_) each.isNear = false;
   const auto limit = static_cast<std::size_t>(maxTokens(samples.size()));
   Heard decoded = decodeAll(prompt_, limit, isDropped);
-  const std::string hint = hintAt(decoded.text);
-  if (!hint.empty() && !decoded.hasFailed && !isDropped) {
-    const Heard hinted = decodeAll(promptOf(hint), limit, isDropped);
-    decoded.text = withExpectedWords(decoded.text, hinted.text, options_.words);
-  }
+  if (!decoded.hasFailed) addExpectedWords(decoded.text, limit, isDropped);
   decoded.encode = duration_cast<microseconds>(encoded - start);
   decoded.decode = duration_cast<microseconds>(steady_clock::now() - encoded);
   return decoded;
@@ -161,16 +157,28 @@ std::vector<WhisperModel::Expected> WhisperModel::expectedWords() const {
   return words;
 }
 
-/// The words that were nearly said and are not in the text, as a sentence behind the settings' prompt: behind
-/// half a sentence the decoder may write another half. Nothing if there are none.
-std::string WhisperModel::hintAt(const std::string& heard) const {
-  std::string hint;
+/// Decodes the sound again with the words that were nearly said and are not in the text: first with all of
+/// them, because names come together, then with each that is still missing, because one can spoil another.
+void WhisperModel::addExpectedWords(std::string& text, std::size_t maxTokens,
+                                    const std::atomic<bool>& isDropped) {
+  constexpr std::size_t kMaxAlone = 4;
+  std::vector<std::string> hints;
   for (const Expected& each : expected_) {
-    if (!each.isNear || hasWord(heard, each.word)) continue;
-    hint += (hint.empty() ? "" : ", ") + each.word;
+    if (each.isNear && !hasWord(text, each.word)) hints.push_back(each.word);
   }
-  if (hint.empty()) return {};
-  return (options_.prompt.empty() ? "" : options_.prompt + " ") + hint + ".";
+  if (hints.size() > 1) {
+    std::string all = hints.front();
+    for (const std::string& word : std::span(hints).subspan(1)) all += ", " + word;
+    hints.resize(std::min(hints.size(), kMaxAlone));
+    hints.insert(hints.begin(), all);
+  }
+  const std::string before = options_.prompt.empty() ? "" : options_.prompt + " ";
+  for (const std::string& hint : hints) {
+    if (isDropped || hasWord(text, hint)) continue;
+    // A sentence: behind half of one the decoder may write another half.
+    const Heard hinted = decodeAll(promptOf(before + hint + "."), maxTokens, isDropped);
+    if (!isDropped) text = withExpectedWords(text, hinted.text, options_.words);
+  }
 }
 
 bool WhisperModel::decode(const Tokens& tokens, int position) {

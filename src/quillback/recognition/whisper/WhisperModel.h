@@ -60,7 +60,8 @@ class WhisperModel final : public SpeechModel {
   void detectLanguage();
   Tokens opening(const Tokens& prompt);
   Heard decodeAll(const Tokens& prompt, std::size_t maxTokens, const std::atomic<bool>& isDropped);
-  [[nodiscard]] std::string hintAt(const std::string& heard) const;
+  void addExpectedWords(std::string& text, std::size_t maxTokens,
+                        const std::atomic<bool>& isDropped);
 
   RecogniserOptions options_;
   std::unique_ptr<whisper_context, Free> model_;
