@@ -3,11 +3,12 @@
 Usage: shortcuts_portal.py KIND, with KIND plasma5 (shortcuts in CreateSession), plasma6, gnome48 (BindShortcuts
 answers 2 although it has bound, and wants the program to say who it is first), no-trigger (the first
 trigger is taken by another program), refusing, older (no shortcuts). Commands on standard input, one a line:
-press, release, close, trigger TEXT. It prints what it was asked for.
+press, release, close, trigger TEXT. It prints what it was asked for, and when it told of a press.
 """
 
 import os
 import sys
+import time
 
 import dbus
 import dbus.mainloop.glib
@@ -122,6 +123,7 @@ class Portal(dbus.service.Object):
         path = self.session.__dbus_object_path__ if self.session else PATH
         none = dbus.Dictionary({}, signature="sv")
         if word == "press":
+            say("pressed", time.monotonic_ns())
             self.Activated(path, "push-to-talk", dbus.UInt64(1), none)
         if word == "release":
             self.Deactivated(path, "push-to-talk", dbus.UInt64(2), none)
