@@ -29,11 +29,13 @@ struct Globals {
 void onGlobal(void* data, wl_registry* registry, std::uint32_t name, const char* interface,
               std::uint32_t) {
   auto* const globals = static_cast<Globals*>(data);
-  if (std::string_view(interface) == wl_seat_interface.name)
+  if (std::string_view(interface) == wl_seat_interface.name) {
     globals->seat = static_cast<wl_seat*>(wl_registry_bind(registry, name, &wl_seat_interface, 1));
-  if (std::string_view(interface) == zwp_virtual_keyboard_manager_v1_interface.name)
+  }
+  if (std::string_view(interface) == zwp_virtual_keyboard_manager_v1_interface.name) {
     globals->manager = static_cast<zwp_virtual_keyboard_manager_v1*>(
         wl_registry_bind(registry, name, &zwp_virtual_keyboard_manager_v1_interface, 1));
+  }
 }
 
 /// The layout's keymap as text; empty if there is no such layout.

@@ -54,6 +54,11 @@ std::string written(std::span<const Word> words) {
   return text;
 }
 
+std::string joined(std::string text, std::string_view middle, std::string_view end) {
+  text.append(middle).append(end);
+  return text;
+}
+
 /// Where the two texts differ: these words of each.
 struct Place {
   std::size_t plainBegin = 0;
@@ -174,7 +179,8 @@ std::string withExpectedWords(std::string_view plain, std::string_view hinted,
     const std::string changed =
         withMarksOf(old, written(std::span(hintedWords).subspan(place.hintedBegin, hintedLength)));
     const bool isShort = std::max(length, hintedLength) <= kMaxWords && length > 0;
-    const bool isHeard = isShort && saysMoreOf(text + changed + rest, text + old + rest, words);
+    const bool isHeard =
+        isShort && saysMoreOf(joined(text, changed, rest), joined(text, old, rest), words);
     text += isHeard ? changed : old;
   }
   return text + written(all.subspan(done));

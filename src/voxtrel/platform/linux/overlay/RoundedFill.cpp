@@ -18,7 +18,9 @@ float toEdge(double px) {
 }
 
 QRgb toPixel(const Color& color) {
-  const auto component = [](double share) { return static_cast<int>(share * kOpaque + 0.5); };
+  const auto component = [](double share) {
+    return static_cast<int>(std::lround(share * kOpaque));
+  };
   return qRgba(component(color.red * color.alpha), component(color.green * color.alpha),
                component(color.blue * color.alpha), component(color.alpha));
 }
