@@ -17,26 +17,10 @@
 #include "common/posix/FileDescriptor.h"
 #include "common/posix/WriteAll.h"
 #include "common/wayland/WaylandConnection.h"
+#include "support/WaylandGlobals.h"
 #include "virtual-keyboard-v1-client.h"
 
 namespace {
-
-struct Globals {
-  wl_seat* seat = nullptr;
-  zwp_virtual_keyboard_manager_v1* manager = nullptr;
-};
-
-void onGlobal(void* data, wl_registry* registry, std::uint32_t name, const char* interface,
-              std::uint32_t) {
-  auto* const globals = static_cast<Globals*>(data);
-  if (std::string_view(interface) == wl_seat_interface.name) {
-    globals->seat = static_cast<wl_seat*>(wl_registry_bind(registry, name, &wl_seat_interface, 1));
-  }
-  if (std::string_view(interface) == zwp_virtual_keyboard_manager_v1_interface.name) {
-    globals->manager = static_cast<zwp_virtual_keyboard_manager_v1*>(
-        wl_registry_bind(registry, name, &zwp_virtual_keyboard_manager_v1_interface, 1));
-  }
-}
 
 /// The layout's keymap as text; empty if there is no such layout.
 std::string keymapText(const std::string& layout, const std::string& variant) {
@@ -70,15 +54,21 @@ bool give(zwp_virtual_keyboard_v1* keyboard, const std::string& text) {
 int main() {
   const auto connection = voxtrel::WaylandConnection::open();
   if (!connection) return 1;
-  wl_registry* const registry = wl_display_get_registry(connection->get());
-  const wl_registry_listener listener = {
-      .global = onGlobal, .global_remove = [](void*, wl_registry*, std::uint32_t) {}};
-  Globals globals;
-  wl_registry_add_listener(registry, &listener, &globals);
-  wl_display_roundtrip(connection->get());
-  if (globals.seat == nullptr || globals.manager == nullptr) return 2;
-  auto* const keyboard =
-      zwp_virtual_keyboard_manager_v1_create_virtual_keyboard(globals.manager, globals.seat);
+  wl_seat* seat = nullptr;
+  zwp_virtual_keyboard_manager_v1* manager = nullptr;
+  const voxtrel::WaylandGlobals globals(
+      connection->get(),
+      [&](wl_registry* registry, std::uint32_t name, std::string_view interface) {
+        const wl_interface& wanted = zwp_virtual_keyboard_manager_v1_interface;
+        if (interface == wl_seat_interface.name) {
+          seat = static_cast<wl_seat*>(wl_registry_bind(registry, name, &wl_seat_interface, 1));
+        } else if (interface == wanted.name) {
+          manager = static_cast<zwp_virtual_keyboard_manager_v1*>(
+              wl_registry_bind(registry, name, &wanted, 1));
+        }
+      });
+  if (seat == nullptr || manager == nullptr) return 2;
+  auto* const keyboard = zwp_virtual_keyboard_manager_v1_create_virtual_keyboard(manager, seat);
   std::string line;
   while (std::getline(std::cin, line)) {
     std::istringstream words(line);
@@ -91,7 +81,6 @@ int main() {
   }
   zwp_virtual_keyboard_v1_destroy(keyboard);
   // Its manager has no request to destroy it.
-  wl_proxy_destroy(static_cast<wl_proxy*>(static_cast<void*>(globals.manager)));
-  wl_seat_destroy(globals.seat);
-  wl_registry_destroy(registry);
+  wl_proxy_destroy(static_cast<wl_proxy*>(static_cast<void*>(manager)));
+  wl_seat_destroy(seat);
 }

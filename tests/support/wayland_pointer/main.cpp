@@ -14,6 +14,7 @@
 #include <thread>
 
 #include "common/wayland/WaylandConnection.h"
+#include "support/WaylandGlobals.h"
 #include "wlr-virtual-pointer-v1-client.h"
 
 namespace {
@@ -22,15 +23,6 @@ using namespace std::chrono_literals;
 
 /// The compositor acts on a button at the place that it has drawn the pointer at.
 constexpr auto kHandSpeed = 30ms;
-
-zwlr_virtual_pointer_manager_v1* manager = nullptr;
-
-void onGlobal(void*, wl_registry* registry, std::uint32_t name, const char* interface,
-              std::uint32_t) {
-  if (std::string_view(interface) != zwlr_virtual_pointer_manager_v1_interface.name) return;
-  manager = static_cast<zwlr_virtual_pointer_manager_v1*>(
-      wl_registry_bind(registry, name, &zwlr_virtual_pointer_manager_v1_interface, 1));
-}
 
 std::uint32_t nowMs() {
   const auto time = std::chrono::steady_clock::now().time_since_epoch();
@@ -70,11 +62,15 @@ void carryOut(const std::string& line, wl_display* display, zwlr_virtual_pointer
 int main() {
   const auto connection = voxtrel::WaylandConnection::open();
   if (!connection) return 1;
-  wl_registry* const registry = wl_display_get_registry(connection->get());
-  const wl_registry_listener listener = {
-      .global = onGlobal, .global_remove = [](void*, wl_registry*, std::uint32_t) {}};
-  wl_registry_add_listener(registry, &listener, nullptr);
-  wl_display_roundtrip(connection->get());
+  zwlr_virtual_pointer_manager_v1* manager = nullptr;
+  const voxtrel::WaylandGlobals globals(connection->get(), [&manager](wl_registry* registry,
+                                                                      std::uint32_t name,
+                                                                      std::string_view interface) {
+    const wl_interface& wanted = zwlr_virtual_pointer_manager_v1_interface;
+    if (interface != wanted.name) return;
+    manager =
+        static_cast<zwlr_virtual_pointer_manager_v1*>(wl_registry_bind(registry, name, &wanted, 1));
+  });
   if (manager == nullptr) return 2;
   auto* const pointer = zwlr_virtual_pointer_manager_v1_create_virtual_pointer(manager, nullptr);
   wl_display_roundtrip(connection->get());
@@ -85,5 +81,4 @@ int main() {
   }
   zwlr_virtual_pointer_v1_destroy(pointer);
   zwlr_virtual_pointer_manager_v1_destroy(manager);
-  wl_registry_destroy(registry);
 }

@@ -47,6 +47,7 @@ X11Clipboard::X11Clipboard(std::unique_ptr<XConnection> server, Loop& loop)
   server_->flush();
 }
 
+/// Without STRING, which is Latin-1 here.
 void X11Clipboard::put(const std::string& text) {
   offer({{kUtf8String, text}, {"text/plain;charset=utf-8", text}, {"text/plain", text}}, nullptr,
         nullptr);
