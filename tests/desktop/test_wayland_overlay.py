@@ -2,38 +2,17 @@
 
 import re
 
-from harness.case import DesktopCase
+from harness.case import WaylandCase
 from harness.pill import BARS, Pill
 from harness.polling import eventually, stays
 from harness.screen import Rect
 from harness.sway import LayerlessDesk, SwayDesk
 
 
-class WaylandCase(DesktopCase):
+class SwayCase(WaylandCase):
     """One compositor a class."""
 
     desk_kind = SwayDesk
-
-    @classmethod
-    def setUpClass(cls):
-        cls.desk = cls.desk_kind(**cls.desk_parts)
-        cls.enterClassContext(cls.desk)
-
-    def start_ready(self, **changes):
-        """The program, ready; without a tray, its rows cannot be read."""
-        app = self.install()
-        app.start(**changes)
-        app.engine.wait_for_starts(1)
-        app.engine.say("Ready.")
-        return app
-
-    def start_recording(self, pill, **changes):
-        """The program while its engine records, and what the screen showed before."""
-        app = self.start_ready(**changes)
-        before = self.desk.screenshot()
-        app.engine.say("Recording...")
-        pill.wait_until_seen()
-        return app, before
 
     def open_window(self):
         """A window with the focus."""
@@ -43,7 +22,7 @@ class WaylandCase(DesktopCase):
         return process
 
 
-class TheOverlay(WaylandCase):
+class TheOverlay(SwayCase):
     """On an output of scale 1."""
 
     def test_it_is_painted_at_the_bottom_centre_and_nowhere_else(self):
@@ -118,7 +97,7 @@ class SecondOutput:
         return self._desk.screenshot("HEADLESS-2")
 
 
-class SeveralOutputs(WaylandCase):
+class SeveralOutputs(SwayCase):
     """Two, side by side."""
 
     def test_of_several_outputs_it_takes_the_one_with_the_focus(self):
@@ -136,7 +115,7 @@ class SeveralOutputs(WaylandCase):
         self.assertFalse(second.is_seen())
 
 
-class TheOverlayOfScaleTwo(WaylandCase):
+class TheOverlayOfScaleTwo(SwayCase):
     """On an output whose points are four pixels each."""
 
     desk_parts = {"scale": 2}
@@ -154,7 +133,7 @@ class TheOverlayOfScaleTwo(WaylandCase):
         self.assertGreater(unequal, 30)
 
 
-class WithoutAnXServer(WaylandCase):
+class WithoutAnXServer(SwayCase):
     """Layers need none."""
 
     desk_parts = {"xwayland": False}
@@ -166,7 +145,7 @@ class WithoutAnXServer(WaylandCase):
         self.assertFalse(re.search("No overlay", app.output()), app.output())
 
 
-class WithoutLayersAndWithoutAnXServer(WaylandCase):
+class WithoutLayersAndWithoutAnXServer(SwayCase):
     """The overlay needs one of them."""
 
     desk_kind = LayerlessDesk

@@ -13,13 +13,14 @@ PROGRAMS = os.environ.get("VOXTREL_PROGRAMS", "")
 class DesktopCase(unittest.TestCase):
     """Tests that watch the program from outside, on a desk that they share."""
 
+    desk_kind = Desk
     desk_parts = {}
     desk = None
     installations = 0
 
     @classmethod
     def setUpClass(cls):
-        cls.desk = Desk(**cls.desk_parts)
+        cls.desk = cls.desk_kind(**cls.desk_parts)
         cls.enterClassContext(cls.desk)
 
     def setUp(self):
@@ -58,3 +59,23 @@ class DesktopCase(unittest.TestCase):
     def between(self, value, least, most, what):
         """Asserts that a measured value lies within its limits, both included."""
         self.assertTrue(least <= value <= most, f"{what}: {value:.3f}, not {least} to {most}")
+
+
+class WaylandCase(DesktopCase):
+    """Tests of the overlay under a compositor."""
+
+    def start_ready(self, **changes):
+        """The program, ready; without a tray, its rows cannot be read."""
+        app = self.install()
+        app.start(**changes)
+        app.engine.wait_for_starts(1)
+        app.engine.say("Ready.")
+        return app
+
+    def start_recording(self, pill, **changes):
+        """The program while its engine records, and what the screen showed before."""
+        app = self.start_ready(**changes)
+        before = self.desk.screenshot()
+        app.engine.say("Recording...")
+        pill.wait_until_seen()
+        return app, before

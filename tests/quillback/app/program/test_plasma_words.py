@@ -11,7 +11,7 @@ from harness.polling import eventually
 from harness.sound import SoundServer
 from harness.sway import SwayDesk
 from harness.wayland_filter import WaylandFilter
-from words_case import TEXTS, THEIRS, Talker, WordsCase
+from words_case import TEXTS, THEIRS, CompositorCase, Talker
 
 KEYBOARDS = {"zwp_virtual_keyboard_manager_v1"}
 PICTURE = base64.b64decode("iVBORw0KGgoAAAANSUhEUgAAAAEAAAABCAYAAAAfFcSJAAAADUlEQVR42mNk+M9QDwADhgGAWjR9awAAAABJRU5E"
@@ -20,7 +20,7 @@ KEYBOARD = os.path.join(os.environ.get("VOXTREL_PROGRAMS", ""), "wayland-keyboar
 SPOKEN = "how are you today"
 
 
-class PlasmaCase(WordsCase):
+class PlasmaCase(CompositorCase):
     """One compositor a class, one portal a test."""
 
     @classmethod
@@ -33,28 +33,7 @@ class PlasmaCase(WordsCase):
 
     def setUp(self):
         super().setUp()
-        mine = {name: self.environment[name] for name in ("HOME", "XDG_RUNTIME_DIR")}
-        self.environment = dict(self.desk.environment, WAYLAND_DISPLAY=self.filter.path,
-                                XDG_CURRENT_DESKTOP="KDE", **mine)
-        for name in ("XDG_STATE_HOME", "XDG_CONFIG_HOME"):
-            self.environment.pop(name, None)
-        self.copy(THEIRS.encode())
-
-    def copy(self, data, *options):
-        """Another program copies."""
-        subprocess.run(["wl-copy", *options], env=self.desk.environment, input=data, check=True,
-                       timeout=20)
-
-    def plasma(self, kind="plasma6"):
-        """The portal, beside the whole compositor."""
-        return self.desktop(kind, self.desk.environment)
-
-    def start(self, kind="plasma6"):
-        """An open session and its portal."""
-        plasma = self.plasma(kind)
-        inserter = self.inserter()
-        self.wait_until_open(plasma)
-        return inserter, plasma
+        self.environment["WAYLAND_DISPLAY"] = self.filter.path
 
 
 class Plasma6(PlasmaCase):

@@ -203,6 +203,36 @@ class WordsCase(unittest.TestCase):
         eventually(rests, "three seconds without a wake-up", 20)
 
 
+class CompositorCase(WordsCase):
+    """In the session of a class's own compositor, `desk`, in which other programs copy too."""
+
+    desk = None
+
+    def setUp(self):
+        super().setUp()
+        mine = {name: self.environment[name] for name in ("HOME", "XDG_RUNTIME_DIR")}
+        self.environment = dict(self.desk.environment, XDG_CURRENT_DESKTOP="KDE", **mine)
+        for name in ("XDG_STATE_HOME", "XDG_CONFIG_HOME"):
+            self.environment.pop(name, None)
+        self.copy(THEIRS.encode())
+
+    def copy(self, data, *options):
+        """Another program copies."""
+        subprocess.run(["wl-copy", *options], env=self.desk.environment, input=data, check=True,
+                       timeout=20)
+
+    def plasma(self, kind="plasma6"):
+        """The portal, beside the whole compositor."""
+        return self.desktop(kind, self.desk.environment)
+
+    def start(self, kind="plasma6"):
+        """An open session and its portal."""
+        plasma = self.plasma(kind)
+        inserter = self.inserter()
+        self.wait_until_open(plasma)
+        return inserter, plasma
+
+
 class LastWay(WordsCase):
     """With a wl-copy that writes a file."""
 
