@@ -152,7 +152,7 @@ class PortalKey(unittest.TestCase):
         portal, engine = self.works("plasma6")
         self.assertEqual(engine.end()[0], 0)
         again = self.engine()
-        self.wait_until("key: yes")
+        again.wait_for_line("Ready.")
         self.presses(again, portal, 2)
         portal.do("count")
         self.assertEqual(portal.wait_for("bindings"), "bindings 1")
