@@ -12,6 +12,8 @@ import shutil
 import subprocess
 import sys
 
+import once
+
 NOT_HERE = 77
 # Debian installs only one version at a time; script/bootstrap unpacks the other.
 PLACES = ("", "build/libcxx")
@@ -52,8 +54,12 @@ def headers(version):
 def problems(version, source):
     """What is wrong with one source, "" if nothing."""
     command = [f"clang++-{version}", *FLAGS, "-nostdinc++", "-isystem", headers(version), source]
-    compiled = subprocess.run(command, capture_output=True, text=True, check=False)
-    return compiled.stderr if compiled.returncode != 0 else ""
+
+    def compiled():
+        result = subprocess.run(command, capture_output=True, text=True, check=False)
+        return result.stderr or "not compiled" if result.returncode != 0 else ""
+
+    return once.complaints(compiled, command, b"")
 
 
 def main(arguments):

@@ -1,13 +1,7 @@
-"""Runs clang-tidy over the application's sources, and only over what has changed.
-
-A full run takes minutes. Its result for one source depends on the preprocessed text, the command
-line and the rules alone, so a source whose three have not changed since it was last clean is left
-out.
-"""
+"""Runs clang-tidy over the sources of both programs, and only over what has changed."""
 
 import argparse
 import concurrent.futures
-import hashlib
 import json
 import os
 import pathlib
@@ -15,6 +9,8 @@ import re
 import shlex
 import subprocess
 import sys
+
+import once
 
 TIDY = "clang-tidy-14"
 ANALYSED = ("src/", "tests/support/")
@@ -37,31 +33,16 @@ def commands(build, root):
             yield sources, entry
 
 
-def fingerprint(entry, rules):
-    """Hashes everything that the analysis of one source depends on."""
-    words = [word for word in shlex.split(entry["command"]) if not word.endswith("ccache")]
-    without_output = words[: words.index("-o")] + ["-E", "-C", entry["file"]]
-    text = subprocess.run(without_output, cwd=entry["directory"], capture_output=True, check=True)
-    key = hashlib.sha256(rules)
-    key.update(entry["command"].encode())
-    key.update(text.stdout)
-    return key.hexdigest()
-
-
 def analyse(entry, build, rules):
     """Returns the complaints about one compiled file, "" if it is clean."""
-    stamps = build / "tidy"
-    stamps.mkdir(exist_ok=True)
-    stamp = stamps / fingerprint(entry, rules)
-    if stamp.exists():
-        return ""
-    result = subprocess.run(
-        [TIDY, "-p", str(build), "--quiet", entry["file"]], capture_output=True, text=True, check=False
-    )
-    if result.returncode == 0:
-        stamp.touch()
-        return ""
-    return result.stdout + result.stderr
+    def tidy():
+        result = subprocess.run([TIDY, "-p", str(build), "--quiet", entry["file"]], capture_output=True,
+                                text=True, check=False)
+        return result.stdout + result.stderr if result.returncode != 0 else ""
+
+    words = [word for word in shlex.split(entry["command"]) if not word.endswith("ccache")]
+    without_output = [*words[:words.index("-o")], entry["file"]]
+    return once.complaints(tidy, without_output, rules, entry["directory"])
 
 
 def main():
