@@ -59,6 +59,11 @@ class Clicks(ClickCase):
         app.item.announce_menu()
         stays(lambda: not self.menus(app), "no second menu", 0.7)
 
+    def test_a_host_may_give_a_token_before_a_click(self):
+        app = self.start()
+        app.item.give_token("token")
+        self.assertNotIn("ProvideXdgActivationToken", app.output())
+
     def test_a_host_that_is_late_takes_over(self):
         app = self.start()
         app.item.call("Activate", 400, 300)

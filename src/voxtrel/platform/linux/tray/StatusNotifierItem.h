@@ -104,6 +104,7 @@ class StatusNotifierItem final : public QObject, protected QDBusContext {
   Q_SCRIPTABLE void SecondaryActivate(int, int) {}
   Q_SCRIPTABLE void ContextMenu(int x, int y) { clicks_.menuWanted({x, y}); }
   Q_SCRIPTABLE void Scroll(int, const QString&) {}
+  Q_SCRIPTABLE void ProvideXdgActivationToken(const QString&) {}
 
   Q_SIGNAL Q_SCRIPTABLE void NewTitle();
   Q_SIGNAL Q_SCRIPTABLE void NewIcon();
