@@ -1,5 +1,6 @@
 """Plasma's compositor in a window of a virtual X server, whose keys and mouse are its own."""
 
+import json
 import os
 import shutil
 import subprocess
@@ -38,9 +39,19 @@ class KWinDesk(Desk):
         self._start_compositor()
         self.messages = BusMonitor(self.session_bus)
 
-    def _start_compositor(self):
+    def _configure(self):
         with open(self.path("config/kdeglobals"), "w", encoding="ascii") as file:
             file.write("[KDE]\nAnimationDurationFactor=0\n")
+        # Plasma 6 takes the scale from here only.
+        output = {"connectorName": "X11-0", "scale": self._scale,
+                  "mode": {"width": self.width, "height": self.height, "refreshRate": 60000}}
+        setup = {"lidClosed": False, "outputs": [{"enabled": True, "outputIndex": 0, "priority": 0,
+                                                  "position": {"x": 0, "y": 0}}]}
+        with open(self.path("config/kwinoutputconfig.json"), "w", encoding="ascii") as file:
+            json.dump([{"name": "outputs", "data": [output]}, {"name": "setups", "data": [setup]}], file)
+
+    def _start_compositor(self):
+        self._configure()
         environment = dict(self._screen, KWIN_COMPOSE="Q", LIBGL_ALWAYS_SOFTWARE="1",
                            QT_QUICK_BACKEND="software", XDG_CURRENT_DESKTOP="KDE")
         compositor = self.spawn(
