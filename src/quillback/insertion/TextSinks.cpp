@@ -199,9 +199,11 @@ void TextSinks::copyRest(const std::string& text, const std::string& why) {
 
 void TextSinks::reportQuestion() {
   output_.print("[quillback] The desktop asks whether words may be pasted");
-  notifier_.notify("The desktop asks about remote control",
-                   "It is Voxtrel: switch remote interaction on, then share. So your words are "
-                   "pasted; otherwise they are copied.");
+  const bool isGnome = currentDesktopFamily() == DesktopFamily::gnome;
+  const std::string answer = isGnome ? "switch remote interaction on, then share" : "press Share";
+  notifier_.notify(
+      "The desktop asks about remote control",
+      "It is Voxtrel: " + answer + ". So your words are pasted; otherwise they are copied.");
 }
 
 void TextSinks::reportRefusedConsent() {

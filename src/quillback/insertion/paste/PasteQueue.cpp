@@ -13,7 +13,8 @@ using std::chrono::milliseconds;
 /// With this, Plasma's clipboard does not keep the text in its history.
 constexpr const char* kHistoryHint = "x-kde-passwordManagerHint";
 
-/// How long another program gets for handing over what it has copied; the rest of it is lost.
+/// How long another program gets for handing over what it has copied, whose rest is lost, and the desktop for
+/// telling the window.
 constexpr milliseconds kReadTimeout{300};
 constexpr milliseconds kOfferTimeout{3000};
 /// Programs that watch the clipboard read a new text at once. They must have done so before the key.
@@ -73,12 +74,15 @@ void PasteQueue::begin() {
   PasteClipboard* const before = std::exchange(clipboard_, ways_.clipboard());
   if (clipboard_ == nullptr) return refuse("there is no clipboard");
   // Between texts that follow each other nothing was put back.
-  if (before_ && before == clipboard_ && clipboard_->holdsOffer()) return offerText();
-  before_.reset();
+  if (before != clipboard_ || !clipboard_->holdsOffer()) before_.reset();
+  window_.reset();
   enter(Phase::reading, kReadTimeout, [this] {
-    if (isClipboardThere()) onContent(clipboard_->stopReading());
+    if (!isClipboardThere()) return;
+    if (!before_) before_ = clipboard_->stopReading();
+    offerText();
   });
-  clipboard_->read(whileSame(&PasteQueue::onContent));
+  if (!before_) clipboard_->read(whileSame(&PasteQueue::onContent));
+  ways_.askFocus(whileSame(&PasteQueue::onFocus));
 }
 
 /// A clipboard goes with its compositor or its session, and then the text is refused.
@@ -91,13 +95,28 @@ bool PasteQueue::isClipboardThere() {
 void PasteQueue::onContent(ClipboardContent content) {
   if (phase_ != Phase::reading) return;
   before_ = std::move(content);
-  offerText();
+  offerOnceReady();
+}
+
+void PasteQueue::onFocus(std::string window) {
+  window_ = std::move(window);
+  if (phase_ == Phase::reading) offerOnceReady();
+}
+
+void PasteQueue::offerOnceReady() {
+  if (before_ && window_ && isClipboardThere()) offerText();
+}
+
+bool PasteQueue::isContinuation() const {
+  const bool isOther =
+      window_ && !window_->empty() && !lastWindow_.empty() && *window_ != lastWindow_;
+  return !isOther && loop_.now() - lastTime_ < kContinuationTime;
 }
 
 void PasteQueue::offerText() {
-  const bool follows = loop_.now() - lastTime_ < kContinuationTime;
   const std::string& text = texts_.front().text;
-  const std::string whole = std::string(separatorBetween(follows ? lastText_ : "", text)) + text;
+  const std::string whole =
+      std::string(separatorBetween(isContinuation() ? lastText_ : "", text)) + text;
   enter(Phase::offering, kOfferTimeout, [this] { refuse("the clipboard does not answer"); });
   clipboard_->offer(hiddenTextContent(whole), whileSame(&PasteQueue::onOffered),
                     whileSame(&PasteQueue::onRead));
@@ -128,9 +147,6 @@ void PasteQueue::onRead(const std::string& type, Loop::TimePoint begun) {
 
 void PasteQueue::press() {
   if (!isClipboardThere()) return;
-  if (!ways_.knowsPasteKey() && loop_.now() < settled_) {
-    return enter(Phase::settling, kSettleTime, [this] { press(); });
-  }
   if (ways_.isLocked()) return refuse("the screen is locked");
   pressed_ = loop_.now();
   if (clipboard_->seesReads()) {
@@ -146,6 +162,7 @@ void PasteQueue::endText() {
   const Text done = std::exchange(texts_.front(), {});
   texts_.pop_front();
   lastText_ = done.text;
+  lastWindow_ = window_.value_or("");
   lastTime_ = loop_.now();
   done.onEnd();
 }

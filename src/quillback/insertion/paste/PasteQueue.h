@@ -14,18 +14,20 @@ namespace voxtrel::quillback {
 
 /// Pastes texts, one after the other, into the window that has the focus: puts a text into the clipboard,
 /// presses the paste key, and puts back what was there once a window has read the text. A text that soon
-/// follows another begins with a space, because no desktop tells whether the window is still the same.
+/// follows another begins with a space, unless the desktop tells that the window is another one.
 /// No key is pressed while the screen is locked.
 /// Thread: the loop's.  Borrows: Loop (must outlive this); a clipboard for the time of a text.
 /// Fails by: `onRefused` with the text and a reason for people.
 class PasteQueue {
  public:
+  /// Gets the desktop's name for the window with the focus, empty if the desktop does not tell.
+  using OnFocus = std::function<void(std::string window)>;
   struct Ways {
     /// Asked for again and again; null if there is none.
     std::function<PasteClipboard*()> clipboard;
     std::function<bool()> isLocked;
-    /// Whether it is known which key pastes; waited for, but not long.
-    std::function<bool()> knowsPasteKey;
+    /// Asked before each text; a late answer is not waited for.
+    std::function<void(OnFocus onFocus)> askFocus;
     std::function<void()> pressPasteKey;
     std::function<void(const std::string& text, const std::string& why)> onRefused;
   };
@@ -53,7 +55,10 @@ class PasteQueue {
   void begin();
   bool isClipboardThere();
   void onContent(ClipboardContent content);
+  void onFocus(std::string window);
+  void offerOnceReady();
   void offerText();
+  [[nodiscard]] bool isContinuation() const;
   void onOffered(bool isThere);
   void onRead(const std::string& type, Loop::TimePoint begun);
   void press();
@@ -75,7 +80,9 @@ class PasteQueue {
   std::deque<Text> texts_;
   PasteClipboard* clipboard_ = nullptr;     // of the first text
   std::optional<ClipboardContent> before_;  // what to put back
+  std::optional<std::string> window_;       // with the focus, once the desktop has answered
   std::string lastText_;
+  std::string lastWindow_;
   Loop::TimePoint lastTime_{};
   Loop::TimePoint settled_{};   // at the latest
   bool awaitsWatcher_ = false;  // the desktop has not read the first text yet

@@ -6,6 +6,7 @@
 #include <array>
 #include <cctype>
 #include <cstdint>
+#include <utility>
 
 #include "common/base/SessionKind.h"
 #include "quillback/settings/StateFile.h"
@@ -31,7 +32,8 @@ std::string scriptFor(const std::string& listener) {
          "callDBus(\"" +
          listener +
          "\", \"/\", \"org.voxtrel.FocusedApp\", \"Tell\",\n"
-         "         w ? String(w.desktopFileName || w.resourceClass) : \"\");\n";
+         "         w ? String(w.desktopFileName || w.resourceClass) : \"\",\n"
+         "         w ? String(w.internalId) : \"\");\n";
 }
 
 void writeName(sd_bus_message& call) {
@@ -44,12 +46,11 @@ FocusedApp::~FocusedApp() {
   if (bus_) StateFile(kScriptFile).remove();
 }
 
-void FocusedApp::ask() {
+void FocusedApp::ask(OnAnswer onAnswer) {
   app_.clear();
-  limit_.reset();
-  if (currentDesktopFamily() != DesktopFamily::kde) return;
-  if (!bus_) open();
-  if (!bus_) return;
+  onAnswer_ = std::move(onAnswer);
+  if (!bus_ && currentDesktopFamily() == DesktopFamily::kde) open();
+  if (!bus_) return end("");
   limit_ = loop_.after(kAnswerLimit, [this] { fail(); });
   // An engine that was killed may have left it there.
   bus_->call(scripting("unloadScript"), writeName,
@@ -58,21 +59,22 @@ void FocusedApp::ask() {
 
 void FocusedApp::open() {
   bus_ = openBus(Bus::Kind::session, loop_, [this] {
-    end();
+    end("");
     bus_.reset();
   });
   if (!bus_) return;
   isWritten_ = false;
   bus_->onSignal(kTellRule, [this](sd_bus_message& call) {
-    const char* app = nullptr;
-    if (isAsking() && sd_bus_message_read(&call, "s", &app) > 0) app_ = app;
-    end();
+    const char* app = "";
+    const char* window = "";
+    if (onAnswer_ && sd_bus_message_read(&call, "ss", &app, &window) > 0) app_ = app;
+    end(window);
     bus_->call(scripting("unloadScript"), writeName, [](auto& /*reply*/) {});
   });
 }
 
 void FocusedApp::load() {
-  if (!isAsking()) return;
+  if (!onAnswer_) return;
   const std::string path = makeStateFolder() + '/' + kScriptFile;
   // Written once, because the listener's name is that of the connection.
   isWritten_ = isWritten_ || StateFile(kScriptFile).write(scriptFor(bus_->name()));
@@ -100,7 +102,12 @@ void FocusedApp::run(const std::string& script, bool isLastTry) {
 /// The script's file may be gone.
 void FocusedApp::fail() {
   isWritten_ = false;
-  end();
+  end("");
+}
+
+void FocusedApp::end(const std::string& window) {
+  limit_.reset();
+  if (const OnAnswer onAnswer = std::exchange(onAnswer_, nullptr)) onAnswer(window);
 }
 
 bool FocusedApp::isTerminal() const {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -8,23 +9,25 @@
 
 namespace voxtrel::quillback {
 
-/// Which program has the focus, on Plasma: its compositor runs a script of ours, which tells. Other desktops
-/// do not tell.
+/// Which program and which of its windows has the focus, on Plasma: its compositor runs a script of ours, which
+/// tells. Other desktops do not tell.
 /// Thread: the loop's.  Owns: a connection to the session bus, the script's file.
 /// Borrows: Loop (must outlive this).
-/// Fails by: no answer.
+/// Fails by: an empty answer.
 class FocusedApp {
  public:
+  /// Gets the compositor's name for the window.
+  using OnAnswer = std::function<void(std::string window)>;
+
   explicit FocusedApp(Loop& loop) : loop_(loop) {}
   FocusedApp(const FocusedApp&) = delete;
   FocusedApp& operator=(const FocusedApp&) = delete;
   ~FocusedApp();
 
-  /// Asks again. What was answered before is forgotten.
-  void ask();
-  /// Whether the answer may still come.
-  bool isAsking() const { return limit_ != nullptr; }
-  /// False without an answer.
+  /// Asks again. What was answered before is forgotten; of an earlier question nothing is heard any more. The
+  /// answer comes soon, or at once where the desktop does not tell.
+  void ask(OnAnswer onAnswer);
+  /// Of the last answer; false without one.
   bool isTerminal() const;
 
  private:
@@ -32,9 +35,10 @@ class FocusedApp {
   void load();
   void run(const std::string& script, bool isLastTry);
   void fail();
-  void end() { limit_.reset(); }
+  void end(const std::string& window);
 
   Loop& loop_;
+  OnAnswer onAnswer_;  // null once it was answered
   std::string app_;
   bool isWritten_ = false;  // the script's file, for this connection
   std::unique_ptr<Loop::Timer> limit_;

@@ -19,7 +19,8 @@ PortalPaste::PortalPaste(Loop& loop, Parts parts)
       parts_(std::move(parts)),
       focused_(loop),
       queue_(loop, {[this] { return clipboard(); }, [this] { return parts_.lock.isLocked(); },
-                    [this] { return !focused_.isAsking(); }, [this] { pressPasteKey(); },
+                    [this](PasteQueue::OnFocus onFocus) { focused_.ask(std::move(onFocus)); },
+                    [this] { pressPasteKey(); },
                     [this](const std::string& text, const std::string& why) {
                       parts_.onRefused(text, why);
                     }}) {}
@@ -67,7 +68,6 @@ bool PortalPaste::paste(const std::string& text, PasteQueue::OnEnd onEnd) {
     openingTimeout_ =
         loop_.after(kOpeningTimeout, [this] { queue_.close("the desktop does not answer"); });
   }
-  focused_.ask();
   queue_.add(text, std::move(onEnd));
   return true;
 }

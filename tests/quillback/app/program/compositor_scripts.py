@@ -1,4 +1,4 @@
-"""The scripts of Plasma's compositor, as far as they tell which program has the focus."""
+"""The scripts of Plasma's compositor, as far as they tell which program and window have the focus."""
 
 import re
 
@@ -12,26 +12,26 @@ SCRIPTING = "org.kde.kwin.Scripting"
 class _Script(dbus.service.Object):
     """A loaded script."""
 
-    def __init__(self, bus, path, text, focused_app):
+    def __init__(self, bus, path, text, focus):
         super().__init__(bus, path)
-        self._bus, self._text, self._focused_app = bus, text, focused_app
+        self._bus, self._text, self._focus = bus, text, focus
 
     @dbus.service.method("org.kde.kwin.Script")
     def run(self):
         """It makes the only call that it has."""
         service, path, interface, method = re.search(
             r'callDBus\("([^"]+)", "([^"]+)", "([^"]+)", "([^"]+)"', self._text).groups()
-        self._bus.call_async(service, path, interface, method, "s", (self._focused_app(),),
+        self._bus.call_async(service, path, interface, method, "ss", self._focus(),
                              lambda *_reply: None, lambda _error: None)
 
 
 class CompositorScripts(dbus.service.Object):
     """Loads one script of each name."""
 
-    def __init__(self, bus, folder, focused_app):
+    def __init__(self, bus, folder, focus):
         super().__init__(bus, "/Scripting")
         bus.request_name(NAME)
-        self._bus, self._folder, self._focused_app = bus, folder, focused_app
+        self._bus, self._folder, self._focus = bus, folder, focus
         self._scripts = {}
 
     @dbus.service.method(SCRIPTING, "ss", "i")
@@ -41,7 +41,7 @@ class CompositorScripts(dbus.service.Object):
             return -1
         with open(path, encoding="utf-8") as file:
             text = file.read()
-        self._scripts[name] = _Script(self._bus, self._folder + "0", text, self._focused_app)
+        self._scripts[name] = _Script(self._bus, self._folder + "0", text, self._focus)
         return 0
 
     @dbus.service.method(SCRIPTING, "s", "b")

@@ -99,6 +99,15 @@ class Plasma6(PlasmaCase):
             self.assertEqual(plasma.pasted(number)[0], text)
         self.assertEqual(plasma.lines("pressed 29 47"), [])
 
+    def test_words_in_another_window_begin_without_a_space(self):
+        inserter, plasma = self.start()
+        for number, text in enumerate(("one", " two"), 1):
+            inserter.send(text.strip().encode() + b"\0")
+            self.assertEqual(plasma.pasted(number)[0], text)
+        plasma.do("window")
+        inserter.send(b"three\0")
+        self.assertEqual(plasma.pasted(3)[0], "three")
+
     def test_the_compositors_script_is_written_once_and_goes_with_the_program(self):
         inserter, plasma = self.start()
         script = self.state("focused-app.js")

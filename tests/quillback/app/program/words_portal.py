@@ -8,7 +8,7 @@ refusing, mouse-only (the user leaves the keyboard out), older (no remote deskto
 tokens. On the Plasmas the field pastes from the compositor that WAYLAND_DISPLAY names, on gnome43 from the X
 server that DISPLAY names, else from the file "clipboard" in the folder, on gnome48 from its own clipboard.
 Commands on standard input, one a line: copy JSON (another program copies these types), show, terminal (from
-now on the field wants Ctrl+Shift+V), deaf, close, crash. It prints what it was asked for and what was pasted.
+now on the field wants Ctrl+Shift+V), window (another one gets the focus), deaf, close, crash. It prints what it was asked for and what was pasted.
 """
 
 import json
@@ -58,7 +58,7 @@ class TextField:
     def __init__(self, clipboard):
         self._clipboard = clipboard
         self._down = set()
-        self.kind, self.is_deaf = "field", False
+        self.kind, self.window, self.is_deaf = "field", 1, False
 
     def key(self, code, is_down):
         """A key of the keyboard."""
@@ -72,9 +72,9 @@ class TextField:
         if not self.is_deaf and frozenset(self._down) in PASTE[self.kind]:
             self._read(lambda text: say("pasted", time.monotonic_ns(), json.dumps(text.decode())))
 
-    def app(self):
-        """The program that the field belongs to."""
-        return "org.kde.konsole" if self.kind == "terminal" else "org.kde.kwrite"
+    def focus(self):
+        """The program that the field belongs to, and its window."""
+        return "org.kde.konsole" if self.kind == "terminal" else "org.kde.kwrite", f"{{{self.window}}}"
 
     def keys_left_down(self):
         """Of the session that ended."""
@@ -110,7 +110,7 @@ class Portal(dbus.service.Object):
         self.clipboard = SessionClipboard(self, say, BUSY_MS if HABIT == "busy" else 0)
         self.field = TextField(self.clipboard)
         folder = {"plasma5": "/", "plasma6": "/Scripting/Script"}.get(KIND)
-        self.scripts = folder and CompositorScripts(bus, folder, self.field.app)
+        self.scripts = folder and CompositorScripts(bus, folder, self.field.focus)
 
     def _request(self, *arguments):
         return answer_later(self._bus, *arguments)
@@ -260,6 +260,8 @@ class Portal(dbus.service.Object):
             self.clipboard.read(rest, lambda text: say("read", json.dumps(text.decode())))
         elif word == "terminal":
             self.field.kind = "terminal"
+        elif word == "window":
+            self.field.window += 1
         elif word == "deaf":
             self.field.is_deaf = True
         elif word == "crash":

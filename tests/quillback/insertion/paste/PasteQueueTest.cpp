@@ -33,21 +33,24 @@ class PasteQueueTest : public ::testing::Test {
   PasteClipboard* given_ = &clipboard_;
   bool isDeaf_ = false;
   bool isLocked_ = false;
-  bool knowsKey_ = true;
+  std::optional<std::string> window_ = "";  // none: the desktop has not answered yet
+  PasteQueue::OnFocus onFocus_;
   int pressed_ = 0;
   int ended_ = 0;
   std::vector<std::string> pasted_;
   std::vector<std::string> refused_;
-  PasteQueue queue_{
-      loop_,
-      {[this] { return given_; }, [this] { return isLocked_; }, [this] { return knowsKey_; },
-       [this] {
-         ++pressed_;
-         if (!isDeaf_) pasted_.push_back(clipboard_.readElsewhere());
-       },
-       [this](const std::string& text, const std::string& why) {
-         refused_.push_back(text + ": " + why);
-       }}};
+  PasteQueue queue_{loop_,
+                    {[this] { return given_; }, [this] { return isLocked_; },
+                     [this](PasteQueue::OnFocus onFocus) {
+                       window_ ? onFocus(*window_) : void(onFocus_ = std::move(onFocus));
+                     },
+                     [this] {
+                       ++pressed_;
+                       if (!isDeaf_) pasted_.push_back(clipboard_.readElsewhere());
+                     },
+                     [this](const std::string& text, const std::string& why) {
+                       refused_.push_back(text + ": " + why);
+                     }}};
 };
 
 TEST_F(PasteQueueTest, PastesAndThenPutsBackWhatWasThere) {
@@ -113,21 +116,60 @@ TEST_F(PasteQueueTest, NoKeyIsPressedUnderALockedScreen) {
   EXPECT_THAT(pasted_, ElementsAre("two"));
 }
 
-TEST_F(PasteQueueTest, TheKeyWaitsUntilItIsKnownWhichOne) {
-  knowsKey_ = false;
+TEST_F(PasteQueueTest, TheWordsWaitUntilTheWindowIsKnown) {
+  window_ = std::nullopt;
   add("one");
   loop_.advance(milliseconds(100));
-  EXPECT_EQ(pressed_, 0);
-  knowsKey_ = true;
+  EXPECT_EQ(clipboard_.text(), "theirs");
+  onFocus_("editor");
   loop_.advance(kSettled);
   EXPECT_THAT(pasted_, ElementsAre("one"));
 }
 
-TEST_F(PasteQueueTest, AnUnknownKeyDoesNotHoldTheWordsUpForLong) {
-  knowsKey_ = false;
+TEST_F(PasteQueueTest, AnUnknownWindowDoesNotHoldTheWordsUpForLong) {
+  window_ = std::nullopt;
   add("one");
-  loop_.advance(milliseconds(250));
+  loop_.advance(milliseconds(350));
   EXPECT_THAT(pasted_, ElementsAre("one"));
+  onFocus_("editor");
+  loop_.advance(kQuiet);
+  EXPECT_EQ(clipboard_.text(), "theirs");
+}
+
+TEST_F(PasteQueueTest, ATextIntoAnotherWindowBeginsWithoutASpace) {
+  for (const char* window : {"editor", "editor", "terminal", "terminal"}) {
+    window_ = window;
+    add("text");
+    loop_.advance(kSettled + kQuiet);
+  }
+  EXPECT_THAT(pasted_, ElementsAre("text", " text", "text", " text"));
+}
+
+TEST_F(PasteQueueTest, AWindowThatIsNotKnownCountsAsTheSame) {
+  for (const char* window : {"editor", "", "editor"}) {
+    window_ = window;
+    add("text");
+    loop_.advance(kSettled + kQuiet);
+  }
+  EXPECT_THAT(pasted_, ElementsAre("text", " text", " text"));
+}
+
+TEST_F(PasteQueueTest, EachOfSeveralTextsAsksForTheWindow) {
+  window_ = "editor";
+  add("one");
+  add("two");
+  window_ = "terminal";
+  loop_.advance(2 * (kSettled + kQuiet));
+  EXPECT_THAT(pasted_, ElementsAre("one", "two"));
+  EXPECT_EQ(clipboard_.text(), "theirs");
+}
+
+TEST_F(PasteQueueTest, AClipboardThatGoesBeforeTheWindowIsKnownRefusesTheText) {
+  window_ = std::nullopt;
+  add("one");
+  given_ = nullptr;
+  onFocus_("editor");
+  EXPECT_THAT(refused_, ElementsAre("one: the clipboard is gone"));
 }
 
 TEST_F(PasteQueueTest, ReadersBeforeTheKeyDoNotHoldItUpForLong) {
