@@ -9,9 +9,13 @@ TEXT = "UTF8_STRING"
 
 
 def x11_clipboard(target=TEXT, environment=None):
-    """What another program gets; nothing where nothing was copied."""
+    """What another program gets; nothing where nothing was copied, or where the owner ends meanwhile: then xclip
+    waits for ever."""
     words = ["xclip", "-o", "-selection", "clipboard", "-t", target]
-    return subprocess.run(words, env=environment, capture_output=True, check=False, timeout=20).stdout
+    try:
+        return subprocess.run(words, env=environment, capture_output=True, check=False, timeout=8).stdout
+    except subprocess.TimeoutExpired:
+        return b""
 
 
 class X11Watcher:
