@@ -94,9 +94,8 @@ class Dictating(Application):
         return sum(text in line for line in self.lines())
 
     def wait_for_readies(self, count):
-        """Waits until the engine has been ready so many times. Under the address sanitizer each word of the
-        recogniser's dictionary takes its time."""
-        self.wait_for_count("Ready.", count, limit_s=60.0)
+        """Waits until the engine has been ready so many times."""
+        self.wait_for_count("Ready.", count)
 
     def wait_for_count(self, text, count, limit_s=20.0):
         """Waits until so many lines hold `text`."""
