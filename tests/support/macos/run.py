@@ -25,7 +25,7 @@ def display():
     """A virtual screen; yields its name."""
     read_end, write_end = os.pipe()
     server = subprocess.Popen(
-        ["Xvfb", "-displayfd", str(write_end), "-screen", "0", "1024x768x24", "-nolisten", "tcp"],
+        ["Xvfb", "-displayfd", str(write_end), "-screen", "0", "1024x768x24", "-nolisten", "tcp", "-noreset"],
         pass_fds=[write_end], stdin=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
     os.close(write_end)
     try:

@@ -47,10 +47,11 @@ def run_command(*words, environment, **options):
 
 @contextlib.contextmanager
 def virtual_display(name=None):
-    """An X server without a screen, by default with a free name; yields its name."""
+    """An X server without a screen, by default with a free name; yields its name. One that reset itself when its
+    last client leaves would refuse the next one at that moment."""
     reading, writing = os.pipe()
     with os.fdopen(reading) as announced, subprocess.Popen(
-            ["Xvfb", *([name] if name else []), "-displayfd", str(writing), "-nolisten", "tcp"],
+            ["Xvfb", *([name] if name else []), "-displayfd", str(writing), "-nolisten", "tcp", "-noreset"],
             pass_fds=(writing,), stderr=subprocess.DEVNULL, preexec_fn=die_with_parent) as server:
         os.close(writing)
         try:
