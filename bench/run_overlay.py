@@ -44,10 +44,9 @@ def descendants(pid):
     return found
 
 
-def threads_s(pid):
-    """The processor time of each thread so far, by its number."""
-    return {int(task.name): int((task / "schedstat").read_text().split()[0]) / 1e9
-            for task in pathlib.Path(f"/proc/{pid}/task").iterdir()}
+def main_thread_s(pid):
+    """The processor time that a process's main thread has used so far."""
+    return int(pathlib.Path(f"/proc/{pid}/task/{pid}/schedstat").read_text().split()[0]) / 1e9
 
 
 def used(desk, pid):
@@ -71,9 +70,9 @@ def layer_cost(desk, programs):
         application.engine.say(line)
     Pill(desk).wait_until_seen()
     pid = application.process.pid
-    before, started = threads_s(pid), time.monotonic()
+    before, started = main_thread_s(pid), time.monotonic()
     cost = used(desk, pid)
-    painting = 100 * (threads_s(pid)[pid] - before[pid]) / (time.monotonic() - started)
+    painting = 100 * (main_thread_s(pid) - before) / (time.monotonic() - started)
     application.stop()
     return painting, *cost
 

@@ -96,7 +96,7 @@ class Mishaps(DictationCase):
 
     def test_a_tap_of_the_key_writes_nothing(self):
         self.desk.xdotool("keydown", "134", "keyup", "134")
-        self.app.wait_for_readies(2)
+        self.app.wait_for_count("Ready.", 2)
         self.assertEqual(self.app.count("Processing"), 0)
         self.works_now()
 
@@ -105,7 +105,7 @@ class Mishaps(DictationCase):
         self.app.item.wait_for_status("Recording...")
         self.speaker.keep_holding(1.0)
         self.speaker.release()
-        self.app.wait_for_readies(2)
+        self.app.wait_for_count("Ready.", 2)
         self.assertEqual(self.app.count("[gpu-decode]"), 0)
         self.works_now()
 
@@ -138,7 +138,7 @@ class Mishaps(DictationCase):
         self.assertEqual(len(first), 1)
         os.kill(first[0], signal.SIGKILL)
         eventually(lambda: self.app.engine_pids() not in ([], first), "another engine", 20)
-        self.app.wait_for_readies(2)
+        self.app.wait_for_count("Ready.", 2)
         self.speaker.release()
         self.app.wait_until_ready()
         self.works_now()

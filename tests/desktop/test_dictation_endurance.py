@@ -37,7 +37,7 @@ class ManyDictations(DictationCase):
         self.desk.xdotool("keydown", KEY_CODE)
         stays(self.app.engine_pids, "an engine", duration_s)
         self.desk.xdotool("keyup", KEY_CODE)
-        self.app.wait_for_readies(readies)
+        self.app.wait_for_count("Ready.", readies)
         self.app.wait_until_inserted()
 
     def test_two_hundred_in_a_row(self):

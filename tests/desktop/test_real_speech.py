@@ -62,7 +62,7 @@ class RealSpeech(SpeechCase):
         print(f"may sleep after {time.monotonic() - started:.2f} s")
         self.assertEqual(self.app.texts(), [], "the recognition was over before")
         logind.announce_wake()
-        self.app.wait_for_readies(2)
+        self.app.wait_for_count("Ready.", 2)
         words = self.quillback(self.app.engine.executable, self.app.home, "retry")
         self.assertIn("antecedents", words)
 
@@ -85,7 +85,7 @@ class RealSpeech(SpeechCase):
         first, = self.app.engine_pids()
         os.kill(first, signal.SIGKILL)
         eventually(lambda: self.app.engine_pids() not in ([], [first]), "another engine", 20)
-        self.app.wait_for_readies(2)
+        self.app.wait_for_count("Ready.", 2)
         self.assertEqual(self.app.texts(), [])
         self.assertEqual(len(self.app.kept_recordings()), 1)
         words = self.quillback(self.app.engine.executable, self.app.home, "retry")

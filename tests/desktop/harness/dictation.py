@@ -33,7 +33,7 @@ class Dictating(Application):
         # Where Whisper is built in, its setup finds no server: no test fetches gigabytes.
         self.start(VOXTREL_LOG="debug,words", QUILLBACK_MODEL_URL="http://127.0.0.1:9")
         self.item = self._desk.tray.wait_for_item(self.process.pid)
-        self.wait_for_readies(1)  # the tray reads so before the engine has said anything
+        self.wait_for_count("Ready.", 1)  # the tray reads so before the engine has said anything
         self.wait_until_ready()
         return self
 
@@ -92,10 +92,6 @@ class Dictating(Application):
     def count(self, text):
         """How many lines so far hold `text`."""
         return sum(text in line for line in self.lines())
-
-    def wait_for_readies(self, count):
-        """Waits until the engine has been ready so many times."""
-        self.wait_for_count("Ready.", count)
 
     def wait_for_count(self, text, count, limit_s=20.0):
         """Waits until so many lines hold `text`."""

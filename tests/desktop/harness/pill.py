@@ -49,6 +49,12 @@ class Pill:
         """What the screen shows at its place."""
         return self._desk.screenshot().crop(self.place)
 
+    def unequal_pairs(self):
+        """How many pairs of neighbouring pixels differ on a screen of scale 2; none in an enlarged picture of scale 1."""
+        picture = self.picture()
+        return sum(picture.pixel(x, y) != picture.pixel(x + 1, y)
+                   for x in range(0, self.place.width, 2) for y in range(self.place.height))
+
     def is_seen(self):
         """Whether the pill is painted at its place, uncovered."""
         picture = self.picture()
